@@ -1,0 +1,16 @@
+# `sdk`: what the frame is compiled and linked against; the reference libraries, or a site's own.
+
+add_library(sdk INTERFACE)
+if(TEV_SITE_SDK)
+  target_include_directories(sdk BEFORE INTERFACE ${TEV_SITE_SDK})
+  foreach(library KpxBase KpxPlatform TevLpcFrame XrtRuntime)
+    find_library(TEV_SITE_${library} ${library} PATHS ${TEV_SITE_SDK}/lib NO_DEFAULT_PATH REQUIRED)
+    target_link_libraries(sdk INTERFACE ${TEV_SITE_${library}})
+  endforeach()
+  if(NOT WIN32)
+    find_library(TEV_SITE_XrtOs XrtOs PATHS ${TEV_SITE_SDK}/lib NO_DEFAULT_PATH REQUIRED)
+    target_link_libraries(sdk INTERFACE ${TEV_SITE_XrtOs})
+  endif()
+else()
+  target_link_libraries(sdk INTERFACE KpxBase KpxPlatform TevLpcFrame XrtRuntime XrtOs)
+endif()

@@ -1,0 +1,213 @@
+#include "sdk/kpx/platform.h"
+
+#include <algorithm>
+#include <cstring>
+#include <exception>
+#include <mutex>
+#include <system_error>
+#include <thread>
+
+#include "reference/kpx/PlatformRecord.h"
+#include "sdk/base/log.h"
+
+namespace {
+
+constexpr char kModule[] = "platform.Reference";
+constexpr char kVersion[] = "1.0.0";
+
+enum ErrorCode : std::int32_t {
+  kNone = 0,
+  kOutOfOrder = 1,   // a call before the one that it needs, or a second time
+  kBadArgument = 2,  // a null callback
+  kNoThread = 3,     // the system gave no thread
+  kStartFailed = 4   // the start callback returned false or threw
+};
+
+/// The platform's whole state. Everything but `starter` is guarded by `mutex`; `starter` belongs to
+/// the host's thread.
+struct Platform {
+  std::mutex mutex;
+  bool up = false;
+  std::int32_t runningModule = 1;
+  PlatformRecord record;
+  ErrorCode errorCode = kNone;
+  std::string errorText;
+
+  std::thread starter;
+};
+
+/// Never destroyed: the host may end while a plugin that never returned still holds the starter.
+Platform& ThePlatform() {
+  static Platform& platform = *new Platform;
+  return platform;
+}
+
+template <typename Work>
+auto WithPlatform(Work work) {
+  Platform& platform = ThePlatform();
+  const std::lock_guard<std::mutex> lock(platform.mutex);
+  return work(platform);
+}
+
+std::int32_t Fail(ErrorCode code, const std::string& text) {
+  WithPlatform([&](Platform& platform) {
+    platform.errorCode = code;
+    platform.errorText = text;
+  });
+  IKPXFormatLog(5, kModule, "%s", text.c_str());
+  return code;
+}
+
+bool CallBack(KPXStartFinishFn finished, StartedPluginMap& started) {
+  try {
+    return finished(&started);
+  } catch (const std::exception& error) {
+    IKPXFormatLog(5, kModule, "the start callback threw: %s", error.what());
+  } catch (...) {
+    IKPXFormatLog(5, kModule, "the start callback threw something that is no exception object");
+  }
+  return false;
+}
+
+void FinishStart(KPXStartFinishFn finished) {
+  StartedPluginMap started;
+  const bool result = CallBack(finished, started);
+  WithPlatform([&](Platform& platform) {
+    for (const auto& plugin : started) platform.record.handles.push_back(plugin.first);
+    platform.record.callbackResult = result;
+  });
+  if (!result) Fail(kStartFailed, "the start callback did not succeed");
+}
+
+/// Copies `source` into `text` of `size` bytes, zero-terminated, as much as fits.
+void CopyText(const std::string& source, char* text, std::int32_t size) {
+  if (text == nullptr || size <= 0) return;
+  const std::size_t length = std::min(source.size(), static_cast<std::size_t>(size) - 1);
+  std::memcpy(text, source.data(), length);
+  text[length] = '\0';
+}
+
+}  // namespace
+
+std::int32_t KPX_Init() {
+  const bool wasUp = WithPlatform([](Platform& platform) {
+    if (platform.up) return true;
+    platform.up = true;
+    platform.record = PlatformRecord();
+    platform.errorCode = kNone;
+    platform.errorText.clear();
+    return false;
+  });
+  return wasUp ? Fail(kOutOfOrder, "KPX_Init: the platform is up already") : kNone;
+}
+
+std::int32_t KPX_Start(KPXStartFinishFn finished) {
+  if (finished == nullptr) return Fail(kBadArgument, "KPX_Start: no start callback was given");
+  if (!WithPlatform([](Platform& platform) { return platform.up; })) {
+    return Fail(kOutOfOrder, "KPX_Start: the platform is not initialised");
+  }
+  Platform& platform = ThePlatform();
+  if (platform.starter.joinable()) {
+    return Fail(kOutOfOrder, "KPX_Start: the platform is started already");
+  }
+  try {
+    platform.starter = std::thread(FinishStart, finished);
+  } catch (const std::system_error& error) {
+    return Fail(kNoThread, std::string("KPX_Start: no thread for the start: ") + error.what());
+  }
+  return kNone;
+}
+
+std::int32_t KPX_PreUnInit() {
+  return kNone;
+}
+
+std::int32_t KPX_Stop() {
+  Platform& platform = ThePlatform();
+  if (!platform.starter.joinable()) {
+    return Fail(kOutOfOrder, "KPX_Stop: the platform is not started");
+  }
+  platform.starter.join();
+  return kNone;
+}
+
+std::int32_t KPX_UnInit() {
+  const bool wasUp = WithPlatform([](Platform& platform) {
+    const bool up = platform.up;
+    platform.up = false;  // the record stays, for the host to show
+    return up;
+  });
+  return wasUp ? kNone : Fail(kOutOfOrder, "KPX_UnInit: the platform is not initialised");
+}
+
+std::int32_t KPX_GetLastError(char* text, std::int32_t size) {
+  return WithPlatform([&](Platform& platform) -> std::int32_t {
+    CopyText(platform.errorText, text, size);
+    return platform.errorCode;
+  });
+}
+
+std::int32_t KPX_GetVersion(char* text, std::int32_t size) {
+  CopyText(kVersion, text, size);
+  return static_cast<std::int32_t>(sizeof(kVersion) - 1);
+}
+
+void KPX_SetAddonAndToolModel(const std::vector<AddonModel>& addons,
+                              const std::vector<ToolModel>& tools) {
+  WithPlatform([&](Platform& platform) {
+    platform.record.addons = addons;
+    platform.record.tools = tools;
+  });
+}
+
+void KPX_GetInstalledAddonModel(std::vector<AddonModel>& installed) {
+  WithPlatform([&](Platform& platform) {
+    if (!platform.record.addons) return;
+    for (const AddonModel& addon : *platform.record.addons) {
+      if (addon.Installed && addon.InstalledCompatible) installed.push_back(addon);
+    }
+  });
+}
+
+std::int32_t KPX_GetRunningModule() {
+  return WithPlatform([](Platform& platform) { return platform.runningModule; });
+}
+
+std::int32_t KPX_SetProductModel(const ProductModel& model) {
+  WithPlatform([&](Platform& platform) { platform.record.productModel = model; });
+  return 1;
+}
+
+void AddPluginsInfo(const PluginInfoMap& plugins) {
+  WithPlatform([&](Platform& platform) {
+    auto& known = platform.record.plugins.emplace();
+    for (const auto& plugin : plugins) known.emplace(plugin.first, *plugin.second);
+  });
+}
+
+void UpdatePluginsLoadState(const std::map<std::string, bool>& started) {
+  WithPlatform([&](Platform& platform) {
+    platform.record.loadState = started;
+    if (!platform.record.plugins) return;
+    for (auto& plugin : *platform.record.plugins) {
+      const auto state = started.find(plugin.first);
+      plugin.second.SetVal_is_load(state != started.end() && state->second);
+    }
+  });
+}
+
+void pluginTakeTimeCountPrint(const std::string& text, std::int32_t milliseconds) {
+  WithPlatform([&](Platform& platform) { platform.record.timing.push_back({text, milliseconds}); });
+}
+
+PlatformRecord SnapshotPlatform() {
+  return WithPlatform([](Platform& platform) { return platform.record; });
+}
+
+std::optional<bool> StartCallbackResult() {
+  return WithPlatform([](Platform& platform) { return platform.record.callbackResult; });
+}
+
+void SetRunningModule(std::int32_t module) {
+  WithPlatform([&](Platform& platform) { platform.runningModule = module; });
+}

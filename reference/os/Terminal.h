@@ -1,0 +1,5 @@
+#pragma once
+
+/// Is standard output a terminal that understands cursor sequences? On Windows the call also turns
+/// that understanding on.
+bool StandardOutputIsTerminal();

@@ -1,0 +1,11 @@
+#pragma once
+
+#include <string>
+
+/// The directory of the running executable, ending in a separator; empty when it is not known.
+/// Any thread.
+std::string GetCurExeDir();
+
+/// Converts a text from the local code page to the wide form that the library loader takes.
+/// Bytes that are not valid in the code page survive the way to the loader and back. Any thread.
+std::wstring LocalToWide(const std::string& text);

@@ -1,0 +1,53 @@
+#pragma once
+
+#include <memory>
+#include <string>
+
+/// One piece of work for a thread pool.
+///
+/// Made by whoever posts it, shared with the pool, which lets go of it after it has run.
+class CTMTask {
+ public:
+  /// `group` names the pool that is to run the task.
+  explicit CTMTask(const std::string& group);
+  virtual ~CTMTask();
+  CTMTask(const CTMTask&) = delete;
+  CTMTask& operator=(const CTMTask&) = delete;
+
+  /// What a pool thread calls: runs DoTask once.
+  virtual void Exec();
+
+  /// The work itself, on a pool thread.
+  virtual void DoTask() = 0;
+
+  const std::string& Group() const { return m_group; }
+
+ private:
+  const std::string m_group;
+};
+
+/// The process-wide keeper of named thread pools. All members may be called from any thread.
+class CThreadManager {
+ public:
+  static CThreadManager& Instance();
+
+  /// Grants the pool `name` with at least `least` and at most `most` threads, made as tasks come,
+  /// `reserved` of which are for urgent tasks only. A `most` below `least` counts as `least`.
+  /// Returns a number other than 0 for a pool that is ready, 0 when none can be had.
+  unsigned int GetAvailableThreadpool(const std::string& name, int least, int most, int reserved);
+
+  /// Hands `task` to the pool named by its group; an `urgent` one overtakes those that wait.
+  /// Returns true when the pool took it: it will then be run, even if the pool is released first.
+  bool PostTask(std::shared_ptr<CTMTask> task, bool urgent);
+
+  /// Gives the pool `name` back: it takes no further task, runs what it has, and ends its threads.
+  /// With `wait` the call returns after the last task. Returns false for an unknown name.
+  bool ReleaseThread(const std::string& name, bool wait);
+
+  CThreadManager(const CThreadManager&) = delete;
+  CThreadManager& operator=(const CThreadManager&) = delete;
+
+ private:
+  CThreadManager() = default;
+  ~CThreadManager() = default;
+};

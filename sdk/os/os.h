@@ -1,0 +1,58 @@
+#pragma once
+
+// The operating-system calls that the frame makes, under their Windows names.
+//
+// On Windows this is the system's own header. Elsewhere the same few names are declared here and
+// implemented by the operating-system layer, so that no other code needs to ask where it runs.
+
+#ifdef _WIN32
+
+#ifndef NOMINMAX
+#define NOMINMAX
+#endif
+#ifndef WIN32_LEAN_AND_MEAN
+#define WIN32_LEAN_AND_MEAN
+#endif
+#include <windows.h>
+
+#else
+
+#include <cstdint>
+
+using HMODULE = void*;
+using FARPROC = void (*)();
+using BOOL = int;
+using DWORD = std::uint32_t;
+using ULONGLONG = std::uint64_t;
+
+extern "C" {
+
+/// Loads the dynamic library at `path` with all its symbols bound at once, private to its handle.
+/// Returns its handle, to be given back with FreeLibrary, or null; GetLastError then tells the
+/// reason as one of the codes below, and the loader's own words go to the log.
+/// Any thread. Never throws.
+HMODULE LoadLibraryW(const wchar_t* path);
+
+/// The address of the exported symbol `name` of a loaded library, or null when it has none.
+/// Any thread. Never throws.
+FARPROC GetProcAddress(HMODULE library, const char* name);
+
+/// Gives one handle of LoadLibraryW back; the library is unmapped with its last handle.
+/// Returns non-zero on success. Any thread. Never throws.
+BOOL FreeLibrary(HMODULE library);
+
+/// The reason of the calling thread's last failed call above: one of the codes below, 0 for none.
+DWORD GetLastError();
+
+/// Milliseconds since some fixed point in the past; never runs backwards. Any thread.
+ULONGLONG GetTickCount64();
+
+}  // extern "C"
+
+constexpr DWORD ERROR_ACCESS_DENIED = 5;     // the file is there but may not be read
+constexpr DWORD ERROR_INVALID_HANDLE = 6;    // a null handle was given
+constexpr DWORD ERROR_MOD_NOT_FOUND = 126;   // the library, or one that it needs, is missing
+constexpr DWORD ERROR_PROC_NOT_FOUND = 127;  // a symbol is missing
+constexpr DWORD ERROR_BAD_EXE_FORMAT = 193;  // not a library, or one for another machine
+
+#endif

@@ -1,0 +1,19 @@
+#pragma once
+
+#include "sdk/os/export.h"
+
+// The contract of a plugin library: a file named by the plugin's ID + ".dll" that exports the two
+// functions below. The frame calls Init once on a pool thread after every plugin that this one
+// depends on has finished its own, and UnInit once after every plugin that depends on this one has
+// finished its own. Both return true for success; something thrown counts as false.
+
+extern "C" {
+
+/// Brings the plugin up. False: the plugin counts as failed, but stays loaded until the end.
+TEV_EXPORT bool Init();
+
+/// Takes the plugin down. True: the library is freed. False: it stays mapped until the process
+/// ends.
+TEV_EXPORT bool UnInit();
+
+}  // extern "C"
