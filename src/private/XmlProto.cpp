@@ -1,0 +1,197 @@
+#include "src/private/XmlProto.h"
+
+#include <libxml/parser.h>
+
+#include <algorithm>
+#include <cstdio>
+#include <cstdlib>
+#include <cstring>
+#include <limits>
+#include <new>
+
+#include "sdk/xrt/lock.h"
+#include "sdk/xrt/runtime.h"
+
+namespace TevModelParse {
+
+namespace {
+
+struct FreeXmlText {
+  void operator()(xmlChar* text) const { xmlFree(text); }
+};
+using XmlText = std::unique_ptr<xmlChar, FreeXmlText>;
+
+struct FreeContext {
+  void operator()(xmlXPathContext* context) const { xmlXPathFreeContext(context); }
+};
+
+struct CloseFile {
+  void operator()(std::FILE* file) const { std::fclose(file); }
+};
+
+const xmlChar* XmlString(const std::string& text) {
+  return reinterpret_cast<const xmlChar*>(text.c_str());
+}
+
+/// The first matching node in document order, or null.
+xmlNode* FirstNode(const xmlXPathObject* matches) {
+  if (matches == nullptr || matches->nodesetval == nullptr) return nullptr;
+  const xmlNodeSet& nodes = *matches->nodesetval;
+  return nodes.nodeNr > 0 && nodes.nodeTab != nullptr ? nodes.nodeTab[0] : nullptr;
+}
+
+/// Whether putting the texts of a node list together stays within bounds. A file of a few hundred
+/// kilobytes can ask for gigabytes by naming one long entity again and again, and each piece that
+/// is appended costs as much as all before it.
+class TextBounds {
+ public:
+  explicit TextBounds(const xmlDoc* document) : m_document(document) {}
+
+  bool Hold(const xmlNode* list, int depth = 0) {
+    for (const xmlNode* node = list; node != nullptr; node = node->next) {
+      m_steps += m_bytes + 1;
+      if (node->type == XML_TEXT_NODE || node->type == XML_CDATA_SECTION_NODE) {
+        m_bytes += static_cast<std::size_t>(xmlStrlen(node->content));
+      } else if (node->type == XML_ENTITY_REF_NODE) {
+        const xmlEntity* entity = xmlGetDocEntity(m_document, node->name);
+        if (depth == kMostDepth || (entity != nullptr && !Hold(entity->children, depth + 1))) {
+          return false;
+        }
+      }
+      if (m_bytes > kMostBytes || m_steps > kMostSteps) return false;
+    }
+    return true;
+  }
+
+ private:
+  static constexpr std::size_t kMostBytes = 10'000'000;  // libxml2's own limit for one text
+  static constexpr std::size_t kMostSteps = 2'000'000'000;
+  static constexpr int kMostDepth = 40;
+
+  const xmlDoc* m_document;
+  std::size_t m_bytes = 0;
+  std::size_t m_steps = 0;
+};
+
+bool IsBlank(const char* text) {
+  return text[std::strspn(text, " \t\r\n")] == '\0';
+}
+
+xmlDoc* NewEmptyDocument() {
+  xmlDoc* document = xmlNewDoc(XmlString("1.0"));
+  if (document == nullptr) throw std::bad_alloc();
+  return document;
+}
+
+constexpr char kSeparators[] = "/\\";
+
+/// Reads `path` into `content`; false when it is missing, empty, or no file that can be read.
+bool ReadFile(std::string& content, const std::string& path) {
+  const std::unique_ptr<std::FILE, CloseFile> file(std::fopen(path.c_str(), "rb"));
+  if (!file || std::fseek(file.get(), 0, SEEK_END) != 0) return false;
+  const long size = std::ftell(file.get());
+  if (size <= 0 || size > std::numeric_limits<std::int32_t>::max()) return false;
+  if (std::fseek(file.get(), 0, SEEK_SET) != 0) return false;
+
+  std::string bytes(static_cast<std::size_t>(size), '\0');
+  bytes.resize(std::fread(&bytes[0], 1, bytes.size(), file.get()));
+  if (bytes.empty() && std::ferror(file.get())) return false;
+
+  const std::size_t last = bytes.find_last_not_of('\n');
+  if (last != std::string::npos) bytes.resize(last + 1);
+  content = std::move(bytes);
+  return true;
+}
+
+/// The path beside `path` with its last extension replaced by ".data"; empty without a directory.
+std::string FallbackPath(const std::string& path) {
+  const std::size_t separator = path.find_last_of(kSeparators);
+  if (separator == std::string::npos) return std::string();
+  const std::string name = path.substr(separator + 1);
+  return path.substr(0, separator) + "/" + name.substr(0, name.rfind('.')) + ".data";
+}
+
+}  // namespace
+
+CXmlProto::CXmlProto() : m_document(NewEmptyDocument()) {}
+
+CXmlProto::~CXmlProto() = default;
+
+bool CXmlProto::ParseMemory(const std::string& text) {
+  m_document.reset();
+  if (text.size() <= static_cast<std::size_t>(std::numeric_limits<int>::max())) {
+    m_document.reset(xmlReadMemory(text.data(), static_cast<int>(text.size()), nullptr, "UTF-8",
+                                   XML_PARSE_NOBLANKS));
+  }
+  const bool parsed = m_document != nullptr;
+  if (!parsed) m_document.reset(NewEmptyDocument());
+  return parsed;
+}
+
+CXmlProto::Matches CXmlProto::Evaluate(const std::string& expression) const {
+  const std::unique_ptr<xmlXPathContext, FreeContext> context(xmlXPathNewContext(m_document.get()));
+  if (!context) throw std::bad_alloc();
+  return Matches(xmlXPathEvalExpression(XmlString(expression), context.get()));
+}
+
+std::int32_t CXmlProto::GetNodeCount(const std::string& expression) const {
+  const Matches matches = Evaluate(expression);
+  return FirstNode(matches.get()) == nullptr ? 0 : matches->nodesetval->nodeNr;
+}
+
+std::string CXmlProto::GetNodeText(const std::string& expression,
+                                   const std::string& fallback) const {
+  const Matches matches = Evaluate(expression);
+  const xmlNode* node = FirstNode(matches.get());
+  if (node == nullptr || !TextBounds(m_document.get()).Hold(node->children)) return fallback;
+  const XmlText text(xmlNodeListGetString(m_document.get(), node->children, 1));
+  const char* bytes = reinterpret_cast<const char*>(text.get());
+  return bytes == nullptr || IsBlank(bytes) ? fallback : bytes;
+}
+
+std::int32_t CXmlProto::GetNodeInt(const std::string& expression, std::int32_t fallback) const {
+  const std::string text = GetNodeText(expression, "");
+  return text.empty() ? fallback : std::atoi(text.c_str());
+}
+
+std::string CXmlProto::GetNodeProp(const std::string& expression, const std::string& attribute,
+                                   const std::string& fallback) const {
+  const Matches matches = Evaluate(expression);
+  const xmlNode* node = FirstNode(matches.get());
+  const xmlAttr* property = node == nullptr ? nullptr : xmlHasProp(node, XmlString(attribute));
+  if (property == nullptr || !TextBounds(m_document.get()).Hold(property->children)) {
+    return fallback;
+  }
+  const XmlText value(xmlGetProp(node, XmlString(attribute)));
+  return value ? reinterpret_cast<const char*>(value.get()) : fallback;
+}
+
+bool ReadWholeFile(std::string& content, const std::string& path, const std::string& alternative) {
+  if (ReadFile(content, path)) return true;
+  const std::string second = alternative.empty() ? FallbackPath(path) : alternative;
+  return !second.empty() && ReadFile(content, second);
+}
+
+std::string GetExeDirectory() {
+  static std::string directory;
+  static XRT_Mutex mutex;
+  XRT_Guard guard(&mutex);
+  if (directory.empty()) {
+    char path[1040] = {};
+    XRT_GetCurExePath(path, static_cast<std::int32_t>(sizeof(path)));
+    directory.assign(path, std::find(path, path + sizeof(path), '\0'));
+    directory.resize(directory.find_last_of(kSeparators) + 1);
+  }
+  std::replace(directory.begin(), directory.end(), '\\', '/');
+  return directory;
+}
+
+std::shared_ptr<CXmlProto> ReadDocument(const std::string& path) {
+  std::string content;
+  if (!ReadWholeFile(content, path, "")) return nullptr;
+  auto document = std::make_shared<CXmlProto>();
+  document->ParseMemory(content);
+  return document;
+}
+
+}  // namespace TevModelParse
