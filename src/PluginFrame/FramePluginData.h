@@ -1,0 +1,38 @@
+#pragma once
+
+#include <cstdint>
+#include <map>
+#include <memory>
+#include <string>
+#include <vector>
+
+namespace PluginFrame {
+
+/// `FramePluginData::state`.
+enum PluginState : std::uint32_t {
+  kPending = 0,
+  kInitSucceeded = 1,
+  kInitFailed = 2,
+  kUninitSucceeded = 3,
+  kUninitFailed = 4
+};
+
+/// What the frame keeps of one plugin while it starts and stops it: a node of the dependency graph.
+///
+/// Shared by the manager's map and by its neighbours in the graph. `name` and the two lists are
+/// constant once the graph is built; `state` is guarded by the manager's m_pluginDataMutex.
+struct FramePluginData {
+  std::string name;
+  std::uint32_t state = kPending;
+  std::vector<std::shared_ptr<FramePluginData>> depends_on;   // start before this one
+  std::vector<std::shared_ptr<FramePluginData>> depended_by;  // stop before this one
+};
+
+/// Plugin name to plugin key, the text by which plugins are ordered: a running number from 100, "_"
+/// and the name.
+using PluginKeys = std::map<std::string, std::string>;
+
+/// Plugin key to record, so in the product's order as long as the numbers have three digits.
+using PluginDataMap = std::map<std::string, std::shared_ptr<FramePluginData>>;
+
+}  // namespace PluginFrame
