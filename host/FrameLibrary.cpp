@@ -1,0 +1,37 @@
+#include "host/FrameLibrary.h"
+
+#include <stdexcept>
+
+#include "reference/os/ProcessPath.h"
+#include "sdk/base/path.h"
+#include "sdk/os/os.h"
+
+namespace {
+
+template <typename Entry>
+void LookUp(Entry& entry, HMODULE library, const char* name, const std::string& path) {
+  entry = reinterpret_cast<Entry>(GetProcAddress(library, name));
+  if (entry == nullptr) {
+    throw std::runtime_error(path + ": exports no " + name + "; is it the frame's library?");
+  }
+}
+
+}  // namespace
+
+FrameLibrary::FrameLibrary(const std::string& path) {
+  const HMODULE library = LoadLibraryW(LocalToWide(path).c_str());
+  const DWORD error = library == nullptr ? GetLastError() : 0;
+  if (library == nullptr) {
+    throw std::runtime_error(path + ": the frame's library cannot be loaded (error " +
+                             std::to_string(error) + "); it belongs beside HUB");
+  }
+  LookUp(m_init, library, "Frame_Init", path);
+  LookUp(m_start, library, "Frame_Start", path);
+  LookUp(m_stop, library, "Frame_Stop", path);
+  LookUp(m_uninit, library, "Frame_UnInit", path);
+}
+
+std::string FrameLibrary::PathBesideProgram() {
+  const std::string program = ProcessPath();
+  return program.substr(0, program.find_last_of("/\\") + 1) + TEV_FRAME_LIBRARY;
+}

@@ -1,0 +1,29 @@
+#pragma once
+
+#include <cstdint>
+#include <string>
+
+/// The frame's library as a site's host drives it: loaded by path, its entries looked up by name.
+///
+/// One thread's own. The library stays loaded until the process ends: a plugin that never returned
+/// would otherwise lose the code that called it.
+class FrameLibrary {
+ public:
+  /// Loads the library at `path`. Throws std::runtime_error, with a sentence that names the library
+  /// and what is wrong with it, when it cannot be loaded or lacks an entry.
+  explicit FrameLibrary(const std::string& path);
+
+  std::int32_t Init() const { return m_init(); }
+  std::int32_t Start() const { return m_start(); }
+  void Stop() const { m_stop(); }
+  void UnInit() const { m_uninit(); }
+
+  /// The frame's library as it lies beside this program.
+  static std::string PathBesideProgram();
+
+ private:
+  std::int32_t (*m_init)() = nullptr;
+  std::int32_t (*m_start)() = nullptr;
+  void (*m_stop)() = nullptr;
+  void (*m_uninit)() = nullptr;
+};
