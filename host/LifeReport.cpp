@@ -77,7 +77,9 @@ std::string WaitingLine(const std::vector<PluginLife>& lives,
                         std::chrono::steady_clock::time_point now) {
   std::string running;
   std::string heldBack;
+  bool starting = false;
   for (const PluginLife& life : lives) {
+    starting = starting || life.phase == Phase::kInInit || life.phase == Phase::kWaiting;
     if (life.phase == Phase::kInInit || life.phase == Phase::kInUnInit) {
       running += (running.empty() ? "" : ", ") + life.name + " (" + Seconds(now - life.since) + ")";
     } else if (life.phase == Phase::kWaiting) {
@@ -85,9 +87,11 @@ std::string WaitingLine(const std::vector<PluginLife>& lives,
     }
   }
   if (running.empty() && heldBack.empty()) return std::string();
+  const std::string whom = running.empty() ? "the dependencies of " + heldBack : running;
+  if (!starting) return "waiting for " + whom;
   const auto done = std::count_if(lives.begin(), lives.end(), Done);
   return std::to_string(done) + " of " + std::to_string(lives.size()) + " done; waiting for " +
-         (running.empty() ? "the dependencies of " + heldBack : running);
+         whom;
 }
 
 std::string EventLine(const PluginLife& life) {

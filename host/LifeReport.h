@@ -9,8 +9,8 @@
 
 // How a product's life looks on a terminal, as texts.
 
-/// The one line that is shown while plugins are starting or stopping: how many are done, which are
-/// being waited for, and for how long. Empty when nothing is waited for.
+/// The one line that is shown while plugins are starting or stopping: which are being waited for,
+/// for how long, and at the start how many are done. Empty when nothing is waited for.
 std::string WaitingLine(const std::vector<PluginLife>& lives,
                         std::chrono::steady_clock::time_point now);
 

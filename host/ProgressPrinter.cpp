@@ -7,7 +7,7 @@
 
 namespace {
 
-constexpr std::chrono::seconds kBetweenWaitingLines{2};
+constexpr std::chrono::seconds kBetweenWaitingLines{1};
 constexpr std::size_t kTerminalColumns = 78;
 
 }  // namespace
@@ -24,6 +24,7 @@ void ProgressPrinter::Update() {
   std::string waiting = WaitingLine(lives, now);
   if (waiting.empty()) {
     ClearWaitingLine();
+    m_lastWaitingLine = now;
   } else if (m_onTerminal) {
     if (waiting.size() > kTerminalColumns)
       waiting = waiting.substr(0, kTerminalColumns - 3) + "...";

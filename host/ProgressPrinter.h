@@ -9,7 +9,7 @@
 /// Shows on standard output what becomes of the plugins, while it happens.
 ///
 /// One line for each start and stop; and the plugins that are being waited for: on a terminal in a
-/// last line that is drawn anew, elsewhere as a line every other second. One thread's own.
+/// last line that is drawn anew, elsewhere as a line once a second. One thread's own.
 class ProgressPrinter {
  public:
   explicit ProgressPrinter(const PluginLives& lives);

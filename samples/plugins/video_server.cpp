@@ -1,0 +1,63 @@
+// video.server: the index of recordings. It waits for the first heartbeat of the recorder, which
+// takes its time, and is the slow one among the sample's plugins.
+
+#include <chrono>
+#include <future>
+#include <map>
+#include <thread>
+
+#include "samples/board/Board.h"
+#include "samples/board/Services.h"
+#include "sdk/plugin/TevPlugin.h"
+
+namespace {
+
+class Video : public VideoService {
+ public:
+  void Add(const std::string& camera, std::int64_t begin, std::int64_t end, int recording) {
+    m_recordings[camera][begin] = {end, recording};
+  }
+
+  int RecordingAt(const std::string& camera, std::int64_t second) const override {
+    const auto list = m_recordings.find(camera);
+    if (list == m_recordings.end()) return -1;
+    auto next = list->second.upper_bound(second);
+    if (next == list->second.begin()) return -1;
+    --next;
+    return second < next->second.first ? next->second.second : -1;
+  }
+
+ private:
+  // By camera, by begin: end and number.
+  std::map<std::string, std::map<std::int64_t, std::pair<std::int64_t, int>>> m_recordings;
+};
+
+std::thread g_recorder;
+
+}  // namespace
+
+bool Init() {
+  const auto devices = board::Find<DeviceService>();
+  if (!devices) return false;
+  std::promise<void> heartbeat;
+  std::future<void> alive = heartbeat.get_future();
+  g_recorder = std::thread([beat = std::move(heartbeat)]() mutable {
+    std::this_thread::sleep_for(std::chrono::milliseconds(1500));  // its disks spin up
+    beat.set_value();
+  });
+  const auto video = std::make_shared<Video>();
+  int recording = 0;
+  for (const DeviceService::Device& camera : devices->OfKind("camera")) {
+    video->Add(camera.id, 0, 3600, ++recording);
+    video->Add(camera.id, 7200, 10800, ++recording);
+  }
+  board::Publish<VideoService>(video);
+  return alive.wait_for(std::chrono::seconds(10)) == std::future_status::ready &&
+         video->RecordingAt("cam-1", 7300) == 2 && video->RecordingAt("cam-1", 5000) == -1;
+}
+
+bool UnInit() {
+  board::Withdraw(VideoService::kName);
+  if (g_recorder.joinable()) g_recorder.join();
+  return true;
+}
