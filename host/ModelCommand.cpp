@@ -33,8 +33,7 @@ ExitStatus ModelCommand(const Options&) {
                       {"PlatformInfo", OrNull(SnapshotLpc().info)}};
   std::cout << model.dump(2, ' ', false, Json::error_handler_t::replace) << std::endl;
   if (result == 0) {
-    frame.Stop();
-    frame.UnInit();
+    frame.UnInit();  // nothing was started, so there is nothing to stop
   } else {
     std::cerr << "HUB: " << reason.Sentence() << std::endl;
   }

@@ -1,0 +1,134 @@
+#include "tests/support/Log.h"
+
+#include <cstdarg>
+#include <cstdio>
+#include <cstdlib>
+#include <mutex>
+#include <utility>
+
+#include "sdk/base/log.h"
+
+namespace {
+
+std::mutex g_mutex;
+std::vector<LogLine> g_lines;
+
+std::string Format(const char* format, std::va_list arguments) {
+  std::va_list again;
+  va_copy(again, arguments);
+  const int length = std::vsnprintf(nullptr, 0, format, arguments);
+  std::string text(static_cast<std::size_t>(length) + 1, '\0');
+  std::vsnprintf(&text[0], text.size(), format, again);
+  va_end(again);
+  text.pop_back();
+  return text;
+}
+
+LogLine Parse(int level, const char* module, const std::string& text) {
+  LogLine line;
+  line.level = level;
+  line.module = module;
+  line.whole = text;
+  const std::size_t functionEnd = text.find(']');
+  const std::size_t sourceBegin = text.rfind('[');
+  const std::size_t lineBegin = text.rfind('(');
+  if (text.empty() || text[0] != '[' || functionEnd == std::string::npos ||
+      sourceBegin <= functionEnd || lineBegin == std::string::npos || lineBegin < sourceBegin) {
+    return line;
+  }
+  line.function = text.substr(1, functionEnd - 1);
+  line.text = text.substr(functionEnd + 1, sourceBegin - functionEnd - 1);
+  line.file = text.substr(sourceBegin + 1, lineBegin - sourceBegin - 1);
+  line.line = std::atoi(text.c_str() + lineBegin + 1);
+  return line;
+}
+
+bool StartsWith(const std::string& text, const std::string& prefix) {
+  return text.compare(0, prefix.size(), prefix) == 0;
+}
+
+std::string ExpectedFile(const std::string& function) {
+  const std::pair<const char*, const char*> files[] = {
+      {"PluginFrame::CPluginManager::", "..\\..\\src\\PluginFrame\\PluginManager.cpp"},
+      {"PluginFrame::CPlugin::", "..\\..\\src\\PluginFrame\\Plugin.cpp"},
+      {"PluginFrame::", "..\\..\\src\\PluginFrame\\PluginFrame.cpp"},
+      {"TevModelParse::CProductXmlReader::", "..\\..\\src\\private\\ProductModelReaderImpl.cpp"},
+      {"TevModelParse::CPluginXmlReader::", "..\\..\\src\\private\\PluginModelReaderImpl.cpp"}};
+  for (const auto& file : files) {
+    if (StartsWith(function, file.first)) return file.second;
+  }
+  return "a source file of the frame";
+}
+
+std::string BriefOf(const LogLine& line) {
+  const std::size_t scope = line.function.rfind("::");
+  const std::string name =
+      scope == std::string::npos ? line.function : line.function.substr(scope + 2);
+  return std::to_string(line.level) + " " + name + ": " + line.text;
+}
+
+template <typename Wanted>
+std::vector<std::string> BriefIf(const std::vector<LogLine>& lines, Wanted wanted) {
+  std::vector<std::string> brief;
+  for (const LogLine& line : lines) {
+    if (wanted(line)) brief.push_back(BriefOf(line));
+  }
+  return brief;
+}
+
+}  // namespace
+
+void IKPXFormatLog(int level, const char* module, const char* format, ...) noexcept {
+  std::va_list arguments;
+  va_start(arguments, format);
+  const std::string text = Format(format, arguments);
+  va_end(arguments);
+  const std::lock_guard<std::mutex> lock(g_mutex);
+  g_lines.push_back(Parse(level, module, text));
+}
+
+Log& Log::Instance() {
+  static Log log;
+  return log;
+}
+
+void Log::Clear() {
+  const std::lock_guard<std::mutex> lock(g_mutex);
+  g_lines.clear();
+}
+
+std::vector<LogLine> Log::Lines() const {
+  const std::lock_guard<std::mutex> lock(g_mutex);
+  return g_lines;
+}
+
+std::vector<std::string> Log::Brief() const {
+  return BriefIf(Lines(), [](const LogLine&) { return true; });
+}
+
+std::vector<std::string> Log::Brief(const std::string& function) const {
+  return BriefIf(Lines(), [&](const LogLine& line) {
+    return line.function == function ||
+           (line.function.size() > function.size() + 2 &&
+            line.function.substr(line.function.size() - function.size() - 2) == "::" + function);
+  });
+}
+
+std::vector<std::string> Log::BriefFrom(int level) const {
+  return BriefIf(Lines(), [level](const LogLine& line) { return line.level >= level; });
+}
+
+std::string Log::Faults() const {
+  std::string faults;
+  for (const LogLine& line : Lines()) {
+    const std::string file = ExpectedFile(line.function);
+    const bool lpcLine =
+        StartsWith(line.text, "[PluginManager Uninit]Uninit lpc frame end, failed");
+    const std::string module = lpcLine ? "platform.LPCIntegrate" : "platform.PluginFrame";
+    if (line.file != file || line.module != module || line.line <= 0) {
+      faults += "want module " + module + " and source " + file + ", got module " + line.module +
+                " and line: " + line.whole + "\n";
+    }
+  }
+  return faults;
+}

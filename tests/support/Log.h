@@ -1,0 +1,40 @@
+#pragma once
+
+#include <gmock/gmock.h>
+
+#include <string>
+#include <vector>
+
+// The double of the product's log: keeps every line.
+
+/// One log call, taken apart.
+struct LogLine {
+  int level = 0;
+  std::string module;
+  std::string function;  // from the text's first field
+  std::string text;      // between the first field and the last
+  std::string file;      // from the last field
+  int line = 0;
+  std::string whole;  // as formatted
+};
+
+class Log {
+ public:
+  static Log& Instance();
+
+  void Clear();
+  std::vector<LogLine> Lines() const;
+
+  /// Every line as "LEVEL FUNCTION: TEXT", functions without their namespaces and classes.
+  std::vector<std::string> Brief() const;
+
+  /// Those of one function.
+  std::vector<std::string> Brief(const std::string& function) const;
+
+  /// Those of one level or above.
+  std::vector<std::string> BriefFrom(int level) const;
+
+  /// What is wrong with the lines' frame fields: module, qualified function, source file; empty
+  /// when every line is as it has to be.
+  std::string Faults() const;
+};
