@@ -260,8 +260,9 @@ void CPluginManager::RunPhase(const Phase& phase) {
 }
 
 bool CPluginManager::AllFinished() {
+  // More than all when a plugin comes late, after its start was cut short and its stop is counted.
   const Lock lock(m_countMutex);
-  return m_finishedCount == PluginCount();
+  return m_finishedCount >= PluginCount();
 }
 
 std::int32_t CPluginManager::PluginCount() {

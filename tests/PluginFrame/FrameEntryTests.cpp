@@ -1,0 +1,222 @@
+#include "sdk/frame/PluginFrame.h"
+
+#include <cstring>
+#include <stdexcept>
+
+#include "tests/support/FrameTest.h"
+
+using testing::_;
+using testing::ElementsAre;
+using testing::Invoke;
+using testing::Return;
+
+// The exported entries lie in the frame's own namespace, unmangled.
+namespace {
+
+class FrameEntries : public FrameTest {
+ protected:
+  /// The platform's start calls back at once and takes so many milliseconds before.
+  void CallBackAtOnce(std::uint64_t milliseconds = 0) {
+    ON_CALL(seam.platform, Start).WillByDefault(Invoke([=](KPXStartFinishFn finished) {
+      seam.now += milliseconds;
+      callbackResult = finished(&started);
+      return 0;
+    }));
+  }
+
+  StartedPluginMap started;
+  bool callbackResult = false;
+};
+
+TEST_F(FrameEntries, InitTellsItsStepsAndCosts) {
+  tree.Product("a:");
+  EXPECT_CALL(seam.platform, Init).WillOnce(Invoke([this] {
+    seam.now += 3;
+    return 0;
+  }));
+  EXPECT_CALL(seam.platform, SetProductModel).WillOnce(Invoke([this](const ProductModel&) {
+    seam.now += 40;
+    return 1;
+  }));
+  EXPECT_EQ(0, Frame_Init());
+  EXPECT_THAT(
+      log.Brief("Frame_Init"),
+      ElementsAre("3 Frame_Init: [Frame_Init]----KPX_Init end, cost time [3]ms.----",
+                  "3 Frame_Init: [Frame_Init]----PluginManager Init begin----",
+                  "3 Frame_Init: [Frame_Init]----PluginManager Init end, cost time [40]ms.----",
+                  "3 Frame_Init: [1.Init]----!Frame_Init end.success! cost time [43]ms.----"));
+}
+
+TEST_F(FrameEntries, PlatformThatDoesNotComeUpFailsInitAtOnce) {
+  EXPECT_CALL(seam.platform, Init).WillOnce(Return(5));
+  EXPECT_CALL(seam.platform, UnInit).Times(0);
+  EXPECT_EQ(-1, Frame_Init());
+  EXPECT_THAT(log.Brief(),
+              ElementsAre("6 Frame_Init: [Frame_Init]----KPX_Init failed! Quit HUB.exe----"));
+  EXPECT_THAT(seam.Calls(), ElementsAre("KPX_Init"));
+}
+
+TEST_F(FrameEntries, ManagerThatFailsTakesThePlatformDownAgain) {
+  EXPECT_CALL(seam.platform, UnInit).Times(1);
+  EXPECT_EQ(-1, Frame_Init());
+  EXPECT_THAT(
+      log.Brief("Frame_Init"),
+      ElementsAre("3 Frame_Init: [Frame_Init]----KPX_Init end, cost time [0]ms.----",
+                  "3 Frame_Init: [Frame_Init]----PluginManager Init begin----",
+                  "3 Frame_Init: [Frame_Init]----PluginManager Init failed, KPX_UnInit begin----",
+                  "3 Frame_Init: [Frame_Init]----KPX_UnInit end----",
+                  "6 Frame_Init: [Frame_Init]----PluginManager Init failed! Quit HUB.exe----"));
+}
+
+TEST_F(FrameEntries, NothingThrownLeavesInit) {
+  tree.Product("a:");
+  EXPECT_CALL(seam.platform, SetProductModel).WillOnce(testing::Throw(std::bad_alloc()));
+  EXPECT_CALL(seam.platform, UnInit).Times(1);
+  EXPECT_EQ(-1, Frame_Init());
+  EXPECT_THAT(log.BriefFrom(6),
+              ElementsAre("6 Frame_Init: [Frame_Init]----PluginManager Init failed! Quit "
+                          "HUB.exe----"));
+}
+
+TEST_F(FrameEntries, StartHandsThePlatformsResultBackUnchanged) {
+  EXPECT_CALL(seam.platform, Start(testing::NotNull())).WillOnce(Return(-77));
+  EXPECT_EQ(-77, Frame_Start());
+  EXPECT_THAT(log.Brief(), ElementsAre("3 Frame_Start: [2.Start]----!Frame_Start begin!----",
+                                       "3 Frame_Start: [Frame_Start]----KPX_Start begin, call "
+                                       "KPXStartFinishCallBack begin----",
+                                       "3 Frame_Start: [2.Start]----!Frame_Start end!----"));
+}
+
+TEST_F(FrameEntries, CallbackTimesThePlatformAndStartsThePlugins) {
+  tree.Product("a:");
+  seam.libraries["a"].init = [this] {
+    seam.now += 20;
+    return true;
+  };
+  ASSERT_EQ(0, Frame_Init());
+  CallBackAtOnce(12);
+  EXPECT_CALL(seam.platform, TakeTime(_, _)).Times(testing::AnyNumber());
+  EXPECT_CALL(seam.platform, TakeTime("KPX_Start OK", 12));
+  EXPECT_EQ(0, Frame_Start());
+  EXPECT_TRUE(callbackResult);
+  EXPECT_EQ(1U, started.count("a"));
+  EXPECT_THAT(
+      log.Brief("KPXStartFinishCallBack"),
+      ElementsAre("3 KPXStartFinishCallBack: [KPXStartFinishCallBack]----KPX_Start end. cost time "
+                  "[12]ms compare 30s.",
+                  "3 KPXStartFinishCallBack: [KPXStartFinishCallBack]----PluginManager start "
+                  "begin----",
+                  "3 KPXStartFinishCallBack: [KPXStartFinishCallBack]----PluginManager start end. "
+                  "cost time [20]ms.----",
+                  "3 KPXStartFinishCallBack: [KPXStartFinishCallBack]----HUB exec "
+                  "KPXStartFinishCallBack end----"));
+}
+
+TEST_F(FrameEntries, CallbackHandsTheManagersFailureToThePlatform) {
+  tree.Product("a:");
+  ASSERT_EQ(0, Frame_Init());
+  CallBackAtOnce();
+  callbackResult = true;
+  EXPECT_CALL(seam.threads, Grant).WillOnce(Return(0U));
+  Frame_Start();
+  EXPECT_FALSE(callbackResult);
+}
+
+TEST_F(FrameEntries, NothingThrownLeavesTheCallback) {
+  tree.Product("a:");
+  ASSERT_EQ(0, Frame_Init());
+  CallBackAtOnce();
+  callbackResult = true;
+  EXPECT_CALL(seam.threads, Grant).WillOnce(testing::Throw(std::runtime_error("no")));
+  EXPECT_EQ(0, Frame_Start());
+  EXPECT_FALSE(callbackResult);
+}
+
+std::vector<std::string> StopLines(int first) {
+  const auto step = [first](int offset) { return std::to_string(first + offset); };
+  return {
+      "3 Frame_Stop: [3.Stop]----!Frame_Stop begin!----",
+      "3 Frame_Stop: [Frame_Stop]----[" + step(0) + "]KPXPlatform KPX_PreUnInit start----",
+      "3 Frame_Stop: [Frame_Stop]----[" + step(0) +
+          "]KPXPlatform KPX_PreUnInit end.cost time [1]ms----",
+      "3 Frame_Stop: [Frame_Stop]----[" + step(1) + "]CPluginManager::Instance().Uninit start----",
+      "3 Frame_Stop: [Frame_Stop]----[" + step(1) +
+          "]CPluginManager::Instance().Uninit end.cost time [2]ms----",
+      "3 Frame_Stop: [Frame_Stop]----[" + step(2) + "]KPXPlatform KPX_Stop start----",
+      "3 Frame_Stop: [Frame_Stop]----[" + step(2) + "]KPXPlatform KPX_Stop end.cost time [4]ms----",
+      "3 Frame_Stop: [3.Stop]----!Frame_Stop end! cost time [7]ms.----"};
+}
+
+TEST_F(FrameEntries, StopNumbersItsStepsThroughTheProcess) {
+  ON_CALL(seam.platform, PreUnInit).WillByDefault(Invoke([this] {
+    seam.now += 1;
+    return 9;  // not looked at
+  }));
+  ON_CALL(seam.lpc, UnInit).WillByDefault(Invoke([this] {
+    seam.now += 2;
+    return 0;
+  }));
+  ON_CALL(seam.platform, Stop).WillByDefault(Invoke([this] {
+    seam.now += 4;
+    return 9;
+  }));
+  Frame_Stop();
+  const std::vector<std::string> first = log.Brief("Frame_Stop");
+  Log::Instance().Clear();
+  Frame_Stop();
+  // Counted from 1 in a process of its own; from wherever other tests left it in a shared one.
+  const int number = std::stoi(first[1].substr(first[1].find("----[") + 5));
+  EXPECT_EQ(1, number % 3);
+  EXPECT_EQ(StopLines(number), first);
+  EXPECT_EQ(StopLines(number + 3), log.Brief("Frame_Stop"));
+}
+
+TEST_F(FrameEntries, UnInitTimesThePlatformsAndTouchesNothingElse) {
+  EXPECT_CALL(seam.platform, UnInit).WillOnce(Invoke([this] {
+    seam.now += 6;
+    return 1;
+  }));
+  Frame_UnInit();
+  EXPECT_THAT(log.Brief(),
+              ElementsAre("3 Frame_UnInit: [4.Uninit]----!Frame_UnInit begin!----",
+                          "3 Frame_UnInit: [Frame_UnInit]----KPX_UnInit begin----",
+                          "3 Frame_UnInit: [Frame_UnInit]----KPX_UnInit end, cost time [6]ms----",
+                          "3 Frame_UnInit: [4.Uninit]----!Frame_UnInit end! cost time [6]ms----"));
+  EXPECT_THAT(seam.Calls(), ElementsAre("KPX_UnInit"));
+}
+
+TEST_F(FrameEntries, GtestReturnsZeroAndLogsNothing) {
+  int anything = 0;
+  EXPECT_EQ(0, Frame_Gtest(0, nullptr));
+  EXPECT_EQ(0, Frame_Gtest(-5, &anything));
+  EXPECT_THAT(log.Brief(), ElementsAre());
+}
+
+TEST_F(FrameEntries, LastErrorAndVersionPassArgumentsAndResultsOn) {
+  char text[8] = {};
+  EXPECT_CALL(seam.platform, GetLastError(text, 8)).WillOnce(Return(31));
+  EXPECT_CALL(seam.platform, GetVersion(text, 7)).WillOnce(Return(32));
+  EXPECT_EQ(31, Frame_GetLastError(text, 8));
+  EXPECT_EQ(32, Frame_GetVersion(text, 7));
+  EXPECT_THAT(log.Brief(), ElementsAre());
+}
+
+TEST_F(FrameEntries, AWholeLifeCallsTheLibrariesInItsFixedOrder) {
+  tree.Product("a: b:a");
+  seam.libraries["a"];
+  seam.libraries["b"];
+  CallBackAtOnce();
+  Frame_Init();
+  Frame_Start();
+  Frame_Stop();
+  Frame_UnInit();
+  EXPECT_THAT(seam.Calls(),
+              ElementsAre("KPX_Init", "KPX_SetAddonAndToolModel", "KPX_GetInstalledAddonModel",
+                          "KPX_GetRunningModule", "KPX_SetProductModel", "TevLPCFrameInit",
+                          "AddPluginsInfo", "KPX_Start", "UpdatePluginsLoadState",
+                          "TevLPCFrameNotifyStartPlugins", "KPX_PreUnInit", "TevLPCFrameUnInit",
+                          "KPX_Stop", "KPX_UnInit"));
+  EXPECT_EQ(0, seam.libraries["a"].handles + seam.libraries["b"].handles);
+}
+
+}  // namespace

@@ -1,0 +1,140 @@
+#include <stdexcept>
+
+#include "src/PluginFrame/PluginManager.h"
+#include "tests/support/FrameTest.h"
+
+using PluginFrame::CPluginManager;
+using testing::_;
+using testing::DoAll;
+using testing::ElementsAre;
+using testing::Invoke;
+using testing::Return;
+using testing::SaveArg;
+using testing::SetArgReferee;
+
+namespace {
+
+class ManagerInit : public FrameTest {
+ protected:
+  CPluginManager manager;
+};
+
+TEST_F(ManagerInit, TellsEveryStepAndToleratesMissingAddonsAndTools) {
+  tree.Product("b: a:");
+  EXPECT_TRUE(manager.Init());
+  EXPECT_THAT(
+      log.Brief("Init"),
+      ElementsAre(
+          "3 Init: [PluginManager Init]----PluginManager Init start----",
+          "4 Init: [PluginManager Init]----ReadServerAddonsModel failed.Get product addons model "
+          "param failed----",
+          "4 Init: [PluginManager Init]----ReadServerToolsModel failed.Get product tools model "
+          "param failed----",
+          "3 Init: [PluginManager Init]Set Addons and Tools Model to platform.",
+          "3 Init: [PluginManager Init]Get signed & compatibled verify and installed addons size "
+          "[0].",
+          "3 Init: [PluginManager Init]Set product model param to platform success.",
+          "3 Init: [PluginManager Init]Plugins' version: [a:1.0;b:1.0;]",
+          "3 Init: [PluginManager Init]Drivers' version: []",
+          "3 Init: [PluginManager Init]Switch Product Model to LPC frame info.",
+          "3 Init: [PluginManager Init]TevLPCFrameInit success.",
+          "3 Init: [PluginManager Init]Set plugin info to platform success.",
+          "3 Init: [PluginManager Init]----PluginManager Init success----"));
+  EXPECT_THAT(seam.Calls(), ElementsAre("KPX_SetAddonAndToolModel", "KPX_GetInstalledAddonModel",
+                                        "KPX_GetRunningModule", "KPX_SetProductModel",
+                                        "TevLPCFrameInit", "AddPluginsInfo"));
+}
+
+TEST_F(ManagerInit, WithoutAProductFailsAndHandsNothingOver) {
+  EXPECT_FALSE(manager.Init());
+  EXPECT_THAT(log.BriefFrom(6),
+              ElementsAre("6 Init: [PluginManager Init]----ReadServerModel failed.Get product "
+                          "model param failed----"));
+  EXPECT_THAT(seam.Calls(), ElementsAre());
+}
+
+TEST_F(ManagerInit, PlatformThatRefusesTheModelFailsIt) {
+  tree.Product("a:");
+  EXPECT_CALL(seam.platform, SetProductModel).WillOnce(Return(0));
+  EXPECT_CALL(seam.lpc, Init).Times(0);
+  EXPECT_FALSE(manager.Init());
+  EXPECT_THAT(log.BriefFrom(6),
+              ElementsAre("6 Init: [PluginManager Init]----KPX_SetProductModel failed.Set product "
+                          "model param to platform failed----"));
+}
+
+TEST_F(ManagerInit, FrameworkThatFailsFailsItWithItsCode) {
+  tree.Product("a:");
+  EXPECT_CALL(seam.lpc, Init("lpc_server_framework", _)).WillOnce(Return(17));
+  EXPECT_CALL(seam.platform, AddPluginsInfo).Times(0);
+  EXPECT_FALSE(manager.Init());
+  EXPECT_THAT(log.BriefFrom(6),
+              ElementsAre("6 Init: [PluginManager Init]----TevLPCFrameInit failed, "
+                          "errorcode[17]----"));
+  EXPECT_TRUE(manager.Start(nullptr));
+  EXPECT_THAT(log.Brief("Start"), ElementsAre());
+}
+
+TEST_F(ManagerInit, InstalledAddonsPluginWithAHigherVersionReplacesTheProducts) {
+  tree.Product("a:");
+  AddonModel addon;
+  addon.ID = "Extra";
+  PluginDescription newer;
+  newer.ID = "a";
+  newer.Version = "1.1";
+  newer.OwnerAddon = "Extra";
+  addon.ServerPluginDescriptions = {newer};
+  addon.Services = {{"pay", "1"}};
+  EXPECT_CALL(seam.platform, GetInstalledAddonModel)
+      .WillOnce(SetArgReferee<0>(std::vector<AddonModel>{addon}));
+  ProductModel model;
+  EXPECT_CALL(seam.platform, SetProductModel).WillOnce(DoAll(SaveArg<0>(&model), Return(1)));
+  EXPECT_TRUE(manager.Init());
+  ASSERT_EQ(1U, model.ServerPluginDescriptions.size());
+  EXPECT_EQ("Extra", model.ServerPluginDescriptions[0].OwnerAddon);
+  EXPECT_EQ("pay", model.AddonServices.at(0).ID);
+  EXPECT_THAT(log.Brief("Init")[4],
+              "3 Init: [PluginManager Init]Get signed & compatibled verify and installed addons "
+              "size [1].");
+  EXPECT_THAT(log.Brief("Init")[5], "3 Init: [PluginManager Init]Installed addon name [Extra].");
+}
+
+TEST_F(ManagerInit, DistributedModuleDropsPluginsThatAreNotDistributed) {
+  tree.Product("a: b:");
+  tree.Write("bin/META_INFO/b/b.xml", PluginXml("b", "<IsDistributed>1</IsDistributed>"));
+  EXPECT_CALL(seam.platform, GetRunningModule).WillOnce(Return(2));
+  ProductModel model;
+  EXPECT_CALL(seam.platform, SetProductModel).WillOnce(DoAll(SaveArg<0>(&model), Return(1)));
+  EXPECT_TRUE(manager.Init());
+  ASSERT_EQ(1U, model.ServerPluginDescriptions.size());
+  EXPECT_EQ("b", model.ServerPluginDescriptions[0].ID);
+  EXPECT_EQ(2U, model.Plugins.size());
+}
+
+TEST_F(ManagerInit, RegistersEveryPluginWithThePlatform) {
+  tree.Product("a: b:a");
+  PluginInfoMap infos;
+  EXPECT_CALL(seam.platform, AddPluginsInfo).WillOnce(SaveArg<0>(&infos));
+  manager.Init();
+  ASSERT_EQ(2U, infos.size());
+  EXPECT_EQ("b", infos.at("b")->plugin_name());
+}
+
+TEST_F(ManagerInit, TellsTheFrameworkOfExecutables) {
+  tree.Product("a: exe:a.b");
+  tree.Write("bin/META_INFO/exe/exe.xml",
+             "<Plugin><Type>1</Type><ID>exe</ID><DependencyList><Plugin ID='a.b'/>"
+             "</DependencyList></Plugin>");
+  PlatformInfo info;
+  EXPECT_CALL(seam.lpc, Init).WillOnce(DoAll(SaveArg<1>(&info), Return(0)));
+  EXPECT_TRUE(manager.Init());
+  EXPECT_EQ(tree.ExeDirectory() + "KPX_Exe.exe", info.PlatformExePath);
+  EXPECT_EQ(tree.ExeDirectory() + "exe.exe", info.Executables.at("exe").Path);
+  EXPECT_THAT(info.Executables.at("exe").GroupNames, ElementsAre("a"));
+}
+
+TEST_F(ManagerInit, TheInstanceIsOneForTheProcess) {
+  EXPECT_EQ(&CPluginManager::Instance(), &CPluginManager::Instance());
+}
+
+}  // namespace

@@ -1,0 +1,205 @@
+#include <algorithm>
+#include <stdexcept>
+#include <thread>
+
+#include "src/PluginFrame/PluginManager.h"
+#include "tests/support/FrameTest.h"
+
+using PluginFrame::CPluginManager;
+using testing::_;
+using testing::Each;
+using testing::ElementsAre;
+using testing::InSequence;
+using testing::Return;
+using testing::SaveArg;
+
+namespace {
+
+class PluginStart : public FrameTest {
+ protected:
+  /// Reads this product, with a library for every plugin that notes its Init.
+  void Product(const std::string& words, const std::vector<std::string>& names) {
+    tree.Product(words);
+    for (const std::string& name : names) {
+      seam.libraries[name].init = [this, name] {
+        inits.push_back(name);
+        return true;
+      };
+    }
+    ASSERT_TRUE(manager.Init());
+    Log::Instance().Clear();
+  }
+
+  CPluginManager manager;
+  StartedPluginMap started;
+  std::vector<std::string> inits;
+};
+
+TEST_F(PluginStart, BeforeInitDoesNothingAndLogsNothing) {
+  EXPECT_CALL(seam.threads, Grant).Times(0);
+  EXPECT_TRUE(manager.Start(&started));
+  EXPECT_THAT(log.Brief(), ElementsAre());
+}
+
+TEST_F(PluginStart, TellsEveryStepAndEveryCost) {
+  Product("a:", {"a"});
+  seam.libraries["a"].init = [this] {
+    seam.now += 30;
+    return true;
+  };
+  {
+    InSequence order;
+    EXPECT_CALL(seam.threads, Grant("platform.PluginFrame", 1, 1, 0)).WillOnce(Return(1U));
+    EXPECT_CALL(seam.platform, TakeTime("Plugins need to init:\n[a] ", -1));
+    EXPECT_CALL(seam.threads, Post("platform.PluginFrame", false));
+    EXPECT_CALL(seam.platform, TakeTime("[a] Init OK", 30));
+    EXPECT_CALL(seam.threads, Release("platform.PluginFrame", false));
+    EXPECT_CALL(seam.platform, UpdatePluginsLoadState(std::map<std::string, bool>{{"a", true}}));
+    EXPECT_CALL(seam.lpc, Notify(""));
+  }
+  EXPECT_TRUE(manager.Start(&started));
+  EXPECT_EQ((StartedPluginMap{{"a", &seam.libraries["a"]}}), started);
+  EXPECT_THAT(seam.sleeps, ElementsAre(200));
+  const std::string path = tree.ExeDirectory() + "a.dll";
+  EXPECT_THAT(
+      log.Brief(),
+      ElementsAre("3 Start: [PluginManager start]----PluginManager start----",
+                  "3 Start: [PluginManager start]Plugins init start...",
+                  "3 SinglePluginLoad: [Plugin Load]Plugin [a] SinglePluginLoad Begin.",
+                  "3 Load: [Plugin]start frame plugin Being path= [" + path + "]",
+                  "3 Load: [Plugin]start frame plugin end success.path= [" + path + "]",
+                  "3 SinglePluginLoad: [Plugin Load]Plugin Init begin.[a]",
+                  "3 SinglePluginLoad: [Plugin Load]Plugin Init end. [a] cost time [30]ms",
+                  "3 SinglePluginLoad: [Plugin Load]Plugin [a] SinglePluginLoad End. count[1].",
+                  "3 Start: [PluginManager start]Plugins init end. Total cost time [30]ms.",
+                  "3 Start: [PluginManager start]Notify plugin start by LPC.",
+                  "3 Start: [PluginManager start]----PluginManager Start success----"));
+}
+
+TEST_F(PluginStart, WithoutThreadsFailsAndPostsNothing) {
+  Product("a:", {"a"});
+  EXPECT_CALL(seam.threads, Grant).WillOnce(Return(0U));
+  EXPECT_CALL(seam.threads, Post).Times(0);
+  EXPECT_CALL(seam.threads, Release).Times(0);
+  EXPECT_FALSE(manager.Start(&started));
+  EXPECT_THAT(log.BriefFrom(6),
+              ElementsAre("6 Start: [PluginManager start]----PluginManager start failed.Get thread "
+                          "for platform.PluginFrame failed.----"));
+}
+
+TEST_F(PluginStart, OfAProductWithoutPluginsAsksForNoThreadsAndEndsAtOnce) {
+  Product("", {});
+  EXPECT_CALL(seam.threads, Grant("platform.PluginFrame", 1, 0, 0)).WillOnce(Return(1U));
+  EXPECT_CALL(seam.threads, Release("platform.PluginFrame", false));
+  EXPECT_TRUE(manager.Start(&started));
+  EXPECT_THAT(seam.sleeps, ElementsAre());
+}
+
+TEST_F(PluginStart, PluginsStartLevelByLevelInTheProductsOrder) {
+  Product("d:b,c b:a c:a a:", {"a", "b", "c", "d"});
+  EXPECT_TRUE(manager.Start(&started));
+  EXPECT_THAT(inits, ElementsAre("a", "b", "c", "d"));
+  EXPECT_THAT(seam.sleeps, ElementsAre(200, 200, 200));
+}
+
+TEST_F(PluginStart, ADependentOfAFailedPluginStillStartsAfterIt) {
+  Product("b:a a:", {"a", "b"});
+  seam.libraries["a"].init = [this] {
+    inits.push_back("a fails");
+    return false;
+  };
+  EXPECT_TRUE(manager.Start(&started));
+  EXPECT_THAT(inits, ElementsAre("a fails", "b"));
+}
+
+TEST_F(PluginStart, APluginWhoseInitFailsStaysLoadedAndIsNotReportedAsStarted) {
+  Product("a: b:", {"a", "b"});
+  seam.libraries["a"].init = [this] {
+    seam.now += 5;
+    return false;
+  };
+  EXPECT_CALL(seam.platform, TakeTime).Times(testing::AnyNumber());
+  EXPECT_CALL(seam.platform, TakeTime("[a] Init Failed", 5));
+  EXPECT_CALL(seam.platform, UpdatePluginsLoadState(std::map<std::string, bool>{{"b", true}}));
+  EXPECT_TRUE(manager.Start(&started));
+  EXPECT_EQ(2U, started.size());
+  EXPECT_EQ(1, seam.libraries["a"].handles);
+  EXPECT_THAT(log.BriefFrom(5),
+              ElementsAre("5 SinglePluginLoad: [Plugin Load]Plugin Init end (failed). [a] cost "
+                          "time [5]ms.",
+                          "5 SinglePluginLoad: [Plugin Load]Plugin [a] SinglePluginLoad End. "
+                          "count[1]."));
+}
+
+TEST_F(PluginStart, APluginThatCannotBeLoadedIsCountedAndNotHandedOver) {
+  Product("a:", {});
+  EXPECT_CALL(seam.platform, TakeTime).Times(testing::AnyNumber());
+  EXPECT_CALL(seam.platform, TakeTime("[a] Load Failed", -1));
+  EXPECT_CALL(seam.platform, UpdatePluginsLoadState(std::map<std::string, bool>{}));
+  EXPECT_TRUE(manager.Start(&started));
+  EXPECT_TRUE(started.empty());
+  EXPECT_THAT(log.BriefFrom(5),
+              ElementsAre("5 Load: [Plugin]Get dynamic library handle failed.path= " +
+                              tree.ExeDirectory() + "a.dll,errorcode=126",
+                          "5 SinglePluginLoad: [Plugin Load]Plugin a load failed, InitFailed, "
+                          "count[1]."));
+}
+
+TEST_F(PluginStart, SubPlatformsStartFromTheExecutablesDirectory) {
+  Product("sub", {"sub"});
+  EXPECT_TRUE(manager.Start(&started));
+  EXPECT_THAT(seam.loadedPaths, ElementsAre(tree.ExeDirectory() + "sub.dll"));
+  EXPECT_THAT(inits, ElementsAre("sub"));
+}
+
+TEST_F(PluginStart, HandlesThatThePlatformHasAlreadyAreKept) {
+  Product("a:", {"a"});
+  int marker = 0;
+  started["a"] = &marker;
+  manager.Start(&started);
+  EXPECT_EQ(&marker, started["a"]);
+}
+
+TEST_F(PluginStart, APluginThatThrowsCountsAsFailed) {
+  Product("a:", {"a"});
+  seam.libraries["a"].init = []() -> bool { throw std::runtime_error("boom"); };
+  EXPECT_CALL(seam.platform, UpdatePluginsLoadState(std::map<std::string, bool>{}));
+  EXPECT_TRUE(manager.Start(&started));
+}
+
+TEST_F(PluginStart, ASecondStartHoldsEachLibraryOnce) {
+  Product("a:", {"a"});
+  manager.Start(&started);
+  EXPECT_TRUE(manager.Start(&started));
+  EXPECT_EQ(1, seam.libraries["a"].handles);
+  EXPECT_THAT(inits, ElementsAre("a", "a"));
+}
+
+TEST_F(PluginStart, ASecondStartThatCannotLoadAPluginForgetsIt) {
+  Product("a:", {"a"});
+  manager.Start(&started);
+  seam.libraries["a"].loads = false;
+  started.clear();
+  EXPECT_TRUE(manager.Start(&started));
+  EXPECT_TRUE(started.empty());
+  manager.Uninit();
+  EXPECT_THAT(log.Brief("SinglePluginUnload").back(),
+              "5 SinglePluginUnload: [Plugin Unload]Plugin a is null, UninitSuccess, count[1].");
+}
+
+TEST_F(PluginStart, AStopCallsAStartOffThatWaitsForACircle) {
+  Product("a:b b:a", {"a", "b"});
+  int sleeps = 0;
+  // The stop's first act, seen from the loop: what happens between two looks at the plugins.
+  EXPECT_CALL(seam.lpc, UnInit).WillOnce(Return(1));
+  std::thread stop;
+  seam.onSleep = [&] {
+    if (++sleeps == 2) stop = std::thread([&] { manager.Uninit(); });
+    std::this_thread::yield();
+  };
+  EXPECT_TRUE(manager.Start(&started));
+  stop.join();
+  EXPECT_THAT(inits, ElementsAre());
+}
+
+}  // namespace
