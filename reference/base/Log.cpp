@@ -41,6 +41,7 @@ std::shared_ptr<spdlog::logger> MakeLogger(const char* name, spdlog::sink_ptr si
   logger->set_pattern(kPattern);
   logger->set_level(spdlog::level::trace);
   logger->flush_on(spdlog::level::trace);
+  logger->set_error_handler([](const std::string&) {});  // a line that cannot be written is lost
   return logger;
 }
 
@@ -70,10 +71,13 @@ std::string Format(const char* format, std::va_list arguments) {
   std::va_list again;
   va_copy(again, arguments);
   const int length = std::vsnprintf(nullptr, 0, format, arguments);
-  std::string text(length < 0 ? 1 : static_cast<std::size_t>(length) + 1, '\0');
-  if (length >= 0) std::vsnprintf(&text[0], text.size(), format, again);
+  std::string text = format;  // still tells more than nothing, should an argument be no text
+  if (length >= 0) {
+    text.resize(static_cast<std::size_t>(length) + 1);
+    std::vsnprintf(&text[0], text.size(), format, again);
+    text.pop_back();
+  }
   va_end(again);
-  text.pop_back();
   return text;
 }
 
@@ -138,7 +142,7 @@ void ConfigureLog(const LogConfig& config) {
   try {
     sinks = MakeSinks(config);
   } catch (const spdlog::spdlog_ex& error) {
-    throw std::runtime_error(config.file + ": the log cannot be written: " + error.what());
+    throw std::runtime_error("the log cannot be written to " + config.file + ": " + error.what());
   }
   LogState& log = TheLog();
   const std::lock_guard<std::mutex> lock(log.sinksMutex);

@@ -4,19 +4,22 @@
 #include <functional>
 #include <string>
 
-/// Where log lines go.
+/// Where log lines go. A line is "YYYY-MM-DD hh:mm:ss.mmm [LEVEL] [MODULE] TEXT", in which control
+/// bytes of module and text stand as \xNN.
 struct LogConfig {
-  int consoleLevel = 4;                   // lines from this level up go to standard error; 0: none
-  std::string file;                       // every line is appended here; empty: nowhere
-  std::size_t maxFileBytes = 64U << 20U;  // then the file is put aside as FILE.1, and so on
-  std::size_t maxFiles = 8;
+  int consoleLevel = 4;  // lines from this level up go to standard error; 0: none
+  std::string file;      // every line is appended here at once; empty: nowhere
+  // A file that is full is put aside: log.txt becomes log.1.txt, which becomes log.2.txt, and so on.
+  std::size_t maxFileBytes = 64U << 20U;
+  std::size_t maxFiles = 8;  // put aside at most; the oldest is lost
 };
 
 /// Sends later lines where `config` says. Throws std::runtime_error, with a sentence that names the
 /// file, when it cannot be written; lines then go on as before. Any thread.
 void ConfigureLog(const LogConfig& config);
 
-/// Called with every line, on the thread that logs it; must not log itself.
+/// Called with every line, on the thread that logs it, several at once; the texts are as they were
+/// logged. Must neither log nor set an observer.
 using LogObserver =
     std::function<void(int level, const std::string& module, const std::string& text)>;
 

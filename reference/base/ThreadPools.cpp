@@ -6,7 +6,7 @@
 #include <exception>
 #include <map>
 #include <mutex>
-#include <system_error>
+#include <string>
 #include <thread>
 #include <utility>
 #include <vector>
@@ -20,29 +20,38 @@ constexpr char kModule[] = "base.thread";
 
 using Task = std::shared_ptr<CTMTask>;
 
-/// One named pool. Shared by the manager and by the pool's own threads, the last of which frees it.
+/// One named pool, which runs tasks on detached threads of its own.
+///
+/// Shared by the manager, until released, and by the pool's threads, the last of which frees it.
+/// All members may be called from any thread. A thread that the system refuses is a logged false.
 class Pool : public std::enable_shared_from_this<Pool> {
  public:
-  /// Sets the bounds and sees to it that `least` threads, and one at the least, are there. False
+  /// Raises the bounds and sees to it that `least` threads, and one at the least, are there. False
   /// when there are fewer.
   bool Grow(int least, int most, int reserved) {
-    const std::lock_guard<std::mutex> lock(m_mutex);
-    m_least = std::max(1, least);
-    m_most = std::max({m_least, most, m_most});
-    m_reserved = std::clamp(reserved, 0, m_most - 1);
-    while (m_threads < m_least) {
-      if (!AddThread()) return false;
+    std::string refusal;
+    {
+      const std::lock_guard<std::mutex> lock(m_mutex);
+      m_least = std::max(m_least, least);
+      m_most = std::max({m_most, most, m_least});
+      m_reserved = std::clamp(reserved, 0, m_most - 1);
+      while (m_threads < m_least && refusal.empty()) refusal = AddThread();
     }
-    return true;
+    return !LogRefusal(refusal);
   }
 
+  /// False when the pool is released.
   bool Post(Task task, bool urgent) {
-    const std::lock_guard<std::mutex> lock(m_mutex);
-    if (m_released) return false;
-    (urgent ? m_urgent : m_waiting).push_back(std::move(task));
-    // Without another thread the task waits for one of those that are there.
-    if (Waiting() > m_idle && m_threads < m_most) AddThread();
-    m_changed.notify_all();
+    std::string refusal;
+    {
+      const std::lock_guard<std::mutex> lock(m_mutex);
+      if (m_released) return false;
+      (urgent ? m_urgent : m_waiting).push_back(std::move(task));
+      // Refused another thread, the task waits for one of those that are there.
+      if (Waiting() > m_threads - m_running && m_threads < m_most) refusal = AddThread();
+      m_changed.notify_all();
+    }
+    LogRefusal(refusal);
     return true;
   }
 
@@ -66,23 +75,28 @@ class Pool : public std::enable_shared_from_this<Pool> {
 
   bool HasWork() const { return !m_urgent.empty() || (!m_waiting.empty() && FreeForAll()); }
 
-  bool AddThread() {
+  /// Empty, or why the system refused.
+  std::string AddThread() {
     try {
       std::thread([pool = shared_from_this()] { pool->Run(); }).detach();
-    } catch (const std::system_error& error) {
-      IKPXFormatLog(4, kModule, "no further thread: %s", error.what());
-      return false;
+    } catch (const std::exception& error) {
+      return error.what();
     }
     ++m_threads;
+    return std::string();
+  }
+
+  /// Not under the mutex: whoever watches the log may ask for the number of tasks.
+  static bool LogRefusal(const std::string& refusal) {
+    if (refusal.empty()) return false;
+    IKPXFormatLog(4, kModule, "no further thread: %s", refusal.c_str());
     return true;
   }
 
   void Run() {
     std::unique_lock<std::mutex> lock(m_mutex);
     while (true) {
-      ++m_idle;
       m_changed.wait(lock, [this] { return HasWork() || (m_released && Waiting() == 0); });
-      --m_idle;
       if (!HasWork()) return;
       std::deque<Task>& queue = m_urgent.empty() ? m_waiting : m_urgent;
       Task task = std::move(queue.front());
@@ -96,6 +110,7 @@ class Pool : public std::enable_shared_from_this<Pool> {
     }
   }
 
+  /// Drops the task before it returns, and so before the task counts as done.
   static void Execute(Task task) {
     try {
       task->Exec();
@@ -116,14 +131,13 @@ class Pool : public std::enable_shared_from_this<Pool> {
   int m_most = 1;
   int m_reserved = 0;
   int m_threads = 0;
-  int m_idle = 0;
   int m_running = 0;
   bool m_released = false;
 };
 
-/// Never destroyed: pool threads may outlive main, and a destroyed pool would be used by them.
+/// Never destroyed: pool threads may outlive main, and tasks on them may ask for pools.
 struct Pools {
-  std::mutex mutex;
+  std::mutex mutex;  // taken before a pool's own
 
   // Guarded by mutex.
   std::map<std::string, std::shared_ptr<Pool>> byName;
@@ -159,17 +173,29 @@ CThreadManager& CThreadManager::Instance() {
 
 unsigned int CThreadManager::GetAvailableThreadpool(const std::string& name, int least, int most,
                                                     int reserved) {
+  if (const std::shared_ptr<Pool> granted = FindPool(name)) {
+    granted->Grow(least, most, reserved);
+    return 1;
+  }
+  const auto fresh = std::make_shared<Pool>();
+  if (!fresh->Grow(least, most, reserved)) {
+    fresh->Release(false);  // ends the threads that there are
+    return 0;
+  }
   Pools& pools = ThePools();
-  const std::lock_guard<std::mutex> lock(pools.mutex);
-  std::shared_ptr<Pool>& pool = pools.byName[name];
-  if (!pool) pool = std::make_shared<Pool>();
-  if (pool->Grow(least, most, reserved)) return 1;
-  pool->Release(false);
-  pools.byName.erase(name);
-  return 0;
+  std::unique_lock<std::mutex> lock(pools.mutex);
+  const auto [pool, isFirst] = pools.byName.emplace(name, fresh);
+  if (isFirst) return 1;
+  // Somebody else asked for the same name meanwhile.
+  const std::shared_ptr<Pool> granted = pool->second;
+  lock.unlock();
+  fresh->Release(false);
+  granted->Grow(least, most, reserved);
+  return 1;
 }
 
 bool CThreadManager::PostTask(std::shared_ptr<CTMTask> task, bool urgent) {
+  if (!task) return false;
   const std::shared_ptr<Pool> pool = FindPool(task->Group());
   return pool && pool->Post(std::move(task), urgent);
 }

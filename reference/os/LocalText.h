@@ -2,8 +2,10 @@
 
 #include <string>
 
-// Texts in the local code page, which is UTF-8 on systems other than Windows, and their wide form.
-// A byte that is not valid stands as a lone code point from U+DC80 on, so that every file name
+// Texts in the local code page and their wide form. Any thread.
+//
+// On systems other than Windows the code page is UTF-8. A byte that is not valid there stands as the
+// lone code point U+DC00 plus the byte, which becomes that byte again, so that every file name
 // survives the way there and back.
 
 std::wstring WideFromLocal(const std::string& text);

@@ -4,7 +4,9 @@
 
 #include "sdk/xrt/lock.h"
 
-// One platform lock object inside a lock's state. All return 0 or the system's error number.
+// One platform lock object inside a lock's state, which must not move while the lock lives. All
+// return 0 or the system's error number. A lock that is not `recursive` must not be taken again by
+// its holder.
 
 std::int32_t CreatePlatformLock(xrt::LockState& state, bool recursive);
 std::int32_t DestroyPlatformLock(xrt::LockState& state);

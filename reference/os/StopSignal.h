@@ -5,10 +5,13 @@
 /// A person's or the system's wish that the program stop: SIGINT or SIGTERM, or what a console
 /// window has in their place.
 ///
-/// To be made at the begin of main, before any other thread, and once; asked from any thread.
+/// To be made at the begin of main, before any other thread, and once; asked from any thread. A wish
+/// that comes before anyone asks is kept.
 class StopSignal {
  public:
+  /// Throws std::system_error when the system refuses to tell of such wishes.
   StopSignal();
+  ~StopSignal();
   StopSignal(const StopSignal&) = delete;
   StopSignal& operator=(const StopSignal&) = delete;
 

@@ -2,7 +2,6 @@
 
 #include <map>
 #include <mutex>
-#include <utility>
 
 namespace {
 
@@ -12,8 +11,10 @@ std::map<std::string, std::shared_ptr<void>> g_services;  // guarded by g_mutex
 }  // namespace
 
 void board::PublishService(const std::string& name, std::shared_ptr<void> service) {
+  // What the name held before is in `service` when the lock is gone, and freed then: a service may
+  // look others up while it goes.
   const std::lock_guard<std::mutex> lock(g_mutex);
-  g_services[name] = std::move(service);
+  g_services[name].swap(service);
 }
 
 std::shared_ptr<void> board::FindService(const std::string& name) {

@@ -2,17 +2,25 @@
 
 #include <memory>
 #include <string>
+#include <utility>
 
 #include "sdk/os/export.h"
 
 /// Where the sample's plugins find each other: a plugin publishes a service under a name in its
 /// Init and withdraws it in its UnInit; those that depend on it look it up. Any thread.
+///
+/// A service's code lies in its plugin's library. Whoever holds one lets go of it in its own
+/// UnInit at the latest: that comes before the publisher's, after which the code is unmapped.
 namespace board {
 
+/// Replaces what was published under the name before.
 TEV_EXPORT void PublishService(const std::string& name, std::shared_ptr<void> service);
+
+/// Null when nothing is published under the name.
 TEV_EXPORT std::shared_ptr<void> FindService(const std::string& name);
 
-/// After this the name finds nothing; whoever holds the service still may use it.
+/// After this the name finds nothing. A name that is not published is no error: a plugin's UnInit
+/// comes also after an Init that failed before it could publish.
 TEV_EXPORT void Withdraw(const std::string& name);
 
 /// Publishes `service` under its type's own name, `Service::kName`.

@@ -1,12 +1,12 @@
 #pragma once
 
+#include <cstddef>
 #include <cstdint>
 #include <functional>
 #include <string>
-#include <utility>
 #include <vector>
 
-// What the sample's plugins offer each other.
+// What the sample's plugins offer each other. Every member may be called from any thread.
 
 struct ConfigService {
   static constexpr char kName[] = "config";
@@ -29,14 +29,30 @@ struct StorageService {
   virtual std::string Get(const std::string& key) const = 0;
 };
 
+struct LicenseService {
+  static constexpr char kName[] = "license";
+  virtual ~LicenseService() = default;
+  virtual bool Permits(const std::string& feature) const = 0;
+};
+
 struct EventBusService {
   static constexpr char kName[] = "eventbus";
-  using Handler = std::function<void(const std::string& text)>;
+  struct Event {
+    std::string topic;
+    std::string text;
+    int minuteOfDay;
+  };
+  using Handler = std::function<void(const Event& event)>;
   virtual ~EventBusService() = default;
-  /// Returns a number by which to unsubscribe.
+  /// Returns a number by which to unsubscribe; no subscription has the number 0. The handler runs
+  /// on the publisher's thread and may publish itself.
   virtual int Subscribe(const std::string& topic, Handler handler) = 0;
+  /// An event that another thread is publishing meanwhile may still reach the handler. An unknown
+  /// number is ignored.
   virtual void Unsubscribe(int subscription) = 0;
   virtual void Publish(const std::string& topic, const std::string& text) = 0;
+  /// The last events of a topic, oldest first, for those who subscribe late.
+  virtual std::vector<Event> Recent(const std::string& topic) const = 0;
 };
 
 struct DeviceService {
@@ -54,6 +70,13 @@ struct UserService {
   static constexpr char kName[] = "user";
   virtual ~UserService() = default;
   virtual bool Has(const std::string& user, const std::string& permission) const = 0;
+};
+
+struct MapService {
+  static constexpr char kName[] = "map";
+  virtual ~MapService() = default;
+  /// The site nearest to a point in degrees; empty on a map without sites.
+  virtual std::string Nearest(double latitude, double longitude) const = 0;
 };
 
 struct AlarmService {
@@ -74,4 +97,17 @@ struct LinkageService {
   static constexpr char kName[] = "linkage";
   virtual ~LinkageService() = default;
   virtual int Fired() const = 0;
+};
+
+struct ReportService {
+  static constexpr char kName[] = "report";
+  virtual ~ReportService() = default;
+  virtual std::string Text() const = 0;
+};
+
+struct BackupService {
+  static constexpr char kName[] = "backup";
+  virtual ~BackupService() = default;
+  /// When the last backup was made, for people.
+  virtual std::string Last() const = 0;
 };

@@ -9,21 +9,29 @@ namespace {
 
 constexpr std::uint8_t kEnd = 0xC0;
 constexpr std::uint8_t kEscape = 0xDB;
+constexpr std::uint8_t kEscapedEnd = 0xDC;
+constexpr std::uint8_t kEscapedEscape = 0xDD;
 
-/// The payloads of all whole frames in a stream.
+/// The payloads of all whole frames in a stream; one with a damaged escape is left out.
 std::vector<std::vector<std::uint8_t>> Frames(const std::vector<std::uint8_t>& stream) {
   std::vector<std::vector<std::uint8_t>> frames;
   std::vector<std::uint8_t> frame;
   bool escaped = false;
+  bool damaged = false;
   for (const std::uint8_t byte : stream) {
     if (byte == kEnd) {
-      if (!frame.empty()) frames.push_back(frame);
+      if (!frame.empty() && !escaped && !damaged) frames.push_back(frame);
       frame.clear();
+      escaped = false;
+      damaged = false;
+    } else if (escaped) {
+      damaged = damaged || (byte != kEscapedEnd && byte != kEscapedEscape);
+      frame.push_back(byte == kEscapedEnd ? kEnd : kEscape);
+      escaped = false;
     } else if (byte == kEscape) {
       escaped = true;
     } else {
-      frame.push_back(escaped ? static_cast<std::uint8_t>(byte == 0xDC ? kEnd : kEscape) : byte);
-      escaped = false;
+      frame.push_back(byte);
     }
   }
   return frames;
@@ -32,8 +40,9 @@ std::vector<std::vector<std::uint8_t>> Frames(const std::vector<std::uint8_t>& s
 }  // namespace
 
 bool Init() {
-  const auto frames = Frames({0xC0, 1, 0xDB, 0xDC, 0xC0, 2, 0xC0, 3});
-  return frames.size() == 2 && frames[0] == std::vector<std::uint8_t>{1, 0xC0};
+  const auto frames =
+      Frames({kEnd, 1, kEscape, kEscapedEnd, kEnd, 2, kEscape, 7, kEnd, 3, kEnd, 4});
+  return frames == std::vector<std::vector<std::uint8_t>>{{1, kEnd}, {3}};
 }
 
 bool UnInit() {

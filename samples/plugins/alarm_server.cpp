@@ -47,8 +47,8 @@ bool Init() {
   g_bus = board::Find<EventBusService>();
   if (!config || !g_bus || !board::Find<DeviceService>()) return false;
   const auto alarms = std::make_shared<Alarms>(std::stoul(config->Value("alarm.limit", "50")));
-  g_subscription =
-      g_bus->Subscribe("alarm", [alarms](const std::string& text) { alarms->Raise(text); });
+  g_subscription = g_bus->Subscribe(
+      "alarm", [alarms](const EventBusService::Event& event) { alarms->Raise(event.text); });
   g_bus->Publish("alarm", "self test");
   board::Publish<AlarmService>(alarms);
   return alarms->Acknowledge(1) && alarms->Open() == 0;

@@ -13,7 +13,8 @@ constexpr char kSettings[] =
     "# settings of the sample site\n"
     "site.name = North Harbour\n"
     "alarm.limit = 100\n"
-    "licence.until = 2019-06-30   # renew in time\n";
+    "licence.until = 2019-06-30   # renew in time\n"
+    "licence.features = report.hours\n";
 
 std::string Trimmed(const std::string& text) {
   const std::size_t begin = text.find_first_not_of(" \t");

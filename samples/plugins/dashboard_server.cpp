@@ -1,4 +1,5 @@
-// dashboard.server: one page over all the others, filled into a template.
+// dashboard.server: one page over all the others, filled into a template. The report and the backup
+// may be absent; the page says so.
 
 #include <map>
 
@@ -28,12 +29,14 @@ std::string Render(const std::string& page, const std::map<std::string, std::str
 
 bool Init() {
   const auto linkage = board::Find<LinkageService>();
-  const auto alarms = board::Find<AlarmService>();
-  if (!linkage || !alarms) return false;
-  const std::string page = Render(
-      "{alarms} open, {actions} fired {backup}",
-      {{"alarms", std::to_string(alarms->Open())}, {"actions", std::to_string(linkage->Fired())}});
-  return page == "1 open, 1 fired {backup}";
+  if (!linkage) return false;
+  const auto report = board::Find<ReportService>();
+  const auto backup = board::Find<BackupService>();
+  const std::string page = Render("{actions} fired; {report}; {backup}",
+                                  {{"actions", std::to_string(linkage->Fired())},
+                                   {"report", report ? report->Text() : "no report"},
+                                   {"backup", backup ? backup->Last() : "no backup"}});
+  return page.find('{') == std::string::npos && Render("a {b} c{d", {{"b", "x"}}) == "a x c{d";
 }
 
 bool UnInit() {

@@ -30,13 +30,30 @@ bool ValidUntil(const std::string& date) {
   return today <= DaysOf(year, month, day);
 }
 
+class License : public LicenseService {
+ public:
+  /// Takes the licensed features, each followed by a space.
+  explicit License(std::string features) : m_features(std::move(features)) {}
+
+  bool Permits(const std::string& feature) const override {
+    return (' ' + m_features).find(' ' + feature + ' ') != std::string::npos;
+  }
+
+ private:
+  const std::string m_features;
+};
+
 }  // namespace
 
 bool Init() {
   const auto config = board::Find<ConfigService>();
-  return config && ValidUntil(config->Value("licence.until", ""));
+  if (!config || !ValidUntil(config->Value("licence.until", ""))) return false;
+  board::Publish<LicenseService>(
+      std::make_shared<License>(config->Value("licence.features", "") + ' '));
+  return true;
 }
 
 bool UnInit() {
+  board::Withdraw(LicenseService::kName);
   return true;
 }

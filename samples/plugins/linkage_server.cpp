@@ -44,8 +44,8 @@ bool Init() {
   if (!g_bus || !board::Find<AlarmService>() || !board::Find<VideoService>()) return false;
   const auto linkage = std::make_shared<Linkage>(
       g_bus, std::vector<Rule>{{"smoke", "doors.open"}, {"intrusion", "video.record"}});
-  g_subscription =
-      g_bus->Subscribe("alarm", [linkage](const std::string& text) { linkage->OnAlarm(text); });
+  g_subscription = g_bus->Subscribe(
+      "alarm", [linkage](const EventBusService::Event& event) { linkage->OnAlarm(event.text); });
   g_bus->Publish("alarm", "smoke in the hall");
   board::Publish<LinkageService>(linkage);
   return linkage->Fired() == 1;

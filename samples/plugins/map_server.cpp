@@ -1,8 +1,7 @@
-// map.server: the map of the sites, and which of them lies nearest to a point.
+// map.server: the map of the sites, kept in storage, and which of them lies nearest to a point.
 
 #include <cmath>
-#include <string>
-#include <vector>
+#include <sstream>
 
 #include "samples/board/Board.h"
 #include "samples/board/Services.h"
@@ -12,8 +11,8 @@ namespace {
 
 struct Site {
   std::string name;
-  double latitude;  // degrees
-  double longitude;
+  double latitude = 0;  // degrees
+  double longitude = 0;
 };
 
 /// Great-circle distance in kilometres.
@@ -25,30 +24,43 @@ double Distance(double latitude, double longitude, const Site& site) {
   return 2 * 6371 * std::asin(std::sqrt(h));
 }
 
-const Site* Nearest(const std::vector<Site>& sites, double latitude, double longitude) {
-  const Site* nearest = nullptr;
-  for (const Site& site : sites) {
-    if (nearest == nullptr ||
-        Distance(latitude, longitude, site) < Distance(latitude, longitude, *nearest)) {
-      nearest = &site;
+class Map : public MapService {
+ public:
+  /// Takes lines of "name latitude longitude".
+  explicit Map(const std::string& text) {
+    std::istringstream words(text);
+    for (Site site; words >> site.name >> site.latitude >> site.longitude;) {
+      m_sites.push_back(site);
     }
   }
-  return nearest;
-}
 
-std::vector<Site> g_sites;
+  std::string Nearest(double latitude, double longitude) const override {
+    const Site* nearest = nullptr;
+    for (const Site& site : m_sites) {
+      if (nearest == nullptr ||
+          Distance(latitude, longitude, site) < Distance(latitude, longitude, *nearest)) {
+        nearest = &site;
+      }
+    }
+    return nearest == nullptr ? std::string() : nearest->name;
+  }
+
+ private:
+  std::vector<Site> m_sites;
+};
 
 }  // namespace
 
 bool Init() {
   const auto storage = board::Find<StorageService>();
   if (!storage) return false;
-  g_sites = {{"gate", 53.54, 9.98}, {"quay", 53.53, 9.90}, {"depot", 53.60, 10.10}};
-  const Site* nearest = Nearest(g_sites, 53.55, 10.0);
-  return nearest != nullptr && nearest->name == "gate";
+  storage->Put("sites", "gate 53.54 9.98\nquay 53.53 9.90\nhall 53.60 10.10\n");
+  const auto map = std::make_shared<Map>(storage->Get("sites"));
+  board::Publish<MapService>(map);
+  return map->Nearest(53.55, 10.0) == "gate" && map->Nearest(53.5, 9.8) == "quay";
 }
 
 bool UnInit() {
-  g_sites.clear();
+  board::Withdraw(MapService::kName);
   return true;
 }

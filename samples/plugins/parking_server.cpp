@@ -1,4 +1,7 @@
-// parking.server, brought by an addon: free places, counted by the gates.
+// parking.server, brought by an addon: the free places of the car park, counted in and out, and
+// whose plates a camera at its site has read.
+
+#include <set>
 
 #include "samples/board/Board.h"
 #include "samples/board/Services.h"
@@ -8,30 +11,41 @@ namespace {
 
 class CarPark {
  public:
-  explicit CarPark(int places) : m_free(places) {}
+  explicit CarPark(std::size_t places) : m_places(places) {}
 
-  bool In() {
-    if (m_free == 0) return false;
-    --m_free;
-    return true;
+  /// False when it is full, or when the plate has not left since it came in.
+  bool In(const std::string& plate) {
+    return m_plates.size() < m_places && m_plates.insert(plate).second;
   }
 
-  void Out() { ++m_free; }
-  int Free() const { return m_free; }
+  /// False for a plate that never came in.
+  bool Out(const std::string& plate) { return m_plates.erase(plate) == 1; }
+
+  std::size_t Free() const { return m_places - m_plates.size(); }
 
  private:
-  int m_free;
+  const std::size_t m_places;
+  std::set<std::string> m_plates;
 };
+
+bool HasCamera(const DeviceService& devices, const std::string& site) {
+  for (const DeviceService::Device& camera : devices.OfKind("camera")) {
+    if (camera.site == site) return true;
+  }
+  return false;
+}
 
 }  // namespace
 
 bool Init() {
   const auto devices = board::Find<DeviceService>();
-  if (!devices) return false;
-  CarPark park(1);
-  const bool counted = park.In() && !park.In();
-  park.Out();
-  return counted && park.Free() == 1;
+  const auto map = board::Find<MapService>();
+  if (!devices || !map) return false;
+  const std::string entrance = map->Nearest(53.541, 9.97);
+  if (!HasCamera(*devices, entrance)) return false;  // nobody reads the plates there
+  CarPark park(2);
+  return park.In("HH-A 1") && !park.In("HH-A 1") && park.In("HH-B 2") && !park.In("HH-C 3") &&
+         !park.Out("HH-C 3") && park.Out("HH-A 1") && park.Free() == 1;
 }
 
 bool UnInit() {

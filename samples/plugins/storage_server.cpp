@@ -52,7 +52,7 @@ bool Init() {
 
 bool UnInit() {
   board::Withdraw(StorageService::kName);
-  const bool consistent = g_storage->Consistent();
+  const bool consistent = !g_storage || g_storage->Consistent();  // none: Init found no settings
   g_storage.reset();
   return consistent;
 }

@@ -1,7 +1,8 @@
-// user.server: users, their roles, and what a role permits.
+// user.server: users, whose roles are kept in storage, and what a role permits.
 
 #include <map>
 #include <set>
+#include <sstream>
 
 #include "samples/board/Board.h"
 #include "samples/board/Services.h"
@@ -11,16 +12,22 @@ namespace {
 
 class Users : public UserService {
  public:
-  Users()
+  /// Takes lines of "user role". A role that nobody knows permits nothing.
+  explicit Users(const std::string& text)
       : m_permissions{{"guard", {"door.open", "alarm.see"}}, {"chief", {"alarm.acknowledge"}}},
-        m_inherits{{"chief", "guard"}},
-        m_roles{{"ada", "chief"}, {"bo", "guard"}} {}
+        m_inherits{{"chief", "guard"}} {
+    std::istringstream words(text);
+    for (std::string user, role; words >> user >> role;) m_roles[user] = role;
+  }
 
   bool Has(const std::string& user, const std::string& permission) const override {
-    auto role = m_roles.find(user);
+    const auto role = m_roles.find(user);
     if (role == m_roles.end()) return false;
     for (std::string name = role->second; !name.empty();) {
-      if (m_permissions.at(name).count(permission) != 0) return true;
+      const auto permissions = m_permissions.find(name);
+      if (permissions != m_permissions.end() && permissions->second.count(permission) != 0) {
+        return true;
+      }
       const auto parent = m_inherits.find(name);
       name = parent == m_inherits.end() ? std::string() : parent->second;
     }
@@ -30,7 +37,7 @@ class Users : public UserService {
  private:
   const std::map<std::string, std::set<std::string>> m_permissions;  // by role
   const std::map<std::string, std::string> m_inherits;               // role to role
-  const std::map<std::string, std::string> m_roles;                  // by user
+  std::map<std::string, std::string> m_roles;                        // by user
 };
 
 }  // namespace
@@ -38,9 +45,11 @@ class Users : public UserService {
 bool Init() {
   const auto storage = board::Find<StorageService>();
   if (!storage) return false;
-  const auto users = std::make_shared<Users>();
+  storage->Put("users", "ada chief\nbo guard\ncleo visitor\n");
+  const auto users = std::make_shared<Users>(storage->Get("users"));
   board::Publish<UserService>(users);
-  return users->Has("ada", "door.open") && !users->Has("bo", "alarm.acknowledge");
+  return users->Has("ada", "door.open") && !users->Has("bo", "alarm.acknowledge") &&
+         !users->Has("cleo", "door.open");
 }
 
 bool UnInit() {

@@ -32,19 +32,34 @@ class Video : public VideoService {
   std::map<std::string, std::map<std::int64_t, std::pair<std::int64_t, int>>> m_recordings;
 };
 
-std::thread g_recorder;
+/// The recorder beside the host, which gives its first heartbeat when its disks have spun up.
+class Recorder {
+ public:
+  Recorder()
+      : m_thread([this] {
+          std::this_thread::sleep_for(std::chrono::milliseconds(1500));
+          m_heartbeat.set_value();
+        }) {}
+
+  ~Recorder() { m_thread.join(); }
+
+  bool WaitForHeartbeat(std::chrono::seconds limit) {
+    return m_heartbeat.get_future().wait_for(limit) == std::future_status::ready;
+  }
+
+ private:
+  std::promise<void> m_heartbeat;
+  std::thread m_thread;  // behind the promise, which it uses
+};
+
+std::unique_ptr<Recorder> g_recorder;
 
 }  // namespace
 
 bool Init() {
   const auto devices = board::Find<DeviceService>();
   if (!devices) return false;
-  std::promise<void> heartbeat;
-  std::future<void> alive = heartbeat.get_future();
-  g_recorder = std::thread([beat = std::move(heartbeat)]() mutable {
-    std::this_thread::sleep_for(std::chrono::milliseconds(1500));  // its disks spin up
-    beat.set_value();
-  });
+  g_recorder = std::make_unique<Recorder>();
   const auto video = std::make_shared<Video>();
   int recording = 0;
   for (const DeviceService::Device& camera : devices->OfKind("camera")) {
@@ -52,12 +67,12 @@ bool Init() {
     video->Add(camera.id, 7200, 10800, ++recording);
   }
   board::Publish<VideoService>(video);
-  return alive.wait_for(std::chrono::seconds(10)) == std::future_status::ready &&
+  return g_recorder->WaitForHeartbeat(std::chrono::seconds(10)) &&
          video->RecordingAt("cam-1", 7300) == 2 && video->RecordingAt("cam-1", 5000) == -1;
 }
 
 bool UnInit() {
   board::Withdraw(VideoService::kName);
-  if (g_recorder.joinable()) g_recorder.join();
+  g_recorder.reset();
   return true;
 }

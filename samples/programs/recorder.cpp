@@ -1,4 +1,4 @@
-// recorder: reads one number a line, prints count, smallest, largest and mean.
+// recorder: reads numbers, prints count, smallest, largest and mean.
 
 #include <algorithm>
 #include <iostream>
@@ -14,6 +14,13 @@ int main() {
     largest = std::max(largest, value);
     sum += value;
   }
-  if (count == 0) return 1;
+  if (!std::cin.eof()) {
+    std::cerr << "recorder: no number behind the first " << count << '\n';
+    return 1;
+  }
+  if (count == 0) {
+    std::cerr << "recorder: no numbers\n";
+    return 1;
+  }
   std::cout << count << ' ' << smallest << ' ' << largest << ' ' << sum / count << '\n';
 }

@@ -5,6 +5,7 @@
 #include <unistd.h>
 
 #include <atomic>
+#include <cerrno>
 #include <chrono>
 #include <cstdio>
 #include <cstring>
@@ -25,28 +26,57 @@ std::atomic<LoaderLogFn> g_log{&PrintMessage};
 
 thread_local DWORD t_error = 0;
 
+bool StartsWith(const std::string& text, const std::string& words) {
+  return text.compare(0, words.size(), words) == 0;
+}
+
 bool Contains(const std::string& text, const char* words) {
   return text.find(words) != std::string::npos;
 }
 
-/// Why the loader refused the library at `path`, as a code; `message` is what it said.
-DWORD ErrorCode(const std::string& path, const std::string& message) {
-  if (access(path.c_str(), F_OK) != 0) return ERROR_MOD_NOT_FOUND;
-  if (access(path.c_str(), R_OK) != 0) return ERROR_ACCESS_DENIED;
-  if (Contains(message, "undefined symbol") || Contains(message, "symbol lookup error")) {
-    return ERROR_PROC_NOT_FOUND;
-  }
+bool IsElf(const std::string& path) {
   char magic[SELFMAG] = {};
   std::ifstream(path, std::ios::binary).read(magic, sizeof(magic));
-  if (std::memcmp(magic, ELFMAG, SELFMAG) != 0) return ERROR_BAD_EXE_FORMAT;
-  // The library itself is there: what cannot be opened is one that it needs.
-  if (Contains(message, "cannot open shared object file")) return ERROR_MOD_NOT_FOUND;
+  return std::memcmp(magic, ELFMAG, SELFMAG) == 0;
+}
+
+/// What the loader says of the library itself begins with its path, of one that it needs with the
+/// other's; only the rest of a message holds no file name that could pass for the reason.
+DWORD ErrorCode(const std::string& path, const std::string& message) {
+  const std::size_t nameEnd = message.find(": ", StartsWith(message, path) ? path.size() : 0);
+  const std::string reason = nameEnd == std::string::npos ? message : message.substr(nameEnd);
+  if (StartsWith(reason, ": undefined symbol") || Contains(reason, "not found (required by")) {
+    return ERROR_PROC_NOT_FOUND;
+  }
+  if (access(path.c_str(), R_OK) != 0) {
+    return errno == EACCES ? ERROR_ACCESS_DENIED : ERROR_MOD_NOT_FOUND;
+  }
+  // The library is there: unless it is for another machine, what cannot be opened is one that it
+  // needs.
+  const bool needed = IsElf(path) && !StartsWith(message, path + ": ");
+  if (needed && Contains(reason, "cannot open shared object file")) return ERROR_MOD_NOT_FOUND;
   return ERROR_BAD_EXE_FORMAT;
 }
 
 /// "path: message", where the loader itself may have begun its message with the path.
 std::string WithPath(const std::string& path, const std::string& message) {
-  return message.compare(0, path.size(), path) == 0 ? message : path + ": " + message;
+  return StartsWith(message, path + ": ") ? message : path + ": " + message;
+}
+
+/// Ends the process when there is no memory for a path: no caller could go on.
+HMODULE Load(const std::wstring& path) noexcept {
+  const std::string local = LocalFromWide(path);
+  if (local.empty()) {  // to the loader that would be the program itself
+    t_error = ERROR_MOD_NOT_FOUND;
+    g_log.load()("a library without a name was asked for");
+    return nullptr;
+  }
+  void* library = dlopen(local.c_str(), RTLD_NOW | RTLD_LOCAL);
+  const std::string message = library == nullptr ? dlerror() : std::string();
+  if (library != nullptr) return library;
+  t_error = ErrorCode(local, message);
+  g_log.load()(WithPath(local, message).c_str());
+  return nullptr;
 }
 
 }  // namespace
@@ -56,14 +86,7 @@ void SetLoaderLog(LoaderLogFn log) {
 }
 
 HMODULE LoadLibraryW(const wchar_t* path) {
-  const std::string local = LocalFromWide(path);
-  void* library = dlopen(local.c_str(), RTLD_NOW | RTLD_LOCAL);
-  const char* reason = library == nullptr ? dlerror() : nullptr;
-  if (library != nullptr) return library;
-  const std::string message = reason != nullptr ? reason : "the loader gave no reason";
-  t_error = ErrorCode(local, message);
-  g_log.load()(WithPath(local, message).c_str());
-  return nullptr;
+  return Load(path);
 }
 
 FARPROC GetProcAddress(HMODULE library, const char* name) {

@@ -1,0 +1,3 @@
+#include "reference/os/LoaderLog.h"
+
+void SetLoaderLog(LoaderLogFn) {}

@@ -1,0 +1,189 @@
+#include "src/private/XmlProto.h"
+
+#include "tests/support/FrameTest.h"
+
+using namespace TevModelParse;
+
+namespace {
+
+CXmlProto& Parsed(CXmlProto& document, const std::string& text) {
+  EXPECT_TRUE(document.ParseMemory(text));
+  return document;
+}
+
+TEST(Xml, NeverParsedOrBrokenDocumentsHoldNothing) {
+  CXmlProto document;
+  EXPECT_EQ(0, document.GetNodeCount("/r"));
+  EXPECT_TRUE(document.ParseMemory("<r a='1'>x</r>"));
+  EXPECT_EQ(1, document.GetNodeCount("/r"));
+  EXPECT_FALSE(document.ParseMemory("this is no xml"));
+  EXPECT_EQ(0, document.GetNodeCount("/r"));
+  EXPECT_EQ("none", document.GetNodeText("/r", "none"));
+  EXPECT_EQ(7, document.GetNodeInt("/r", 7));
+  EXPECT_EQ("none", document.GetNodeProp("/r", "a", "none"));
+}
+
+TEST(Xml, CountsAllMatchesAndReadsTheFirst) {
+  CXmlProto document;
+  Parsed(document, "<r><e a='1'>one</e><e a='2'>two</e><e a='3'>three</e></r>");
+  EXPECT_EQ(3, document.GetNodeCount("/r/e"));
+  EXPECT_EQ("one", document.GetNodeText("/r/e", ""));
+  EXPECT_EQ("1", document.GetNodeProp("/r/e", "a", ""));
+  EXPECT_EQ("two", document.GetNodeText("/r/e[2]", ""));
+}
+
+TEST(Xml, ElementWithoutTextOrWithWhiteSpaceOnlyReadsAsTheDefault) {
+  CXmlProto document;
+  for (const char* text : {"<r><e/></r>", "<r><e></e></r>", "<r><e> \t\r\n </e></r>",
+                           "<r><e><![CDATA[  ]]></e></r>", "<r><e>&#32;&#10;</e></r>"}) {
+    Parsed(document, text);
+    EXPECT_EQ("none", document.GetNodeText("/r/e", "none")) << text;
+    EXPECT_EQ(-3, document.GetNodeInt("/r/e", -3)) << text;
+  }
+}
+
+TEST(Xml, SurroundingBlanksOfATextStay) {
+  CXmlProto document;
+  Parsed(document, "<r><e> 7 </e></r>");
+  EXPECT_EQ(" 7 ", document.GetNodeText("/r/e", ""));
+  EXPECT_EQ(7, document.GetNodeInt("/r/e", 0));
+}
+
+TEST(Xml, IntegersAreTheLeadingDigits) {
+  const std::pair<const char*, int> cases[] = {{"abc", 0}, {"12x", 12}, {"-1", -1},
+                                               {"+4", 4},  {"0x10", 0}, {"3.9", 3}};
+  CXmlProto document;
+  for (const auto& one : cases) {
+    Parsed(document, std::string("<r>") + one.first + "</r>");
+    EXPECT_EQ(one.second, document.GetNodeInt("/r", 99)) << one.first;
+  }
+  Parsed(document, "<r/>");
+  EXPECT_EQ(99, document.GetNodeInt("/r", 99));
+}
+
+TEST(Xml, AttributeThatIsThereAndEmptyReadsAsEmpty) {
+  CXmlProto document;
+  Parsed(document, "<r a=''/>");
+  EXPECT_EQ("", document.GetNodeProp("/r", "a", "none"));
+  EXPECT_EQ("none", document.GetNodeProp("/r", "b", "none"));
+  EXPECT_EQ("none", document.GetNodeProp("/x", "a", "none"));
+}
+
+TEST(Xml, TextIsThatOfTheElementItselfCutByNothing) {
+  CXmlProto document;
+  Parsed(document, "<r>one<!-- cut --><b>inner</b><![CDATA[ <two> ]]>&amp;&#65;</r>");
+  EXPECT_EQ("one <two> &A", document.GetNodeText("/r", ""));
+}
+
+TEST(Xml, EntitiesOfTheFileAreSubstituted) {
+  CXmlProto document;
+  Parsed(document, "<!DOCTYPE r [<!ENTITY n 'North'>]><r a='&n;!'>&n; Harbour</r>");
+  EXPECT_EQ("North Harbour", document.GetNodeText("/r", ""));
+  EXPECT_EQ("North!", document.GetNodeProp("/r", "a", ""));
+}
+
+TEST(Xml, BrokenExpressionsMatchNothing) {
+  CXmlProto document;
+  Parsed(document, "<r>x</r>");
+  EXPECT_EQ(0, document.GetNodeCount("/r["));
+  EXPECT_EQ("none", document.GetNodeText("count(/r)", "none"));
+  EXPECT_EQ("none", document.GetNodeProp("]", "a", "none"));
+}
+
+TEST(Xml, ByteOrderMarkIsNoContentAndInvalidUtf8IsNoXml) {
+  CXmlProto document;
+  EXPECT_TRUE(document.ParseMemory("\xef\xbb\xbf<r>x</r>"));
+  EXPECT_EQ("x", document.GetNodeText("/r", ""));
+  EXPECT_FALSE(document.ParseMemory("<r>\xff\xfe</r>"));
+}
+
+TEST(Xml, EntityBombsReadAsNothing) {
+  std::string nested = "<!DOCTYPE r [<!ENTITY a0 'lol'>";
+  for (int i = 1; i < 10; ++i) {
+    nested += "<!ENTITY a" + std::to_string(i) + " '";
+    for (int k = 0; k < 10; ++k) nested += "&a" + std::to_string(i - 1) + ";";
+    nested += "'>";
+  }
+  CXmlProto document;
+  document.ParseMemory(nested + "]><r a='&a9;'>&a9;</r>");
+  EXPECT_EQ("none", document.GetNodeText("/r", "none"));
+  EXPECT_EQ("none", document.GetNodeProp("/r", "a", "none"));
+
+  // One long entity named many times: the parser takes that, and it would make gigabytes.
+  std::string names;
+  for (int i = 0; i < 40000; ++i) names += "&a;";
+  const std::string wide = "<!DOCTYPE r [<!ENTITY a '" + std::string(100000, 'x') + "'>]>";
+  Parsed(document, wide + "<r>" + names + "</r>");
+  EXPECT_EQ("none", document.GetNodeText("/r", "none"));
+  Parsed(document, wide + "<r a='" + names + "'/>");
+  EXPECT_EQ("none", document.GetNodeProp("/r", "a", "none"));
+}
+
+TEST(Xml, DocumentsDeeperThanTheParsersLimitReadAsEmpty) {
+  std::string deep;
+  for (int i = 0; i < 300; ++i) deep += "<e>";
+  CXmlProto document;
+  EXPECT_FALSE(document.ParseMemory(deep));
+  EXPECT_EQ(0, document.GetNodeCount("/e"));
+}
+
+class WholeFile : public FrameTest {
+ protected:
+  std::string content = "untouched";
+};
+
+TEST_F(WholeFile, LosesItsTrailingLineFeedsOnly) {
+  const std::pair<std::string, std::string> cases[] = {
+      {"word\n\n\n", "word"}, {"word\r\n", "word\r"},
+      {"\n\n", "\n\n"},       {"\n a \n b\n", "\n a \n b"},
+      {"word \n", "word "},   {std::string("a\0b\n", 4), std::string("a\0b", 3)}};
+  for (const auto& one : cases) {
+    EXPECT_TRUE(ReadWholeFile(content, tree.Write("f.xml", one.first), ""));
+    EXPECT_EQ(one.second, content);
+  }
+}
+
+TEST_F(WholeFile, MissingOrEmptyIsReplacedByTheDataFileBesideIt) {
+  tree.Write("m/Plugin.data", "data");
+  const std::string path = tree.Write("m/Plugin.xml", "");
+  EXPECT_TRUE(ReadWholeFile(content, path, ""));
+  EXPECT_EQ("data", content);
+  tree.Remove("m/Plugin.xml");
+  content.clear();
+  EXPECT_TRUE(ReadWholeFile(content, path, ""));
+  EXPECT_EQ("data", content);
+}
+
+TEST_F(WholeFile, FallbackKeepsANameWithoutExtensionAndCutsTheLastOneOnly) {
+  tree.Write("m/name.data", "whole");
+  tree.Write("m/a.b.data", "stem");
+  EXPECT_TRUE(ReadWholeFile(content, tree.ExeDirectory() + "../m/name", ""));
+  EXPECT_EQ("whole", content);
+  EXPECT_TRUE(ReadWholeFile(content, tree.ExeDirectory() + "../m/a.b.xml", ""));
+  EXPECT_EQ("stem", content);
+}
+
+TEST_F(WholeFile, DirectoryCountsAsNotOpened) {
+  tree.Write("m/Dir.data", "data");
+  tree.Write("m/Dir.xml/inside", "x");
+  EXPECT_TRUE(ReadWholeFile(content, tree.ExeDirectory() + "../m/Dir.xml", ""));
+  EXPECT_EQ("data", content);
+}
+
+TEST_F(WholeFile, WithoutAnyReadableFileContentIsUntouched) {
+  tree.Write("m/Plugin.data", "");
+  EXPECT_FALSE(ReadWholeFile(content, tree.Write("m/Plugin.xml", ""), ""));
+  EXPECT_FALSE(ReadWholeFile(content, "no-such-file-anywhere.xml", ""));
+  EXPECT_FALSE(ReadWholeFile(content, "", ""));
+  EXPECT_EQ("untouched", content);
+}
+
+TEST_F(WholeFile, AlternativeTakesTheFallbacksPlace) {
+  tree.Write("m/Plugin.data", "data");
+  const std::string other = tree.Write("m/other.txt", "other");
+  EXPECT_TRUE(ReadWholeFile(content, tree.ExeDirectory() + "../m/Plugin.xml", other));
+  EXPECT_EQ("other", content);
+  EXPECT_FALSE(ReadWholeFile(content, tree.ExeDirectory() + "../m/Plugin.xml", other + "x"));
+}
+
+}  // namespace
