@@ -68,6 +68,7 @@ LogState& TheLog() {
 }
 
 std::string Format(const char* format, std::va_list arguments) {
+  if (format == nullptr) return std::string();
   std::va_list again;
   va_copy(again, arguments);
   const int length = std::vsnprintf(nullptr, 0, format, arguments);

@@ -9,7 +9,8 @@
 struct LogConfig {
   int consoleLevel = 4;  // lines from this level up go to standard error; 0: none
   std::string file;      // every line is appended here at once; empty: nowhere
-  // A file that is full is put aside: log.txt becomes log.1.txt, which becomes log.2.txt, and so on.
+  // A file that is full is put aside: log.txt becomes log.1.txt, which becomes log.2.txt, and so
+  // on.
   std::size_t maxFileBytes = 64U << 20U;
   std::size_t maxFiles = 8;  // put aside at most; the oldest is lost
 };

@@ -110,7 +110,7 @@ class Pool : public std::enable_shared_from_this<Pool> {
     }
   }
 
-  /// Drops the task before it returns, and so before the task counts as done.
+  /// Drops the last reference of the pool to the task, while the task still counts as running.
   static void Execute(Task task) {
     try {
       task->Exec();

@@ -4,8 +4,8 @@
 
 // Texts in the local code page and their wide form. Any thread.
 //
-// On systems other than Windows the code page is UTF-8. A byte that is not valid there stands as the
-// lone code point U+DC00 plus the byte, which becomes that byte again, so that every file name
+// On systems other than Windows the code page is UTF-8. A byte that is not valid there stands as
+// the lone code point U+DC00 plus the byte, which becomes that byte again, so that every file name
 // survives the way there and back.
 
 std::wstring WideFromLocal(const std::string& text);

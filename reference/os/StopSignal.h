@@ -5,8 +5,8 @@
 /// A person's or the system's wish that the program stop: SIGINT or SIGTERM, or what a console
 /// window has in their place.
 ///
-/// To be made at the begin of main, before any other thread, and once; asked from any thread. A wish
-/// that comes before anyone asks is kept.
+/// To be made at the begin of main, before any other thread, and once; asked from any thread. A
+/// wish that comes before anyone asks is kept.
 class StopSignal {
  public:
   /// Throws std::system_error when the system refuses to tell of such wishes.

@@ -202,32 +202,71 @@ class Gate {
   bool m_open = false;
 };
 
-TEST_F(PluginStop, APluginThatIsStillInInitIsCountedForTheStopWhenItComesLate) {
-  tree.Product("late:");
-  Gate gate;
-  seam.libraries["late"].init = [&gate] { return gate.Pass(); };
-  manager.Init();
-  std::vector<std::thread> workers;
-  seam.onSleep = [&] {
+/// A product whose plugin `late` hangs in Init while the stop runs.
+class LateFinisher : public PluginStop {
+ protected:
+  /// Starts it on a thread, and runs each task on a thread of its own.
+  void Begin(const std::string& words) {
+    tree.Product(words);
+    seam.libraries["late"].init = [this] { return gate.Pass(); };
+    manager.Init();
+    seam.onSleep = [this] {
+      RunOnThreads();
+      std::this_thread::yield();
+    };
+    starter = std::thread([this] { EXPECT_TRUE(manager.Start(nullptr)); });
+    ASSERT_TRUE(gate.AwaitReached());
+  }
+
+  void RunOnThreads() {
     std::vector<std::shared_ptr<CTMTask>> tasks;
     tasks.swap(seam.tasks);
     for (const auto& task : tasks) workers.emplace_back([task] { task->Exec(); });
-    std::this_thread::sleep_for(std::chrono::milliseconds(1));
-  };
-  std::thread starter([&] { EXPECT_TRUE(manager.Start(nullptr)); });
-  ASSERT_TRUE(gate.AwaitReached());
-  std::thread opener([&] {
-    while (log.Brief("Uninit").size() < 6) std::this_thread::yield();
+  }
+
+  void AwaitLines(const std::string& function, std::size_t count) const {
+    while (log.Brief(function).size() < count) std::this_thread::yield();
+  }
+
+  void End() {
+    for (std::thread& worker : workers) worker.join();
+  }
+
+  Gate gate;
+  std::thread starter;
+  std::vector<std::thread> workers;
+};
+
+TEST_F(LateFinisher, CountsForTheStopWhichMayEndBeforeItsUnload) {
+  Begin("late:");
+  EXPECT_CALL(seam.lpc, UnInit).WillOnce(testing::Invoke([this] {
+    starter.join();  // the start was called off
     gate.Open();
-  });
+    AwaitLines("SinglePluginLoad", 4);
+    return 0;
+  }));
   manager.Uninit();
-  starter.join();
-  opener.join();
-  for (std::thread& worker : workers) worker.join();
-  // Its unload found nothing to stop, and its own late entry stays loaded.
+  End();
   EXPECT_EQ(1, seam.libraries["late"].handles);
-  EXPECT_THAT(log.Brief("Uninit").back(),
-              "3 Uninit: [PluginManager Uninit]CPluginManager::Uninit end.");
+  EXPECT_THAT(log.Brief("SinglePluginUnload"), ElementsAre());
+}
+
+TEST_F(LateFinisher, BeyondTheCountDoesNotHoldTheStop) {
+  Begin("late: other:");
+  EXPECT_CALL(seam.lpc, UnInit).WillOnce(testing::Invoke([this] {
+    starter.join();
+    seam.onSleep = [this] {
+      seam.RunTasks();  // both unloads are counted, the one of `late` finds nothing
+      gate.Open();
+      AwaitLines("SinglePluginLoad", 6);  // and `late` is counted once more
+    };
+    return 0;
+  }));
+  manager.Uninit();
+  End();
+  EXPECT_EQ(1, seam.libraries["late"].handles);
+  EXPECT_THAT(log.Brief("SinglePluginLoad").back(),
+              "3 SinglePluginLoad: [Plugin Load]Plugin [late] SinglePluginLoad End. count[3].");
 }
 
 TEST_F(PluginStop, TwoPluginsOverlapInsideInit) {

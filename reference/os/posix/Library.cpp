@@ -63,8 +63,9 @@ std::string WithPath(const std::string& path, const std::string& message) {
   return StartsWith(message, path + ": ") ? message : path + ": " + message;
 }
 
-/// Ends the process when there is no memory for a path: no caller could go on.
-HMODULE Load(const std::wstring& path) noexcept {
+/// Ends the process when there is no memory for a path, or when a static constructor of the library
+/// throws: the loader would stay locked, and the next one to load anything would wait for ever.
+HMODULE Load(const wchar_t* path) noexcept {
   const std::string local = LocalFromWide(path);
   if (local.empty()) {  // to the loader that would be the program itself
     t_error = ERROR_MOD_NOT_FOUND;

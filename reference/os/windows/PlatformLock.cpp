@@ -4,7 +4,8 @@
 
 #include "sdk/os/os.h"
 
-static_assert(sizeof(CRITICAL_SECTION) <= sizeof(xrt::LockState), "the lock does not fit its state");
+static_assert(sizeof(CRITICAL_SECTION) <= sizeof(xrt::LockState),
+              "the lock does not fit its state");
 static_assert(alignof(CRITICAL_SECTION) <= alignof(xrt::LockState), "the lock is not aligned");
 
 namespace {

@@ -1,0 +1,33 @@
+#pragma once
+
+#include <chrono>
+#include <condition_variable>
+#include <mutex>
+
+/// Opens when so many have arrived, and says false to who waits in vain: a fault fails a test
+/// instead of hanging it.
+class Gate {
+ public:
+  explicit Gate(int arrivals = 1) : m_missing(arrivals) {}
+
+  void Arrive() {
+    const std::lock_guard<std::mutex> lock(m_mutex);
+    --m_missing;
+    m_changed.notify_all();
+  }
+
+  bool Wait() {
+    std::unique_lock<std::mutex> lock(m_mutex);
+    return m_changed.wait_for(lock, std::chrono::seconds(20), [this] { return m_missing <= 0; });
+  }
+
+  bool ArriveAndWait() {
+    Arrive();
+    return Wait();
+  }
+
+ private:
+  std::mutex m_mutex;
+  std::condition_variable m_changed;
+  int m_missing;  // guarded by m_mutex
+};

@@ -1,0 +1,126 @@
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <stdexcept>
+#include <string>
+#include <thread>
+
+#include "reference/kpx/PlatformRecord.h"
+#include "reference/lpc/LpcRecord.h"
+
+namespace {
+
+std::thread::id g_callbackThread;
+
+bool Succeed(StartedPluginMap* started) {
+  g_callbackThread = std::this_thread::get_id();
+  started->emplace("a", nullptr);
+  return true;
+}
+
+bool Throw(StartedPluginMap*) {
+  throw std::runtime_error("callback");
+}
+
+class Platform : public testing::Test {
+ protected:
+  Platform() { EXPECT_EQ(0, KPX_Init()); }
+  ~Platform() override { KPX_UnInit(); }
+
+  static std::string LastError() {
+    char text[256];
+    KPX_GetLastError(text, sizeof(text));
+    return text;
+  }
+};
+
+TEST_F(Platform, CallsBackOnAThreadOfItsOwnAndKeepsTheHandles) {
+  EXPECT_EQ(0, KPX_Start(&Succeed));
+  EXPECT_EQ(0, KPX_Stop());
+  EXPECT_NE(std::this_thread::get_id(), g_callbackThread);
+  EXPECT_EQ(true, SnapshotPlatform().callbackResult);
+  EXPECT_THAT(SnapshotPlatform().handles, testing::ElementsAre("a"));
+}
+
+TEST_F(Platform, RefusesCallsOutOfOrderAndSaysWhy) {
+  EXPECT_NE(0, KPX_Init());
+  EXPECT_EQ("KPX_Init: the platform is up already", LastError());
+  EXPECT_NE(0, KPX_Start(nullptr));
+  EXPECT_EQ("KPX_Start: no start callback was given", LastError());
+  EXPECT_NE(0, KPX_Stop());
+  EXPECT_EQ(0, KPX_Start(&Succeed));
+  EXPECT_NE(0, KPX_Start(&Succeed));
+  KPX_Stop();
+}
+
+TEST_F(Platform, ACallbackThatThrowsCountsAsFailed) {
+  KPX_Start(&Throw);
+  KPX_Stop();
+  EXPECT_EQ(false, SnapshotPlatform().callbackResult);
+  EXPECT_EQ("the start callback did not succeed", LastError());
+}
+
+TEST_F(Platform, ReportsAsInstalledTheAddonsThatAreAndAreCompatible) {
+  std::vector<AddonModel> addons(4);
+  addons[0].ID = "neither";
+  addons[1].ID = "installed";
+  addons[1].Installed = true;
+  addons[2].ID = "both";
+  addons[2].Installed = addons[2].InstalledCompatible = true;
+  addons[3].ID = "compatible";
+  addons[3].InstalledCompatible = true;
+  KPX_SetAddonAndToolModel(addons, {});
+  std::vector<AddonModel> installed;
+  KPX_GetInstalledAddonModel(installed);
+  ASSERT_EQ(1U, installed.size());
+  EXPECT_EQ("both", installed[0].ID);
+}
+
+TEST_F(Platform, ItsRecordStaysUntilItIsInitialisedAgain) {
+  ProductModel model;
+  model.Product = "P";
+  EXPECT_NE(0, KPX_SetProductModel(model));
+  KPX_UnInit();
+  EXPECT_EQ("P", SnapshotPlatform().productModel->Product);
+  KPX_Init();
+  EXPECT_FALSE(SnapshotPlatform().productModel.has_value());
+}
+
+TEST_F(Platform, TextsAreCutToTheCallersBuffer) {
+  char text[3] = {'x', 'x', 'x'};
+  EXPECT_EQ(5, KPX_GetVersion(text, sizeof(text)));
+  EXPECT_STREQ("1.", text);
+  EXPECT_EQ(5, KPX_GetVersion(nullptr, 0));
+}
+
+TEST_F(Platform, ItsRunningModuleIsTheHosts) {
+  EXPECT_EQ(1, KPX_GetRunningModule());
+  SetRunningModule(2);
+  EXPECT_EQ(2, KPX_GetRunningModule());
+  SetRunningModule(1);
+}
+
+TEST_F(Platform, PluginsThatStartedAreMarkedAsLoaded) {
+  PluginInfoMap infos;
+  infos["a"] = std::make_shared<CPluginInfo>();
+  infos["b"] = std::make_shared<CPluginInfo>();
+  AddPluginsInfo(infos);
+  UpdatePluginsLoadState({{"a", true}});
+  EXPECT_TRUE(SnapshotPlatform().plugins->at("a").is_load());
+  EXPECT_FALSE(SnapshotPlatform().plugins->at("b").is_load());
+}
+
+TEST(LpcFrame, KeepsWhatItIsToldAndRefusesWhatIsOutOfOrder) {
+  PlatformInfo info;
+  info.Edition = "E";
+  EXPECT_NE(0, TevLPCFrameUnInit());
+  EXPECT_NE(0, TevLPCFrameInit("", info));
+  EXPECT_EQ(0, TevLPCFrameInit("name", info));
+  EXPECT_NE(0, TevLPCFrameInit("name", info));
+  TevLPCFrameNotifyStartPlugins("");
+  EXPECT_EQ(0, TevLPCFrameUnInit());
+  EXPECT_EQ("name E", SnapshotLpc().name + " " + SnapshotLpc().info->Edition);
+  EXPECT_THAT(SnapshotLpc().notified, testing::ElementsAre(""));
+}
+
+}  // namespace

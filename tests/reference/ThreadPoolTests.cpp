@@ -1,0 +1,313 @@
+#include "reference/base/ThreadPools.h"
+
+#include <gmock/gmock.h>
+#include <pthread.h>
+
+#include <atomic>
+#include <chrono>
+#include <functional>
+#include <memory>
+#include <mutex>
+#include <set>
+#include <stdexcept>
+#include <string>
+#include <thread>
+#include <utility>
+#include <vector>
+
+#include "reference/base/Log.h"
+#include "sdk/base/thread.h"
+#include "tests/reference/Gate.h"
+
+namespace {
+
+using testing::ElementsAre;
+using testing::HasSubstr;
+
+constexpr char kPool[] = "pool";
+
+class FunctionTask : public CTMTask {
+ public:
+  FunctionTask(const std::string& group, std::function<void()> work)
+      : CTMTask(group), m_work(std::move(work)) {}
+  void DoTask() override { m_work(); }
+
+ private:
+  std::function<void()> m_work;
+};
+
+/// What happened, in order, from many threads.
+class Course {
+ public:
+  void Add(const std::string& event) {
+    const std::lock_guard<std::mutex> lock(m_mutex);
+    m_events += (m_events.empty() ? "" : " ") + event;
+  }
+  std::string Text() {
+    const std::lock_guard<std::mutex> lock(m_mutex);
+    return m_events;
+  }
+
+ private:
+  std::mutex m_mutex;
+  std::string m_events;  // guarded by m_mutex
+};
+
+class ThreadPool : public testing::Test {
+ protected:
+  ThreadPool() { ConfigureLog({0, ""}); }
+  ~ThreadPool() override {
+    SetLogObserver({});
+    m_manager.ReleaseThread(kPool, true);
+  }
+
+  bool Grant(int least, int most, int reserved = 0) {
+    return m_manager.GetAvailableThreadpool(kPool, least, most, reserved) != 0;
+  }
+  bool Post(std::function<void()> work, bool urgent = false) {
+    return m_manager.PostTask(std::make_shared<FunctionTask>(kPool, std::move(work)), urgent);
+  }
+  bool Release(bool wait) { return m_manager.ReleaseThread(kPool, wait); }
+
+  CThreadManager& m_manager = CThreadManager::Instance();
+  Course m_course;
+};
+
+bool EverythingIsDone() {
+  const auto end = std::chrono::steady_clock::now() + std::chrono::seconds(20);
+  while (UnfinishedTasks() != 0) {
+    if (std::chrono::steady_clock::now() > end) return false;
+    std::this_thread::yield();
+  }
+  return true;
+}
+
+TEST_F(ThreadPool, NoTaskIsLostWhenThePoolIsReleasedFirst) {
+  Gate open;
+  Gate last(101);
+  ASSERT_TRUE(Grant(1, 1));
+  for (int i = 0; i < 101; ++i) {
+    ASSERT_TRUE(Post([&] {
+      open.Wait();
+      last.Arrive();
+    }));
+  }
+  EXPECT_TRUE(Release(false));
+  EXPECT_FALSE(Post([] {}));
+  EXPECT_EQ(101U, UnfinishedTasks());
+  open.Arrive();
+  EXPECT_TRUE(last.Wait());
+  EXPECT_TRUE(EverythingIsDone());
+}
+
+TEST_F(ThreadPool, ReleaseThatWaitsReturnsAfterTheLastTask) {
+  std::atomic<int> done{0};
+  ASSERT_TRUE(Grant(1, 3));
+  for (int i = 0; i < 200; ++i) ASSERT_TRUE(Post([&] { ++done; }));
+  EXPECT_TRUE(Release(true));
+  EXPECT_EQ(200, done);
+  EXPECT_EQ(0U, UnfinishedTasks());
+}
+
+TEST_F(ThreadPool, UnknownNameIsRefused) {
+  EXPECT_FALSE(Post([] {}));
+  EXPECT_FALSE(Release(false));
+  EXPECT_FALSE(m_manager.PostTask(nullptr, false));
+}
+
+TEST_F(ThreadPool, ReleasedNameIsGrantedAnew) {
+  ASSERT_TRUE(Grant(1, 1));
+  Gate open;
+  ASSERT_TRUE(Post([&] { open.Wait(); }));
+  ASSERT_TRUE(Release(false));
+  ASSERT_TRUE(Grant(1, 1));
+  Gate ran;
+  ASSERT_TRUE(Post([&] { ran.Arrive(); }));
+  EXPECT_TRUE(ran.Wait());
+  open.Arrive();
+  EXPECT_TRUE(EverythingIsDone());
+}
+
+TEST_F(ThreadPool, ThreadsAreMadeUpToTheBound) {
+  constexpr int kMost = 3;
+  Gate together(kMost);
+  std::atomic<int> met{0};
+  std::atomic<int> running{0};
+  std::atomic<int> most{0};
+  ASSERT_TRUE(Grant(1, kMost));
+  for (int i = 0; i < 60; ++i) {
+    Post([&] {
+      const int now = ++running;
+      int before = most;
+      while (before < now && !most.compare_exchange_weak(before, now)) {
+      }
+      if (together.ArriveAndWait()) ++met;
+      --running;
+    });
+  }
+  Release(true);
+  EXPECT_EQ(60, met);
+  EXPECT_EQ(kMost, most);
+}
+
+TEST_F(ThreadPool, TasksThatFollowEachOtherShareOneThread) {
+  std::mutex mutex;
+  std::set<std::thread::id> threads;
+  ASSERT_TRUE(Grant(1, 8));
+  for (int i = 0; i < 50; ++i) {
+    Post([&] {
+      const std::lock_guard<std::mutex> lock(mutex);
+      threads.insert(std::this_thread::get_id());
+    });
+    ASSERT_TRUE(EverythingIsDone());
+  }
+  EXPECT_EQ(1U, threads.size());
+}
+
+TEST_F(ThreadPool, BoundsBelowOneStillGiveAThread) {
+  ASSERT_TRUE(Grant(0, 0));
+  Gate ran;
+  ASSERT_TRUE(Post([&] { ran.Arrive(); }));
+  EXPECT_TRUE(ran.Wait());
+}
+
+TEST_F(ThreadPool, MostBelowLeastCountsAsLeast) {
+  ASSERT_TRUE(Grant(2, 1));
+  Gate together(2);
+  std::atomic<int> met{0};
+  for (int i = 0; i < 2; ++i) Post([&] { met += together.ArriveAndWait() ? 1 : 0; });
+  Release(true);
+  EXPECT_EQ(2, met);
+}
+
+TEST_F(ThreadPool, NameThatIsAlreadyGrantedGetsTheHigherBound) {
+  ASSERT_TRUE(Grant(1, 1));
+  ASSERT_TRUE(Grant(1, 2));
+  Gate together(2);
+  std::atomic<int> met{0};
+  for (int i = 0; i < 2; ++i) Post([&] { met += together.ArriveAndWait() ? 1 : 0; });
+  Release(true);
+  EXPECT_EQ(2, met);
+}
+
+TEST_F(ThreadPool, UrgentTaskOvertakesThoseThatWait) {
+  Gate open;
+  ASSERT_TRUE(Grant(1, 1));
+  Gate busy;
+  Post([&] {
+    busy.Arrive();
+    open.Wait();
+  });
+  ASSERT_TRUE(busy.Wait());
+  Post([&] { m_course.Add("a"); });
+  Post([&] { m_course.Add("b"); });
+  Post([&] { m_course.Add("urgent1"); }, true);
+  Post([&] { m_course.Add("urgent2"); }, true);
+  open.Arrive();
+  Release(true);
+  EXPECT_EQ("urgent1 urgent2 a b", m_course.Text());
+}
+
+TEST_F(ThreadPool, ReservedThreadRunsUrgentTasksOnly) {
+  Gate urgentDone;
+  ASSERT_TRUE(Grant(2, 2, 1));
+  Post([&] {
+    m_course.Add("a-begins");
+    urgentDone.Wait();
+    m_course.Add("a-ends");
+  });
+  Post([&] { m_course.Add("b"); });
+  // The first task ends only after the second urgent one, which begins after b could have.
+  Gate firstUrgent;
+  Post([&] { firstUrgent.Arrive(); }, true);
+  EXPECT_TRUE(firstUrgent.Wait());
+  Post([&] { urgentDone.Arrive(); }, true);
+  Release(true);
+  EXPECT_EQ("a-begins a-ends b", m_course.Text());
+}
+
+TEST_F(ThreadPool, TaskThatThrowsIsLoggedAndTheThreadGoesOn) {
+  std::vector<std::string> lines;
+  SetLogObserver([&](int level, const std::string& module, const std::string& text) {
+    lines.push_back(std::to_string(level) + " " + module + " " + text);
+  });
+  std::thread::id first;
+  std::thread::id second;
+  ASSERT_TRUE(Grant(1, 1));
+  Post([&] {
+    first = std::this_thread::get_id();
+    throw std::runtime_error("out of paper");
+  });
+  Post([] { throw 1; });
+  Post([&] { second = std::this_thread::get_id(); });
+  Release(true);
+  SetLogObserver({});
+  EXPECT_THAT(lines, ElementsAre("5 base.thread a task of pool threw: out of paper",
+                                 "5 base.thread a task of pool threw"));
+  EXPECT_EQ(first, second);
+}
+
+TEST_F(ThreadPool, TaskIsGoneBeforeItCountsAsDone) {
+  Gate open;
+  Gate gone;
+  std::size_t unfinishedWhenGone = 0;
+  ASSERT_TRUE(Grant(1, 1));
+  {
+    const std::shared_ptr<int> witness(new int, [&](const int* number) {
+      delete number;
+      unfinishedWhenGone = UnfinishedTasks();
+      gone.Arrive();
+    });
+    Post([witness, &open] { open.Wait(); });
+  }
+  open.Arrive();
+  EXPECT_TRUE(gone.Wait());
+  EXPECT_EQ(1U, unfinishedWhenGone);
+}
+
+/// Makes the system refuse every new thread of the process while it lives: no stack is so large.
+class NoFurtherThreads {
+ public:
+  NoFurtherThreads() {
+    pthread_getattr_default_np(&m_before);
+    pthread_attr_t huge;
+    pthread_attr_init(&huge);
+    pthread_attr_setstacksize(&huge, std::size_t{1} << 47U);
+    pthread_setattr_default_np(&huge);
+    pthread_attr_destroy(&huge);
+  }
+  ~NoFurtherThreads() {
+    pthread_setattr_default_np(&m_before);
+    pthread_attr_destroy(&m_before);
+  }
+  NoFurtherThreads(const NoFurtherThreads&) = delete;
+  NoFurtherThreads& operator=(const NoFurtherThreads&) = delete;
+
+ private:
+  pthread_attr_t m_before;
+};
+
+TEST_F(ThreadPool, PoolWithoutAnyThreadIsRefused) {
+  const NoFurtherThreads none;
+  EXPECT_FALSE(Grant(1, 4));
+  EXPECT_FALSE(Post([] {}));
+}
+
+TEST_F(ThreadPool, TasksWaitWhenNoFurtherThreadCanBeMade) {
+  std::vector<std::string> lines;
+  ASSERT_TRUE(Grant(1, 4));
+  SetLogObserver([&](int level, const std::string&, const std::string& text) {
+    lines.push_back(std::to_string(level) + " " + text);
+  });
+  const NoFurtherThreads none;
+  Gate open;
+  Post([&] { open.Wait(); });
+  Post([&] { m_course.Add("waited"); });
+  EXPECT_TRUE(Grant(3, 4));
+  open.Arrive();
+  Release(true);
+  EXPECT_EQ("waited", m_course.Text());
+  EXPECT_THAT(lines, ElementsAre(HasSubstr("4 no further thread: "), HasSubstr("4 no further ")));
+}
+
+}  // namespace
