@@ -163,6 +163,19 @@ TEST_F(WholeFile, FallbackKeepsANameWithoutExtensionAndCutsTheLastOneOnly) {
   EXPECT_EQ("stem", content);
 }
 
+TEST_F(WholeFile, OfTwoHundredMegabytesIsReadWholeAndTooLargeForTheParser) {
+  const std::string element = "<e>" + std::string(1 << 20, 'x') + "</e>";
+  std::string text = "<r>";
+  for (int i = 0; i < 200; ++i) text += element;
+  text += "</r>";
+  const std::string path = tree.Write("big.xml", text);
+  ASSERT_TRUE(ReadWholeFile(content, path, ""));
+  EXPECT_EQ(text.size(), content.size());
+  CXmlProto document;
+  EXPECT_FALSE(document.ParseMemory(content));
+  EXPECT_EQ(0, document.GetNodeCount("/r/e"));
+}
+
 TEST_F(WholeFile, DirectoryCountsAsNotOpened) {
   tree.Write("m/Dir.data", "data");
   tree.Write("m/Dir.xml/inside", "x");
