@@ -71,7 +71,7 @@ class Pool : public std::enable_shared_from_this<Pool> {
   int Waiting() const { return static_cast<int>(m_urgent.size() + m_waiting.size()); }
 
   /// Whether a thread may take one of the tasks that are not urgent.
-  bool FreeForAll() const { return m_running < m_most - m_reserved; }
+  bool FreeForAll() const { return m_running - m_urgentRunning < m_most - m_reserved; }
 
   bool HasWork() const { return !m_urgent.empty() || (!m_waiting.empty() && FreeForAll()); }
 
@@ -98,14 +98,17 @@ class Pool : public std::enable_shared_from_this<Pool> {
     while (true) {
       m_changed.wait(lock, [this] { return HasWork() || (m_released && Waiting() == 0); });
       if (!HasWork()) return;
-      std::deque<Task>& queue = m_urgent.empty() ? m_waiting : m_urgent;
+      const int urgent = m_urgent.empty() ? 0 : 1;
+      std::deque<Task>& queue = urgent ? m_urgent : m_waiting;
       Task task = std::move(queue.front());
       queue.pop_front();
       ++m_running;
+      m_urgentRunning += urgent;
       lock.unlock();
       Execute(std::move(task));
       lock.lock();
       --m_running;
+      m_urgentRunning -= urgent;
       m_changed.notify_all();
     }
   }
@@ -132,6 +135,7 @@ class Pool : public std::enable_shared_from_this<Pool> {
   int m_reserved = 0;
   int m_threads = 0;
   int m_running = 0;
+  int m_urgentRunning = 0;  // of those
   bool m_released = false;
 };
 

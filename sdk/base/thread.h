@@ -41,7 +41,8 @@ class CThreadManager {
   bool PostTask(std::shared_ptr<CTMTask> task, bool urgent);
 
   /// Gives the pool `name` back: it takes no further task, runs what it has, and ends its threads.
-  /// With `wait` the call returns after the last task. Returns false for an unknown name.
+  /// With `wait` the call returns after the last task; from within a task of the same pool it would
+  /// wait for itself, for ever. Returns false for an unknown name.
   bool ReleaseThread(const std::string& name, bool wait);
 
   CThreadManager(const CThreadManager&) = delete;

@@ -1,12 +1,16 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <memory>
+#include <optional>
 #include <stdexcept>
 #include <string>
 #include <thread>
+#include <vector>
 
 #include "reference/kpx/PlatformRecord.h"
 #include "reference/lpc/LpcRecord.h"
+#include "tests/reference/Gate.h"
 
 namespace {
 
@@ -20,6 +24,31 @@ bool Succeed(StartedPluginMap* started) {
 
 bool Throw(StartedPluginMap*) {
   throw std::runtime_error("callback");
+}
+
+/// What the host and a running start callback tell each other.
+struct Meeting {
+  Gate begun;
+  Gate mayEnd;
+  std::int32_t module = 0;
+  std::string installed;
+};
+Meeting* g_meeting = nullptr;
+
+/// Asks the platform from within, then waits for the host.
+bool AskAndWait(StartedPluginMap*) {
+  g_meeting->module = KPX_GetRunningModule();
+  std::vector<AddonModel> installed;
+  KPX_GetInstalledAddonModel(installed);
+  for (const AddonModel& addon : installed) g_meeting->installed += addon.ID;
+  UpdatePluginsLoadState({{"a", true}});
+  pluginTakeTimeCountPrint("asked", 7);
+  g_meeting->begun.Arrive();
+  return g_meeting->mayEnd.Wait();
+}
+
+bool FailTheStart(StartedPluginMap*) {
+  return false;
 }
 
 class Platform : public testing::Test {
@@ -60,6 +89,73 @@ TEST_F(Platform, ACallbackThatThrowsCountsAsFailed) {
   EXPECT_EQ("the start callback did not succeed", LastError());
 }
 
+TEST_F(Platform, IsAskedFromTheCallbackAndFromTheHostWhileTheCallbackRuns) {
+  Meeting meeting;
+  g_meeting = &meeting;
+  AddonModel addon;
+  addon.ID = "both";
+  addon.Installed = addon.InstalledCompatible = true;
+  KPX_SetAddonAndToolModel({addon}, {});
+  ASSERT_EQ(0, KPX_Start(&AskAndWait));
+  EXPECT_TRUE(meeting.begun.Wait());
+  EXPECT_EQ(1, meeting.module);
+  EXPECT_EQ("both", meeting.installed);
+  EXPECT_EQ(std::nullopt, StartCallbackResult());
+  const std::vector<TimingLine> timing = SnapshotPlatform().timing;
+  ASSERT_EQ(1U, timing.size());
+  EXPECT_EQ("asked 7", timing[0].text + " " + std::to_string(timing[0].milliseconds));
+  meeting.mayEnd.Arrive();
+  EXPECT_EQ(0, KPX_Stop());
+  EXPECT_EQ(true, StartCallbackResult());
+}
+
+TEST_F(Platform, FailedStartIsNeverSeenWithoutItsReason) {
+  for (int i = 0; i < 300; ++i) {
+    ASSERT_EQ(0, KPX_Start(&FailTheStart));
+    while (!StartCallbackResult()) std::this_thread::yield();
+    ASSERT_EQ("the start callback did not succeed", LastError()) << i;
+    KPX_Stop();
+    KPX_UnInit();
+    KPX_Init();
+  }
+}
+
+TEST_F(Platform, RefusesToStartAndToEndWhenItIsNotInitialised) {
+  EXPECT_EQ(0, KPX_UnInit());
+  EXPECT_NE(0, KPX_Start(&Succeed));
+  EXPECT_EQ("KPX_Start: the platform is not initialised", LastError());
+  EXPECT_EQ(std::nullopt, StartCallbackResult());
+  EXPECT_NE(0, KPX_UnInit());
+  EXPECT_EQ("KPX_UnInit: the platform is not initialised", LastError());
+}
+
+TEST_F(Platform, StartsAgainAfterAStop) {
+  for (int i = 0; i < 2; ++i) {
+    EXPECT_EQ(0, KPX_Start(&Succeed));
+    EXPECT_EQ(0, KPX_PreUnInit());
+    EXPECT_EQ(0, KPX_Stop());
+  }
+  EXPECT_EQ(true, StartCallbackResult());
+}
+
+TEST_F(Platform, NewLifeHasNoError) {
+  EXPECT_NE(0, KPX_Start(nullptr));
+  KPX_UnInit();
+  KPX_Init();
+  char text[8] = "before";
+  EXPECT_EQ(0, KPX_GetLastError(text, sizeof(text)));
+  EXPECT_STREQ("", text);
+}
+
+TEST_F(Platform, WhatItWasNeverHandedHasNoValue) {
+  const PlatformRecord record = SnapshotPlatform();
+  EXPECT_FALSE(record.productModel || record.addons || record.tools || record.plugins ||
+               record.loadState || record.callbackResult);
+  std::vector<AddonModel> installed;
+  KPX_GetInstalledAddonModel(installed);
+  EXPECT_TRUE(installed.empty());
+}
+
 TEST_F(Platform, ReportsAsInstalledTheAddonsThatAreAndAreCompatible) {
   std::vector<AddonModel> addons(4);
   addons[0].ID = "neither";
@@ -91,6 +187,13 @@ TEST_F(Platform, TextsAreCutToTheCallersBuffer) {
   EXPECT_EQ(5, KPX_GetVersion(text, sizeof(text)));
   EXPECT_STREQ("1.", text);
   EXPECT_EQ(5, KPX_GetVersion(nullptr, 0));
+  EXPECT_EQ(5, KPX_GetVersion(text, 0));
+  EXPECT_EQ(5, KPX_GetVersion(text, -1));
+  EXPECT_STREQ("1.", text);
+  const std::int32_t code = KPX_Start(nullptr);
+  EXPECT_EQ(code, KPX_GetLastError(text, sizeof(text)));
+  EXPECT_STREQ("KP", text);
+  EXPECT_EQ(code, KPX_GetLastError(nullptr, 100));
 }
 
 TEST_F(Platform, ItsRunningModuleIsTheHosts) {
@@ -117,10 +220,23 @@ TEST(LpcFrame, KeepsWhatItIsToldAndRefusesWhatIsOutOfOrder) {
   EXPECT_NE(0, TevLPCFrameInit("", info));
   EXPECT_EQ(0, TevLPCFrameInit("name", info));
   EXPECT_NE(0, TevLPCFrameInit("name", info));
+  EXPECT_TRUE(SnapshotLpc().up);
   TevLPCFrameNotifyStartPlugins("");
   EXPECT_EQ(0, TevLPCFrameUnInit());
   EXPECT_EQ("name E", SnapshotLpc().name + " " + SnapshotLpc().info->Edition);
   EXPECT_THAT(SnapshotLpc().notified, testing::ElementsAre(""));
+  EXPECT_FALSE(SnapshotLpc().up);
+}
+
+TEST(LpcFrame, ForgetsItsLastLifeAtTheNext) {
+  PlatformInfo info;
+  ASSERT_EQ(0, TevLPCFrameInit("first", info));
+  TevLPCFrameNotifyStartPlugins("text");
+  ASSERT_EQ(0, TevLPCFrameUnInit());
+  ASSERT_EQ(0, TevLPCFrameInit("second", info));
+  EXPECT_EQ("second", SnapshotLpc().name);
+  EXPECT_THAT(SnapshotLpc().notified, testing::ElementsAre());
+  EXPECT_EQ(0, TevLPCFrameUnInit());
 }
 
 }  // namespace

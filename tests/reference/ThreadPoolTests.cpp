@@ -226,6 +226,16 @@ TEST_F(ThreadPool, ReservedThreadRunsUrgentTasksOnly) {
   EXPECT_EQ("a-begins a-ends b", m_course.Text());
 }
 
+TEST_F(ThreadPool, UrgentTaskOnTheReservedThreadLeavesTheOtherToTheRest) {
+  Gate ordinaryRan;
+  std::atomic<bool> met{false};
+  ASSERT_TRUE(Grant(2, 2, 1));
+  Post([&] { met = ordinaryRan.Wait(); }, true);
+  Post([&] { ordinaryRan.Arrive(); });
+  Release(true);
+  EXPECT_TRUE(met);
+}
+
 TEST_F(ThreadPool, TaskThatThrowsIsLoggedAndTheThreadGoesOn) {
   std::vector<std::string> lines;
   SetLogObserver([&](int level, const std::string& module, const std::string& text) {
