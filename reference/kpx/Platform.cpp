@@ -49,11 +49,13 @@ auto WithPlatform(Work work) {
   return work(platform);
 }
 
+void SetError(Platform& platform, ErrorCode code, const std::string& text) {
+  platform.errorCode = code;
+  platform.errorText = text;
+}
+
 std::int32_t Fail(ErrorCode code, const std::string& text) {
-  WithPlatform([&](Platform& platform) {
-    platform.errorCode = code;
-    platform.errorText = text;
-  });
+  WithPlatform([&](Platform& platform) { SetError(platform, code, text); });
   IKPXFormatLog(5, kModule, "%s", text.c_str());
   return code;
 }
@@ -72,11 +74,14 @@ bool CallBack(KPXStartFinishFn finished, StartedPluginMap& started) {
 void FinishStart(KPXStartFinishFn finished) {
   StartedPluginMap started;
   const bool result = CallBack(finished, started);
+  const std::string failure = "the start callback did not succeed";
   WithPlatform([&](Platform& platform) {
     for (const auto& plugin : started) platform.record.handles.push_back(plugin.first);
+    // Together: whoever sees the start failed finds the reason.
     platform.record.callbackResult = result;
+    if (!result) SetError(platform, kStartFailed, failure);
   });
-  if (!result) Fail(kStartFailed, "the start callback did not succeed");
+  if (!result) IKPXFormatLog(5, kModule, "%s", failure.c_str());
 }
 
 /// Copies `source` into `text` of `size` bytes, zero-terminated, as much as fits.
@@ -94,8 +99,7 @@ std::int32_t KPX_Init() {
     if (platform.up) return true;
     platform.up = true;
     platform.record = PlatformRecord();
-    platform.errorCode = kNone;
-    platform.errorText.clear();
+    SetError(platform, kNone, "");
     return false;
   });
   return wasUp ? Fail(kOutOfOrder, "KPX_Init: the platform is up already") : kNone;
