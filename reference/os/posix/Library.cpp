@@ -2,6 +2,7 @@
 
 #include <dlfcn.h>
 #include <elf.h>
+#include <fcntl.h>
 #include <unistd.h>
 
 #include <atomic>
@@ -48,7 +49,7 @@ DWORD ErrorCode(const std::string& path, const std::string& message) {
   if (StartsWith(reason, ": undefined symbol") || Contains(reason, "not found (required by")) {
     return ERROR_PROC_NOT_FOUND;
   }
-  if (access(path.c_str(), R_OK) != 0) {
+  if (faccessat(AT_FDCWD, path.c_str(), R_OK, AT_EACCESS) != 0) {
     return errno == EACCES ? ERROR_ACCESS_DENIED : ERROR_MOD_NOT_FOUND;
   }
   // The library is there: unless it is for another machine, what cannot be opened is one that it
