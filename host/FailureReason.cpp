@@ -3,6 +3,8 @@
 #include <filesystem>
 #include <system_error>
 
+#include "reference/os/LocalText.h"
+
 namespace fs = std::filesystem;
 
 namespace {
@@ -51,9 +53,9 @@ std::string FailureReason::Sentence() const {
     return m_lastFatal.empty() ? "the frame failed and logged no reason"
                                : "the frame failed: " + m_lastFatal;
   }
-  const fs::path file = m_unreadable.front();
-  std::string sentence = file.lexically_normal().string() + " " + WhatIsWrong(file) +
-                         ", and there is no " + file.stem().string() +
+  const fs::path file = PathFromLocal(m_unreadable.front());
+  std::string sentence = LocalFromPath(file.lexically_normal()) + " " + WhatIsWrong(file) +
+                         ", and there is no " + LocalFromPath(file.stem()) +
                          ".data beside it that could stand in; the product cannot be read";
   if (m_unreadable.size() > 1) {
     sentence += " (nor can " + std::to_string(m_unreadable.size() - 1) + " more files)";

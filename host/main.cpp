@@ -8,6 +8,8 @@
 #include "host/Commands.h"
 #include "reference/base/Log.h"
 #include "reference/kpx/PlatformRecord.h"
+#include "reference/os/LibraryFolder.h"
+#include "reference/os/LocalText.h"
 #include "reference/os/ProcessPath.h"
 #include "reference/xrt/ExecutablePath.h"
 
@@ -32,9 +34,10 @@ void AddCommonOptions(CLI::App& command, Options& options) {
 /// Makes `bin` the folder of the running executable, which keeps its own name.
 void Pretend(const std::string& bin) {
   if (bin.empty()) return;
-  const fs::path program = fs::path(ProcessPath()).filename();
-  const fs::path name = fs::path("HUB").replace_extension(program.extension());
-  SetExecutablePath((fs::absolute(bin) / name).make_preferred().string());
+  const fs::path extension = fs::path(ProcessPath()).extension();
+  const fs::path folder = fs::absolute(PathFromLocal(bin)).make_preferred();
+  SetExecutablePath(LocalFromPath(folder / fs::path("HUB").replace_extension(extension)));
+  LookForLibrariesIn(LocalFromPath(folder));
 }
 
 ExitStatus Main(int argc, char** argv) {

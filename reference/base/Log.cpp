@@ -38,7 +38,8 @@ struct LogState {
 
 std::shared_ptr<spdlog::logger> MakeLogger(const char* name, spdlog::sink_ptr sink) {
   auto logger = std::make_shared<spdlog::logger>(name, std::move(sink));
-  logger->set_pattern(kPattern);
+  logger->set_formatter(std::make_unique<spdlog::pattern_formatter>(
+      kPattern, spdlog::pattern_time_type::local, "\n"));  // the same bytes on every system
   logger->set_level(spdlog::level::trace);
   logger->flush_on(spdlog::level::trace);
   logger->set_error_handler([](const std::string&) {});  // a line that cannot be written is lost

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <filesystem>
 #include <string>
 
 // Texts in the local code page and their wide form. Any thread.
@@ -10,3 +11,7 @@
 
 std::wstring WideFromLocal(const std::string& text);
 std::string LocalFromWide(const std::wstring& text);
+
+// The same of paths: the standard library takes a narrow one for UTF-8 on every system.
+std::filesystem::path PathFromLocal(const std::string& text);
+std::string LocalFromPath(const std::filesystem::path& path);

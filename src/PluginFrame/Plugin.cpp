@@ -67,7 +67,9 @@ bool CPlugin::UnInit() {
 
 CPlugin::Entry CPlugin::FindEntry(const char* name) const {
   if (m_module == nullptr) return nullptr;
-  return reinterpret_cast<Entry>(GetProcAddress(m_module, name));
+  // By way of the type that stands for any function: the system's own names another.
+  const auto entry = reinterpret_cast<void (*)()>(GetProcAddress(m_module, name));
+  return reinterpret_cast<Entry>(entry);
 }
 
 }  // namespace PluginFrame

@@ -77,3 +77,11 @@ std::string LocalFromWide(const std::wstring& text) {
   }
   return local;
 }
+
+std::filesystem::path PathFromLocal(const std::string& text) {
+  return text;
+}
+
+std::string LocalFromPath(const std::filesystem::path& path) {
+  return path.string();
+}

@@ -18,3 +18,11 @@ std::string LocalFromWide(const std::wstring& text) {
   WideCharToMultiByte(CP_ACP, 0, text.data(), size, &local[0], length, nullptr, nullptr);
   return local;
 }
+
+std::filesystem::path PathFromLocal(const std::string& text) {
+  return WideFromLocal(text);
+}
+
+std::string LocalFromPath(const std::filesystem::path& path) {
+  return LocalFromWide(path.wstring());
+}

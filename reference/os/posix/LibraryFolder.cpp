@@ -1,0 +1,3 @@
+#include "reference/os/LibraryFolder.h"
+
+void LookForLibrariesIn(const std::string&) {}
