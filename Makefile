@@ -5,18 +5,23 @@ BUILD = build/$(PRESET)
 HUB = $(BUILD)/bin/HUB
 
 .DEFAULT_GOAL := help
-.PHONY: help packages build demo model test format clean
+.PHONY: help packages build demo model test windows windows-test format clean
 
 help: ## List the targets
-	@sed -n 's/^\([a-z]*\):.*## \(.*\)/  make \1\t\2/p' $(MAKEFILE_LIST) | expand -t 18
+	@sed -n 's/^\([a-z-]*\):.*## \(.*\)/  make \1\t\2/p' $(MAKEFILE_LIST) | expand -t 22
 
 packages: ## Install the Debian packages that are missing (as root, or through sudo)
 	@tools/install-packages
 
-build: packages ## Build everything: frame, reference libraries, HUB, sample product, tests
+# $(call configure_and_build,preset)
+define configure_and_build
 	@mkdir -p build
-	@cmake --preset $(PRESET) > build/configure.log 2>&1 || { cat build/configure.log; false; }
-	@cmake --build --preset $(PRESET)
+	@cmake --preset $(1) > build/configure.log 2>&1 || { cat build/configure.log; false; }
+	@cmake --build --preset $(1)
+endef
+
+build: packages ## Build everything: frame, reference libraries, HUB, sample product, tests
+	$(call configure_and_build,$(PRESET))
 
 demo: build ## Bring the sample product up, show it, and take it down
 	@echo
@@ -28,6 +33,17 @@ model: build ## Print what the frame hands over of the sample product, as JSON
 
 test: build ## Run every test
 	@ctest --preset $(PRESET)
+
+windows: ## Build everything for Windows x86-64, into build/windows
+	@tools/install-packages windows
+	@tools/windows-dependencies build/windows-dependencies
+	$(call configure_and_build,windows)
+
+windows-test: windows ## Run the Windows demo and every test of it, under Wine
+	@cmake/windows/wine start; \
+	cmake/windows/wine build/windows/bin/HUB.exe run --bin build/windows/site/bin --seconds 4 && \
+	ctest --preset windows; \
+	status=$$?; cmake/windows/wine stop; exit $$status
 
 format: ## Format the sources
 	@git ls-files '*.h' '*.cpp' | xargs clang-format -i

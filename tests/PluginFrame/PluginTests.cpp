@@ -18,7 +18,7 @@ TEST_F(PluginTest, LoadsTheLibraryAtItsPathWithTheExtensionAdded) {
     CPlugin plugin;
     EXPECT_EQ(nullptr, plugin.Handle());
     EXPECT_TRUE(plugin.Load("/p/a.server"));
-    EXPECT_EQ(&seam.libraries["a.server"], plugin.Handle());
+    EXPECT_EQ(reinterpret_cast<HMODULE>(&seam.libraries["a.server"]), plugin.Handle());
   }
   EXPECT_THAT(seam.loadedPaths, ElementsAre("/p/a.server.dll"));
   EXPECT_EQ(0, seam.libraries["a.server"].handles);

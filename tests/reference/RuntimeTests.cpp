@@ -25,7 +25,7 @@ class Runtime : public testing::Test {
 
 TEST_F(Runtime, ReportsTheRunningProgramUnlessToldAnother) {
   EXPECT_EQ(ProcessPath(), PathIn(4096));
-  EXPECT_EQ("reference_tests", std::filesystem::path(ProcessPath()).filename());
+  EXPECT_EQ("reference_tests", std::filesystem::path(ProcessPath()).stem());
   SetExecutablePath("/a/b/HUB");
   EXPECT_EQ("/a/b/HUB", PathIn(4096));
   SetExecutablePath(std::string());

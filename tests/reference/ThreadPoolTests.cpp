@@ -1,7 +1,6 @@
 #include "reference/base/ThreadPools.h"
 
 #include <gmock/gmock.h>
-#include <pthread.h>
 
 #include <atomic>
 #include <chrono>
@@ -18,60 +17,12 @@
 #include "reference/base/Log.h"
 #include "sdk/base/thread.h"
 #include "tests/reference/Gate.h"
+#include "tests/reference/ThreadPoolTest.h"
 
 namespace {
 
 using testing::ElementsAre;
 using testing::HasSubstr;
-
-constexpr char kPool[] = "pool";
-
-class FunctionTask : public CTMTask {
- public:
-  FunctionTask(const std::string& group, std::function<void()> work)
-      : CTMTask(group), m_work(std::move(work)) {}
-  void DoTask() override { m_work(); }
-
- private:
-  std::function<void()> m_work;
-};
-
-/// What happened, in order, from many threads.
-class Course {
- public:
-  void Add(const std::string& event) {
-    const std::lock_guard<std::mutex> lock(m_mutex);
-    m_events += (m_events.empty() ? "" : " ") + event;
-  }
-  std::string Text() {
-    const std::lock_guard<std::mutex> lock(m_mutex);
-    return m_events;
-  }
-
- private:
-  std::mutex m_mutex;
-  std::string m_events;  // guarded by m_mutex
-};
-
-class ThreadPool : public testing::Test {
- protected:
-  ThreadPool() { ConfigureLog({0, ""}); }
-  ~ThreadPool() override {
-    SetLogObserver({});
-    m_manager.ReleaseThread(kPool, true);
-  }
-
-  bool Grant(int least, int most, int reserved = 0) {
-    return m_manager.GetAvailableThreadpool(kPool, least, most, reserved) != 0;
-  }
-  bool Post(std::function<void()> work, bool urgent = false) {
-    return m_manager.PostTask(std::make_shared<FunctionTask>(kPool, std::move(work)), urgent);
-  }
-  bool Release(bool wait) { return m_manager.ReleaseThread(kPool, wait); }
-
-  CThreadManager& m_manager = CThreadManager::Instance();
-  Course m_course;
-};
 
 bool EverythingIsDone() {
   const auto end = std::chrono::steady_clock::now() + std::chrono::seconds(20);
@@ -273,51 +224,6 @@ TEST_F(ThreadPool, TaskIsGoneBeforeItCountsAsDone) {
   open.Arrive();
   EXPECT_TRUE(gone.Wait());
   EXPECT_EQ(1U, unfinishedWhenGone);
-}
-
-/// Makes the system refuse every new thread of the process while it lives: no stack is so large.
-class NoFurtherThreads {
- public:
-  NoFurtherThreads() {
-    pthread_getattr_default_np(&m_before);
-    pthread_attr_t huge;
-    pthread_attr_init(&huge);
-    pthread_attr_setstacksize(&huge, std::size_t{1} << 47U);
-    pthread_setattr_default_np(&huge);
-    pthread_attr_destroy(&huge);
-  }
-  ~NoFurtherThreads() {
-    pthread_setattr_default_np(&m_before);
-    pthread_attr_destroy(&m_before);
-  }
-  NoFurtherThreads(const NoFurtherThreads&) = delete;
-  NoFurtherThreads& operator=(const NoFurtherThreads&) = delete;
-
- private:
-  pthread_attr_t m_before;
-};
-
-TEST_F(ThreadPool, PoolWithoutAnyThreadIsRefused) {
-  const NoFurtherThreads none;
-  EXPECT_FALSE(Grant(1, 4));
-  EXPECT_FALSE(Post([] {}));
-}
-
-TEST_F(ThreadPool, TasksWaitWhenNoFurtherThreadCanBeMade) {
-  std::vector<std::string> lines;
-  ASSERT_TRUE(Grant(1, 4));
-  SetLogObserver([&](int level, const std::string&, const std::string& text) {
-    lines.push_back(std::to_string(level) + " " + text);
-  });
-  const NoFurtherThreads none;
-  Gate open;
-  Post([&] { open.Wait(); });
-  Post([&] { m_course.Add("waited"); });
-  EXPECT_TRUE(Grant(3, 4));
-  open.Arrive();
-  Release(true);
-  EXPECT_EQ("waited", m_course.Text());
-  EXPECT_THAT(lines, ElementsAre(HasSubstr("4 no further thread: "), HasSubstr("4 no further ")));
 }
 
 }  // namespace

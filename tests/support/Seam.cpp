@@ -209,18 +209,18 @@ HMODULE LoadLibraryW(const wchar_t* path) {
   const auto library = seam.libraries.find(LibraryName(narrow));
   if (library == seam.libraries.end() || !library->second.loads) return nullptr;
   ++library->second.handles;
-  return &library->second;
+  return reinterpret_cast<HMODULE>(&library->second);
 }
 
 FARPROC GetProcAddress(HMODULE library, const char* name) {
-  t_library = static_cast<ScriptedLibrary*>(library);
+  t_library = reinterpret_cast<ScriptedLibrary*>(library);
   const bool init = std::strcmp(name, "Init") == 0;
   if (init ? !t_library->hasInit : !t_library->hasUnInit) return nullptr;
-  return reinterpret_cast<FARPROC>(init ? &RunInit : &RunUnInit);
+  return reinterpret_cast<FARPROC>(reinterpret_cast<void (*)()>(init ? &RunInit : &RunUnInit));
 }
 
 BOOL FreeLibrary(HMODULE library) {
-  --static_cast<ScriptedLibrary*>(library)->handles;
+  --reinterpret_cast<ScriptedLibrary*>(library)->handles;
   return 1;
 }
 

@@ -1,52 +1,53 @@
 #include "tests/system/HubProcess.h"
 
-#include <cstdlib>
+#include <boost/process/cmd.hpp>
+#include <boost/process/io.hpp>
 #include <fstream>
-#include <random>
 #include <sstream>
 
+#include "reference/os/LocalText.h"
+#include "tests/system/StopProcess.h"
+
 namespace fs = std::filesystem;
+namespace bp = boost::process;
 
 namespace {
-
-fs::path NewFolder() {
-  std::random_device random;
-  std::ostringstream name;
-  name << "tevhub-" << std::hex << random() << random();
-  const fs::path folder = fs::temp_directory_path() / name.str();
-  fs::create_directories(folder);
-  return folder;
-}
 
 std::string Content(const fs::path& file) {
   std::ostringstream content;
   content << std::ifstream(file, std::ios::binary).rdbuf();
-  return content.str();
+  std::string text = content.str();
+  // As every reader of text on Windows takes it.
+  text.erase(std::remove(text.begin(), text.end(), '\r'), text.end());
+  return text;
 }
 
 }  // namespace
 
-HubResult RunHub(const std::string& arguments) {
-  const fs::path folder = NewFolder();
-  const std::string command = std::string("{ \"") + TEV_HUB + "\" " + arguments + "; } >\"" +
-                              (folder / "out").string() + "\" 2>\"" + (folder / "err").string() +
-                              "\"";
-  const int status = std::system(command.c_str());
-  HubResult result;
-  result.status = status > 255 ? status / 256 : status;  // a shell's status, or a signal's number
-  result.output = Content(folder / "out");
-  result.errors = Content(folder / "err");
-  fs::remove_all(folder);
-  return result;
+HubProcess::HubProcess(const std::string& arguments, const std::string& program)
+    : m_process("\"" + program + "\" " + arguments,
+                bp::std_in<bp::null, bp::std_out> m_folder / "out",
+                bp::std_err > m_folder / "err") {}
+
+void HubProcess::AskToStop(StopWish wish) {
+  StopProcess(m_process, wish);
 }
 
-SiteCopy::SiteCopy() : m_root(NewFolder()) {
+HubResult HubProcess::Wait() {
+  m_process.wait();
+  return {m_process.exit_code(), Content(m_folder / "out"), Content(m_folder / "err")};
+}
+
+HubResult RunHub(const std::string& arguments) {
+  return HubProcess(arguments).Wait();
+}
+
+SiteCopy::SiteCopy(const fs::path& name) : m_root(m_folder.Path() / name) {
   fs::copy(TEV_SITE, m_root, fs::copy_options::recursive);
 }
 
-SiteCopy::~SiteCopy() {
-  std::error_code ignored;
-  fs::remove_all(m_root, ignored);
+std::string SiteCopy::Bin() const {
+  return "\"" + LocalFromPath(m_root / "bin") + "\"";
 }
 
 void SiteCopy::Write(const std::string& relative, const std::string& content) const {

@@ -1,8 +1,11 @@
 #pragma once
 
+#include <boost/process/child.hpp>
 #include <filesystem>
 #include <nlohmann/json.hpp>
 #include <string>
+
+#include "tests/support/TemporaryFolder.h"
 
 /// What one run of HUB left behind.
 struct HubResult {
@@ -13,19 +16,34 @@ struct HubResult {
   nlohmann::json Json() const { return nlohmann::json::parse(output); }
 };
 
-/// Runs HUB with these arguments, which may end in further words for the shell, and waits for it.
+/// How a person or the system asks a program to stop: SIGINT and SIGTERM, or Ctrl-C and the closing
+/// of the console window.
+enum class StopWish { kInterrupt, kTerminate };
+
+/// HUB as a process, from the constructor on.
+class HubProcess {
+ public:
+  /// Runs `program` with these arguments.
+  explicit HubProcess(const std::string& arguments, const std::string& program = TEV_HUB);
+
+  void AskToStop(StopWish wish);
+  HubResult Wait();
+
+ private:
+  TemporaryFolder m_folder;
+  boost::process::child m_process;
+};
+
+/// Runs HUB with these arguments to its end.
 HubResult RunHub(const std::string& arguments);
 
 /// A copy of the sample product in a folder of its own, to be broken by a test.
 class SiteCopy {
  public:
-  SiteCopy();
-  ~SiteCopy();
-  SiteCopy(const SiteCopy&) = delete;
-  SiteCopy& operator=(const SiteCopy&) = delete;
+  explicit SiteCopy(const std::filesystem::path& name = "site");
 
-  /// The folder that HUB takes as --bin, quoted for the command line, and as a path.
-  std::string Bin() const { return "\"" + (m_root / "bin").string() + "\""; }
+  /// The folder that HUB takes as --bin, quoted for the command line.
+  std::string Bin() const;
   std::filesystem::path Path(const std::string& relative) const { return m_root / relative; }
 
   void Write(const std::string& relative, const std::string& content) const;
@@ -33,5 +51,6 @@ class SiteCopy {
   void Remove(const std::string& relative) const;
 
  private:
+  TemporaryFolder m_folder;
   std::filesystem::path m_root;
 };

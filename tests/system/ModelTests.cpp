@@ -7,6 +7,7 @@
 #include <sstream>
 #include <string>
 
+#include "reference/os/LocalText.h"
 #include "tests/system/HubProcess.h"
 
 using nlohmann::json;
@@ -74,7 +75,9 @@ TEST(Model, OfTheSampleHoldsWhatItsFilesSay) {
   EXPECT_GE(SampleModel()["Addons"].size(), 4U);
   EXPECT_EQ(3U, SampleModel()["Tools"].size());
   EXPECT_FALSE(product["ClientPackagePath"].get<std::string>().empty());
-  EXPECT_EQ(TEV_SITE "/bin/KPX_Exe.exe", SampleModel()["PlatformInfo"]["PlatformExePath"]);
+  const std::filesystem::path program = std::filesystem::absolute(TEV_SITE "/bin/KPX_Exe.exe");
+  EXPECT_EQ(LocalFromPath(std::filesystem::path(program).make_preferred()),
+            SampleModel()["PlatformInfo"]["PlatformExePath"]);
 }
 
 TEST(Model, OfTheDistributedModuleHoldsDistributedPluginsOnly) {
@@ -96,7 +99,7 @@ TEST(Model, OfATreeWithoutDriversIsNullAndTheErrorNamesTheFile) {
   const json expected = {{"Frame_Init", -1}, {"ProductModel", nullptr}, {"Addons", nullptr},
                          {"Tools", nullptr}, {"PluginsInfo", nullptr},  {"PlatformInfo", nullptr}};
   EXPECT_EQ(expected, result.Json());
-  EXPECT_EQ("HUB: " + site.Path("bin/META_INFO/DeviceDrivers.xml").string() +
+  EXPECT_EQ("HUB: " + LocalFromPath(site.Path("bin/META_INFO/DeviceDrivers.xml").make_preferred()) +
                 " does not exist, and there is no DeviceDrivers.data beside it that could stand "
                 "in; the product cannot be read\n",
             result.errors);
@@ -110,7 +113,8 @@ TEST(Model, WithoutAPluginDescriptionNamesTheDescription) {
   site.Write(file, "");
   const HubResult result = RunHub("model --bin " + site.Bin());
   EXPECT_EQ(1, result.status);
-  EXPECT_THAT(result.errors, HasSubstr(site.Path(file).string() + " is empty"));
+  EXPECT_THAT(result.errors,
+              HasSubstr(LocalFromPath(site.Path(file).make_preferred()) + " is empty"));
 }
 
 TEST(Model, WithoutCataloguesIsWholeButForAddonsAndTools) {

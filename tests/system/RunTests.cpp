@@ -7,7 +7,9 @@
 #include <regex>
 #include <set>
 #include <sstream>
+#include <thread>
 
+#include "reference/os/LocalText.h"
 #include "tests/system/HubProcess.h"
 
 using nlohmann::json;
@@ -119,7 +121,7 @@ TEST(Run, WithoutAProductFailsWithOneSentenceThatNamesTheFile) {
   site.Remove("Product.xml");
   const HubResult result = RunHub("run --json --bin " + site.Bin() + " --seconds 1");
   EXPECT_EQ(1, result.status);
-  EXPECT_EQ("HUB: " + site.Path("Product.xml").string() +
+  EXPECT_EQ("HUB: " + LocalFromPath(site.Path("Product.xml").make_preferred()) +
                 " does not exist, and there is no Product.data beside it that could stand in; the "
                 "product cannot be read\n",
             result.errors);
@@ -154,9 +156,12 @@ TEST(Run, PluginsInACircleAreWaitedForUntilASecondStop) {
   MadeProduct product;
   product.Plugin("a.server", "<DependencyList><Plugin ID='b.server'/></DependencyList>");
   product.Plugin("b.server", "<DependencyList><Plugin ID='a.server'/></DependencyList>");
-  const HubResult result =
-      RunHub("run --bin " + product.Site().Bin() +
-             " & hub=$!; sleep 2; kill -TERM $hub; sleep 1; kill -TERM $hub; wait $hub");
+  HubProcess hub("run --bin " + product.Site().Bin());
+  std::this_thread::sleep_for(std::chrono::seconds(2));
+  hub.AskToStop(StopWish::kInterrupt);
+  std::this_thread::sleep_for(std::chrono::seconds(1));
+  hub.AskToStop(StopWish::kTerminate);
+  const HubResult result = hub.Wait();
   EXPECT_EQ(1, result.status);
   EXPECT_THAT(result.output, HasSubstr("waiting for the dependencies of a.server, b.server"));
   EXPECT_THAT(result.errors, HasSubstr("stopped a second time"));
@@ -172,11 +177,32 @@ TEST(Run, APluginThatHangsInInitIsNamedAndLeftBehind) {
   EXPECT_EQ("HUB: a plugin never returned; leaving without it\n", result.errors);
 }
 
-TEST(Run, StopsInOrderWhenTheSystemAsks) {
-  const HubResult result =
-      RunHub("run --json --bin \"" TEV_SITE "/bin\" & hub=$!; sleep 3; kill -INT $hub; wait $hub");
+TEST(Run, StopsInOrderWhenAPersonOrTheSystemAsks) {
+  for (const StopWish wish : {StopWish::kInterrupt, StopWish::kTerminate}) {
+    SiteCopy site;
+    const std::string log = LocalFromPath(site.Path("hub.log"));
+    HubProcess hub("run --json --bin " + site.Bin() + " --log \"" + log + "\"");
+    std::this_thread::sleep_for(std::chrono::seconds(4));
+    hub.AskToStop(wish);
+    const HubResult result = hub.Wait();
+    EXPECT_EQ(0, result.status) << result.errors;
+    EXPECT_EQ(true, result.Json()["CallbackResult"]);
+    EXPECT_THAT(site.Read("hub.log"), HasSubstr("!Frame_UnInit end!"));
+  }
+}
+
+TEST(Run, InAFolderWithBlanksAndLettersBeyondAsciiIsTheSame) {
+  // A letter of the local code page, which is two bytes long on systems that speak UTF-8.
+  SiteCopy site(PathFromLocal(LocalFromWide(L"my site \u00e9 (2)")));
+  const HubResult result = RunHub("run --json --bin " + site.Bin() + " --seconds 4");
   EXPECT_EQ(0, result.status) << result.errors;
-  EXPECT_EQ(true, result.Json()["CallbackResult"]);
+  EXPECT_GE(result.Json()["LoadState"].size(), 12U);
+  site.Remove("Product.xml");
+  const HubResult failed = RunHub("model --bin " + site.Bin());
+  EXPECT_EQ("HUB: " + LocalFromPath(site.Path("Product.xml").make_preferred()) +
+                " does not exist, and there is no Product.data beside it that could stand in; the "
+                "product cannot be read\n",
+            failed.errors);
 }
 
 TEST(Run, AProductWithoutPluginsComesUpAndGoesDown) {
@@ -190,7 +216,7 @@ TEST(Run, AProductWithoutPluginsComesUpAndGoesDown) {
 
 TEST(Log, HasOneLineForEachCallInItsFixedForm) {
   SiteCopy site;
-  const std::string file = site.Path("hub.log").string();
+  const std::string file = LocalFromPath(site.Path("hub.log"));
   ASSERT_EQ(0, RunHub("model --bin " + site.Bin() + " --log \"" + file + "\"").status);
   std::istringstream lines(site.Read("hub.log"));
   const std::regex form(R"(\d{4}-\d\d-\d\d \d\d:\d\d:\d\d\.\d{3} \[[3-6]\] \[[A-Za-z.]+\] .*)");

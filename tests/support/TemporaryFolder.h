@@ -1,21 +1,19 @@
 #pragma once
 
-#include <unistd.h>
-
-#include <atomic>
 #include <filesystem>
 #include <fstream>
 #include <iterator>
+#include <random>
 #include <string>
 
 /// A folder of a test's own, gone with it.
 class TemporaryFolder {
  public:
   TemporaryFolder() {
-    static std::atomic<int> count{0};
+    std::random_device random;
     m_path = std::filesystem::temp_directory_path() /
-             ("reference_tests." + std::to_string(getpid()) + "." + std::to_string(++count));
-    std::filesystem::create_directory(m_path);
+             ("tev." + std::to_string(random()) + "." + std::to_string(random()));
+    std::filesystem::create_directories(m_path);
   }
   ~TemporaryFolder() {
     std::error_code ignored;
@@ -23,6 +21,8 @@ class TemporaryFolder {
   }
   TemporaryFolder(const TemporaryFolder&) = delete;
   TemporaryFolder& operator=(const TemporaryFolder&) = delete;
+
+  const std::filesystem::path& Path() const { return m_path; }
 
   /// The path of the file `name` in the folder, whether or not there is one.
   std::string operator/(const std::string& name) const { return (m_path / name).string(); }

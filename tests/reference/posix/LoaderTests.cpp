@@ -10,7 +10,7 @@
 #include "reference/os/LoaderLog.h"
 #include "sdk/base/path.h"
 #include "sdk/os/os.h"
-#include "tests/reference/TemporaryFolder.h"
+#include "tests/support/TemporaryFolder.h"
 
 namespace {
 

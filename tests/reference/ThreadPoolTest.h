@@ -1,0 +1,62 @@
+#pragma once
+
+#include <gtest/gtest.h>
+
+#include <functional>
+#include <memory>
+#include <mutex>
+#include <string>
+#include <utility>
+
+#include "reference/base/Log.h"
+#include "sdk/base/thread.h"
+
+constexpr char kPool[] = "pool";
+
+class FunctionTask : public CTMTask {
+ public:
+  FunctionTask(const std::string& group, std::function<void()> work)
+      : CTMTask(group), m_work(std::move(work)) {}
+  void DoTask() override { m_work(); }
+
+ private:
+  std::function<void()> m_work;
+};
+
+/// What happened, in order, from many threads.
+class Course {
+ public:
+  void Add(const std::string& event) {
+    const std::lock_guard<std::mutex> lock(m_mutex);
+    m_events += (m_events.empty() ? "" : " ") + event;
+  }
+  std::string Text() {
+    const std::lock_guard<std::mutex> lock(m_mutex);
+    return m_events;
+  }
+
+ private:
+  std::mutex m_mutex;
+  std::string m_events;  // guarded by m_mutex
+};
+
+/// The thread manager with one pool, gone with the test.
+class ThreadPool : public testing::Test {
+ protected:
+  ThreadPool() { ConfigureLog({0, ""}); }
+  ~ThreadPool() override {
+    SetLogObserver({});
+    m_manager.ReleaseThread(kPool, true);
+  }
+
+  bool Grant(int least, int most, int reserved = 0) {
+    return m_manager.GetAvailableThreadpool(kPool, least, most, reserved) != 0;
+  }
+  bool Post(std::function<void()> work, bool urgent = false) {
+    return m_manager.PostTask(std::make_shared<FunctionTask>(kPool, std::move(work)), urgent);
+  }
+  bool Release(bool wait) { return m_manager.ReleaseThread(kPool, wait); }
+
+  CThreadManager& m_manager = CThreadManager::Instance();
+  Course m_course;
+};

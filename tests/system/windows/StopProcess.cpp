@@ -1,0 +1,10 @@
+#include "tests/system/StopProcess.h"
+
+#include <gtest/gtest.h>
+
+#include "tests/support/windows/ConsoleEvent.h"
+
+void StopProcess(boost::process::child& process, StopWish wish) {
+  const DWORD kind = wish == StopWish::kInterrupt ? CTRL_C_EVENT : CTRL_CLOSE_EVENT;
+  EXPECT_TRUE(RaiseConsoleEvent(process.native_handle(), kind));
+}
