@@ -5,7 +5,7 @@ BUILD = build/$(PRESET)
 HUB = $(BUILD)/bin/HUB
 
 .DEFAULT_GOAL := help
-.PHONY: help packages build demo model test windows windows-test format clean
+.PHONY: help packages build demo model test windows windows-test bench format clean
 
 help: ## List the targets
 	@sed -n 's/^\([a-z-]*\):.*## \(.*\)/  make \1\t\2/p' $(MAKEFILE_LIST) | expand -t 22
@@ -44,6 +44,11 @@ windows-test: windows ## Run the Windows demo and every test of it, under Wine
 	cmake/windows/wine build/windows/bin/HUB.exe run --bin build/windows/site/bin --seconds 4 && \
 	ctest --preset windows; \
 	status=$$?; cmake/windows/wine stop; exit $$status
+
+bench: ## Run the benchmarks and print what they measure
+	@tools/install-packages bench
+	$(call configure_and_build,bench)
+	@bench/run build/bench
 
 format: ## Format the sources
 	@git ls-files '*.h' '*.cpp' | xargs clang-format -i

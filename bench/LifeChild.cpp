@@ -1,0 +1,164 @@
+// One life of the product in argv[1], in a process of its own: a second Frame_Init in one process
+// starts nothing. Prints what it measured, a name and a number a line.
+//
+//   life_child PRODUCT            a whole life
+//   life_child PRODUCT --init     Frame_Init alone
+//
+// Exit status 1, with a sentence on standard error, when the life did not go as it had to.
+
+#include <sys/resource.h>
+
+#include <chrono>
+#include <condition_variable>
+#include <fstream>
+#include <iostream>
+#include <limits>
+#include <mutex>
+#include <stdexcept>
+#include <string>
+
+#include "host/FrameLibrary.h"
+#include "reference/base/Log.h"
+#include "reference/kpx/PlatformRecord.h"
+#include "reference/xrt/ExecutablePath.h"
+
+namespace {
+
+/// The wall's clock and the process's processor time, in milliseconds.
+struct Moment {
+  double wall = 0;
+  double processor = 0;
+};
+
+double Milliseconds(const timeval& time) {
+  return 1e3 * static_cast<double>(time.tv_sec) + 1e-3 * static_cast<double>(time.tv_usec);
+}
+
+Moment Now() {
+  const auto wall = std::chrono::steady_clock::now().time_since_epoch();
+  rusage usage{};
+  getrusage(RUSAGE_SELF, &usage);
+  return {std::chrono::duration<double, std::milli>(wall).count(),
+          Milliseconds(usage.ru_utime) + Milliseconds(usage.ru_stime)};
+}
+
+void Print(const std::string& name, const Moment& from, const Moment& to) {
+  std::cout << name << "_ms " << to.wall - from.wall << "\n"
+            << name << "_cpu_ms " << to.processor - from.processor << "\n";
+}
+
+/// Reads off the frame's log when the start is over, and from when to when the plugin that the
+/// others wait for was in Init: the first to begin, while it is the only one.
+class Watch {
+ public:
+  Watch() {
+    SetLogObserver([this](int, const std::string&, const std::string& text) { OnLine(text); });
+  }
+  ~Watch() { SetLogObserver({}); }
+  Watch(const Watch&) = delete;
+  Watch& operator=(const Watch&) = delete;
+
+  Moment WaitForStart() {
+    std::unique_lock<std::mutex> lock(m_mutex);
+    m_changed.wait(lock, [this] { return m_isStarted; });
+    return m_started;
+  }
+
+  void PrintFirstInit() {
+    const std::lock_guard<std::mutex> lock(m_mutex);
+    Print("first_init", m_initBegun, m_initEnded);
+  }
+
+ private:
+  void OnLine(const std::string& text) {
+    const auto has = [&text](const char* words) { return text.find(words) != std::string::npos; };
+    const bool begun = has("]Plugin Init begin.");
+    const bool ended = has("]Plugin Init end.");
+    const bool started = has("exec KPXStartFinishCallBack end");
+    if (!begun && !ended && !started) return;
+    const std::lock_guard<std::mutex> lock(m_mutex);
+    if (begun && m_begun++ == 0) m_initBegun = Now();
+    if (ended && m_ended++ == 0) m_initEnded = Now();
+    if (!started) return;
+    m_started = Now();
+    m_isStarted = true;
+    m_changed.notify_all();
+  }
+
+  std::mutex m_mutex;
+  std::condition_variable m_changed;
+
+  // Guarded by m_mutex.
+  Moment m_initBegun;
+  Moment m_initEnded;
+  Moment m_started;
+  int m_begun = 0;
+  int m_ended = 0;
+  bool m_isStarted = false;
+};
+
+/// A field of the process's status, in KiB.
+double StatusField(const std::string& name) {
+  std::ifstream status("/proc/self/status");
+  for (std::string word; status >> word;) {
+    if (word == name + ":") {
+      double kibibytes = 0;
+      status >> kibibytes;
+      return kibibytes;
+    }
+    status.ignore(std::numeric_limits<std::streamsize>::max(), '\n');
+  }
+  throw std::runtime_error("/proc/self/status: no " + name);
+}
+
+void Init(const FrameLibrary& frame) {
+  if (frame.Init() != 0) throw std::runtime_error("Frame_Init failed");
+}
+
+void MeasureInit(const FrameLibrary& frame) {
+  std::ofstream("/proc/self/clear_refs") << 5;  // the peak starts anew from what is resident now
+  const double before = StatusField("VmRSS");
+  Init(frame);
+  std::cout << "before_kib " << before << "\n"
+            << "peak_kib " << StatusField("VmHWM") << "\n"
+            << "after_kib " << StatusField("VmRSS") << "\n";
+}
+
+void MeasureLife(const FrameLibrary& frame) {
+  Init(frame);
+  Watch watch;
+  const Moment begin = Now();
+  if (frame.Start() != 0) throw std::runtime_error("Frame_Start failed");
+  const Moment started = watch.WaitForStart();
+  const std::size_t plugins = SnapshotPlatform().plugins->size();
+  if (const auto states = SnapshotPlatform().loadState; !states || states->size() != plugins) {
+    throw std::runtime_error("not every plugin started");
+  }
+  const Moment stopping = Now();
+  frame.Stop();
+  const Moment stopped = Now();
+  frame.UnInit();
+  Print("start", begin, started);
+  Print("stop", stopping, stopped);
+  watch.PrintFirstInit();
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+  try {
+    if (argc < 2) throw std::runtime_error("life_child: name the product's folder");
+    ConfigureLog({0, "", 0, 0});
+    SetExecutablePath(std::string(argv[1]) + "/bin/HUB");
+    const FrameLibrary frame(FrameLibrary::PathBesideProgram());
+    if (argc > 2 && std::string(argv[2]) == "--init") {
+      MeasureInit(frame);
+    } else {
+      MeasureLife(frame);
+    }
+  } catch (const std::exception& error) {
+    std::cerr << error.what() << std::endl;
+    return 1;
+  }
+  return 0;
+}

@@ -1,0 +1,134 @@
+// How long Frame_Init takes to read a product, against bare libxml2 that is asked the same.
+//
+// Both are timed by the processor time of their thread: the files lie in the page cache, so that
+// neither ever waits, and other work on the machine does not count.
+
+#include <benchmark/benchmark.h>
+
+#include <ctime>
+#include <deque>
+#include <filesystem>
+#include <map>
+#include <stdexcept>
+
+#include "bench/ProductGenerator.h"
+#include "bench/XmlRecorder.h"
+#include "reference/base/Log.h"
+#include "reference/xrt/ExecutablePath.h"
+#include "sdk/kpx/platform.h"
+#include "sdk/lpc/lpc.h"
+#include "src/PluginFrame/PluginManager.h"
+
+namespace fs = std::filesystem;
+
+namespace {
+
+constexpr int kMenuItems = 20;
+
+const fs::path kProducts = fs::path(TEV_BENCH_DATA) / "reading";
+
+double ThreadSeconds() {
+  timespec time{};
+  clock_gettime(CLOCK_THREAD_CPUTIME_ID, &time);
+  return static_cast<double>(time.tv_sec) + 1e-9 * static_cast<double>(time.tv_nsec);
+}
+
+/// One initialisation of the frame: Init runs once per manager, so each has one of its own.
+class Life {
+ public:
+  Life() = default;
+  ~Life() {
+    TevLPCFrameUnInit();
+    KPX_UnInit();
+  }
+  Life(const Life&) = delete;
+  Life& operator=(const Life&) = delete;
+
+  /// What Frame_Init does.
+  void Init() {
+    if (KPX_Init() != 0 || !m_manager.Init()) throw std::runtime_error("the frame did not come up");
+  }
+
+ private:
+  PluginFrame::CPluginManager m_manager;
+};
+
+/// Makes the product with `plugins` plugins the one that the frame reads. The frame remembers its
+/// folder for the whole process, so the folder is a link that is set anew.
+void SwitchTo(std::size_t plugins) {
+  const fs::path current = kProducts / "current";
+  fs::remove(current);
+  fs::create_directory_symlink(std::to_string(plugins), current);
+}
+
+/// What the frame asks of libxml2 to read that product; found out once, with the product's making.
+const std::vector<XmlStep>& StepsOf(std::size_t plugins) {
+  static std::map<std::size_t, std::vector<XmlStep>> known;
+  const auto [steps, isNew] = known.try_emplace(plugins);
+  if (isNew) {
+    std::vector<GeneratedPlugin> list(plugins);
+    for (std::size_t i = 0; i < plugins; ++i) {
+      list[i].id = GeneratedID(i);
+      for (std::size_t other = i - i % 10; other < i && other < i - i % 10 + 2; ++other) {
+        list[i].dependsOn.push_back(GeneratedID(other));
+      }
+    }
+    WriteProduct(kProducts / std::to_string(plugins), list, kMenuItems);
+    SwitchTo(plugins);
+    ConfigureLog({0, "", 0, 0});
+    SetExecutablePath((kProducts / "current" / "bin" / "HUB").string());
+    Life life;
+    const XmlRecorder recorder(steps->second);
+    life.Init();
+  }
+  SwitchTo(plugins);
+  return steps->second;
+}
+
+double TimeFrame() {
+  Life life;
+  const double begin = ThreadSeconds();
+  life.Init();
+  return ThreadSeconds() - begin;
+}
+
+double TimeFloor(const std::vector<XmlStep>& steps) {
+  std::deque<std::string> copies;
+  const double begin = ThreadSeconds();
+  Replay(steps, copies);
+  const double seconds = ThreadSeconds() - begin;
+  benchmark::DoNotOptimize(copies.back());
+  return seconds;
+}
+
+/// The time is the frame's. The floor is timed right beside it, before it and after it in turn: the
+/// speed of a shared machine changes by more than the two differ.
+void FrameInit(benchmark::State& state) {
+  const std::vector<XmlStep>& steps = StepsOf(static_cast<std::size_t>(state.range(0)));
+  static bool floorFirst = false;
+  double frame = 0;
+  double floor = 0;
+  for (auto _ : state) {
+    const double before = floorFirst ? TimeFloor(steps) : 0;
+    const double seconds = TimeFrame();
+    floor += floorFirst ? before : TimeFloor(steps);
+    frame += seconds;
+    floorFirst = !floorFirst;
+    state.SetIterationTime(seconds);
+  }
+  state.SetComplexityN(state.range(0));
+  state.counters["floor_ms"] = 1e3 * floor / static_cast<double>(state.iterations());
+  state.counters["ratio"] = frame / floor;
+  state.counters["steps"] = static_cast<double>(steps.size());
+}
+
+BENCHMARK(FrameInit)
+    ->Arg(10)
+    ->Arg(100)
+    ->Arg(300)
+    ->Arg(900)
+    ->UseManualTime()
+    ->Unit(benchmark::kMillisecond)
+    ->Complexity();
+
+}  // namespace
