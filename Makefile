@@ -5,7 +5,7 @@ BUILD = build/$(PRESET)
 HUB = $(BUILD)/bin/HUB
 
 .DEFAULT_GOAL := help
-.PHONY: help packages build demo model test windows windows-test bench format clean
+.PHONY: help packages build demo model test windows windows-test package package-test bench format clean
 
 help: ## List the targets
 	@sed -n 's/^\([a-z-]*\):.*## \(.*\)/  make \1\t\2/p' $(MAKEFILE_LIST) | expand -t 22
@@ -43,6 +43,17 @@ windows-test: windows ## Run the Windows demo and every test of it, under Wine
 	@cmake/windows/wine start; \
 	cmake/windows/wine build/windows/bin/HUB.exe run --bin build/windows/site/bin --seconds 4 && \
 	ctest --preset windows; \
+	status=$$?; cmake/windows/wine stop; exit $$status
+
+package: build windows ## Make a zip for Windows and a tar.gz for Linux, in build/packages
+	@cpack --config $(BUILD)/CPackConfig.cmake > build/package.log || { cat build/package.log; false; }
+	@cpack --config build/windows/CPackConfig.cmake > build/package.log || { cat build/package.log; false; }
+	@ls build/packages/*.tar.gz build/packages/*.zip
+
+package-test: package ## Run what is in the packages, unpacked elsewhere, with the build moved away
+	@tools/test-package build/packages/*-linux-x86_64.tar.gz $(BUILD)
+	@cmake/windows/wine start; \
+	tools/test-package build/packages/*-windows-x86_64.zip build/windows cmake/windows/wine; \
 	status=$$?; cmake/windows/wine stop; exit $$status
 
 bench: ## Run the benchmarks and print what they measure

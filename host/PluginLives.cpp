@@ -30,6 +30,17 @@ std::int32_t LastNumber(const std::string& text) {
   return begin == std::string::npos ? -1 : std::atoi(text.c_str() + begin + 1);
 }
 
+/// What the loader's error code says of the library, where the loader has no words of its own.
+std::string LoadErrorInWords(const std::string& code) {
+  static const std::map<std::string, std::string> words = {
+      {"5", "may not be read"},
+      {"126", "is missing, or a library that it needs is"},
+      {"127", "needs a symbol that no library offers"},
+      {"193", "is no library for this machine"}};
+  const auto found = words.find(code);
+  return found == words.end() ? "cannot be loaded" : found->second;
+}
+
 }  // namespace
 
 void PluginLives::Expect(const std::string& name) {
@@ -101,7 +112,8 @@ void PluginLives::OnLogLine(int level, const std::string& module, const std::str
                  Between(body, "[Plugin]Get dynamic library handle failed.path= ", ",errorcode=")) {
     PluginLife& life = Life(current);
     if (life.reason.empty()) {
-      life.reason = *path + " cannot be loaded, error " + body.substr(body.rfind('=') + 1);
+      const std::string code = body.substr(body.rfind('=') + 1);
+      life.reason = *path + " " + LoadErrorInWords(code) + " (error " + code + ")";
     }
   } else if (const auto stopping = Between(body, "[Plugin Unload]Plugin UnInit begin.[", "]")) {
     Enter(*stopping, Phase::kInUnInit);
