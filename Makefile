@@ -5,10 +5,10 @@ BUILD = build/$(PRESET)
 HUB = $(BUILD)/bin/HUB
 
 .DEFAULT_GOAL := help
-.PHONY: help packages build demo model test windows windows-test package package-test bench format clean
+.PHONY: help packages build demo model test windows windows-test package package-test asan tsan bench format clean
 
 help: ## List the targets
-	@sed -n 's/^\([a-z-]*\):.*## \(.*\)/  make \1\t\2/p' $(MAKEFILE_LIST) | expand -t 22
+	@sed -n 's/^\([a-z -]*\):.*## \(.*\)/  make \1\t\2/p' $(MAKEFILE_LIST) | expand -t 22
 
 packages: ## Install the Debian packages that are missing (as root, or through sudo)
 	@tools/install-packages
@@ -55,6 +55,10 @@ package-test: package ## Run what is in the packages, unpacked elsewhere, with t
 	@cmake/windows/wine start; \
 	tools/test-package build/packages/*-windows-x86_64.zip build/windows cmake/windows/wine; \
 	status=$$?; cmake/windows/wine stop; exit $$status
+
+asan tsan: packages ## Run every test under the address, leak and undefined-behaviour sanitizers; or the thread one
+	$(call configure_and_build,$@)
+	@ctest --preset $@
 
 bench: ## Run the benchmarks and print what they measure
 	@tools/install-packages bench
