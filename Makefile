@@ -5,7 +5,7 @@ BUILD = build/$(PRESET)
 HUB = $(BUILD)/bin/HUB
 
 .DEFAULT_GOAL := help
-.PHONY: help packages build demo model test windows windows-test package package-test asan tsan bench format clean
+.PHONY: help packages build demo model test windows windows-test package package-test asan tsan coverage bench format clean
 
 help: ## List the targets
 	@sed -n 's/^\([a-z -]*\):.*## \(.*\)/  make \1\t\2/p' $(MAKEFILE_LIST) | expand -t 22
@@ -59,6 +59,14 @@ package-test: package ## Run what is in the packages, unpacked elsewhere, with t
 asan tsan: packages ## Run every test under the address, leak and undefined-behaviour sanitizers; or the thread one
 	$(call configure_and_build,$@)
 	@ctest --preset $@
+
+coverage: packages ## Show which lines and branches of the frame the tests reach; HTML in build/coverage/html
+	@tools/install-packages coverage
+	$(call configure_and_build,coverage)
+	@find build/coverage -name '*.gcda' -delete
+	@ctest --preset coverage
+	@mkdir -p build/coverage/html
+	@gcovr --txt build/coverage/lines.txt build/coverage; status=$$?; cat build/coverage/lines.txt; exit $$status
 
 bench: ## Run the benchmarks and print what they measure
 	@tools/install-packages bench
