@@ -5,7 +5,7 @@ BUILD = build/$(PRESET)
 HUB = $(BUILD)/bin/HUB
 
 .DEFAULT_GOAL := help
-.PHONY: help packages build demo model test windows windows-test package package-test asan tsan coverage bench format clean
+.PHONY: help packages build demo model test windows windows-test package package-test asan tsan coverage bench lint format clean
 
 help: ## List the targets
 	@sed -n 's/^\([a-z -]*\):.*## \(.*\)/  make \1\t\2/p' $(MAKEFILE_LIST) | expand -t 22
@@ -72,6 +72,13 @@ bench: ## Run the benchmarks and print what they measure
 	@tools/install-packages bench
 	$(call configure_and_build,bench)
 	@bench/run build/bench
+
+lint: build ## Check the sources' format, and clang-tidy over all but tests and benchmarks
+	@tools/install-packages lint
+	@git ls-files '*.h' '*.cpp' | xargs clang-format --dry-run -Werror
+	@git ls-files 'src/*.cpp' 'reference/*.cpp' 'host/*.cpp' 'samples/*.cpp' ':!*/windows/*' | \
+	xargs -P 2 -n 1 clang-tidy -p $(BUILD) --quiet
+	@shellcheck -S warning tools/* cmake/windows/wine bench/run .ci/run
 
 format: ## Format the sources
 	@git ls-files '*.h' '*.cpp' | xargs clang-format -i

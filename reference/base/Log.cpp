@@ -76,7 +76,7 @@ std::string Format(const char* format, std::va_list arguments) {
   std::string text = format;  // still tells more than nothing, should an argument be no text
   if (length >= 0) {
     text.resize(static_cast<std::size_t>(length) + 1);
-    std::vsnprintf(&text[0], text.size(), format, again);
+    std::vsnprintf(text.data(), text.size(), format, again);
     text.pop_back();
   }
   va_end(again);
@@ -124,10 +124,12 @@ void LogLoaderMessage(const char* text) noexcept {
 }
 
 /// The loader speaks through this log from the moment that the library is there.
+// NOLINTNEXTLINE(cert-err58-cpp): it throws nothing
 [[maybe_unused]] const bool g_loaderSpeaks = (SetLoaderLog(&LogLoaderMessage), true);
 
 }  // namespace
 
+// NOLINTNEXTLINE(cert-dcl50-cpp): the library's interface
 void IKPXFormatLog(int level, const char* module, const char* format, ...) noexcept {
   std::va_list arguments;
   va_start(arguments, format);

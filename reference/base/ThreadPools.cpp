@@ -64,7 +64,7 @@ class Pool : public std::enable_shared_from_this<Pool> {
 
   std::size_t Unfinished() {
     const std::lock_guard<std::mutex> lock(m_mutex);
-    return static_cast<std::size_t>(m_running + Waiting());
+    return static_cast<std::size_t>(m_running) + static_cast<std::size_t>(Waiting());
   }
 
  private:

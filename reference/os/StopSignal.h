@@ -11,7 +11,7 @@ class StopSignal {
  public:
   /// Throws std::system_error when the system refuses to tell of such wishes.
   StopSignal();
-  ~StopSignal();
+  ~StopSignal() = default;  // the signals stay taken: a second one must not end the stop midway
   StopSignal(const StopSignal&) = delete;
   StopSignal& operator=(const StopSignal&) = delete;
 

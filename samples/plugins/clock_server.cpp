@@ -8,12 +8,14 @@
 
 namespace {
 
+constexpr std::int64_t kMinutesOfADay = 1440;
+
 class Clock : public ClockService {
  public:
-  int MinuteOfDay() const override { return static_cast<int>(Minutes() % (24 * 60)); }
+  int MinuteOfDay() const override { return static_cast<int>(Minutes() % kMinutesOfADay); }
 
   // 1 January 1970 was a Thursday.
-  int DayOfWeek() const override { return static_cast<int>((Minutes() / (24 * 60) + 4) % 7); }
+  int DayOfWeek() const override { return static_cast<int>((Minutes() / kMinutesOfADay + 4) % 7); }
 
  private:
   static std::int64_t Minutes() {

@@ -1,6 +1,7 @@
 // parking.server, brought by an addon: the free places of the car park, counted in and out, and
 // whose plates a camera at its site has read.
 
+#include <algorithm>
 #include <set>
 
 #include "samples/board/Board.h"
@@ -29,10 +30,9 @@ class CarPark {
 };
 
 bool HasCamera(const DeviceService& devices, const std::string& site) {
-  for (const DeviceService::Device& camera : devices.OfKind("camera")) {
-    if (camera.site == site) return true;
-  }
-  return false;
+  const auto cameras = devices.OfKind("camera");
+  return std::any_of(cameras.begin(), cameras.end(),
+                     [&site](const auto& camera) { return camera.site == site; });
 }
 
 }  // namespace

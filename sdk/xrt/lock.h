@@ -83,6 +83,7 @@ class XRT_Guard {
   void Release();
 
   /// Zeroes the first `size` bytes of the guard: the hook by which some compilers prepare storage.
+  // NOLINTNEXTLINE(bugprone-reserved-identifier,cert-dcl37-c,cert-dcl51-cpp): those compilers' name
   void __autoclassinit2(std::size_t size);
 
  private:

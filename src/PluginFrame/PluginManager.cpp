@@ -3,7 +3,6 @@
 #include <algorithm>
 #include <boost/thread/lock_types.hpp>
 #include <exception>
-#include <functional>
 #include <mutex>
 #include <set>
 #include <utility>
@@ -250,8 +249,9 @@ void CPluginManager::RunPhase(const Phase& phase) {
         if (posted.count(key) != 0 || !phase.ready(*plugin)) continue;
         posted.insert(key);
         CThreadManager::Instance().PostTask(
-            std::make_shared<CPluginFrameTask>(plugin->name,
-                                               std::bind(phase.work, this, std::placeholders::_1)),
+            std::make_shared<CPluginFrameTask>(
+                plugin->name,
+                [this, work = phase.work](const std::string& name) { (this->*work)(name); }),
             false);
       }
     }

@@ -94,7 +94,7 @@ bool ReadFile(std::string& content, const std::string& path) {
   if (std::fseek(file.get(), 0, SEEK_SET) != 0) return false;
 
   std::string bytes(static_cast<std::size_t>(size), '\0');
-  bytes.resize(std::fread(&bytes[0], 1, bytes.size(), file.get()));
+  bytes.resize(std::fread(bytes.data(), 1, bytes.size(), file.get()));
   if (bytes.empty() && std::ferror(file.get())) return false;
 
   const std::size_t last = bytes.find_last_not_of('\n');

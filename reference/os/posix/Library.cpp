@@ -74,6 +74,7 @@ HMODULE Load(const wchar_t* path) noexcept {
     return nullptr;
   }
   void* library = dlopen(local.c_str(), RTLD_NOW | RTLD_LOCAL);
+  // NOLINTNEXTLINE(concurrency-mt-unsafe): each thread has a message of its own
   const std::string message = library == nullptr ? dlerror() : std::string();
   if (library != nullptr) return library;
   t_error = ErrorCode(local, message);

@@ -68,6 +68,7 @@ std::wstring WideFromLocal(const std::string& text) {
 std::string LocalFromWide(const std::wstring& text) {
   std::string local;
   for (const wchar_t character : text) {
+    // NOLINTNEXTLINE(bugprone-signed-char-misuse,cert-str34-c): no character is negative
     const auto code = static_cast<std::uint32_t>(character);
     if (code >= kRawByte + 0x80 && code <= kRawByte + 0xFF) {
       local += static_cast<char>(code - kRawByte);

@@ -1,7 +1,7 @@
 #include "reference/os/StopSignal.h"
 
 #include <pthread.h>
-#include <signal.h>
+#include <signal.h>  // NOLINT(modernize-deprecated-headers): the system's own, not C's
 
 #include <algorithm>
 #include <cerrno>
@@ -27,9 +27,6 @@ StopSignal::StopSignal() {
     throw std::system_error(error, std::generic_category(), "SIGINT and SIGTERM cannot be blocked");
   }
 }
-
-// The signals stay blocked: a second one must not end the program in the middle of its stop.
-StopSignal::~StopSignal() = default;
 
 bool StopSignal::WaitFor(std::chrono::milliseconds limit) {
   using Clock = std::chrono::steady_clock;

@@ -33,9 +33,6 @@ StopSignal::StopSignal() {
   if (SetConsoleCtrlHandler(&TakeWish, TRUE) == 0) Fail(GetLastError());
 }
 
-// The handler stays: a second wish must not end the program in the middle of its stop.
-StopSignal::~StopSignal() = default;
-
 bool StopSignal::WaitFor(std::chrono::milliseconds limit) {
   constexpr long long longest = 0x7FFFFFFF;
   const auto wait = std::clamp<long long>(limit.count(), 0, longest);
