@@ -17,6 +17,10 @@ enum PluginState : std::uint32_t {
   kUninitFailed = 4
 };
 
+constexpr bool IsStopped(std::uint32_t state) {
+  return state == kUninitSucceeded || state == kUninitFailed;
+}
+
 /// What the frame keeps of one plugin while it starts and stops it: a node of the dependency graph.
 ///
 /// Shared by the manager's map and by its neighbours in the graph. `name` and the two lists are

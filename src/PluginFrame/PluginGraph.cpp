@@ -73,9 +73,8 @@ bool ReadyToStart(const FramePluginData& plugin) {
 }
 
 bool ReadyToStop(const FramePluginData& plugin) {
-  return std::all_of(plugin.depended_by.begin(), plugin.depended_by.end(), [](const auto& other) {
-    return other->state == kUninitSucceeded || other->state == kUninitFailed;
-  });
+  return std::all_of(plugin.depended_by.begin(), plugin.depended_by.end(),
+                     [](const auto& other) { return IsStopped(other->state); });
 }
 
 void DisconnectPluginData(PluginDataMap& data) {

@@ -274,7 +274,11 @@ void CPluginManager::SetState(const std::string& name, PluginState state) {
   const WriteLock data(m_pluginDataMutex);
   const ReadLock keys(m_pluginKeysMutex);
   FramePluginData* plugin = FindPluginData(m_pluginData, m_pluginKeys, name);
-  if (plugin != nullptr) plugin->state = state;
+  if (plugin == nullptr) return;
+  // An Init may end after the stop has passed its plugin by. The plugin stays stopped, or the stop
+  // would wait for ever with those that it depends on.
+  if (IsStopped(plugin->state) && !IsStopped(state)) return;
+  plugin->state = state;
 }
 
 void CPluginManager::SinglePluginLoad(const std::string& name) {

@@ -272,6 +272,25 @@ TEST_F(LateFinisher, BeyondTheCountDoesNotHoldTheStop) {
                                   "SinglePluginLoad End. count[")));
 }
 
+TEST_F(LateFinisher, ThatIsStoppedAlreadyDoesNotHoldBackThoseBelowIt) {
+  seam.libraries["base"];
+  seam.libraries["mid"];
+  Begin("base: mid:base late:mid");
+  EXPECT_CALL(seam.lpc, UnInit).WillOnce(testing::Invoke([this] {
+    starter.join();
+    seam.onSleep = [this] {
+      seam.RunTasks();  // first the unload of `late`, which finds nothing
+      gate.Open();
+      AwaitLines("SinglePluginLoad", 12);  // `late` comes up after all, stopped as it is
+      seam.onSleep = [this] { seam.RunTasks(); };
+    };
+    return 0;
+  }));
+  manager.Uninit();
+  End();
+  EXPECT_EQ(0, seam.libraries["mid"].handles);
+}
+
 TEST_F(PluginStop, TwoPluginsOverlapInsideInit) {
   tree.Product("a: b:");
   Gate left;
