@@ -1,0 +1,216 @@
+// Thousands of lives of random products, each checked for its order. A failure names the seed;
+// TEV_LOAD_SEED lives the one with that seed again.
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <cstdlib>
+#include <numeric>
+#include <set>
+
+#include "src/PluginFrame/PluginManager.h"
+#include "tests/load/World.h"
+#include "tests/support/ProductTree.h"
+
+using PluginFrame::CPluginManager;
+using testing::ElementsAre;
+using testing::IsEmpty;
+
+namespace {
+
+/// Adds plugins in one of several shapes.
+void Grow(World& world, std::mt19937& random, std::size_t count) {
+  const auto shape = random() % 6;
+  for (std::size_t i = 0; i < count; ++i) {
+    std::set<std::size_t> needs;
+    switch (shape) {
+      case 0:  // independent ones, and a few on one of them
+        if (i > 0 && random() % 8 == 0) needs.insert(random() % i);
+        break;
+      case 1:  // one chain
+        if (i > 0) needs.insert(i - 1);
+        break;
+      case 2:  // diamonds, one on the other
+        if (i > 0) needs.insert(i % 3 == 1 || i < 3 ? (i - 1) / 3 * 3 : i - 1);
+        if (i % 3 == 0 && i > 1) needs.insert(i - 2);
+        break;
+      case 3:  // several components that know nothing of each other
+        if (i >= 7) needs.insert(i - 7);
+        if (i >= 14) needs.insert(i - 14);
+        break;
+      case 4:  // one below all, one above all
+        if (i > 0) needs.insert(0);
+        if (i + 1 == count) {
+          for (std::size_t k = 0; k < i; ++k) needs.insert(k);
+        }
+        break;
+      default:  // anything
+        for (unsigned k = 0; i > 0 && k < random() % 6; ++k) needs.insert(random() % i);
+        break;
+    }
+    WatchedPlugin& plugin = world.Add({needs.begin(), needs.end()});
+    plugin.succeeds = random() % 7 != 0;
+    plugin.loads = random() % 11 != 0;
+  }
+}
+
+std::vector<int> OneToCount(std::size_t count) {
+  std::vector<int> numbers(count);
+  std::iota(numbers.begin(), numbers.end(), 1);
+  return numbers;
+}
+
+class RandomLives : public testing::Test {
+ protected:
+  void Live(unsigned seed, std::size_t most) {
+    SCOPED_TRACE("TEV_LOAD_SEED=" + std::to_string(seed));
+    std::mt19937 random(seed);
+    World world(seed);
+    world.exePath = m_tree.ExePath();
+    Grow(world, random, 1 + random() % most);
+    m_tree.Product(world.Words());
+    CPluginManager manager;
+    ASSERT_TRUE(manager.Init());
+    Start(manager, world);
+    Stop(manager, world);
+    EXPECT_THAT(world.faults, IsEmpty());
+  }
+
+  void Start(CPluginManager& manager, World& world) {
+    StartedPluginMap started;
+    EXPECT_TRUE(manager.Start(&started));
+    EXPECT_EQ(OneToCount(world.plugins.size()), world.counts);
+    std::set<std::string> handles;
+    for (const auto& entry : started) handles.insert(entry.first);
+    for (const WatchedPlugin& plugin : world.plugins) {
+      EXPECT_EQ(plugin.loads ? 1 : 0, plugin.inits) << plugin.name;
+      EXPECT_EQ(plugin.loads ? 1U : 0U, handles.count(plugin.name)) << plugin.name;
+      EXPECT_EQ(plugin.loads && plugin.succeeds ? 1U : 0U, world.loadState.count(plugin.name));
+      const std::string outcome = !plugin.loads     ? "Load Failed"
+                                  : plugin.succeeds ? "Init OK"
+                                                    : "Init Failed";
+      EXPECT_EQ(1, world.timing["[" + plugin.name + "] " + outcome]) << plugin.name;
+    }
+    EXPECT_EQ(world.plugins.size(), PluginLines(world));
+    world.counts.clear();
+  }
+
+  void Stop(CPluginManager& manager, World& world) {
+    manager.Uninit();
+    EXPECT_EQ(OneToCount(world.plugins.size()), world.counts);
+    for (const WatchedPlugin& plugin : world.plugins) {
+      EXPECT_EQ(plugin.loads ? 1 : 0, plugin.uninits) << plugin.name;
+      EXPECT_EQ(0, plugin.handles) << plugin.name;
+    }
+  }
+
+  static std::size_t PluginLines(const World& world) {
+    std::size_t lines = 0;
+    for (const auto& line : world.timing) {
+      if (line.first[0] == '[') lines += static_cast<std::size_t>(line.second);
+    }
+    return lines;
+  }
+
+  ProductTree m_tree;
+};
+
+/// The lives with 500 seeds from the parameter on.
+class FiveHundredRandomLives : public RandomLives, public testing::WithParamInterface<unsigned> {};
+
+TEST_P(FiveHundredRandomLives, KeepTheOrderOfTheirPlugins) {
+  if (const char* seed = std::getenv("TEV_LOAD_SEED")) {
+    return Live(static_cast<unsigned>(std::atoi(seed)), 60);
+  }
+  for (unsigned seed = GetParam(); seed < GetParam() + 500 && !HasFailure(); ++seed) {
+    Live(seed, 60);
+  }
+}
+
+INSTANTIATE_TEST_SUITE_P(From, FiveHundredRandomLives, testing::Range(0U, 2500U, 500U),
+                         testing::PrintToStringParamName());
+
+TEST_F(RandomLives, OfManyPluginsKeepTheirOrder) {
+  for (unsigned seed = 10000; seed < 10012 && !HasFailure(); ++seed) Live(seed, 900);
+}
+
+TEST_F(RandomLives, OfAProductOfNineHundredPluginsInOneChainAndInNone) {
+  for (const bool chain : {false, true}) {
+    World world(1);
+    world.exePath = m_tree.ExePath();
+    for (std::size_t i = 0; i < 900; ++i) {
+      world.Add(chain && i > 0 ? std::vector<std::size_t>{i - 1} : std::vector<std::size_t>());
+    }
+    m_tree.Product(world.Words());
+    CPluginManager manager;
+    ASSERT_TRUE(manager.Init());
+    Start(manager, world);
+    Stop(manager, world);
+    EXPECT_THAT(world.faults, IsEmpty());
+  }
+}
+
+enum class Finisher { kDuringTheStop, kAfterTheStop };
+
+/// Lives a product whose start a stop cuts short when the `stage`-th plugin is in its Init, which
+/// lasts until the stop has looked at the plugins a few times, or until it is over.
+void CutShort(const ProductTree& tree, unsigned seed, int stage, Finisher finisher) {
+  SCOPED_TRACE("seed " + std::to_string(seed) + ", stage " + std::to_string(stage));
+  std::mt19937 random(seed);
+  World world(seed);
+  world.exePath = tree.ExePath();
+  Grow(world, random, 12);
+  std::atomic<int> begun{0};
+  std::atomic<bool> reached{false};
+  std::atomic<int> restsOfTheStart{-1};
+  std::atomic<bool> stopped{false};
+  for (WatchedPlugin& plugin : world.plugins) {
+    plugin.loads = true;
+    plugin.onInit = [&] {
+      if (++begun != stage) return;
+      reached = true;
+      while (restsOfTheStart < 0) std::this_thread::yield();
+      while (!stopped) {
+        if (finisher == Finisher::kDuringTheStop && world.rests > restsOfTheStart + 2) return;
+        std::this_thread::yield();
+      }
+    };
+  }
+  tree.Product(world.Words());
+  CPluginManager manager;
+  ASSERT_TRUE(manager.Init());
+  std::thread starter([&] {
+    EXPECT_TRUE(manager.Start(nullptr));
+    restsOfTheStart = world.rests.load();
+  });
+  while (!reached) std::this_thread::yield();
+  manager.Uninit();
+  stopped = true;
+  starter.join();
+  world.AwaitTasks();
+
+  EXPECT_GE(world.counts.size(), world.plugins.size());
+  for (const WatchedPlugin& plugin : world.plugins) {
+    EXPECT_LE(plugin.inits, 1) << plugin.name;
+    EXPECT_LE(plugin.uninits, plugin.inits) << plugin.name;
+    const int loaded = plugin.inits - plugin.uninits;  // come too late to be stopped
+    EXPECT_EQ(loaded, plugin.handles) << plugin.name;
+  }
+}
+
+TEST(StartCutShort, AtEachStageEndsAndStopsWhatIsUp) {
+  const ProductTree tree;
+  for (unsigned seed = 0; seed < 12; ++seed) {
+    for (int stage = 1; stage <= 12; ++stage) CutShort(tree, seed, stage, Finisher::kDuringTheStop);
+  }
+}
+
+TEST(StartCutShort, WithALateFinisherEndsAllTheSame) {
+  const ProductTree tree;
+  for (unsigned seed = 0; seed < 12; ++seed) {
+    for (int stage = 1; stage <= 12; ++stage) CutShort(tree, seed, stage, Finisher::kAfterTheStop);
+  }
+}
+
+}  // namespace
