@@ -5,7 +5,7 @@ BUILD = build/$(PRESET)
 HUB = $(BUILD)/bin/HUB
 
 .DEFAULT_GOAL := help
-.PHONY: help packages build demo model test windows windows-test package package-test asan tsan coverage bench lint format clean
+.PHONY: help packages build demo model test windows windows-test package package-test asan tsan coverage fuzz bench lint format clean
 
 help: ## List the targets
 	@sed -n 's/^\([a-z -]*\):.*## \(.*\)/  make \1\t\2/p' $(MAKEFILE_LIST) | expand -t 22
@@ -67,6 +67,12 @@ coverage: packages ## Show which lines and branches of the frame the tests reach
 	@ctest --preset coverage
 	@mkdir -p build/coverage/html
 	@gcovr --txt build/coverage/lines.txt build/coverage; status=$$?; cat build/coverage/lines.txt; exit $$status
+
+FUZZ_SECONDS ?= 60
+fuzz: ## Run each fuzz target for a minute, or FUZZ_SECONDS
+	@tools/install-packages fuzz
+	$(call configure_and_build,fuzz)
+	@fuzz/run build/fuzz $(FUZZ_SECONDS)
 
 bench: ## Run the benchmarks and print what they measure
 	@tools/install-packages bench

@@ -68,7 +68,7 @@ LogState& TheLog() {
   return log;
 }
 
-std::string Format(const char* format, std::va_list arguments) {
+[[gnu::format(printf, 1, 0)]] std::string Format(const char* format, std::va_list arguments) {
   if (format == nullptr) return std::string();
   std::va_list again;
   va_copy(again, arguments);

@@ -1,0 +1,55 @@
+#include "fuzz/FuzzTarget.h"
+
+#include <cstdint>
+#include <cstdio>
+#include <cstdlib>
+#include <fstream>
+#include <random>
+
+#include "reference/base/Log.h"
+#include "reference/xrt/ExecutablePath.h"
+
+namespace fs = std::filesystem;
+
+void Check(bool kept, const char* promise) {
+  if (kept) return;
+  std::fprintf(stderr, "broken promise: %s\n", promise);
+  std::abort();
+}
+
+FuzzFolder& FuzzFolder::Instance() {
+  static FuzzFolder folder;
+  return folder;
+}
+
+FuzzFolder::FuzzFolder() {
+  const fs::path memory = "/dev/shm";
+  std::random_device random;
+  m_root = (fs::exists(memory) ? memory : fs::temp_directory_path()) /
+           ("tevfuzz." + std::to_string(random()));
+  Clear();
+  ConfigureLog({0, ""});
+  SetExecutablePath(Path("bin/HUB"));
+}
+
+FuzzFolder::~FuzzFolder() {
+  std::error_code ignored;
+  fs::remove_all(m_root, ignored);
+}
+
+std::string FuzzFolder::Write(const std::string& name, const std::string& content) const {
+  const fs::path file = m_root / name;
+  fs::create_directories(file.parent_path());
+  std::ofstream(file, std::ios::binary) << content;
+  return file.generic_string();
+}
+
+void FuzzFolder::Clear() const {
+  fs::remove_all(m_root);
+  fs::create_directories(m_root / "bin" / "META_INFO");
+}
+
+extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
+  Fuzz(std::string(reinterpret_cast<const char*>(data), size));
+  return 0;
+}

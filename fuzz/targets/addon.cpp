@@ -1,0 +1,16 @@
+// An installed addon's own description, for an addon of whatever ID it carries.
+
+#include "fuzz/FuzzTarget.h"
+#include "src/private/ProductModelReaderImpl.h"
+
+void Fuzz(const std::string& input) {
+  const std::string file = FuzzFolder::Instance().Write("description.xml", input);
+  TevModelParse::CXmlProto document;
+  document.ParseMemory(input);
+  const std::string id = document.GetNodeText("/AddonDescription/ID", "");
+  ReadTwice<AddonModel>([&](AddonModel& addon) {
+    addon.ID = id;
+    TevModelParse::CProductXmlReader().ReadSingleInstalledAddonModel(addon, file);
+    Check(addon.ID == id, "an addon keeps its ID");
+  });
+}

@@ -1,0 +1,24 @@
+// The list of what is installed, with the descriptions of two addons and two tools of the sample's
+// beside it, for the list to name.
+
+#include "fuzz/FuzzTarget.h"
+#include "src/private/ProductModelReaderImpl.h"
+
+void Fuzz(const std::string& input) {
+  const FuzzFolder& folder = FuzzFolder::Instance();
+  static const bool isLaidOut = [&folder] {
+    std::filesystem::copy(TEV_SAMPLE_ADDONS, folder.Path("bin/TevAddons"),
+                          std::filesystem::copy_options::recursive);
+    return true;
+  }();
+  Check(isLaidOut, "the sample's addons are there");
+  folder.Write("bin/TevAddons/InstalledProducts.xml", input);
+  const TevModelParse::CProductXmlReader reader;
+  const std::string directory = folder.Path("bin/TevAddons/");
+  ReadTwice<std::vector<AddonModel>>(
+      [&](std::vector<AddonModel>& addons) { reader.ReadInstalledAddonsXml(addons, directory); });
+  ReadTwice<std::vector<ToolModel>>(
+      [&](std::vector<ToolModel>& tools) { reader.ReadInstalledToolsXml(tools, directory); });
+  ReadTwice<ProductModel>(
+      [&](ProductModel& model) { reader.ReadClientInfoFromInstalledAddonsXml(model); });
+}
