@@ -29,6 +29,45 @@ struct CloseFile {
   void operator()(std::FILE* file) const { std::fclose(file); }
 };
 
+/// Hears what libxml2 has to say on this thread while one of its calls runs.
+///
+/// An exhausted memory is told from what is not there in no other way, and a product must not read
+/// as empty because memory ran out. Anything else goes on to where it would have gone, by default
+/// standard error, but with the name of the file.
+class XmlErrors {
+ public:
+  explicit XmlErrors(const std::string& file)
+      : m_file(file), m_handler(xmlStructuredError), m_context(xmlStructuredErrorContext) {
+    xmlSetStructuredErrorFunc(this, &XmlErrors::Hear);
+  }
+  ~XmlErrors() { xmlSetStructuredErrorFunc(m_context, m_handler); }
+  XmlErrors(const XmlErrors&) = delete;
+  XmlErrors& operator=(const XmlErrors&) = delete;
+
+  /// Throws std::bad_alloc when libxml2 has run out of memory since the construction.
+  void ThrowIfOutOfMemory() const {
+    if (m_outOfMemory) throw std::bad_alloc();
+  }
+
+ private:
+  static void Hear(void* self, xmlErrorPtr error) {
+    auto& errors = *static_cast<XmlErrors*>(self);
+    if (error->code == XML_ERR_NO_MEMORY) {
+      errors.m_outOfMemory = true;
+    } else if (errors.m_handler != nullptr) {
+      errors.m_handler(errors.m_context, error);
+    } else {
+      xmlGenericError(xmlGenericErrorContext, "%s:%d: %s", errors.m_file.c_str(), error->line,
+                      error->message);
+    }
+  }
+
+  const std::string& m_file;
+  const xmlStructuredErrorFunc m_handler;  // the host's
+  void* const m_context;
+  bool m_outOfMemory = false;
+};
+
 const xmlChar* XmlString(const std::string& text) {
   return reinterpret_cast<const xmlChar*>(text.c_str());
 }
@@ -117,21 +156,26 @@ CXmlProto::CXmlProto() : m_document(NewEmptyDocument()) {}
 
 CXmlProto::~CXmlProto() = default;
 
-bool CXmlProto::ParseMemory(const std::string& text) {
-  m_document.reset();
-  if (text.size() <= static_cast<std::size_t>(std::numeric_limits<int>::max())) {
-    m_document.reset(xmlReadMemory(text.data(), static_cast<int>(text.size()), nullptr, "UTF-8",
-                                   XML_PARSE_NOBLANKS));
-  }
-  const bool parsed = m_document != nullptr;
-  if (!parsed) m_document.reset(NewEmptyDocument());
-  return parsed;
+bool CXmlProto::ParseMemory(const std::string& text, const std::string& name) {
+  m_name = name;
+  m_document.reset(NewEmptyDocument());  // to be asked, whatever comes
+  if (text.size() > static_cast<std::size_t>(std::numeric_limits<int>::max())) return false;
+  const XmlErrors errors(m_name);
+  std::unique_ptr<xmlDoc, FreeDocument> document(xmlReadMemory(
+      text.data(), static_cast<int>(text.size()), nullptr, "UTF-8", XML_PARSE_NOBLANKS));
+  errors.ThrowIfOutOfMemory();
+  if (!document) return false;
+  m_document = std::move(document);
+  return true;
 }
 
 CXmlProto::Matches CXmlProto::Evaluate(const std::string& expression) const {
+  const XmlErrors errors(m_name);
   const std::unique_ptr<xmlXPathContext, FreeContext> context(xmlXPathNewContext(m_document.get()));
   if (!context) throw std::bad_alloc();
-  return Matches(xmlXPathEvalExpression(XmlString(expression), context.get()));
+  Matches matches(xmlXPathEvalExpression(XmlString(expression), context.get()));
+  errors.ThrowIfOutOfMemory();
+  return matches;
 }
 
 std::int32_t CXmlProto::GetNodeCount(const std::string& expression) const {
@@ -144,7 +188,9 @@ std::string CXmlProto::GetNodeText(const std::string& expression,
   const Matches matches = Evaluate(expression);
   const xmlNode* node = FirstNode(matches.get());
   if (node == nullptr || !TextBounds(m_document.get()).Hold(node->children)) return fallback;
+  const XmlErrors errors(m_name);
   const XmlText text(xmlNodeListGetString(m_document.get(), node->children, 1));
+  errors.ThrowIfOutOfMemory();
   const char* bytes = reinterpret_cast<const char*>(text.get());
   return bytes == nullptr || IsBlank(bytes) ? fallback : bytes;
 }
@@ -162,7 +208,9 @@ std::string CXmlProto::GetNodeProp(const std::string& expression, const std::str
   if (property == nullptr || !TextBounds(m_document.get()).Hold(property->children)) {
     return fallback;
   }
+  const XmlErrors errors(m_name);
   const XmlText value(xmlGetProp(node, XmlString(attribute)));
+  errors.ThrowIfOutOfMemory();
   return value ? reinterpret_cast<const char*>(value.get()) : fallback;
 }
 
@@ -190,7 +238,7 @@ std::shared_ptr<CXmlProto> ReadDocument(const std::string& path) {
   std::string content;
   if (!ReadWholeFile(content, path, "")) return nullptr;
   auto document = std::make_shared<CXmlProto>();
-  document->ParseMemory(content);
+  document->ParseMemory(content, path);
   return document;
 }
 

@@ -22,8 +22,9 @@ class CXmlProto {
   CXmlProto(const CXmlProto&) = delete;
   CXmlProto& operator=(const CXmlProto&) = delete;
 
-  /// Replaces the document by the one that `text` holds. False when it is not well-formed.
-  bool ParseMemory(const std::string& text);
+  /// Replaces the document by the one that `text` holds. False when it is not well-formed; what is
+  /// wrong goes, with the name of the file and the line, to libxml2's generic error function.
+  bool ParseMemory(const std::string& text, const std::string& name = "");
 
   /// How many nodes match the absolute path `expression`.
   std::int32_t GetNodeCount(const std::string& expression) const;
@@ -51,6 +52,7 @@ class CXmlProto {
   Matches Evaluate(const std::string& expression) const;
 
   std::unique_ptr<xmlDoc, FreeDocument> m_document;  // never null between calls
+  std::string m_name;                                // of the file; may be empty
 };
 
 /// Reads the file at `path`, byte for byte, without its trailing line feeds.

@@ -117,6 +117,14 @@ TEST(Model, WithoutAPluginDescriptionNamesTheDescription) {
               HasSubstr(LocalFromPath(site.Path(file).make_preferred()) + " is empty"));
 }
 
+TEST(Model, OfAFileThatIsNotWellFormedIsToldWithTheFileAndTheLine) {
+  SiteCopy site;
+  site.Write("Product.xml", "<ProductDescription>\n<Product>NVX</Produkt>\n</ProductDescription>");
+  const HubResult result = RunHub("model --bin " + site.Bin());
+  EXPECT_EQ(0, result.status);
+  EXPECT_THAT(result.errors, HasSubstr("/../Product.xml:2: Opening and ending tag mismatch"));
+}
+
 TEST(Model, WithoutCataloguesIsWholeButForAddonsAndTools) {
   SiteCopy site;
   site.Remove("ProductAddons.xml");
