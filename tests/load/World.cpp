@@ -7,7 +7,6 @@
 
 #include "sdk/base/log.h"
 #include "sdk/base/path.h"
-#include "sdk/kpx/platform.h"
 #include "sdk/lpc/lpc.h"
 #include "sdk/os/os.h"
 #include "sdk/xrt/lock.h"
@@ -278,12 +277,17 @@ std::int32_t KPX_GetLastError(char*, std::int32_t) {
 std::int32_t KPX_GetVersion(char*, std::int32_t) {
   return 0;
 }
-void KPX_SetAddonAndToolModel(const std::vector<AddonModel>&, const std::vector<ToolModel>&) {}
+void KPX_SetAddonAndToolModel(const std::vector<AddonModel>& addons,
+                              const std::vector<ToolModel>& tools) {
+  World::Current().addons = addons;
+  World::Current().tools = tools;
+}
 void KPX_GetInstalledAddonModel(std::vector<AddonModel>&) {}
 std::int32_t KPX_GetRunningModule() {
   return 1;
 }
-std::int32_t KPX_SetProductModel(const ProductModel&) {
+std::int32_t KPX_SetProductModel(const ProductModel& model) {
+  World::Current().productModel = model;
   return 1;
 }
 void AddPluginsInfo(const PluginInfoMap&) {}

@@ -14,6 +14,7 @@
 #include <vector>
 
 #include "sdk/base/thread.h"
+#include "sdk/kpx/platform.h"
 
 // Doubles of the libraries around the frame that many threads may use at once, quick enough for
 // thousands of lives: real pool threads that run tasks in any order after a little while, a sleep
@@ -61,7 +62,10 @@ class World {
 
   std::deque<WatchedPlugin> plugins;
   std::string exePath;
-  std::atomic<int> rests{0};        // of the manager
+  std::atomic<int> rests{0};  // of the manager
+  ProductModel productModel;  // as handed over
+  std::vector<AddonModel> addons;
+  std::vector<ToolModel> tools;
   std::map<std::string, bool> loadState;
   std::vector<int> counts;            // told by the frame's log in this phase
   std::map<std::string, int> timing;  // timing lines by text

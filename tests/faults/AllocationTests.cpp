@@ -1,0 +1,172 @@
+// Each allocation of the initialisation failing in turn, and libxml2 without any memory. A program
+// of its own: it replaces the operators of all of it.
+//
+// libxml2's own allocations do not fail one by one: 2.9.14 frees twice and follows null pointers
+// when some of them do.
+
+#include <gtest/gtest.h>
+#include <libxml/parser.h>
+#include <libxml/xmlerror.h>
+#include <libxml/xmlmemory.h>
+
+#include <atomic>
+#include <cstdlib>
+#include <cstring>
+#include <new>
+
+#include "host/RecordJson.h"
+#include "src/PluginFrame/PluginManager.h"
+#include "src/private/XmlProto.h"
+#include "tests/faults/SmallProduct.h"
+#include "tests/load/World.h"
+
+namespace {
+
+// The thread that counts: only what is done between Arm and Disarm on it may fail.
+thread_local bool t_armed = false;
+thread_local long t_count = 0;
+thread_local long t_failing = 0;  // the allocation that fails; 0: none
+thread_local long t_live = 0;     // allocated and not freed while this thread was armed
+
+void* Allocate(std::size_t size) {
+  if (t_armed && ++t_count == t_failing) return nullptr;
+  void* memory = std::malloc(size == 0 ? 1 : size);
+  if (t_armed && memory != nullptr) ++t_live;
+  return memory;
+}
+
+void Free(void* memory) {
+  if (t_armed && memory != nullptr) --t_live;
+  std::free(memory);
+}
+
+bool g_libxmlHasMemory = true;
+
+void* AllocateForLibxml(std::size_t size) {
+  return g_libxmlHasMemory ? std::malloc(size) : nullptr;
+}
+
+void* ReallocateForLibxml(void* memory, std::size_t size) {
+  return g_libxmlHasMemory ? std::realloc(memory, size) : nullptr;
+}
+
+char* DuplicateForLibxml(const char* text) {
+  const std::size_t size = std::strlen(text) + 1;
+  void* copy = AllocateForLibxml(size);
+  return copy == nullptr ? nullptr : static_cast<char*>(std::memcpy(copy, text, size));
+}
+
+void Silence(void*, const char*, ...) {}
+
+}  // namespace
+
+void* operator new(std::size_t size) {
+  void* memory = Allocate(size);
+  if (memory == nullptr) throw std::bad_alloc();
+  return memory;
+}
+void operator delete(void* memory) noexcept {
+  Free(memory);
+}
+void operator delete(void* memory, std::size_t) noexcept {
+  Free(memory);
+}
+
+namespace {
+
+enum class Outcome { kUp, kRefused, kOutOfMemory };
+
+class Allocations : public testing::Test {
+ protected:
+  static void SetUpTestSuite() {
+    xmlMemSetup(&std::free, &AllocateForLibxml, &ReallocateForLibxml, &DuplicateForLibxml);
+    xmlInitParser();
+    xmlSetGenericErrorFunc(nullptr, &Silence);
+  }
+
+  Allocations() {
+    WriteSmallProduct(tree);
+    world.exePath = tree.ExePath();
+  }
+
+  /// Initialises a manager with allocation `failing` failing and takes it down again.
+  Outcome Life(long failing) {
+    world.productModel = ProductModel();
+    world.addons.clear();
+    world.tools.clear();
+    xmlResetLastError();
+    t_count = 0;
+    t_live = 0;
+    t_failing = failing;
+    t_armed = true;
+    const Outcome outcome = Init();
+    xmlResetLastError();
+    t_armed = false;
+    return outcome;
+  }
+
+  static Outcome Init() {
+    try {
+      return PluginFrame::CPluginManager().Init() ? Outcome::kUp : Outcome::kRefused;
+    } catch (const std::bad_alloc&) {
+      return Outcome::kOutOfMemory;
+    }
+  }
+
+  Json HandedOver() const {
+    return {{"product", world.productModel}, {"addons", world.addons}, {"tools", world.tools}};
+  }
+
+  /// What the world holds of the hand-over was allocated while armed.
+  void Forget() {
+    t_armed = true;
+    world.productModel = ProductModel();
+    world.addons = {};
+    world.tools = {};
+    t_armed = false;
+  }
+
+  ProductTree tree;
+  World world{1};
+};
+
+TEST_F(Allocations, EachFailingInTurnIsAFailureThatLosesNothing) {
+  ASSERT_EQ(Outcome::kUp, Life(0));  // what is made once and kept
+  Forget();
+  ASSERT_EQ(Outcome::kUp, Life(0));
+  const long allocations = t_count;
+  const Json whole = HandedOver();
+  Forget();
+  ASSERT_EQ(0, t_live);
+  EXPECT_GT(allocations, 300);
+
+  long tolerated = 0;
+  for (long failing = 1; failing <= allocations; ++failing) {
+    const Outcome outcome = Life(failing);
+    if (outcome == Outcome::kUp) {
+      ++tolerated;
+      EXPECT_EQ(whole, HandedOver()) << "allocation " << failing << " lost something silently";
+    }
+    Forget();
+    EXPECT_EQ(0, t_live) << "leak after allocation " << failing;
+    if (HasFailure()) break;
+  }
+  RecordProperty("allocations", static_cast<int>(allocations));
+  RecordProperty("tolerated", static_cast<int>(tolerated));
+}
+
+TEST_F(Allocations, LibxmlWithoutMemoryIsAFailureAndNoEmptyDocument) {
+  TevModelParse::CXmlProto document;
+  ASSERT_TRUE(document.ParseMemory("<r a='1'>x</r>"));
+  g_libxmlHasMemory = false;
+  EXPECT_THROW(document.GetNodeCount("/r"), std::bad_alloc);
+  EXPECT_THROW(document.GetNodeText("/r", ""), std::bad_alloc);
+  EXPECT_THROW(document.GetNodeProp("/r", "a", ""), std::bad_alloc);
+  EXPECT_THROW(document.ParseMemory("<r/>"), std::bad_alloc);
+  EXPECT_THROW(TevModelParse::CXmlProto(), std::bad_alloc);
+  EXPECT_EQ(Outcome::kOutOfMemory, Life(0));
+  g_libxmlHasMemory = true;
+  EXPECT_EQ(Outcome::kUp, Life(0));
+}
+
+}  // namespace
