@@ -339,6 +339,10 @@ void CPluginManager::LoadAndInit(const std::string& name, LoadedPlugins& loaded)
   }
   SetState(name, initialised ? kInitSucceeded : kInitFailed);
   EnterLoaded(loaded);
+  // Once counted, the plugin may be stopped: its library is then freed there and then, not when
+  // this thread comes to its end.
+  loaded.clear();
+  plugin.reset();
   const CountedPlugin counted(*this);
   FRAME_LOG(initialised ? kProgress : kFailure,
             "[Plugin Load]Plugin [%s] SinglePluginLoad End. count[%d].", name.c_str(),
