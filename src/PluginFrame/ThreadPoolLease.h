@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstdint>
+#include <utility>
 
 #include "sdk/base/thread.h"
 #include "src/PluginFrame/PluginFrameTask.h"
@@ -15,15 +16,22 @@ class ThreadPoolLease {
       : m_granted(CThreadManager::Instance().GetAvailableThreadpool(kThreadPool, 1, threads, 0) !=
                   0) {}
 
-  ~ThreadPoolLease() { Release(); }
+  ~ThreadPoolLease() {
+    try {
+      Release();
+    } catch (...) {
+      // Something else has been thrown already, and that is told.
+    }
+  }
   ThreadPoolLease(const ThreadPoolLease&) = delete;
   ThreadPoolLease& operator=(const ThreadPoolLease&) = delete;
 
   bool Granted() const { return m_granted; }
 
   void Release() {
-    if (m_granted) CThreadManager::Instance().ReleaseThread(kThreadPool, false);
-    m_granted = false;
+    if (std::exchange(m_granted, false)) {
+      CThreadManager::Instance().ReleaseThread(kThreadPool, false);
+    }
   }
 
  private:
