@@ -1,0 +1,221 @@
+// Two hundred lives in one process, between the real libraries around the frame and with real
+// plugin libraries: what the process holds after the twentieth, it holds after the last.
+//
+// Reads the allocator's count and the process's memory map, which other systems keep elsewhere.
+
+#include <gtest/gtest.h>
+#include <malloc.h>
+#include <unistd.h>
+
+#include <chrono>
+#include <filesystem>
+#include <fstream>
+#include <functional>
+#include <iterator>
+#include <memory>
+#include <set>
+#include <stdexcept>
+#include <string>
+#include <thread>
+#include <vector>
+
+#include "reference/base/Log.h"
+#include "reference/base/ThreadPools.h"
+#include "reference/kpx/PlatformRecord.h"
+#include "reference/xrt/ExecutablePath.h"
+#include "sdk/base/path.h"
+#include "sdk/os/os.h"
+#include "sdk/xrt/runtime.h"
+#include "src/PluginFrame/PluginManager.h"
+#include "tests/support/ProductTree.h"
+
+/// In place of the runtime's, for every library of this process: between two looks at its plugins
+/// the frame rests for a fifth of a second, and two hundred lives would take minutes.
+void XRT_Sleep(std::uint32_t) {
+  std::this_thread::sleep_for(std::chrono::microseconds(200));
+}
+
+namespace {
+
+using PluginFrame::CPluginManager;
+
+constexpr int kWarmUpLives = 20;
+constexpr int kLives = 200;
+
+/// How far two counts of a heap that holds the same may lie apart, in bytes: threads cache blocks
+/// that they have freed. What every life leaves behind shows from 91 bytes on.
+constexpr long kHeapNoise = 16L * 1024;
+
+/// The same of the resident memory, which the allocator returns when it likes.
+constexpr long kResidentNoise = 128L * 1024;
+
+void AwaitThat(const char* what, const std::function<bool()>& holds) {
+  const auto limit = std::chrono::steady_clock::now() + std::chrono::seconds(30);
+  while (!holds()) {
+    if (std::chrono::steady_clock::now() > limit) throw std::runtime_error(what);
+    std::this_thread::sleep_for(std::chrono::microseconds(50));
+  }
+}
+
+/// Bytes that are allocated and not freed.
+long Heap() {
+  const struct mallinfo2 info = mallinfo2();
+  return static_cast<long>(info.uordblks + info.hblkhd);
+}
+
+/// A sanitizer's allocator keeps what is freed, and no count that could be read here.
+bool HeapIsCounted() {
+  const long before = Heap();
+  const std::vector<char> probe(100000);
+  return Heap() - before >= static_cast<long>(probe.size());
+}
+
+long Resident() {
+  long all = 0;
+  long resident = 0;
+  std::ifstream("/proc/self/statm") >> all >> resident;
+  return resident * sysconf(_SC_PAGESIZE);
+}
+
+bool IsMapped(const std::string& file) {
+  std::ifstream maps("/proc/self/maps");
+  const std::string text{std::istreambuf_iterator<char>(maps), std::istreambuf_iterator<char>()};
+  return text.find("/" + file) != std::string::npos;
+}
+
+/// The manager that the platform's thread starts.
+CPluginManager* g_manager = nullptr;
+
+bool StartPlugins(StartedPluginMap* started) {
+  return g_manager->Start(started);
+}
+
+/// What one or many lives have added.
+struct Growth {
+  long heap = 0;
+  long resident = 0;
+};
+
+class RepeatedLife : public testing::Test {
+ protected:
+  void SetUp() override {
+    if (!HeapIsCounted()) GTEST_SKIP() << "this build's allocator does not count";
+    // NOLINTNEXTLINE(concurrency-mt-unsafe): there is one thread
+    mallopt(M_ARENA_MAX, 1);  // which of many a thread gets, and leaves half used, is chance
+    ConfigureLog({0, "", 0, 0});
+    SetExecutablePath(m_tree.ExePath());
+    m_tree.Product("a: b:a c:a d:b,c e:d f: g:f h:g,e missing:a i:missing sub");
+    for (const std::string& name : m_libraries) {
+      std::filesystem::copy_file(TEV_FIXTURE_OK, m_tree.ExeDirectory() + name + ".dll");
+    }
+  }
+
+  /// A life with a manager of its own, which the caller may keep.
+  void LiveWith(CPluginManager& manager) {
+    g_manager = &manager;
+    Live({[&manager] { return KPX_Init() == 0 && manager.Init(); },
+          [] { return KPX_Start(&StartPlugins) == 0; },
+          [&manager] {
+            manager.Uninit();
+            KPX_Stop();
+          },
+          [] { KPX_UnInit(); }});
+  }
+
+  /// A life with the frame's library loaded for it and unloaded after it, as a host would.
+  void LiveWithLibrary() {
+    const HMODULE frame = LoadLibraryW(LocalToWide(TEV_FRAME).c_str());
+    ASSERT_NE(nullptr, frame);
+    // A task that is being dropped still runs the frame's code: Live waits for the last.
+    Live({[frame] { return Call<std::int32_t>(frame, "Frame_Init") == 0; },
+          [frame] { return Call<std::int32_t>(frame, "Frame_Start") == 0; },
+          [frame] { Call<void>(frame, "Frame_Stop"); },
+          [frame] { Call<void>(frame, "Frame_UnInit"); }});
+    ASSERT_TRUE(FreeLibrary(frame));
+    ASSERT_FALSE(IsMapped("libTevPluginFrame"));
+  }
+
+  /// What `live` adds from the end of the warm-up to the last life.
+  Growth GrowthOf(const std::function<void()>& live) {
+    long heap = 0;
+    long resident = 0;
+    for (int number = 1; number <= kLives && !HasFatalFailure(); ++number) {
+      SCOPED_TRACE("life " + std::to_string(number));
+      live();
+      for (const std::string& name : m_libraries) EXPECT_FALSE(IsMapped(name + ".dll"));
+      if (number != kWarmUpLives) continue;
+      heap = Heap();
+      resident = Resident();
+    }
+    return {Heap() - heap, Resident() - resident};
+  }
+
+ private:
+  /// The steps of a life, in order; the first two say whether they succeeded.
+  struct Steps {
+    std::function<bool()> init;
+    std::function<bool()> start;
+    std::function<void()> stop;
+    std::function<void()> uninit;
+  };
+
+  void Live(const Steps& steps) const {
+    ASSERT_TRUE(steps.init());
+    ASSERT_TRUE(steps.start());
+    ASSERT_NO_FATAL_FAILURE(AwaitStart());
+    steps.stop();
+    steps.uninit();
+    AwaitQuiet();
+  }
+
+  template <typename Result>
+  static Result Call(HMODULE library, const char* name) {
+    const auto entry = reinterpret_cast<void (*)()>(GetProcAddress(library, name));
+    return reinterpret_cast<Result (*)()>(entry)();
+  }
+
+  void AwaitStart() const {
+    AwaitThat("the start does not end", [] { return StartCallbackResult().has_value(); });
+    const PlatformRecord record = SnapshotPlatform();
+    ASSERT_TRUE(*record.callbackResult);
+    ASSERT_EQ(m_libraries, std::set<std::string>(record.handles.begin(), record.handles.end()));
+    ASSERT_EQ(m_libraries.size(), record.loadState->size());
+  }
+
+  /// The pools' threads go by themselves, and take what they have cached with them.
+  static void AwaitQuiet() {
+    AwaitThat("a task does not end", [] { return UnfinishedTasks() == 0; });
+    AwaitThat("a thread does not end", [] {
+      const std::filesystem::directory_iterator threads("/proc/self/task");
+      return std::distance(begin(threads), end(threads)) == 1;
+    });
+  }
+
+  const std::set<std::string> m_libraries{"a", "b", "c", "d", "e", "f", "g", "h", "i", "sub"};
+  ProductTree m_tree;
+};
+
+TEST_F(RepeatedLife, LeavesNothingWithItsManager) {
+  const Growth growth = GrowthOf([this] {
+    CPluginManager manager;
+    LiveWith(manager);
+  });
+  EXPECT_LE(growth.heap, kHeapNoise);
+  EXPECT_LE(growth.resident, kResidentNoise);
+}
+
+// The library's one manager is never deleted: its tasks may outlive every other owner. So a host
+// that reloads the library pays for a manager a life, and for nothing else.
+TEST_F(RepeatedLife, OfAReloadedLibraryLeavesItsManagerAlone) {
+  std::vector<std::unique_ptr<CPluginManager>> kept;
+  kept.reserve(kLives);
+  const Growth ofManagers = GrowthOf([this, &kept] {
+    kept.push_back(std::make_unique<CPluginManager>());
+    LiveWith(*kept.back());
+  });
+  const Growth ofReloads = GrowthOf([this] { LiveWithLibrary(); });
+  EXPECT_LE(ofReloads.heap, ofManagers.heap + kHeapNoise);
+  EXPECT_LE(ofReloads.resident, ofManagers.resident + kResidentNoise);
+}
+
+}  // namespace
