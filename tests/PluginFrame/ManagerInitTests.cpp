@@ -63,6 +63,12 @@ TEST_F(ManagerInit, PlatformThatRefusesTheModelFailsIt) {
                           "model param to platform failed----"));
 }
 
+TEST_F(ManagerInit, PlatformTakesTheModelWithAnyNumberButZero) {
+  tree.Product("a:");
+  EXPECT_CALL(seam.platform, SetProductModel).WillOnce(Return(-1));
+  EXPECT_TRUE(manager.Init());
+}
+
 TEST_F(ManagerInit, FrameworkThatFailsFailsItWithItsCode) {
   tree.Product("a:");
   EXPECT_CALL(seam.lpc, Init("lpc_server_framework", _)).WillOnce(Return(17));

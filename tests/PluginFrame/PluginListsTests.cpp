@@ -54,6 +54,18 @@ TEST(Trim, OfEqualEntriesTheEarlierStays) {
   EXPECT_EQ("first", model.ServerPluginDescriptions[0].Name);
 }
 
+TEST(Trim, OfManyEqualEntriesTheEarliestStays) {
+  ProductModel model;
+  for (int i = 0; i < 200; ++i) {
+    model.ServerPluginDescriptions.push_back(Description(i % 2 == 0 ? "a" : "b", "1"));
+    model.ServerPluginDescriptions.back().Name = std::to_string(i);
+  }
+  TrimPluginLists(model, false);
+  ASSERT_EQ(2U, model.ServerPluginDescriptions.size());
+  EXPECT_EQ("0", model.ServerPluginDescriptions[0].Name);
+  EXPECT_EQ("1", model.ServerPluginDescriptions[1].Name);
+}
+
 TEST(Trim, EntriesWithoutAnIdGo) {
   ProductModel model;
   model.ExePluginDescriptions = {Description("", "2"), Description("x", "1"), Description("", "1")};
