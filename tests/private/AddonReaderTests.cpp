@@ -454,4 +454,43 @@ TEST_F(AddonReader, ADescriptionThatIsADirectoryOrEmptyIsReplacedByItsDataFile) 
   EXPECT_EQ("X:4:0,+;", ReadAll());
 }
 
+TEST_F(AddonReader, FlagsThatAreNotSaidAreNotSet) {
+  EXPECT_TRUE(Read(""));
+  EXPECT_FALSE(addon.IsIndependent || addon.IsDistributed || addon.HaveClientPackage);
+}
+
+TEST_F(AddonReader, OnlyPublishingTypeThreeReplacesAnother) {
+  const std::string replaced = "<ReplaceAddon><ID>old</ID></ReplaceAddon>";
+  for (const int type : {1, 2, 4}) {
+    Read("<PublishingType>" + std::to_string(type) + "</PublishingType>" + replaced);
+    EXPECT_EQ("", addon.ReplaceAddonID) << type;
+  }
+  Read("<PublishingType>3</PublishingType>" + replaced);
+  EXPECT_EQ("old", addon.ReplaceAddonID);
+}
+
+TEST_F(AddonReader, InstalledAddonUpdatesTheEntryOfItsOwnIdAmongOthers) {
+  Catalogue(
+      "<Addon><ID>Z</ID><Version>1</Version></Addon>"
+      "<Addon><ID>X</ID><Version>1</Version></Addon>");
+  Installed("<Addons><Addon ID='X'/></Addons>");
+  Describe("<Version>2</Version>");
+  EXPECT_EQ("Z:1:0,;X:2:0,+;", ReadAll());
+}
+
+TEST_F(AddonReader, ToolOnTheServerIsOneAndNothingElse) {
+  for (const char* value : {"0", "2", "-1", "true"}) {
+    tree.Write("ProductTools.xml", std::string("<ToolList><Tool><ServerSide>") + value +
+                                       "</ServerSide></Tool><Tool/></ToolList>");
+    std::vector<ToolModel> tools;
+    reader.ReadAllToolsXml(tools, tree.ExeDirectory() + "../");
+    ASSERT_EQ(2U, tools.size());
+    EXPECT_FALSE(tools[0].ServerSide || tools[1].ServerSide) << value;
+  }
+  tree.Write("ProductTools.xml", "<ToolList><Tool><ServerSide>1</ServerSide></Tool></ToolList>");
+  std::vector<ToolModel> tools;
+  reader.ReadAllToolsXml(tools, tree.ExeDirectory() + "../");
+  EXPECT_TRUE(tools.at(0).ServerSide);
+}
+
 }  // namespace

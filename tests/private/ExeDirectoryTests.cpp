@@ -18,13 +18,14 @@ TEST_F(ExeDirectory, IsFoundOnceAndHasForwardSlashes) {
   EXPECT_EQ("", GetExeDirectory());
   seam.exePath = "/" + std::string(2000, 'x') + "/too-long.exe";  // refused by the runtime
   EXPECT_EQ("", GetExeDirectory());
-  seam.exePath = "C:\\a\\b\\x.exe";
-  EXPECT_EQ("C:/a/b/", GetExeDirectory());
+  const std::string deep = "C:/a" + std::string(900, 'd') + "/b/";
+  seam.exePath = "C:\\a" + std::string(900, 'd') + "\\b\\x.exe";
+  EXPECT_EQ(deep, GetExeDirectory());
   seam.exePath = "/elsewhere/x";
-  EXPECT_EQ("C:/a/b/", GetExeDirectory());
+  EXPECT_EQ(deep, GetExeDirectory());
   std::string seen;
   std::thread([&seen] { seen = GetExeDirectory(); }).join();
-  EXPECT_EQ("C:/a/b/", seen);
+  EXPECT_EQ(deep, seen);
   EXPECT_EQ(seam.lockCalls.size() % 2, 0U);
   EXPECT_EQ("Lock", seam.lockCalls.front());
   EXPECT_EQ("Unlock", seam.lockCalls.back());

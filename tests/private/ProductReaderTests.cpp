@@ -59,6 +59,24 @@ TEST_F(ProductReader, AbsentFieldsAreOverwrittenAndListsGrow) {
   EXPECT_THAT(log.Brief().back(), testing::HasSubstr("plugin size[0], sub platform size[0]"));
 }
 
+TEST_F(ProductReader, PluginThatDoesNotSayIsNotLazy) {
+  reader.ReadBaseProductXml(model, Write("<ProductDescription><Plugins><Plugin ID='a'/></Plugins>"
+                                         "</ProductDescription>"));
+  ASSERT_EQ(1U, model.Plugins.size());
+  EXPECT_FALSE(model.Plugins[0].Lazystart);
+}
+
+TEST_F(ProductReader, ReadTwiceTheListsAreThereTwice) {
+  const std::string path = Write(
+      "<ProductDescription><Languages><Language ID='en'/></Languages><Plugins><Plugin ID='a'/>"
+      "</Plugins><SubPlatforms><SubPlatform ID='s'/></SubPlatforms></ProductDescription>");
+  reader.ReadBaseProductXml(model, path);
+  reader.ReadBaseProductXml(model, path);
+  EXPECT_EQ(2U, model.Languages.size());
+  EXPECT_EQ(2U, model.Plugins.size());
+  EXPECT_EQ(2U, model.SubPlatforms.size());
+}
+
 TEST_F(ProductReader, AFileThatIsNoXmlReadsAsEmpty) {
   EXPECT_TRUE(reader.ReadBaseProductXml(model, Write("not xml")));
   EXPECT_TRUE(reader.ReadDriverModel(model, Write("not xml")));

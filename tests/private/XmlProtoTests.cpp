@@ -1,5 +1,8 @@
 #include "src/private/XmlProto.h"
 
+#include <filesystem>
+#include <fstream>
+
 #include "tests/support/FrameTest.h"
 
 using namespace TevModelParse;
@@ -119,6 +122,27 @@ TEST(Xml, EntityBombsReadAsNothing) {
   EXPECT_EQ("none", document.GetNodeProp("/r", "a", "none"));
 }
 
+TEST(Xml, TextOfBlanksOfAnyKindAloneReadsAsTheDefault) {
+  CXmlProto document;
+  for (const std::string blank : {" ", "&#9;", "&#13;", "&#10;", " &#9;&#13;&#10; "}) {
+    Parsed(document, "<r>" + blank + "</r>");
+    EXPECT_EQ("none", document.GetNodeText("/r", "none")) << blank;
+    Parsed(document, "<r>" + blank + "x</r>");
+    EXPECT_NE("none", document.GetNodeText("/r", "none")) << blank;
+  }
+}
+
+TEST(Xml, TextFromEntitiesIsReadUpToTenMillionBytes) {
+  const std::string entity = "<!DOCTYPE r [<!ENTITY a '" + std::string(100000, 'x') + "'>]>";
+  std::string hundred;
+  for (int i = 0; i < 100; ++i) hundred += "&a;";
+  CXmlProto document;
+  Parsed(document, entity + "<r>" + hundred + "</r>");
+  EXPECT_EQ(10000000U, document.GetNodeText("/r", "none").size());
+  Parsed(document, entity + "<r>" + hundred + "x</r>");
+  EXPECT_EQ("none", document.GetNodeText("/r", "none"));
+}
+
 TEST(Xml, DocumentsDeeperThanTheParsersLimitReadAsEmpty) {
   std::string deep;
   for (int i = 0; i < 300; ++i) deep += "<e>";
@@ -189,6 +213,17 @@ TEST_F(WholeFile, WithoutAnyReadableFileContentIsUntouched) {
   EXPECT_FALSE(ReadWholeFile(content, "no-such-file-anywhere.xml", ""));
   EXPECT_FALSE(ReadWholeFile(content, "", ""));
   EXPECT_EQ("untouched", content);
+}
+
+TEST_F(WholeFile, BareNameHasNoStandInBesideIt) {
+  const std::string name = "tev-bare-name";
+  for (const std::string extension : {".data", ".xml.data"}) {
+    std::ofstream(name + extension) << "data";
+  }
+  EXPECT_FALSE(ReadWholeFile(content, name + ".xml", ""));
+  EXPECT_EQ("untouched", content);
+  for (const std::string extension : {".data", ".xml.data"})
+    std::filesystem::remove(name + extension);
 }
 
 TEST_F(WholeFile, AlternativeTakesTheFallbacksPlace) {
