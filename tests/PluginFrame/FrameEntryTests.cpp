@@ -132,6 +132,43 @@ TEST_F(FrameEntries, NothingThrownLeavesTheCallback) {
   EXPECT_FALSE(callbackResult);
 }
 
+TEST_F(FrameEntries, APlatformThatThrowsFailsInitAndIsNotTakenDown) {
+  tree.Product("a:");
+  EXPECT_CALL(seam.platform, Init).WillOnce(testing::Throw(std::runtime_error("no disk")));
+  EXPECT_EQ(-1, Frame_Init());
+  EXPECT_THAT(log.BriefFrom(4),
+              ElementsAre("5 Frame_Init: the step ended with an exception [no disk]",
+                          "6 Frame_Init: [Frame_Init]----KPX_Init failed! Quit HUB.exe----"));
+  EXPECT_THAT(seam.Calls(), ElementsAre("KPX_Init"));
+}
+
+TEST_F(FrameEntries, AFailedInitFailsEvenWhenThePlatformThrowsOnItsWayDown) {
+  EXPECT_CALL(seam.platform, UnInit).WillOnce(testing::Throw(7));
+  EXPECT_EQ(-1, Frame_Init());
+  EXPECT_THAT(log.BriefFrom(5),
+              testing::Contains("5 Frame_Init: the step ended with an unknown exception"));
+}
+
+TEST_F(FrameEntries, StartFailsWhenThePlatformThrows) {
+  EXPECT_CALL(seam.platform, Start).WillOnce(testing::Throw(std::runtime_error("no threads")));
+  EXPECT_EQ(-1, Frame_Start());
+  EXPECT_THAT(log.Brief().back(), "3 Frame_Start: [2.Start]----!Frame_Start end!----");
+}
+
+TEST_F(FrameEntries, StopAndUnInitGoOnToTheirEndWhateverTheirStepsThrow) {
+  EXPECT_CALL(seam.platform, PreUnInit).WillOnce(testing::Throw(std::runtime_error("first")));
+  EXPECT_CALL(seam.lpc, UnInit).WillOnce(testing::Throw(std::runtime_error("second")));
+  EXPECT_CALL(seam.platform, Stop).WillOnce(testing::Throw(std::runtime_error("third")));
+  EXPECT_CALL(seam.platform, UnInit).WillOnce(testing::Throw(std::runtime_error("fourth")));
+  Frame_Stop();
+  Frame_UnInit();
+  EXPECT_THAT(log.BriefFrom(4),
+              ElementsAre("5 Frame_Stop: the step ended with an exception [first]",
+                          "5 Frame_Stop: the step ended with an exception [second]",
+                          "5 Frame_Stop: the step ended with an exception [third]",
+                          "5 Frame_UnInit: the step ended with an exception [fourth]"));
+}
+
 std::vector<std::string> StopLines(int first) {
   const auto step = [first](int offset) { return std::to_string(first + offset); };
   return {

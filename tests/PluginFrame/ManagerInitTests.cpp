@@ -81,6 +81,50 @@ TEST_F(ManagerInit, FrameworkThatFailsFailsItWithItsCode) {
   EXPECT_THAT(log.Brief("Start"), ElementsAre());
 }
 
+TEST_F(ManagerInit, FrameworkThatFailsWithANegativeCodeFailsItAsWell) {
+  tree.Product("a:");
+  EXPECT_CALL(seam.lpc, Init).WillOnce(Return(-3));
+  EXPECT_FALSE(manager.Init());
+  EXPECT_THAT(log.BriefFrom(6),
+              ElementsAre("6 Init: [PluginManager Init]----TevLPCFrameInit failed, "
+                          "errorcode[-3]----"));
+}
+
+TEST_F(ManagerInit, WhatWasBuiltBeforeTheFrameworkFailedStaysForTheStop) {
+  tree.Product("a: b:a");
+  EXPECT_CALL(seam.lpc, Init).WillOnce(Return(17));
+  EXPECT_FALSE(manager.Init());
+  EXPECT_CALL(seam.threads, Grant("platform.PluginFrame", 1, 2, 0)).WillOnce(Return(1U));
+  manager.Uninit();
+}
+
+TEST_F(ManagerInit, OnlyTheDistributedModuleDropsPlugins) {
+  for (const std::int32_t module : {0, 1, 3}) {
+    CPluginManager another;
+    tree.Product("a:");
+    EXPECT_CALL(seam.platform, GetRunningModule).WillOnce(Return(module));
+    ProductModel model;
+    EXPECT_CALL(seam.platform, SetProductModel).WillOnce(DoAll(SaveArg<0>(&model), Return(1)));
+    EXPECT_TRUE(another.Init());
+    EXPECT_EQ(1U, model.ServerPluginDescriptions.size()) << module;
+  }
+}
+
+TEST_F(ManagerInit, HandsTheCataloguesAddonsAndToolsToThePlatform) {
+  tree.Product("a:");
+  tree.Write("ProductAddons.xml", "<AddonList><Addon><ID>Extra</ID></Addon></AddonList>");
+  tree.Write("ProductTools.xml", "<ToolList><Tool><ID>Viewer</ID></Tool></ToolList>");
+  std::vector<AddonModel> addons;
+  std::vector<ToolModel> tools;
+  EXPECT_CALL(seam.platform, SetAddonAndToolModel)
+      .WillOnce(DoAll(SaveArg<0>(&addons), SaveArg<1>(&tools)));
+  EXPECT_TRUE(manager.Init());
+  ASSERT_EQ(1U, addons.size());
+  EXPECT_EQ("Extra", addons[0].ID);
+  ASSERT_EQ(1U, tools.size());
+  EXPECT_EQ("Viewer", tools[0].ID);
+}
+
 TEST_F(ManagerInit, InstalledAddonsPluginWithAHigherVersionReplacesTheProducts) {
   tree.Product("a:");
   AddonModel addon;

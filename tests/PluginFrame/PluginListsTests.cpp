@@ -92,6 +92,13 @@ TEST(Trim, DistributedModuleDropsTheRestFromDescriptionsButNotFromEntries) {
   EXPECT_EQ("here:;", Text(model.Plugins));
 }
 
+TEST(Trim, AnyOtherModuleKeepsDistributedPluginsToo) {
+  ProductModel model;
+  model.ServerPluginDescriptions = {Description("here", "1"), Description("there", "1", true)};
+  TrimPluginLists(model, false);
+  EXPECT_EQ("here:1;there:1;", Text(model.ServerPluginDescriptions));
+}
+
 TEST(Trim, DistributedModuleKeepsALowerVersionWhenOnlyThatIsDistributed) {
   ProductModel model;
   model.ServerPluginDescriptions = {Description("a", "2"), Description("a", "1", true)};
@@ -232,6 +239,31 @@ TEST(Graph, DependencyOnAPlatformOrOfAnotherTypeGivesNoEdge) {
   EXPECT_EQ("a<> b<> ", Graph(model));
 }
 
+TEST(Graph, ANameWithoutAKeyHasNoRecord) {
+  ProductModel model = WithSubPlatforms(1);
+  model.ServerPluginDescriptions = {Description("known", "1"), Description("unknown", "1")};
+  PluginDataMap data;
+  AddPluginData(data, {{"known", "100_known"}}, model);
+  EXPECT_EQ(1U, data.size());
+  EXPECT_EQ(1U, data.count("100_known"));
+}
+
+TEST(Graph, RecordsTakenApartAreFreedWithTheirMap) {
+  ProductModel model;
+  model.ServerPluginDescriptions = {Description("a", "1"), Description("b", "1")};
+  model.ServerPluginDescriptions[0].Dependencies = {On("b", 1)};
+  model.ServerPluginDescriptions[1].Dependencies = {On("a", 1)};
+  PluginKeys keys;
+  AddPluginKeys(keys, model);
+  PluginDataMap data;
+  AddPluginData(data, keys, model);
+  const std::weak_ptr<FramePluginData> record = data.at("100_a");
+  DisconnectPluginData(data);
+  EXPECT_FALSE(record.expired());
+  data.clear();
+  EXPECT_TRUE(record.expired());
+}
+
 TEST(Ready, ToStartOnceEveryDependencyIsDoneWellOrNot) {
   FramePluginData plugin;
   EXPECT_TRUE(ReadyToStart(plugin));
@@ -305,6 +337,14 @@ TEST(PlatformInfoOfTheProduct, ListsExecutablesWithTheirGroupsAndLastPlatformVer
   EXPECT_FALSE(info.Flag);
 }
 
+TEST(PlatformInfoOfTheProduct, APlatformThatAnExecutableNeedsGivesNoGroup) {
+  ProductModel model;
+  model.ExePluginDescriptions = {Description("media.exe", "1.5")};
+  model.ExePluginDescriptions[0].Dependencies = {On("kpx.base", 2), On("video.server", 1)};
+  const PlatformInfo platform = MakePlatformInfo(model, "/bin/");
+  EXPECT_THAT(platform.Executables.at("media.exe").GroupNames, ElementsAre("video"));
+}
+
 TEST(PluginInfos, OfOneIdTheFirstStaysAndNoneIsLoaded) {
   ProductModel model;
   PluginDescription server = Description("a", "2");
@@ -324,6 +364,13 @@ TEST(PluginInfos, OfOneIdTheFirstStaysAndNoneIsLoaded) {
   EXPECT_EQ("2", info.version());
   EXPECT_EQ(2, info.type());
   EXPECT_FALSE(info.is_load());
+}
+
+TEST(PluginInfos, AnExecutablesTypeIsItsOwn) {
+  ProductModel model;
+  model.ExePluginDescriptions = {Description("exe", "1")};
+  model.ExePluginDescriptions[0].Type = PluginType::kExecutable;
+  EXPECT_EQ(1, MakePluginInfos(model).at("exe")->type());
 }
 
 }  // namespace

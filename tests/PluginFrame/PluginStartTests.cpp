@@ -1,4 +1,6 @@
 #include <algorithm>
+#include <chrono>
+#include <new>
 #include <stdexcept>
 #include <thread>
 
@@ -12,6 +14,7 @@ using testing::ElementsAre;
 using testing::InSequence;
 using testing::Return;
 using testing::SaveArg;
+using testing::SetArgReferee;
 
 namespace {
 
@@ -145,6 +148,60 @@ TEST_F(PluginStart, APluginThatCannotBeLoadedIsCountedAndNotHandedOver) {
                           "count[1]."));
 }
 
+TEST_F(PluginStart, ADependentOfAPluginThatCannotBeLoadedStillStarts) {
+  Product("b:a a:", {"b"});
+  int sleeps = 0;
+  seam.onSleep = [&] {
+    seam.RunTasks();
+    if (++sleeps == 5) throw std::runtime_error("it would wait for ever");
+  };
+  EXPECT_TRUE(manager.Start(&started));
+  EXPECT_THAT(inits, ElementsAre("b"));
+}
+
+TEST_F(PluginStart, APluginThatMemoryRunsOutForAfterItsInitStaysLoadedAndHoldsNothingBack) {
+  Product("b:a a:", {"a", "b"});
+  EXPECT_CALL(seam.platform, TakeTime).Times(testing::AnyNumber());
+  EXPECT_CALL(seam.platform, TakeTime("[a] Init OK", _)).WillOnce(testing::Throw(std::bad_alloc()));
+  EXPECT_CALL(seam.platform, UpdatePluginsLoadState(std::map<std::string, bool>{{"b", true}}));
+  int sleeps = 0;
+  seam.onSleep = [&] {
+    seam.RunTasks();
+    if (++sleeps == 5) throw std::runtime_error("it would wait for ever");
+  };
+  EXPECT_TRUE(manager.Start(&started));
+  EXPECT_THAT(inits, ElementsAre("a", "b"));
+  EXPECT_EQ(1, seam.libraries["a"].handles);
+  EXPECT_EQ(2U, started.size());
+}
+
+TEST_F(PluginStart, AnAddonsPluginStartsFromTheDirectoryThatItNames) {
+  AddonModel addon;
+  PluginDescription plugin;
+  plugin.ID = "extra";
+  plugin.Path = "/addons/Extra/";
+  addon.ServerPluginDescriptions = {plugin};
+  EXPECT_CALL(seam.platform, GetInstalledAddonModel)
+      .WillOnce(SetArgReferee<0>(std::vector<AddonModel>{addon}));
+  Product("", {"extra"});
+  EXPECT_TRUE(manager.Start(&started));
+  EXPECT_THAT(seam.loadedPaths, ElementsAre("/addons/Extra/extra.dll"));
+}
+
+TEST_F(PluginStart, ThreadsAreGivenBackWhenItThrows) {
+  Product("a:", {"a"});
+  seam.onSleep = [] { throw std::runtime_error("no"); };
+  EXPECT_CALL(seam.threads, Release("platform.PluginFrame", false)).Times(1);
+  EXPECT_THROW(manager.Start(&started), std::runtime_error);
+}
+
+TEST_F(PluginStart, WithNowhereToPutTheHandlesStillStartsAndTells) {
+  Product("a:", {"a"});
+  EXPECT_CALL(seam.lpc, Notify("")).Times(1);
+  EXPECT_TRUE(manager.Start(nullptr));
+  EXPECT_THAT(inits, ElementsAre("a"));
+}
+
 TEST_F(PluginStart, SubPlatformsStartFromTheExecutablesDirectory) {
   Product("sub", {"sub"});
   EXPECT_TRUE(manager.Start(&started));
@@ -197,9 +254,26 @@ TEST_F(PluginStart, AStopCallsAStartOffThatWaitsForACircle) {
     if (++sleeps == 2) stop = std::thread([&] { manager.Uninit(); });
     std::this_thread::yield();
   };
+  EXPECT_CALL(seam.platform, UpdatePluginsLoadState(std::map<std::string, bool>{}));
   EXPECT_TRUE(manager.Start(&started));
   stop.join();
   EXPECT_THAT(inits, ElementsAre());
+}
+
+TEST_F(PluginStart, AStopBeginsItsWorkOnlyAfterTheStartsEnd) {
+  Product("a:", {"a"});
+  std::thread stop;
+  EXPECT_CALL(seam.platform, UpdatePluginsLoadState).WillOnce(testing::Invoke([&](const auto&) {
+    stop = std::thread([&] { manager.Uninit(); });
+    while (log.Brief("Uninit").empty()) std::this_thread::yield();
+    // Long enough for a stop that does not wait to come to the framework.
+    std::this_thread::sleep_for(std::chrono::milliseconds(50));
+  }));
+  EXPECT_TRUE(manager.Start(&started));
+  stop.join();
+  const std::vector<std::string> calls = seam.Calls();
+  const auto told = std::find(calls.begin(), calls.end(), "TevLPCFrameNotifyStartPlugins");
+  EXPECT_NE(calls.end(), std::find(told, calls.end(), "TevLPCFrameUnInit"));
 }
 
 }  // namespace

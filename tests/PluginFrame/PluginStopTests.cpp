@@ -1,3 +1,5 @@
+#include <algorithm>
+#include <chrono>
 #include <condition_variable>
 #include <mutex>
 #include <stdexcept>
@@ -79,6 +81,20 @@ TEST_F(PluginStop, FrameworkThatRefusesLeavesThePluginsAsTheyAre) {
   EXPECT_EQ(1, seam.libraries["a"].handles);
   EXPECT_THAT(log.BriefFrom(4),
               ElementsAre("4 Uninit: [PluginManager Uninit]Uninit lpc frame end, failed."));
+}
+
+TEST_F(PluginStop, FrameworkThatRefusesWithANegativeCodeIsTheSame) {
+  Started("a:", {"a"});
+  EXPECT_CALL(seam.lpc, UnInit).WillOnce(Return(-1));
+  manager.Uninit();
+  EXPECT_EQ(1, seam.libraries["a"].handles);
+}
+
+TEST_F(PluginStop, ThreadsAreGivenBackWhenItThrows) {
+  Started("a:", {"a"});
+  seam.onSleep = [] { throw std::runtime_error("no"); };
+  EXPECT_CALL(seam.threads, Release("platform.PluginFrame", false)).Times(1);
+  EXPECT_THROW(manager.Uninit(), std::runtime_error);
 }
 
 TEST_F(PluginStop, WithoutThreadsLeavesThePluginsAsTheyAre) {
@@ -251,6 +267,27 @@ TEST_F(LateFinisher, CountsForTheStopWhichMayEndBeforeItsUnload) {
   End();
   EXPECT_EQ(1, seam.libraries["late"].handles);
   EXPECT_THAT(log.Brief("SinglePluginUnload"), ElementsAre());
+}
+
+TEST_F(LateFinisher, IsCountedOnlyAfterTheEndOfTheStartThatLeftIt) {
+  Begin("late:");
+  EXPECT_CALL(seam.platform, UpdatePluginsLoadState).WillOnce(testing::Invoke([this](const auto&) {
+    gate.Open();
+    AwaitLines("SinglePluginLoad", 3);
+    // Long enough for a plugin that does not wait to be counted.
+    std::this_thread::sleep_for(std::chrono::milliseconds(50));
+  }));
+  EXPECT_CALL(seam.lpc, UnInit).WillOnce(Return(1));
+  manager.Uninit();
+  starter.join();
+  End();
+  const std::vector<std::string> lines = log.Brief();
+  const auto end = std::find(lines.begin(), lines.end(),
+                             "3 Start: [PluginManager start]----PluginManager Start success----");
+  EXPECT_NE(lines.end(),
+            std::find(end, lines.end(),
+                      "3 SinglePluginLoad: [Plugin Load]Plugin [late] SinglePluginLoad End. "
+                      "count[1]."));
 }
 
 TEST_F(LateFinisher, BeyondTheCountDoesNotHoldTheStop) {

@@ -102,11 +102,34 @@ TEST_F(PluginTest, WhatAnEntryThrowsIsFalseAndItsReasonIsLogged) {
                           "5 UnInit: [Plugin]UnInit threw something that is no exception object"));
 }
 
+TEST_F(PluginTest, EachEntryStopsWhateverIsThrownInIt) {
+  seam.libraries["a"].init = []() -> bool { throw 7; };
+  seam.libraries["a"].uninit = []() -> bool { throw std::runtime_error("still busy"); };
+  CPlugin plugin;
+  plugin.Load("/p/a");
+  Log::Instance().Clear();
+  EXPECT_FALSE(plugin.Init());
+  EXPECT_FALSE(plugin.UnInit());
+  EXPECT_THAT(log.Brief(),
+              ElementsAre("5 Init: [Plugin]Init threw something that is no exception object",
+                          "5 UnInit: [Plugin]UnInit threw [still busy]"));
+}
+
 TEST_F(PluginTest, LoadedTwiceHoldsItsLibraryOnce) {
   seam.libraries["a"];
   CPlugin plugin;
   plugin.Load("/p/a");
   plugin.Load("/p/a");
+  EXPECT_EQ(1, seam.libraries["a"].handles);
+}
+
+TEST_F(PluginTest, ASecondLoadThatFailsFreesNothingForItsCodeMayStillRun) {
+  seam.libraries["a"];
+  CPlugin plugin;
+  plugin.Load("/p/a");
+  seam.libraries["a"].loads = false;
+  EXPECT_FALSE(plugin.Load("/p/a"));
+  EXPECT_EQ(nullptr, plugin.Handle());
   EXPECT_EQ(1, seam.libraries["a"].handles);
 }
 
