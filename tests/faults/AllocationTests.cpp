@@ -41,9 +41,11 @@ void Free(void* memory) {
 }
 
 bool g_libxmlHasMemory = true;
+long g_libxmlCount = 0;
+long g_libxmlFailing = 0;  // the allocation that fails; 0: none
 
 void* AllocateForLibxml(std::size_t size) {
-  return g_libxmlHasMemory ? std::malloc(size) : nullptr;
+  return g_libxmlHasMemory && ++g_libxmlCount != g_libxmlFailing ? std::malloc(size) : nullptr;
 }
 
 void* ReallocateForLibxml(void* memory, std::size_t size) {
@@ -159,6 +161,18 @@ TEST_F(Allocations, EachFailingInTurnIsAFailureThatLosesNothing) {
   }
   RecordProperty("allocations", static_cast<int>(allocations));
   RecordProperty("tolerated", static_cast<int>(tolerated));
+}
+
+TEST_F(Allocations, ParserWithoutMemoryIsNotTakenForABrokenDocument) {
+  g_libxmlCount = 0;
+  TevModelParse::CXmlProto document;
+  const long emptyDocument = g_libxmlCount;
+  g_libxmlCount = 0;
+  g_libxmlFailing = emptyDocument + 1;  // the parser's own first
+  EXPECT_THROW(document.ParseMemory("<r/>"), std::bad_alloc);
+  g_libxmlFailing = 0;
+  EXPECT_EQ(0, document.GetNodeCount("/r"));
+  EXPECT_TRUE(document.ParseMemory("<r/>"));
 }
 
 TEST_F(Allocations, LibxmlWithoutMemoryIsAFailureAndNoEmptyDocument) {

@@ -53,6 +53,7 @@ TEST_F(LockHelpers, StorageIsZeroedByTheGivenNumberOfBytes) {
   XRT_Mutex mutex;
   alignas(XRT_Guard) unsigned char storage[sizeof(XRT_Guard)];
   auto* guard = new (storage) XRT_Guard(&mutex);
+  std::memset(storage, 0xFF, sizeof(storage));
   guard->__autoclassinit2(sizeof(XRT_Guard));
   EXPECT_EQ(std::string(sizeof(XRT_Guard), '\0'), Bytes(*guard));
   guard->~XRT_Guard();  // holds nothing any more

@@ -3,6 +3,7 @@
 #include <filesystem>
 #include <fstream>
 
+#include "src/private/FrameLog.h"
 #include "tests/support/FrameTest.h"
 
 using namespace TevModelParse;
@@ -232,6 +233,12 @@ TEST_F(WholeFile, AlternativeTakesTheFallbacksPlace) {
   EXPECT_TRUE(ReadWholeFile(content, tree.ExeDirectory() + "../m/Plugin.xml", other));
   EXPECT_EQ("other", content);
   EXPECT_FALSE(ReadWholeFile(content, tree.ExeDirectory() + "../m/Plugin.xml", other + "x"));
+}
+
+TEST(SourceOfALogLine, BeginsAtTheLastFolderNamedSrc) {
+  using PluginFrame::LogSource;
+  EXPECT_STREQ("..\\..\\src\\private\\A.cpp", LogSource("/src/x/src/private/A.cpp").c_str());
+  EXPECT_STREQ("..\\..\\src\\A.cpp", LogSource("C:\\src-x\\src\\A.cpp").c_str());
 }
 
 }  // namespace

@@ -215,6 +215,7 @@ HMODULE LoadLibraryW(const wchar_t* path) {
 FARPROC GetProcAddress(HMODULE library, const char* name) {
   t_library = reinterpret_cast<ScriptedLibrary*>(library);
   const bool init = std::strcmp(name, "Init") == 0;
+  if (!init && std::strcmp(name, "UnInit") != 0) return nullptr;
   if (init ? !t_library->hasInit : !t_library->hasUnInit) return nullptr;
   return reinterpret_cast<FARPROC>(reinterpret_cast<void (*)()>(init ? &RunInit : &RunUnInit));
 }
