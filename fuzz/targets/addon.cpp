@@ -4,6 +4,8 @@
 #include "src/private/ProductModelReaderImpl.h"
 
 void Fuzz(const std::string& input) {
+  g_productName = "NVX";
+  g_productVersion = "3.1.0";
   const std::string file = FuzzFolder::Instance().Write("description.xml", input);
   TevModelParse::CXmlProto document;
   document.ParseMemory(input);

@@ -5,6 +5,8 @@
 #include "src/private/ProductModelReaderImpl.h"
 
 void Fuzz(const std::string& input) {
+  g_productName = "NVX";
+  g_productVersion = "3.1.0";
   const FuzzFolder& folder = FuzzFolder::Instance();
   static const bool isLaidOut = [&folder] {
     std::filesystem::copy(TEV_SAMPLE_ADDONS, folder.Path("bin/TevAddons"),

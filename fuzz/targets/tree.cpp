@@ -41,6 +41,8 @@ void LayOut(const std::string& input) {
 
 void Fuzz(const std::string& input) {
   LayOut(input);
+  g_productName.clear();
+  g_productVersion.clear();
   KPX_Init();
   const bool came = PluginFrame::CPluginManager().Init();
   const PlatformRecord record = SnapshotPlatform();
