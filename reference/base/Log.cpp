@@ -72,6 +72,7 @@ LogState& TheLog() {
   if (format == nullptr) return std::string();
   std::va_list again;
   va_copy(again, arguments);
+  // NOLINTNEXTLINE(clang-analyzer-valist.Uninitialized): the caller has begun it
   const int length = std::vsnprintf(nullptr, 0, format, arguments);
   std::string text = format;  // still tells more than nothing, should an argument be no text
   if (length >= 0) {
