@@ -84,7 +84,7 @@ lint: build ## Check the sources' format, and clang-tidy over all but tests and 
 	@git ls-files '*.h' '*.cpp' | xargs clang-format --dry-run -Werror
 	@git ls-files 'src/*.cpp' 'reference/*.cpp' 'host/*.cpp' 'samples/*.cpp' ':!*/windows/*' | \
 	xargs -P 2 -n 1 clang-tidy -p $(BUILD) --quiet
-	@shellcheck -S warning tools/* cmake/windows/wine bench/run .ci/run
+	@shellcheck -S warning tools/* cmake/windows/wine bench/run fuzz/run .ci/run
 
 format: ## Format the sources
 	@git ls-files '*.h' '*.cpp' | xargs clang-format -i
