@@ -150,6 +150,13 @@ std::string FallbackPath(const std::string& path) {
   return path.substr(0, separator) + "/" + name.substr(0, name.rfind('.')) + ".data";
 }
 
+/// Reads `path` or, when that cannot be read, `second`. Returns which it was; empty for neither.
+std::string ReadFirstReadable(std::string& content, const std::string& path,
+                              const std::string& second) {
+  if (ReadFile(content, path)) return path;
+  return !second.empty() && ReadFile(content, second) ? second : std::string();
+}
+
 }  // namespace
 
 CXmlProto::CXmlProto() : m_document(NewEmptyDocument()) {}
@@ -215,9 +222,8 @@ std::string CXmlProto::GetNodeProp(const std::string& expression, const std::str
 }
 
 bool ReadWholeFile(std::string& content, const std::string& path, const std::string& alternative) {
-  if (ReadFile(content, path)) return true;
   const std::string second = alternative.empty() ? FallbackPath(path) : alternative;
-  return !second.empty() && ReadFile(content, second);
+  return !ReadFirstReadable(content, path, second).empty();
 }
 
 std::string GetExeDirectory() {
@@ -236,9 +242,10 @@ std::string GetExeDirectory() {
 
 std::shared_ptr<CXmlProto> ReadDocument(const std::string& path) {
   std::string content;
-  if (!ReadWholeFile(content, path, "")) return nullptr;
+  const std::string file = ReadFirstReadable(content, path, FallbackPath(path));
+  if (file.empty()) return nullptr;
   auto document = std::make_shared<CXmlProto>();
-  document->ParseMemory(content, path);
+  document->ParseMemory(content, file);
   return document;
 }
 

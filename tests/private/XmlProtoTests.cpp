@@ -1,5 +1,9 @@
 #include "src/private/XmlProto.h"
 
+#include <libxml/xmlerror.h>
+
+#include <cstdarg>
+#include <cstdio>
 #include <filesystem>
 #include <fstream>
 
@@ -233,6 +237,46 @@ TEST_F(WholeFile, AlternativeTakesTheFallbacksPlace) {
   EXPECT_TRUE(ReadWholeFile(content, tree.ExeDirectory() + "../m/Plugin.xml", other));
   EXPECT_EQ("other", content);
   EXPECT_FALSE(ReadWholeFile(content, tree.ExeDirectory() + "../m/Plugin.xml", other + "x"));
+}
+
+/// Collects what goes to libxml2's generic error function while it exists.
+class ParserMessages {
+ public:
+  ParserMessages() { xmlSetGenericErrorFunc(&m_text, &ParserMessages::Append); }
+  ~ParserMessages() { xmlSetGenericErrorFunc(nullptr, nullptr); }
+  ParserMessages(const ParserMessages&) = delete;
+  ParserMessages& operator=(const ParserMessages&) = delete;
+
+  const std::string& Text() const { return m_text; }
+
+ private:
+  [[gnu::format(printf, 2, 3)]] static void Append(void* text, const char* format, ...) {
+    std::va_list arguments;
+    va_start(arguments, format);
+    char message[1024] = {};
+    std::vsnprintf(message, sizeof(message), format, arguments);
+    va_end(arguments);
+    *static_cast<std::string*>(text) += message;
+  }
+
+  std::string m_text;
+};
+
+TEST_F(WholeFile, ThatIsNotWellFormedIsNamedWithItsLineInTheParserMessage) {
+  const std::string path = tree.Write("m/Plugin.xml", "<r>\n<a></r>");
+  const ParserMessages messages;
+  ASSERT_NE(nullptr, ReadDocument(path));
+  EXPECT_EQ(path + ":2: Opening and ending tag mismatch: a line 2 and r\n" + path +
+                ":2: Premature end of data in tag r line 1\n",
+            messages.Text());
+}
+
+TEST_F(WholeFile, ThatStandsInIsTheOneNamedInTheParserMessage) {
+  const std::string path = tree.Write("m/Plugin.xml", "");
+  const std::string standIn = tree.Write("m/Plugin.data", "<r>");
+  const ParserMessages messages;
+  ASSERT_NE(nullptr, ReadDocument(path));
+  EXPECT_EQ(standIn + ":1: Premature end of data in tag r line 1\n", messages.Text());
 }
 
 TEST(SourceOfALogLine, BeginsAtTheLastFolderNamedSrc) {
