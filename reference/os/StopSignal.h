@@ -1,22 +1,33 @@
 #pragma once
 
 #include <chrono>
+#include <optional>
 
-/// A person's or the system's wish that the program stop: SIGINT or SIGTERM, or what a console
-/// window has in their place.
+/// How a person or the system asked the program to stop: SIGINT, SIGTERM, SIGHUP; on Windows
+/// Ctrl-C, Ctrl-Break, and the end of the console or of the session.
+enum class StopRequest { kInterrupt, kTerminate, kHangUp };
+
+/// The request in the system's own words: "SIGINT", or "Ctrl-C" on Windows.
+const char* Name(StopRequest request);
+
+/// Receives stop requests instead of letting them end the process.
 ///
-/// To be made at the begin of main, before any other thread, and once; asked from any thread. A
-/// wish that comes before anyone asks is kept.
+/// Created once, at the begin of main before any other thread, after OwnOutput. On POSIX systems
+/// handlers are installed and nothing is blocked or ignored, so that a child process starts with
+/// the default actions; SIGHUP alone stays ignored if it was (nohup). Writing to a broken pipe, or
+/// beyond the limit of a file's size, fails with an error instead of ending the process. A child of
+/// a fork that has not called exec is ended by these signals as by default.
 class StopSignal {
  public:
-  /// Throws std::system_error when the system refuses to tell of such wishes.
+  /// Throws std::system_error when the system refuses.
   StopSignal();
-  ~StopSignal() = default;  // the signals stay taken: a second one must not end the stop midway
+  ~StopSignal() = default;  // the handlers stay: a second request must not end a running stop
   StopSignal(const StopSignal&) = delete;
   StopSignal& operator=(const StopSignal&) = delete;
 
-  /// Waits for a wish, at most so long. True when there was one; each wish is told once.
-  bool WaitFor(std::chrono::milliseconds limit);
+  /// Waits for a request, at most `limit`. A request that came before the call is kept; each is
+  /// returned once. Any thread.
+  std::optional<StopRequest> WaitFor(std::chrono::milliseconds limit);
 };
 
 /// Keeps the system from showing an error box for a library that cannot be loaded or a crash:

@@ -1,46 +1,119 @@
 #include "reference/os/StopSignal.h"
 
+#include <fcntl.h>
+#include <poll.h>
 #include <pthread.h>
 #include <signal.h>  // NOLINT(modernize-deprecated-headers): the system's own, not C's
+#include <unistd.h>
 
 #include <algorithm>
+#include <atomic>
 #include <cerrno>
+#include <climits>
 #include <system_error>
 
 namespace {
 
-sigset_t StopSignals() {
-  sigset_t signals;
-  sigemptyset(&signals);
-  sigaddset(&signals, SIGINT);
-  sigaddset(&signals, SIGTERM);
-  return signals;
+struct Pipe {
+  int readEnd = -1;
+  int writeEnd = -1;
+};
+
+// Set before the handlers are installed, constant afterwards.
+std::atomic<pid_t> g_process{0};
+std::atomic<int> g_writeEnd{-1};
+
+[[noreturn]] void Fail(const char* what) {
+  throw std::system_error(errno, std::generic_category(), what);
+}
+
+/// Shared by all objects and never closed: a handler may write at any time.
+const Pipe& Requests() {
+  static const Pipe pipe = [] {
+    int ends[2];
+    if (pipe2(ends, O_CLOEXEC | O_NONBLOCK) != 0) Fail("no pipe for stop signals");
+    return Pipe{ends[0], ends[1]};
+  }();
+  return pipe;
+}
+
+void Install(int signal, void (*handler)(int)) {
+  struct sigaction action = {};
+  action.sa_handler = handler;
+  action.sa_flags = SA_RESTART;
+  sigemptyset(&action.sa_mask);
+  if (sigaction(signal, &action, nullptr) != 0) Fail("a signal handler cannot be installed");
+}
+
+void OnStopSignal(int signal) {
+  const int before = errno;
+  if (getpid() == g_process) {
+    const auto byte = static_cast<unsigned char>(signal);
+    // A full pipe holds more requests than anybody needs.
+    [[maybe_unused]] const ssize_t written = write(g_writeEnd, &byte, 1);
+  } else {
+    // In a child of a fork the pipe is still the parent's. The signal is blocked until this
+    // returns, then it ends the child. raise() would address the parent's thread after a vfork.
+    struct sigaction action = {};
+    action.sa_handler = SIG_DFL;
+    sigaction(signal, &action, nullptr);
+    kill(getpid(), signal);
+  }
+  errno = before;
+}
+
+/// Unlike SIG_IGN not inherited by the program that a child executes.
+void DoNothing(int) {}
+
+bool IsIgnored(int signal) {
+  struct sigaction action = {};
+  return sigaction(signal, nullptr, &action) == 0 && action.sa_handler == SIG_IGN;
+}
+
+StopRequest RequestOf(unsigned char signal) {
+  if (signal == SIGINT) return StopRequest::kInterrupt;
+  return signal == SIGTERM ? StopRequest::kTerminate : StopRequest::kHangUp;
 }
 
 }  // namespace
 
-StopSignal::StopSignal() {
-  const sigset_t signals = StopSignals();
-  // Every later thread inherits the mask, so that no thread is ended by what is waited for here.
-  const int error = pthread_sigmask(SIG_BLOCK, &signals, nullptr);
-  if (error != 0) {
-    throw std::system_error(error, std::generic_category(), "SIGINT and SIGTERM cannot be blocked");
-  }
+const char* Name(StopRequest request) {
+  if (request == StopRequest::kInterrupt) return "SIGINT";
+  return request == StopRequest::kTerminate ? "SIGTERM" : "SIGHUP";
 }
 
-bool StopSignal::WaitFor(std::chrono::milliseconds limit) {
+StopSignal::StopSignal() {
+  g_writeEnd = Requests().writeEnd;
+  g_process = getpid();
+  sigset_t unblocked;
+  sigemptyset(&unblocked);
+  for (const int signal : {SIGINT, SIGTERM, SIGHUP}) {
+    if (signal == SIGHUP && IsIgnored(signal)) continue;
+    Install(signal, &OnStopSignal);
+    sigaddset(&unblocked, signal);
+  }
+  for (const int signal : {SIGPIPE, SIGXFSZ}) {
+    Install(signal, &DoNothing);
+    sigaddset(&unblocked, signal);
+  }
+  // Whoever started the program may have left them blocked.
+  pthread_sigmask(SIG_UNBLOCK, &unblocked, nullptr);
+}
+
+std::optional<StopRequest> StopSignal::WaitFor(std::chrono::milliseconds limit) {
   using Clock = std::chrono::steady_clock;
-  const sigset_t signals = StopSignals();
-  const Clock::time_point end = Clock::now() + limit;
+  using std::chrono::milliseconds;
+  const milliseconds wait = std::clamp(limit, milliseconds(0), milliseconds(INT_MAX));
+  const Clock::time_point end = Clock::now() + wait;
   while (true) {
-    const auto left = std::max(Clock::duration::zero(), end - Clock::now());
-    const auto seconds = std::chrono::duration_cast<std::chrono::seconds>(left);
-    timespec time = {};
-    time.tv_sec = static_cast<time_t>(seconds.count());
-    time.tv_nsec = static_cast<long>(std::chrono::nanoseconds(left - seconds).count());
-    if (sigtimedwait(&signals, nullptr, &time) > 0) return true;
-    // Being stopped and continued, by a debugger or a shell, cuts the wait short as well.
-    if (errno != EINTR) return false;
+    unsigned char signal = 0;
+    if (read(Requests().readEnd, &signal, 1) == 1) return RequestOf(signal);
+    const auto left = std::chrono::ceil<milliseconds>(end - Clock::now());
+    if (left <= milliseconds(0)) return std::nullopt;
+    pollfd ready = {Requests().readEnd, POLLIN, 0};
+    poll(&ready, 1, static_cast<int>(left.count()));
+    // A descriptor that other code has closed is always ready; without this the wait would spin.
+    if ((ready.revents & POLLNVAL) != 0) poll(nullptr, 0, static_cast<int>(left.count()));
   }
 }
 

@@ -1,42 +1,60 @@
 #include "reference/os/StopSignal.h"
 
 #include <algorithm>
+#include <climits>
 #include <system_error>
 
 #include "sdk/os/os.h"
 
 namespace {
 
-/// Set by each wish, reset by the one who is told of it. Made by the constructor and never closed:
-/// the system may call the handler, on a thread of its own, until the process is gone.
-HANDLE g_asked = nullptr;
+constexpr int kRequests = 3;
 
-BOOL WINAPI TakeWish(DWORD kind) {
-  SetEvent(g_asked);
+/// One semaphore for each StopRequest, counting those not yet returned. Created by the constructor
+/// and never closed: the system calls the handler, on a thread of its own, until the process ends.
+HANDLE g_requests[kRequests] = {};
+
+StopRequest RequestOf(DWORD event) {
+  if (event == CTRL_C_EVENT) return StopRequest::kInterrupt;
+  return event == CTRL_BREAK_EVENT ? StopRequest::kTerminate : StopRequest::kHangUp;
+}
+
+BOOL WINAPI OnConsoleEvent(DWORD event) {
+  const StopRequest request = RequestOf(event);
+  ReleaseSemaphore(g_requests[static_cast<int>(request)], 1, nullptr);
   // After Ctrl-C and Ctrl-Break the program goes on. After the others (window closed, logged off,
   // shut down) the system ends the process as soon as this returns; so it never does, and the
   // program has until its own end, or until the system's patience is over, to stop its plugins.
-  if (kind != CTRL_C_EVENT && kind != CTRL_BREAK_EVENT) Sleep(INFINITE);
+  if (request == StopRequest::kHangUp) Sleep(INFINITE);
   return TRUE;
 }
 
 [[noreturn]] void Fail(DWORD error) {
   throw std::system_error(static_cast<int>(error), std::system_category(),
-                          "the console's stop signals cannot be taken");
+                          "the console's stop signals cannot be received");
 }
 
 }  // namespace
 
-StopSignal::StopSignal() {
-  g_asked = CreateEventW(nullptr, FALSE, FALSE, nullptr);
-  if (g_asked == nullptr) Fail(GetLastError());
-  if (SetConsoleCtrlHandler(&TakeWish, TRUE) == 0) Fail(GetLastError());
+const char* Name(StopRequest request) {
+  if (request == StopRequest::kInterrupt) return "Ctrl-C";
+  return request == StopRequest::kTerminate ? "Ctrl-Break" : "the end of the console or session";
 }
 
-bool StopSignal::WaitFor(std::chrono::milliseconds limit) {
-  constexpr long long longest = 0x7FFFFFFF;
-  const auto wait = std::clamp<long long>(limit.count(), 0, longest);
-  return WaitForSingleObject(g_asked, static_cast<DWORD>(wait)) == WAIT_OBJECT_0;
+StopSignal::StopSignal() {
+  for (HANDLE& semaphore : g_requests) {
+    semaphore = CreateSemaphoreW(nullptr, 0, LONG_MAX, nullptr);
+    if (semaphore == nullptr) Fail(GetLastError());
+  }
+  if (SetConsoleCtrlHandler(&OnConsoleEvent, TRUE) == 0) Fail(GetLastError());
+}
+
+std::optional<StopRequest> StopSignal::WaitFor(std::chrono::milliseconds limit) {
+  const auto wait = std::clamp<long long>(limit.count(), 0, INT_MAX);
+  const DWORD which =
+      WaitForMultipleObjects(kRequests, g_requests, FALSE, static_cast<DWORD>(wait));
+  if (which >= WAIT_OBJECT_0 + kRequests) return std::nullopt;
+  return static_cast<StopRequest>(which - WAIT_OBJECT_0);
 }
 
 void SuppressErrorDialogs() {

@@ -1,14 +1,142 @@
 #include "reference/os/Terminal.h"
 
+#include <fcntl.h>
+#include <io.h>
+
+#include <algorithm>
+#include <cstdio>
+#include <system_error>
+
 #include "sdk/os/os.h"
 
 #ifndef ENABLE_VIRTUAL_TERMINAL_PROCESSING
 #define ENABLE_VIRTUAL_TERMINAL_PROCESSING 0x0004
 #endif
 
-bool StandardOutputIsTerminal() {
-  const HANDLE output = GetStdHandle(STD_OUTPUT_HANDLE);
+namespace {
+
+constexpr int kInput = 0;
+constexpr int kOutput = 1;
+constexpr int kError = 2;
+
+[[noreturn]] void Refuse(const char* what) {
+  throw std::system_error(static_cast<int>(GetLastError()), std::system_category(), what);
+}
+
+HANDLE HandleOf(SystemFile file) {
+  return reinterpret_cast<HANDLE>(file);
+}
+
+/// A process without a console has -2 here for a stream that leads nowhere.
+bool IsOpen(int descriptor) {
+  const intptr_t handle = _get_osfhandle(descriptor);
+  return handle != -1 && handle != -2;
+}
+
+/// Opens the null device as `descriptor` if that is closed. True when it was.
+bool OpenIfClosed(int descriptor) {
+  if (IsOpen(descriptor)) return false;
+  const int null = _open("NUL", _O_RDWR);
+  if (null < 0) Refuse("the null device cannot be opened");
+  if (null != descriptor) {
+    const int result = _dup2(null, descriptor);
+    _close(null);
+    if (result != 0) Refuse("a standard descriptor cannot be opened");
+  }
+  return true;
+}
+
+/// Makes the system's standard handle follow the C runtime's descriptor.
+void SetStandardHandle(DWORD which, int descriptor) {
+  SetStdHandle(which, HandleOf(_get_osfhandle(descriptor)));
+}
+
+bool TurnSequencesOn(HANDLE file) {
   DWORD mode = 0;
-  if (GetConsoleMode(output, &mode) == 0) return false;
-  return SetConsoleMode(output, mode | ENABLE_VIRTUAL_TERMINAL_PROCESSING) != 0;
+  if (GetConsoleMode(file, &mode) == 0) return false;
+  return SetConsoleMode(file, mode | ENABLE_VIRTUAL_TERMINAL_PROCESSING) != 0;
+}
+
+/// The console takes UTF-16 whatever its code page is; the error of the system, or 0.
+DWORD WriteToConsole(HANDLE console, std::string_view text) {
+  const int size = static_cast<int>(text.size());
+  std::wstring wide(text.size(), L'\0');  // never longer than in UTF-8
+  wide.resize(
+      static_cast<std::size_t>(MultiByteToWideChar(CP_UTF8, 0, text.data(), size, &wide[0], size)));
+  constexpr std::size_t most = 8192;  // older consoles refuse more at once
+  for (std::size_t at = 0; at < wide.size();) {
+    DWORD written = 0;
+    const auto count = static_cast<DWORD>(std::min(most, wide.size() - at));
+    if (WriteConsoleW(console, &wide[at], count, &written, nullptr) == 0) return GetLastError();
+    at += written;
+  }
+  return 0;
+}
+
+DWORD WriteToFile(HANDLE file, std::string_view text) {
+  while (!text.empty()) {
+    constexpr std::size_t most = 1U << 30U;
+    const auto count = static_cast<DWORD>(std::min(most, text.size()));
+    DWORD written = 0;
+    if (WriteFile(file, text.data(), count, &written, nullptr) == 0) return GetLastError();
+    text.remove_prefix(written);
+  }
+  return 0;
+}
+
+}  // namespace
+
+OwnOutput::OwnOutput() {
+  OpenIfClosed(kInput);
+  const bool wasClosed = OpenIfClosed(kOutput);
+  OpenIfClosed(kError);
+  if (wasClosed) {
+    Fail(ERROR_INVALID_HANDLE);
+  } else {
+    HANDLE own = nullptr;
+    const HANDLE process = GetCurrentProcess();
+    const HANDLE output = HandleOf(_get_osfhandle(kOutput));
+    if (DuplicateHandle(process, output, process, &own, 0, FALSE, DUPLICATE_SAME_ACCESS) == 0) {
+      Refuse("standard output cannot be duplicated");
+    }
+    m_file = reinterpret_cast<SystemFile>(own);
+    m_isTerminal = TurnSequencesOn(own);
+  }
+  if (_dup2(kError, kOutput) != 0) Refuse("standard output cannot be redirected");
+  SetStandardHandle(STD_INPUT_HANDLE, kInput);
+  SetStandardHandle(STD_OUTPUT_HANDLE, kOutput);
+  SetStandardHandle(STD_ERROR_HANDLE, kError);
+}
+
+OwnOutput::~OwnOutput() {
+  if (m_file != kNoFile) CloseHandle(HandleOf(m_file));
+}
+
+bool OwnOutput::Write(std::string_view text) {
+  const std::lock_guard<std::mutex> lock(m_mutex);
+  return !m_failed && WriteAll(text);
+}
+
+bool OwnOutput::WriteAll(std::string_view text) {
+  const HANDLE file = HandleOf(m_file);
+  const DWORD error = m_isTerminal ? WriteToConsole(file, text) : WriteToFile(file, text);
+  if (error != 0) Fail(static_cast<int>(error));
+  return error == 0;
+}
+
+void OwnOutput::Fail(int code) {
+  m_error = std::system_category().message(code);
+  m_failed = true;
+}
+
+int OwnOutput::Columns() const {
+  constexpr int unknown = 80;
+  CONSOLE_SCREEN_BUFFER_INFO console = {};
+  if (GetConsoleScreenBufferInfo(HandleOf(m_file), &console) == 0) return unknown;
+  const int width = console.srWindow.Right - console.srWindow.Left + 1;
+  return width > 0 ? width : unknown;
+}
+
+bool StandardOutputIsTerminal() {
+  return TurnSequencesOn(GetStdHandle(STD_OUTPUT_HANDLE));
 }

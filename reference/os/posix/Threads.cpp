@@ -1,0 +1,72 @@
+#include "reference/os/Threads.h"
+
+#include <pthread.h>
+#include <signal.h>  // NOLINT(modernize-deprecated-headers): the system's own, not C's
+#include <sys/mman.h>
+#include <unistd.h>
+
+#include "reference/os/posix/AlternateStack.h"
+
+namespace {
+
+/// One thread's alternate signal stack. The one before it, which a sanitizer may have set, is
+/// restored at the end.
+class AlternateStack {
+ public:
+  AlternateStack() {
+    // The page at the low end stays without access: the alternate stack can overflow as well.
+    void* memory = mmap(nullptr, kGuard + kSize, PROT_NONE, MAP_PRIVATE | MAP_ANONYMOUS, -1, 0);
+    if (memory == MAP_FAILED) return;
+    m_memory = static_cast<char*>(memory);
+    stack_t stack = {};
+    stack.ss_sp = m_memory + kGuard;
+    stack.ss_size = kSize;
+    if (mprotect(stack.ss_sp, kSize, PROT_READ | PROT_WRITE) != 0) return;
+    m_used = sigaltstack(&stack, &m_before) == 0;
+  }
+  ~AlternateStack() {
+    if (m_used) sigaltstack(&m_before, nullptr);
+    if (m_memory != nullptr) munmap(m_memory, kGuard + kSize);
+  }
+  AlternateStack(const AlternateStack&) = delete;
+  AlternateStack& operator=(const AlternateStack&) = delete;
+
+ private:
+  static constexpr std::size_t kGuard = 64 * 1024;  // a multiple of every page size
+  static constexpr std::size_t kSize = 256 * 1024;  // reading debug information needs most of it
+
+  char* m_memory = nullptr;
+  bool m_used = false;
+  stack_t m_before = {};
+};
+
+/// The length of the longest begin of `text` with at most `limit` bytes that ends between
+/// characters.
+std::size_t CutLength(const std::string& text, std::size_t limit) {
+  if (text.size() <= limit) return text.size();
+  std::size_t length = limit;
+  while (length > 0 && (static_cast<unsigned char>(text[length]) & 0xC0U) == 0x80U) --length;
+  return length;
+}
+
+}  // namespace
+
+void UseAlternateStack() {
+  thread_local const AlternateStack stack;
+}
+
+void PrepareWorkerThread() {
+  sigset_t none;
+  sigemptyset(&none);
+  pthread_sigmask(SIG_SETMASK, &none, nullptr);
+  UseAlternateStack();
+}
+
+void NameThread(const std::string& name) {
+  constexpr std::size_t longest = 15;
+  pthread_setname_np(pthread_self(), name.substr(0, CutLength(name, longest)).c_str());
+}
+
+std::uint64_t ThreadNumber() {
+  return static_cast<std::uint64_t>(gettid());
+}
