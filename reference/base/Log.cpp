@@ -1,11 +1,11 @@
 #include "reference/base/Log.h"
 
-#include <spdlog/logger.h>
 #include <spdlog/pattern_formatter.h>
-#include <spdlog/sinks/rotating_file_sink.h>
 #include <spdlog/sinks/stdout_sinks.h>
 
+#include <atomic>
 #include <cstdarg>
+#include <cstdint>
 #include <cstdio>
 #include <memory>
 #include <mutex>
@@ -13,18 +13,19 @@
 #include <stdexcept>
 #include <utility>
 
+#include "reference/base/LogFile.h"
+#include "reference/base/LogLine.h"
 #include "reference/os/LoaderLog.h"
 #include "sdk/base/log.h"
 
 namespace {
 
-constexpr char kPattern[] = "%Y-%m-%d %H:%M:%S.%e %v";
-
-/// Where lines go. Both loggers write whole lines by themselves.
+/// Where lines go.
 struct Sinks {
   int consoleLevel = 0;
-  std::shared_ptr<spdlog::logger> console;
-  std::shared_ptr<spdlog::logger> file;
+  spdlog::sink_ptr console;  // null: nowhere
+  int fileLevel = 0;
+  spdlog::sink_ptr file;  // null: nowhere
 };
 
 /// The log's whole state. Never destroyed: threads may log while the process ends.
@@ -32,29 +33,29 @@ struct LogState {
   std::mutex sinksMutex;
   std::shared_ptr<const Sinks> sinks;  // guarded by sinksMutex
 
+  std::atomic<std::uint64_t> lostLines{0};
+
   std::shared_mutex observerMutex;
   LogObserver observer;  // guarded by observerMutex
 };
 
-std::shared_ptr<spdlog::logger> MakeLogger(const char* name, spdlog::sink_ptr sink) {
-  auto logger = std::make_shared<spdlog::logger>(name, std::move(sink));
-  logger->set_formatter(std::make_unique<spdlog::pattern_formatter>(
-      kPattern, spdlog::pattern_time_type::local, "\n"));  // the same bytes on every system
-  logger->set_level(spdlog::level::trace);
-  logger->flush_on(spdlog::level::trace);
-  logger->set_error_handler([](const std::string&) {});  // a line that cannot be written is lost
-  return logger;
+spdlog::sink_ptr WithOurForm(spdlog::sink_ptr sink) {
+  sink->set_formatter(std::make_unique<spdlog::pattern_formatter>(
+      "%Y-%m-%d %H:%M:%S.%e%z %v", spdlog::pattern_time_type::local,
+      "\n"));  // the same bytes on every system
+  return sink;
 }
 
-std::shared_ptr<const Sinks> MakeSinks(const LogConfig& config) {
+std::shared_ptr<const Sinks> MakeSinks(const LogConfig& config,
+                                       std::atomic<std::uint64_t>& lostLines) {
   auto sinks = std::make_shared<Sinks>();
   sinks->consoleLevel = config.consoleLevel;
+  sinks->fileLevel = config.fileLevel;
   if (config.consoleLevel > 0) {
-    sinks->console = MakeLogger("console", std::make_shared<spdlog::sinks::stderr_sink_mt>());
+    sinks->console = WithOurForm(std::make_shared<spdlog::sinks::stderr_sink_mt>());
   }
   if (!config.file.empty()) {
-    sinks->file = MakeLogger("file", std::make_shared<spdlog::sinks::rotating_file_sink_mt>(
-                                         config.file, config.maxFileBytes, config.maxFiles));
+    sinks->file = WithOurForm(std::make_shared<LogFile>(config, lostLines));
   }
   return sinks;
 }
@@ -62,7 +63,7 @@ std::shared_ptr<const Sinks> MakeSinks(const LogConfig& config) {
 LogState& TheLog() {
   static LogState& log = *[] {
     auto* state = new LogState;
-    state->sinks = MakeSinks(LogConfig());
+    state->sinks = MakeSinks(LogConfig(), state->lostLines);
     return state;
   }();
   return log;
@@ -84,24 +85,6 @@ LogState& TheLog() {
   return text;
 }
 
-/// Control bytes as \xNN, so that a name from a file cannot forge a line.
-std::string Escaped(const std::string& text) {
-  constexpr char digits[] = "0123456789abcdef";
-  std::string escaped;
-  escaped.reserve(text.size());
-  for (const char c : text) {
-    const auto byte = static_cast<unsigned char>(c);
-    if (byte >= 0x20 && byte != 0x7f) {
-      escaped += c;
-      continue;
-    }
-    escaped += "\\x";
-    escaped += digits[byte >> 4U];
-    escaped += digits[byte & 0xFU];
-  }
-  return escaped;
-}
-
 void Write(int level, const std::string& module, const std::string& text) {
   LogState& log = TheLog();
   std::shared_ptr<const Sinks> sinks;
@@ -110,12 +93,22 @@ void Write(int level, const std::string& module, const std::string& text) {
     sinks = log.sinks;
   }
   const bool toConsole = sinks->console && level >= sinks->consoleLevel;
-  if (toConsole || sinks->file) {
-    const std::string line =
-        "[" + std::to_string(level) + "] [" + Escaped(module) + "] " + Escaped(text);
-    if (toConsole) sinks->console->log(spdlog::level::info, spdlog::string_view_t(line));
-    if (sinks->file) sinks->file->log(spdlog::level::info, spdlog::string_view_t(line));
+  const bool toFile = sinks->file && level >= sinks->fileLevel;
+  if (!toConsole && !toFile) return;
+  bool isInFileOrCounted = !toFile;
+  try {
+    const std::string line = LogLine(level, module, text);
+    const spdlog::details::log_msg message({}, spdlog::level::info, line);
+    if (toFile) sinks->file->log(message);
+    isInFileOrCounted = true;
+    if (toConsole) sinks->console->log(message);
+  } catch (const std::exception&) {  // no memory, or a console that is gone: observers come next
+    if (!isInFileOrCounted) ++log.lostLines;
   }
+}
+
+void Observe(int level, const std::string& module, const std::string& text) {
+  LogState& log = TheLog();
   const std::shared_lock<std::shared_mutex> lock(log.observerMutex);
   if (log.observer) log.observer(level, module, text);
 }
@@ -135,7 +128,10 @@ void IKPXFormatLog(int level, const char* module, const char* format, ...) noexc
   std::va_list arguments;
   va_start(arguments, format);
   try {
-    Write(level, module, Format(format, arguments));
+    const std::string moduleText = module;
+    const std::string text = Format(format, arguments);
+    Write(level, moduleText, text);
+    Observe(level, moduleText, text);
   } catch (...) {
     // Nowhere to say it: the line is lost.
   }
@@ -143,15 +139,19 @@ void IKPXFormatLog(int level, const char* module, const char* format, ...) noexc
 }
 
 void ConfigureLog(const LogConfig& config) {
+  LogState& log = TheLog();
   std::shared_ptr<const Sinks> sinks;
   try {
-    sinks = MakeSinks(config);
-  } catch (const spdlog::spdlog_ex& error) {
+    sinks = MakeSinks(config, log.lostLines);
+  } catch (const std::exception& error) {
     throw std::runtime_error("the log cannot be written to " + config.file + ": " + error.what());
   }
-  LogState& log = TheLog();
   const std::lock_guard<std::mutex> lock(log.sinksMutex);
   log.sinks = std::move(sinks);
+}
+
+std::uint64_t LostLogLines() {
+  return TheLog().lostLines;
 }
 
 void SetLogObserver(LogObserver observer) {

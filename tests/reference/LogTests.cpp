@@ -3,14 +3,14 @@
 #include <gmock/gmock.h>
 
 #include <algorithm>
-#include <sstream>
 #include <stdexcept>
 #include <string>
 #include <thread>
 #include <vector>
 
 #include "sdk/base/log.h"
-#include "tests/support/TemporaryFolder.h"
+#include "tests/reference/LogTest.h"
+#include "tests/reference/ThreadNumber.h"
 
 namespace {
 
@@ -19,57 +19,21 @@ using testing::AnyOf;
 using testing::ElementsAre;
 using testing::HasSubstr;
 
-std::vector<std::string> Lines(const std::string& content) {
-  std::vector<std::string> lines;
-  std::istringstream stream(content);
-  for (std::string line; std::getline(stream, line);) lines.push_back(line);
-  return lines;
-}
-
-bool g_wasConfigured = false;
-
-class Log : public testing::Test {
- protected:
-  Log() {
-    g_wasConfigured = true;
-    ConfigureLog({0, m_folder / "log.txt"});
-  }
-  ~Log() override {
-    ConfigureLog({0, ""});
-    SetLogObserver({});
-  }
-
-  /// The lines of the file without their times, which all have the form that they must have.
-  std::vector<std::string> Logged(const std::string& name = "log.txt") const {
-    constexpr std::size_t timeLength = 24;
-    std::vector<std::string> lines = Lines(m_folder.Read(name));
-    for (std::string& line : lines) {
-      std::string time = line.substr(0, timeLength);
-      std::replace_if(
-          time.begin(), time.end(), [](char c) { return c >= '0' && c <= '9'; }, '0');
-      EXPECT_EQ("0000-00-00 00:00:00.000 ", time);
-      line.erase(0, timeLength);
-    }
-    return lines;
-  }
-
-  TemporaryFolder m_folder;
-};
-
-TEST_F(Log, LineHasTimeLevelModuleAndTextAndIsThereAtOnce) {
+TEST_F(Log, LineHasTimeLevelThreadModuleAndTextAndIsThereAtOnce) {
   IKPXFormatLog(3, "base.test", "%s has %d", "one", 1);
-  EXPECT_THAT(Logged(), ElementsAre("[3] [base.test] one has 1"));
+  EXPECT_THAT(Logged(), ElementsAre("[3] [T] [base.test] one has 1"));
   EXPECT_EQ('\n', m_folder.Read("log.txt").back());
 }
 
 TEST_F(Log, LinesOfEveryLevelGoToTheFile) {
   for (const int level : {0, 3, 6, 12}) IKPXFormatLog(level, "m", "t");
-  EXPECT_THAT(Logged(), ElementsAre("[0] [m] t", "[3] [m] t", "[6] [m] t", "[12] [m] t"));
+  EXPECT_THAT(Logged(),
+              ElementsAre("[0] [T] [m] t", "[3] [T] [m] t", "[6] [T] [m] t", "[12] [T] [m] t"));
 }
 
 TEST_F(Log, ControlBytesAreWrittenAsTheirNumbersAndNothingElseIs) {
   IKPXFormatLog(3, "m\n", "a\nb\r\tc\x01\x1f\x7f\xc3\xa9\xff\\x0a %%v {} [");
-  EXPECT_THAT(Logged(), ElementsAre("[3] [m\\x0a] a\\x0ab\\x0d\\x09c\\x01\\x1f\\x7f\xc3\xa9\xff"
+  EXPECT_THAT(Logged(), ElementsAre("[3] [T] [m\\x0a] a\\x0ab\\x0d\\x09c\\x01\\x1f\\x7f\xc3\xa9\xff"
                                     "\\x0a %v {} ["));
 }
 
@@ -78,24 +42,26 @@ TEST_F(Log, MessageOfSeveralMegabytesIsWhole) {
   IKPXFormatLog(3, "m", "<%s>", text.c_str());
   const std::vector<std::string> lines = Logged();
   ASSERT_EQ(1U, lines.size());
-  EXPECT_TRUE(lines[0] == "[3] [m] <" + text + ">");
+  EXPECT_TRUE(lines[0] == "[3] [T] [m] <" + text + ">");
 }
 
 TEST_F(Log, LinesOfManyThreadsStayWhole) {
   constexpr int kThreads = 8;
   constexpr int kLines = 200;
-  std::vector<std::string> expected;
+  std::vector<std::vector<std::string>> expectedOf(kThreads);
   std::vector<std::thread> threads;
   for (int i = 0; i < kThreads; ++i) {
-    const std::string text(3000, static_cast<char>('a' + i));
-    for (int k = 0; k < kLines; ++k) {
-      expected.push_back("[3] [m] " + text + " " + std::to_string(k));
-    }
-    threads.emplace_back([text] {
-      for (int k = 0; k < kLines; ++k) IKPXFormatLog(3, "m", "%s %d", text.c_str(), k);
+    threads.emplace_back([i, &mine = expectedOf[static_cast<std::size_t>(i)]] {
+      const std::string text(3000, static_cast<char>('a' + i));
+      for (int k = 0; k < kLines; ++k) {
+        IKPXFormatLog(3, "m", "%s %d", text.c_str(), k);
+        mine.push_back("[3] [" + ThreadNumber() + "] [m] " + text + " " + std::to_string(k));
+      }
     });
   }
   for (std::thread& thread : threads) thread.join();
+  std::vector<std::string> expected;
+  for (const auto& mine : expectedOf) expected.insert(expected.end(), mine.begin(), mine.end());
   std::vector<std::string> lines = Logged();
   std::sort(lines.begin(), lines.end());
   std::sort(expected.begin(), expected.end());
@@ -106,8 +72,33 @@ TEST_F(Log, ExistingFileIsAppendedTo) {
   const std::string path = m_folder.Write("old.txt", "old\n");
   ConfigureLog({0, path});
   IKPXFormatLog(3, "m", "new");
-  const std::vector<std::string> lines = Lines(m_folder.Read("old.txt"));
-  EXPECT_THAT(lines, ElementsAre("old", HasSubstr(" [3] [m] new")));
+  std::vector<std::string> lines = Lines(m_folder.Read("old.txt"));
+  ASSERT_EQ("old", lines[0]);
+  lines.erase(lines.begin());
+  EXPECT_THAT(Bare(lines), ElementsAre("[3] [T] [m] new"));
+}
+
+TEST_F(Log, LastLineOfTheFileThatHasNoEndGetsOne) {
+  const std::string path = m_folder.Write("old.txt", "cut of");
+  ConfigureLog({0, path});
+  IKPXFormatLog(3, "m", "new");
+  EXPECT_THAT(Lines(m_folder.Read("old.txt")), ElementsAre("cut of", HasSubstr("] [m] new")));
+}
+
+TEST_F(Log, FileTakesLinesFromItsLevelUp) {
+  LogConfig config;
+  config.consoleLevel = 0;
+  config.file = m_folder / "some.txt";
+  config.fileLevel = 5;
+  ConfigureLog(config);
+  for (const int level : {0, 4, 5, 6}) IKPXFormatLog(level, "m", "t");
+  EXPECT_THAT(Logged("some.txt"), ElementsAre("[5] [T] [m] t", "[6] [T] [m] t"));
+}
+
+TEST_F(Log, FolderOfTheFileIsMade) {
+  ConfigureLog({0, m_folder / "new/folder/log.txt"});
+  IKPXFormatLog(3, "m", "t");
+  EXPECT_THAT(Logged("new/folder/log.txt"), ElementsAre("[3] [T] [m] t"));
 }
 
 TEST_F(Log, FullFileIsPutAsideAndTheOldestIsLost) {
@@ -116,9 +107,36 @@ TEST_F(Log, FullFileIsPutAsideAndTheOldestIsLost) {
     IKPXFormatLog(3, "m", "%s %s", text, std::string(60, 'x').c_str());
   }
   const std::string end = " " + std::string(60, 'x');
-  EXPECT_THAT(Logged("full.txt"), ElementsAre("[3] [m] fourth" + end));
-  EXPECT_THAT(Logged("full.1.txt"), ElementsAre("[3] [m] third" + end));
-  EXPECT_THAT(Logged("full.2.txt"), ElementsAre("[3] [m] second" + end));
+  EXPECT_THAT(Logged("full.txt"), ElementsAre("[3] [T] [m] fourth" + end));
+  EXPECT_THAT(Logged("full.1.txt"), ElementsAre("[3] [T] [m] third" + end));
+  EXPECT_THAT(Logged("full.2.txt"), ElementsAre("[3] [T] [m] second" + end));
+  EXPECT_FALSE(std::filesystem::exists(m_folder / "full.3.txt"));
+}
+
+TEST_F(Log, LineLongerThanAFileGetsOneOfItsOwn) {
+  ConfigureLog({0, m_folder / "full.txt", 10, 2});
+  for (const char* text : {"first", "second"}) IKPXFormatLog(3, "m", "%s", text);
+  EXPECT_THAT(Logged("full.txt"), ElementsAre("[3] [T] [m] second"));
+  EXPECT_THAT(Logged("full.1.txt"), ElementsAre("[3] [T] [m] first"));
+  EXPECT_FALSE(std::filesystem::exists(m_folder / "full.2.txt"));
+}
+
+TEST_F(Log, FileThatWasFullBeforeIsPutAsideAtTheFirstLine) {
+  const std::string path = m_folder.Write("full.txt", std::string(99, 'x') + "\n");
+  ConfigureLog({0, path, 100, 2});
+  IKPXFormatLog(3, "m", "new");
+  EXPECT_THAT(Logged("full.txt"), ElementsAre("[3] [T] [m] new"));
+  EXPECT_EQ(std::string(99, 'x') + "\n", m_folder.Read("full.1.txt"));
+}
+
+TEST_F(Log, GapAmongTheFilesPutAsideIsFilledBeforeOneIsLost) {
+  // What an attempt leaves behind that was refused at the file itself.
+  m_folder.Write("full.2.txt", "older\n");
+  m_folder.Write("full.3.txt", "oldest\n");
+  ConfigureLog({0, m_folder / "full.txt", 10, 2});
+  for (const char* text : {"first", "second"}) IKPXFormatLog(3, "m", "%s", text);
+  EXPECT_THAT(Logged("full.1.txt"), ElementsAre("[3] [T] [m] first"));
+  EXPECT_EQ("older\n", m_folder.Read("full.2.txt"));
   EXPECT_FALSE(std::filesystem::exists(m_folder / "full.3.txt"));
 }
 
@@ -133,7 +151,7 @@ TEST_F(Log, FileThatCannotBeWrittenIsNamedWithTheReasonAndTheLogGoesOn) {
                       AnyOf(HasSubstr("Not a directory"), HasSubstr("No such file or directory"))));
   }
   IKPXFormatLog(3, "m", "on");
-  EXPECT_THAT(Logged(), ElementsAre("[3] [m] on"));
+  EXPECT_THAT(Logged(), ElementsAre("[3] [T] [m] on"));
 }
 
 TEST_F(Log, ConsoleTakesLinesFromItsLevelUp) {
@@ -142,8 +160,8 @@ TEST_F(Log, ConsoleTakesLinesFromItsLevelUp) {
   IKPXFormatLog(4, "m", "low");
   IKPXFormatLog(5, "m", "at");
   IKPXFormatLog(6, "m", "above");
-  const std::vector<std::string> lines = Lines(testing::internal::GetCapturedStderr());
-  EXPECT_THAT(lines, ElementsAre(HasSubstr(" [5] [m] at"), HasSubstr(" [6] [m] above")));
+  EXPECT_THAT(Bare(Lines(testing::internal::GetCapturedStderr())),
+              ElementsAre("[5] [T] [m] at", "[6] [T] [m] above"));
 }
 
 TEST_F(Log, SwitchedOffConsoleIsSilent) {
@@ -167,16 +185,16 @@ TEST_F(Log, ObserverThatThrowsLosesNoLineOfTheFile) {
   SetLogObserver(
       [](int, const std::string&, const std::string&) { throw std::runtime_error("not my day"); });
   IKPXFormatLog(3, "m", "text");
-  EXPECT_THAT(Logged(), ElementsAre("[3] [m] text"));
+  EXPECT_THAT(Logged(), ElementsAre("[3] [T] [m] text"));
 }
 
 TEST(LogBeforeConfiguration, ConsoleTakesLinesFromTheToleratedFailureUp) {
-  if (g_wasConfigured) ConfigureLog(LogConfig());  // another test of this process came first
+  if (g_logWasConfigured) ConfigureLog(LogConfig());  // another test of this process came first
   testing::internal::CaptureStderr();
   IKPXFormatLog(3, "m", "progress");
   IKPXFormatLog(4, "m", "tolerated");
-  const std::vector<std::string> lines = Lines(testing::internal::GetCapturedStderr());
-  EXPECT_THAT(lines, ElementsAre(HasSubstr(" [4] [m] tolerated")));
+  EXPECT_THAT(Bare(Lines(testing::internal::GetCapturedStderr())),
+              ElementsAre("[4] [T] [m] tolerated"));
 }
 
 }  // namespace

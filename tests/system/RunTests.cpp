@@ -243,9 +243,10 @@ TEST(Log, HasOneLineForEachCallInItsFixedForm) {
   const std::string file = LocalFromPath(site.Path("hub.log"));
   ASSERT_EQ(0, RunHub("model --bin " + site.Bin() + " --log \"" + file + "\"").status);
   std::istringstream lines(site.Read("hub.log"));
-  const std::regex form(R"(\d{4}-\d\d-\d\d \d\d:\d\d:\d\d\.\d{3} \[[3-6]\] \[[A-Za-z.]+\] .*)");
+  const std::regex form(
+      R"(\d{4}-\d\d-\d\d \d\d:\d\d:\d\d\.\d{3}[+-]\d\d:\d\d \[[3-6]\] \[\d+\] \[[A-Za-z.]+\] .*)");
   const std::regex frame(
-      R"(.* \[\d\] \[platform\.PluginFrame\] \[(PluginFrame|TevModelParse)::[A-Za-z_:~]+\].*)"
+      R"(.* \[\d\] \[\d+\] \[platform\.PluginFrame\] \[(PluginFrame|TevModelParse)::[A-Za-z_:~]+\].*)"
       R"(\[\.\.\\\.\.\\src\\(PluginFrame|private)\\[A-Za-z]+\.cpp\(\d+\)\])");
   int count = 0;
   for (std::string line; std::getline(lines, line); ++count) {

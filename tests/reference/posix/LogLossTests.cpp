@@ -1,0 +1,102 @@
+// Log lines that the system does not take.
+
+#include <gmock/gmock.h>
+#include <sys/resource.h>
+
+#include <csignal>
+#include <filesystem>
+#include <string>
+#include <vector>
+
+#include "sdk/base/log.h"
+#include "tests/reference/LogTest.h"
+
+namespace {
+
+using testing::ElementsAre;
+
+/// Lets no file of the process grow beyond `bytes`, as a full disk would.
+class FileSizeLimit {
+ public:
+  explicit FileSizeLimit(std::size_t bytes) {
+    m_handlerBefore = std::signal(SIGXFSZ, SIG_IGN);
+    getrlimit(RLIMIT_FSIZE, &m_before);
+    rlimit limit = m_before;
+    limit.rlim_cur = bytes;
+    setrlimit(RLIMIT_FSIZE, &limit);
+  }
+  ~FileSizeLimit() {
+    setrlimit(RLIMIT_FSIZE, &m_before);
+    std::signal(SIGXFSZ, m_handlerBefore);
+  }
+  FileSizeLimit(const FileSizeLimit&) = delete;
+  FileSizeLimit& operator=(const FileSizeLimit&) = delete;
+
+ private:
+  rlimit m_before = {};
+  void (*m_handlerBefore)(int) = nullptr;
+};
+
+using LogLoss = Log;
+
+TEST_F(LogLoss, FullDeviceLosesLinesOfTheFileOnlyAndCountsThem) {
+  std::vector<std::string> seen;
+  SetLogObserver([&](int, const std::string&, const std::string& text) { seen.push_back(text); });
+  ConfigureLog({0, "/dev/full", 10, 1});
+  const std::uint64_t before = LostLogLines();
+  for (const char* text : {"a", "b", "c"}) IKPXFormatLog(3, "m", "%s", text);
+  EXPECT_EQ(3U, LostLogLines() - before);
+  EXPECT_THAT(seen, ElementsAre("a", "b", "c"));
+  EXPECT_TRUE(std::filesystem::is_character_file("/dev/full"));
+}
+
+TEST_F(LogLoss, LinesThatAreMissingAreToldWhereTheyAreMissing) {
+  const std::uint64_t before = LostLogLines();
+  IKPXFormatLog(3, "m", "before");
+  {
+    const FileSizeLimit limit(std::filesystem::file_size(m_folder / "log.txt"));
+    IKPXFormatLog(3, "m", "lost");
+    IKPXFormatLog(3, "m", "lost too");
+  }
+  IKPXFormatLog(3, "m", "after");
+  IKPXFormatLog(3, "m", "later");
+  EXPECT_THAT(Logged(), ElementsAre("[3] [T] [m] before",
+                                    "[4] [T] [base.log] log lines lost here: 2 (File too large)",
+                                    "[3] [T] [m] after", "[3] [T] [m] later"));
+  EXPECT_EQ(2U, LostLogLines() - before);
+}
+
+TEST_F(LogLoss, LineWrittenInPartEndsBeforeTheNextOne) {
+  IKPXFormatLog(3, "m", "before");
+  {
+    const FileSizeLimit limit(std::filesystem::file_size(m_folder / "log.txt") + 10);
+    IKPXFormatLog(3, "m", "cut");
+    IKPXFormatLog(3, "m", "lost");
+  }
+  IKPXFormatLog(3, "m", "after");
+  std::vector<std::string> lines = Lines(m_folder.Read("log.txt"));
+  ASSERT_EQ(4U, lines.size());
+  EXPECT_EQ(10U, lines[1].size());
+  lines.erase(lines.begin() + 1);
+  EXPECT_THAT(Bare(lines), ElementsAre("[3] [T] [m] before",
+                                       "[4] [T] [base.log] log lines lost here: 2 (File too large)",
+                                       "[3] [T] [m] after"));
+}
+
+TEST_F(LogLoss, FileThatCannotBeOpenedAnewIsTriedAtEachLine) {
+  ConfigureLog({0, m_folder / "sub/log.txt", 10, 1});
+  IKPXFormatLog(3, "m", "before");
+  std::filesystem::remove_all(m_folder / "sub");
+  m_folder.Write("sub", "in the way");
+  const std::uint64_t before = LostLogLines();
+  IKPXFormatLog(3, "m", "lost");
+  IKPXFormatLog(3, "m", "lost too");
+  EXPECT_EQ(2U, LostLogLines() - before);
+  std::filesystem::remove(m_folder / "sub");
+  IKPXFormatLog(3, "m", "after");
+  EXPECT_THAT(Logged("sub/log.txt"),
+              ElementsAre("[4] [T] [base.log] log lines lost here: 2 (Not a directory)",
+                          "[3] [T] [m] after"));
+}
+
+}  // namespace
