@@ -2,13 +2,16 @@
 
 #include <gtest/gtest.h>
 
+#include <chrono>
 #include <functional>
 #include <memory>
 #include <mutex>
 #include <string>
+#include <thread>
 #include <utility>
 
 #include "reference/base/Log.h"
+#include "reference/base/ThreadPools.h"
 #include "sdk/base/thread.h"
 
 constexpr char kPool[] = "pool";
@@ -40,13 +43,26 @@ class Course {
   std::string m_events;  // guarded by m_mutex
 };
 
+/// False when tasks are left after a while.
+inline bool EverythingIsDone() {
+  const auto end = std::chrono::steady_clock::now() + std::chrono::seconds(20);
+  while (UnfinishedTasks() != 0) {
+    if (std::chrono::steady_clock::now() > end) return false;
+    std::this_thread::yield();
+  }
+  return true;
+}
+
 /// The thread manager with one pool, gone with the test.
 class ThreadPool : public testing::Test {
  protected:
   ThreadPool() { ConfigureLog({0, ""}); }
   ~ThreadPool() override {
     SetLogObserver({});
-    m_manager.ReleaseThread(kPool, true);
+    SetTaskObserver({});
+    LimitPoolThreads(0);
+    while (m_manager.ReleaseThread(kPool, true)) {
+    }
   }
 
   bool Grant(int least, int most, int reserved = 0) {

@@ -3,7 +3,7 @@
 #include <gmock/gmock.h>
 
 #include <atomic>
-#include <chrono>
+#include <cstdlib>
 #include <functional>
 #include <memory>
 #include <mutex>
@@ -23,15 +23,6 @@ namespace {
 
 using testing::ElementsAre;
 using testing::HasSubstr;
-
-bool EverythingIsDone() {
-  const auto end = std::chrono::steady_clock::now() + std::chrono::seconds(20);
-  while (UnfinishedTasks() != 0) {
-    if (std::chrono::steady_clock::now() > end) return false;
-    std::this_thread::yield();
-  }
-  return true;
-}
 
 TEST_F(ThreadPool, NoTaskIsLostWhenThePoolIsReleasedFirst) {
   Gate open;
@@ -139,6 +130,78 @@ TEST_F(ThreadPool, NameThatIsAlreadyGrantedGetsTheHigherBound) {
   for (int i = 0; i < 2; ++i) Post([&] { met += together.ArriveAndWait() ? 1 : 0; });
   Release(true);
   EXPECT_EQ(2, met);
+}
+
+TEST_F(ThreadPool, HigherBoundLetsATaskThatWaitsBegin) {
+  Gate ran;
+  std::atomic<bool> met{false};
+  ASSERT_TRUE(Grant(1, 1));
+  Post([&] { met = ran.Wait(); });
+  Post([&] { ran.Arrive(); });
+  ASSERT_TRUE(Grant(1, 2));
+  Release(true);
+  EXPECT_TRUE(met);
+}
+
+TEST_F(ThreadPool, FewerReservedThreadsLetTasksThatWaitBegin) {
+  Gate together(3);
+  std::atomic<int> met{0};
+  ASSERT_TRUE(Grant(3, 3, 2));
+  for (int i = 0; i < 3; ++i) Post([&] { met += together.ArriveAndWait() ? 1 : 0; });
+  ASSERT_TRUE(Grant(3, 3, 0));
+  Release(true);
+  EXPECT_EQ(3, met);
+}
+
+TEST_F(ThreadPool, LimitBoundsThePoolsThatAreGrantedLater) {
+  LimitPoolThreads(2);
+  std::atomic<int> running{0};
+  std::atomic<bool> exceeded{false};
+  Gate together(2);
+  std::atomic<int> met{0};
+  ASSERT_TRUE(Grant(8, 16));
+  for (int i = 0; i < 40; ++i) {
+    Post([&] {
+      if (++running > 2) exceeded = true;
+      if (together.ArriveAndWait()) ++met;
+      --running;
+    });
+  }
+  Release(true);
+  EXPECT_EQ(40, met);
+  EXPECT_FALSE(exceeded);
+}
+
+TEST_F(ThreadPool, LimitOfZeroLetsPoolsGrowAgain) {
+  LimitPoolThreads(1);
+  LimitPoolThreads(0);
+  Gate together(3);
+  std::atomic<int> met{0};
+  ASSERT_TRUE(Grant(1, 3));
+  for (int i = 0; i < 3; ++i) Post([&] { met += together.ArriveAndWait() ? 1 : 0; });
+  Release(true);
+  EXPECT_EQ(3, met);
+}
+
+TEST_F(ThreadPool, NoWakeUpIsLostAmongUrgentAndOtherTasks) {
+  constexpr int kPosters = 4;
+  constexpr int kTasks = 500;
+  ASSERT_TRUE(Grant(1, 4, 2));
+  std::atomic<int> done{0};
+  std::vector<std::thread> posters;
+  for (int i = 0; i < kPosters; ++i) {
+    posters.emplace_back([&, i] {
+      for (int k = 0; k < kTasks; ++k) {
+        Gate ran(2);
+        Post([&] { ran.Arrive(); }, (k + i) % 3 == 0);
+        Post([&] { ran.Arrive(); }, k % 2 == 0);
+        if (!ran.Wait()) std::abort();  // the tasks that are late would use a gate that is gone
+        done += 2;
+      }
+    });
+  }
+  for (std::thread& poster : posters) poster.join();
+  EXPECT_EQ(kPosters * kTasks * 2, done);
 }
 
 TEST_F(ThreadPool, UrgentTaskOvertakesThoseThatWait) {

@@ -1,0 +1,141 @@
+// One pool with several holders, and who may wait for it.
+
+#include <gmock/gmock.h>
+
+#include <atomic>
+#include <functional>
+#include <string>
+#include <thread>
+#include <vector>
+
+#include "tests/reference/Gate.h"
+#include "tests/reference/ThreadPoolTest.h"
+
+namespace {
+
+using testing::ElementsAre;
+
+using ThreadPoolSharing = ThreadPool;
+
+TEST_F(ThreadPoolSharing, PoolGoesOnUntilItsLastHolderReleasesIt) {
+  ASSERT_TRUE(Grant(1, 1));
+  ASSERT_TRUE(Grant(1, 1));
+  EXPECT_TRUE(Release(false));
+  Gate ran;
+  EXPECT_TRUE(Post([&] { ran.Arrive(); }));
+  EXPECT_TRUE(ran.Wait());
+  EXPECT_TRUE(Release(false));
+  EXPECT_FALSE(Post([] {}));
+  EXPECT_FALSE(Release(false));
+}
+
+TEST_F(ThreadPoolSharing, HoldersThatCameAtOnceAreAllCounted) {
+  constexpr int kHolders = 8;
+  Gate together(kHolders);
+  std::vector<std::thread> holders;
+  for (int i = 0; i < kHolders; ++i) {
+    holders.emplace_back([&] {
+      together.ArriveAndWait();
+      Grant(1, 2);
+    });
+  }
+  for (std::thread& holder : holders) holder.join();
+  int released = 0;
+  while (Release(false)) ++released;
+  EXPECT_EQ(kHolders, released);
+}
+
+TEST_F(ThreadPoolSharing, ReleaseOfAShareThatWaitsReturnsAfterTheTasksThatAreThere) {
+  std::atomic<int> done{0};
+  ASSERT_TRUE(Grant(1, 3));
+  ASSERT_TRUE(Grant(1, 3));
+  for (int i = 0; i < 200; ++i) ASSERT_TRUE(Post([&] { ++done; }, i % 2 == 0));
+  EXPECT_TRUE(Release(true));
+  EXPECT_EQ(200, done);
+}
+
+TEST_F(ThreadPoolSharing, ReleaseOfAShareThatWaitsDoesNotWaitForTasksPostedLater) {
+  ASSERT_TRUE(Grant(1, 2));
+  ASSERT_TRUE(Grant(1, 2));
+  std::atomic<bool> released{false};
+  std::atomic<bool> late{false};
+  const auto end = std::chrono::steady_clock::now() + std::chrono::seconds(20);
+  // Posts its successor before it ends, so that the pool is never without a task.
+  std::function<void()> relay = [&] {
+    if (std::chrono::steady_clock::now() > end) late = true;
+    if (!released && !late) Post(relay);
+  };
+  ASSERT_TRUE(Post(relay));
+  EXPECT_TRUE(Release(true));
+  released = true;
+  EXPECT_TRUE(EverythingIsDone());
+  EXPECT_FALSE(late);
+}
+
+TEST_F(ThreadPoolSharing, HoldersThatWaitAtOnceAllReturn) {
+  constexpr int kHolders = 4;
+  for (int i = 0; i < kHolders; ++i) ASSERT_TRUE(Grant(1, 2));
+  std::atomic<int> early{0};
+  std::vector<std::thread> holders;
+  for (int i = 0; i < kHolders; ++i) {
+    holders.emplace_back([&] {
+      std::atomic<int> done{0};
+      for (int k = 0; k < 50; ++k) Post([&] { ++done; });
+      Release(true);
+      if (done != 50) ++early;
+    });
+  }
+  for (std::thread& holder : holders) holder.join();
+  EXPECT_EQ(0, early);
+}
+
+TEST_F(ThreadPoolSharing, TaskThatWouldWaitForItselfIsRefusedWithALine) {
+  std::vector<std::string> lines;
+  SetLogObserver([&](int level, const std::string& module, const std::string& text) {
+    lines.push_back(std::to_string(level) + " " + module + " " + text);
+  });
+  ASSERT_TRUE(Grant(1, 1));
+  Gate ended;
+  bool released = true;
+  Post([&] {
+    released = Release(true);
+    ended.Arrive();
+  });
+  ASSERT_TRUE(ended.Wait());
+  EXPECT_FALSE(released);
+  EXPECT_TRUE(Post([] {}));
+  EXPECT_TRUE(Release(true));
+  EXPECT_FALSE(Release(true));
+  EXPECT_THAT(lines, ElementsAre("5 base.thread ReleaseThread with waiting, from a task of pool "
+                                 "itself, would never return: not released"));
+}
+
+TEST_F(ThreadPoolSharing, TaskMayReleaseItsPoolWithoutWaiting) {
+  ASSERT_TRUE(Grant(1, 1));
+  Gate ended;
+  bool released = false;
+  Post([&] {
+    released = Release(false);
+    ended.Arrive();
+  });
+  ASSERT_TRUE(ended.Wait());
+  EXPECT_TRUE(released);
+  EXPECT_FALSE(Post([] {}));
+}
+
+TEST_F(ThreadPoolSharing, TaskMayWaitForAnotherPool) {
+  ASSERT_TRUE(Grant(1, 1));
+  ASSERT_NE(0U, m_manager.GetAvailableThreadpool("other", 1, 1, 0));
+  Gate otherRan;
+  bool ranBefore = false;
+  ASSERT_TRUE(Post([&] {
+    m_manager.PostTask(std::make_shared<FunctionTask>("other", [&] { otherRan.Arrive(); }), false);
+    m_course.Add(m_manager.ReleaseThread("other", true) ? "released" : "refused");
+    ranBefore = otherRan.Wait();
+  }));
+  Release(true);
+  EXPECT_EQ("released", m_course.Text());
+  EXPECT_TRUE(ranBefore);
+}
+
+}  // namespace

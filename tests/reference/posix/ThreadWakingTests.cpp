@@ -1,0 +1,91 @@
+// How many threads a post wakes, and what it holds while it makes one.
+
+#include <dlfcn.h>
+#include <gmock/gmock.h>
+#include <pthread.h>
+#include <sys/resource.h>
+
+#include <atomic>
+#include <thread>
+
+#include "tests/reference/Gate.h"
+#include "tests/reference/ThreadPoolTest.h"
+
+namespace {
+
+/// Called, when set, on the thread that is about to make another one.
+std::atomic<void (*)()> g_beforeThread{nullptr};
+
+Gate* g_asked = nullptr;
+Gate* g_answered = nullptr;
+std::atomic<int> g_met{0};
+
+void AskTheOtherThread() {
+  g_asked->Arrive();
+  if (g_answered->Wait()) ++g_met;
+}
+
+long VoluntarySwitches() {
+  rusage usage = {};
+  getrusage(RUSAGE_SELF, &usage);
+  return usage.ru_nvcsw;
+}
+
+}  // namespace
+
+// Stands before the C library's, for the whole program.
+extern "C" int pthread_create(pthread_t* thread, const pthread_attr_t* attributes,
+                              void* (*start)(void*), void* argument) {
+  if (void (*const before)() = g_beforeThread.exchange(nullptr)) before();
+  using Create = int(pthread_t*, const pthread_attr_t*, void* (*)(void*), void*);
+  static const auto create = reinterpret_cast<Create*>(dlsym(RTLD_NEXT, "pthread_create"));
+  return create(thread, attributes, start, argument);
+}
+
+namespace {
+
+using ThreadWaking = ThreadPool;
+
+TEST_F(ThreadWaking, PostWakesOneOfManyIdleThreads) {
+  constexpr int kThreads = 100;
+  constexpr int kPosts = 200;
+  ASSERT_TRUE(Grant(kThreads, kThreads));
+  Gate together(kThreads);
+  std::atomic<int> met{0};
+  for (int i = 0; i < kThreads; ++i) Post([&] { met += together.ArriveAndWait() ? 1 : 0; });
+  ASSERT_TRUE(EverythingIsDone());
+  ASSERT_EQ(kThreads, met);
+  const long before = VoluntarySwitches();
+  for (int i = 0; i < kPosts; ++i) {
+    Gate ran;
+    ASSERT_TRUE(Post([&] { ran.Arrive(); }));
+    ASSERT_TRUE(ran.Wait());
+    ASSERT_TRUE(EverythingIsDone());
+  }
+  // The poster and the one thread may sleep several times for each; those that were still on their
+  // way to sleep count once.
+  EXPECT_LT(VoluntarySwitches() - before, 2 * kThreads + 10 * kPosts);
+}
+
+TEST_F(ThreadWaking, PoolsAnswerWhileAThreadIsBeingMade) {
+  Gate asked;
+  Gate answered;
+  g_asked = &asked;
+  g_answered = &answered;
+  g_met = 0;
+  std::thread other([&] {
+    if (!asked.Wait()) return;
+    UnfinishedTasks();
+    answered.Arrive();
+  });
+  ASSERT_TRUE(Grant(1, 2));
+  Gate open;
+  ASSERT_TRUE(Post([&] { open.Wait(); }));
+  g_beforeThread = &AskTheOtherThread;
+  ASSERT_TRUE(Post([&] { open.Wait(); }));
+  other.join();
+  EXPECT_EQ(1, g_met);
+  open.Arrive();
+}
+
+}  // namespace
