@@ -1,0 +1,92 @@
+#pragma once
+
+#include <cstdint>
+#include <string>
+
+/// What one line of the frame's log says. Beside each kind stands what it fills.
+struct FrameEvent {
+  enum class Kind {
+    // Frame_Init
+    kPlatformInitialised,  // milliseconds
+    kPlatformInitFailed,
+    kManagerInitBegin,
+    kManagerInitEnd,  // milliseconds
+    kManagerInitFailed,
+    kFrameInitEnd,            // milliseconds
+    kInitRefused,             // reason: the frame's own words for why the initialisation failed
+    kStepThrew,               // reason: what a call around the frame threw out of an entry's step
+    kStepThrewNoException,    // something that is no exception object
+    kRequiredFileUnreadable,  // path: a model file that the product cannot do without
+    kOptionalFileUnreadable,  // path: one that it can do without
+    kPluginDropped,           // plugin, path: an addon's plugin without a readable description
+    kTypeUnknown,             // path: a description whose type is neither library nor executable
+    kAddonDropped,            // plugin: the addon's ID. A plugin of it was dropped
+    kAddonUnreadable,         // path: its description cannot be read, or is another addon's
+    kAddonIncompatible,      // plugin: the addon's ID. It is installed, for another product version
+    kToolUnreadable,         // path: as kAddonUnreadable
+    kProductVersionMissing,  // so that neither addons nor tools are read
+
+    // Frame_Start and the start callback
+    kFrameStartBegin,
+    kPlatformStartBegin,
+    kPlatformStarted,  // milliseconds
+    kFrameStartEnd,
+    kPluginsStartBegin,
+    kPluginsStartEnd,  // milliseconds
+    kNoPoolForStart,
+    kStartCallbackEnd,
+
+    // one plugin's start, on its thread
+    kLoadTaskBegin,         // plugin
+    kLoadBegin,             // path
+    kLoadSucceeded,         // path
+    kLoadFailed,            // path; number: the system's error code
+    kInitBegin,             // plugin
+    kInitSucceeded,         // plugin, milliseconds
+    kInitFailed,            // plugin, milliseconds
+    kInitThrew,             // reason: the exception's text
+    kInitThrewNoException,  // something that is no exception object
+    kInitMissing,
+    kStartCounted,        // plugin; number: the count
+    kStartFailedCounted,  // plugin; number: the count. Its Init failed
+    kStartAbandoned,      // plugin, reason; number: the count. Its task ran out of memory
+    kNotLoadedCounted,    // plugin; number: the count
+
+    // Frame_Stop
+    kFrameStopBegin,
+    kPlatformPrepareBegin,
+    kPlatformPrepareEnd,  // milliseconds
+    kLpcStopFailed,
+    kNoPoolForStop,
+    kPluginsStopBegin,
+    kPluginsStopEnd,  // milliseconds
+    kPlatformStopBegin,
+    kPlatformStopEnd,  // milliseconds
+    kFrameStopEnd,     // milliseconds
+
+    // one plugin's stop, on its thread
+    kUnloadTaskBegin,         // plugin
+    kNamelessNotCounted,      // a record without a name, which no stop ever counts
+    kUnInitBegin,             // plugin
+    kUnInitEnd,               // plugin, milliseconds
+    kUnInitThrew,             // reason: the exception's text
+    kUnInitThrewNoException,  // something that is no exception object
+    kUnInitMissing,
+    kFreeBegin,
+    kFreeEnd,
+    kStopCounted,           // plugin; number: the count
+    kStopRefusedCounted,    // plugin; number: the count
+    kNothingToStopCounted,  // plugin; number: the count. It was not loaded
+
+    // Frame_UnInit
+    kFrameUnInitBegin,
+    kFrameUnInitEnd  // milliseconds
+  };
+
+  Kind kind = Kind::kFrameInitEnd;
+  std::string plugin;
+  std::int64_t milliseconds = -1;
+  std::int64_t number = -1;
+  std::string path;
+  std::string reason;
+};

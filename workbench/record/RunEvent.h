@@ -1,0 +1,93 @@
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <string>
+#include <vector>
+
+/// One thing that happened in a run of a product: a line of its flight record.
+///
+/// Beside each kind stands what it fills besides time and thread; docs/record.md names the members
+/// of its line.
+struct RunEvent {
+  enum class Kind {
+    kPhaseBegin,   // phase
+    kPhaseEnd,     // phase; milliseconds where the frame measured them
+    kReady,        // phase (start or stop), plugin: nothing that it waits for is left. text: the
+                   // last plugin that it waited for; empty for none
+    kPosted,       // task: the pool took it. Which plugin's it is, the first event on the thread of
+                   // its kTaskBegin tells
+    kTaskBegin,    // task
+    kLoadBegin,    // plugin, task; task 0: the thread runs none that is known
+    kLoadEnd,      // plugin, result (kOk, kFailed); text: why it failed
+    kInitBegin,    // plugin
+    kInitEnd,      // plugin, result (kOk, kFailed), milliseconds; text: why it failed
+    kUnInitBegin,  // plugin
+    kUnInitEnd,    // plugin, result (kOk, kRefused), milliseconds; text: why it was refused
+    kCounted,      // phase (start or stop), plugin, number: the count; result: how the phase ended
+                   // for it (start: kOk, kFailed, kNotLoaded; stop: kOk, kRefused, kNotLoaded);
+                   // text: why it failed, where no earlier event says so
+    kTaskEnd,      // task
+    kUp,           // every plugin has been counted; milliseconds since Frame_Start
+    kStopRequest,  // text: who or what asked
+    kFinding,      // severity, text: what was said on the screen
+    kCrash,        // plugin (empty: none), phase (empty: none), text: the sentence
+    kEnd           // status, number: the exit status, text: the sentence
+  };
+  enum class Result { kNone, kOk, kFailed, kNotLoaded, kRefused };
+  enum class Severity { kNote, kWarning, kError };
+
+  Kind kind = Kind::kEnd;
+  std::int64_t nanoseconds = 0;  // of the steady clock
+  std::uint64_t thread = 0;      // the system's number
+  std::string phase;             // one of RunPhase
+  std::string plugin;
+  std::uint64_t task = 0;
+  std::int64_t milliseconds = -1;
+  std::int64_t number = -1;
+  Result result = Result::kNone;
+  Severity severity = Severity::kNote;
+  std::string status;
+  std::string text;
+};
+
+/// The phases of a run, as they are written.
+namespace RunPhase {
+constexpr char kFrameInit[] = "frame-init";
+constexpr char kPlatformStart[] = "platform-start";
+constexpr char kStart[] = "start";  // of the plugins
+constexpr char kStop[] = "stop";    // of the plugins
+constexpr char kPlatformStop[] = "platform-stop";
+constexpr char kFrameStop[] = "frame-stop";  // all of Frame_Stop
+constexpr char kFrameUnInit[] = "frame-uninit";
+}  // namespace RunPhase
+
+/// A plugin as the model has it, before anything ran.
+struct PluginHead {
+  std::string id;
+  std::string kind;  // "server", "platform", "driver" or "executable"
+  std::string version;
+  std::string library;                 // full path of the library or executable
+  std::int64_t librarySize = -1;       // -1: it is not there
+  std::vector<std::string> dependsOn;  // those of the same model that its start waits for
+};
+
+/// The first line of a flight record.
+struct RunHead {
+  static constexpr int kSchema = 1;
+
+  std::string run;               // unique
+  std::string time;              // UTC, as 2026-11-21T18:46:59.123Z
+  std::string zone;              // the local one's offset, as +01:00
+  std::int64_t nanoseconds = 0;  // of the steady clock at `time`
+  std::int64_t pid = 0;
+  std::string host;
+  std::string hubVersion;
+  std::string frameVersion;
+  std::string platformVersion;
+  std::vector<std::string> commandLine;
+  std::string product;  // its name in Product.xml; empty when that cannot be read
+  std::string productVersion;
+  std::string path;  // the folder that holds META_INFO and the libraries
+  int cores = 0;
+};
