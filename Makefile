@@ -82,7 +82,7 @@ bench: ## Run the benchmarks and print what they measure
 lint: build ## Check the sources' format, and clang-tidy over all but tests and benchmarks
 	@tools/install-packages lint
 	@git ls-files '*.h' '*.cpp' | xargs clang-format --dry-run -Werror
-	@git ls-files 'src/*.cpp' 'reference/*.cpp' 'host/*.cpp' 'samples/*.cpp' ':!*/windows/*' | \
+	@git ls-files 'src/*.cpp' 'reference/*.cpp' 'workbench/*.cpp' 'host/*.cpp' 'samples/*.cpp' ':!*/windows/*' | \
 	xargs -P 2 -n 1 clang-tidy -p $(BUILD) --quiet
 	@shellcheck -S warning tools/* cmake/windows/wine bench/run fuzz/run .ci/run
 

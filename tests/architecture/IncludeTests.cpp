@@ -22,6 +22,7 @@ const std::map<std::string, std::vector<std::string>>& AllowedIncludes() {
       {"sdk", {"sdk", "src/model"}},
       {"reference", {"reference", "sdk", "src/model"}},
       {"host", {"host", "sdk", "reference", "src/model"}},
+      {"workbench/product", {"workbench/product", "src/model", "sdk"}},
       {"samples", {"samples", "sdk"}}};
   return allowed;
 }
