@@ -10,7 +10,7 @@
 
 // The model files of a product on disk, found and parsed by the frame's own rules.
 
-/// The element that leads the frame to a file.
+/// One element of a list, mostly of one that leads the frame to another file.
 struct ModelFileEntry {
   std::filesystem::path file;  // the one really read; empty for a file that is always read
   int line = 0;                // of the element, or of the section that hides it
@@ -71,6 +71,8 @@ struct FileLine {
 using DependencyLines = std::map<std::pair<std::string, std::string>, FileLine>;
 DependencyLines ReadDependencyLines(const std::vector<ModelFile>& files);
 
-/// Where Product.xml lists sub platforms without an ID, one for each such entry; a hidden one (see
-/// ModelFileEntry) has the line of the second section.
-std::vector<FileLine> SubPlatformsWithoutID(const std::vector<ModelFile>& files);
+/// The sub platforms that Product.xml lists without an ID.
+std::vector<ModelFileEntry> SubPlatformsWithoutID(const std::vector<ModelFile>& files);
+
+/// `PATH:9: a <Plugin> without an ID`: what is wrong with an entry that has none.
+std::string EntryWithoutID(const ModelFileEntry& listed, const LocalNames& names);

@@ -160,7 +160,7 @@ std::vector<std::vector<std::string>> FindCycles(const StartGraph& graph) {
     if (std::count(edges[node].begin(), edges[node].end(), node) > 0) {
       cycles.push_back({graph.ids[node]});
     }
-    if (groups[node] != node || sizes[node] < 2) continue;
+    if (sizes[node] < 2) continue;  // counted at each group's first member
     std::vector<std::string> cycle;
     for (const std::size_t member : ShortestCycle(edges, node)) cycle.push_back(graph.ids[member]);
     cycles.push_back(std::move(cycle));

@@ -1,0 +1,233 @@
+// The files as the workbench reads them, against what the frame makes of the same ones.
+
+#include <libxml/xmlerror.h>
+
+#include <filesystem>
+#include <random>
+#include <set>
+
+#include "src/private/ProductModelReaderImpl.h"
+#include "src/private/XmlList.h"
+#include "tests/support/FrameTest.h"
+#include "workbench/product/ModelFiles.h"
+#include "workbench/product/XmlFile.h"
+
+namespace fs = std::filesystem;
+
+namespace {
+
+const LocalNames kNames = {[](const std::string& local) { return fs::path(local); },
+                           [](const fs::path& path) { return path.string(); }};
+
+/// What stands in the last "[...]" of a log text after `begin`; empty for another text.
+std::string Argument(const std::string& text, const std::string& begin) {
+  if (text.compare(0, begin.size(), begin) != 0) return std::string();
+  const std::size_t from = text.rfind('[') + 1;
+  return fs::path(text.substr(from, text.rfind(']') - from)).lexically_normal().string();
+}
+
+class FrameReading : public FrameTest {
+ protected:
+  template <std::size_t N>
+  std::string Any(const std::string (&texts)[N]) {
+    return texts[random() % N];
+  }
+
+  bool Chance(unsigned of) { return random() % of == 0; }
+
+  std::string Entry(const std::string& element, const std::string& id) {
+    if (Chance(25)) return "<" + element + "/>";
+    return "<" + element + " ID='" + id + "' Category='" + (Chance(3) ? "x" : "server") + "'/>";
+  }
+
+  /// A section of a list, now and then followed by a second one.
+  std::string Section(const std::string& section, const std::string& element,
+                      const std::string& id) {
+    std::string text = "<" + section + ">";
+    for (int i = 1; i <= 3; ++i) {
+      if (Chance(10)) text += "</" + section + "><" + section + ">";
+      if (Chance(2)) text += Entry(element, id + std::to_string(i));
+    }
+    return text + "</" + section + ">";
+  }
+
+  /// Writes a file whole, broken, empty, with another root, with a stand-in, or not at all.
+  void Put(const std::string& path, const std::string& root, const std::string& inner) {
+    const std::string good = "<" + root + ">" + inner + "</" + root + ">";
+    const std::string contents[] = {
+        good, good + "\n\n", "<" + root + ">" + inner,
+        "\n", "<x/>",        "<" + root + " xmlns='urn:x'>" + inner + "</" + root + ">"};
+    const std::string standIn = path.substr(0, path.rfind('.')) + ".data";
+    if (Chance(25)) {
+      if (Chance(2)) tree.Write(path, "");
+      if (Chance(2)) tree.Write(standIn, Chance(5) ? "" : good);
+    } else {
+      tree.Write(path, Chance(10) ? Any(contents) : good);
+    }
+  }
+
+  void PutPlugin(const std::string& id) {
+    Put("bin/META_INFO/" + id + "/" + id + ".xml", "Plugin", "<Type>2</Type><ID>" + id + "</ID>");
+  }
+
+  void PutRandomProduct() {
+    const std::string versions[] = {"2.6.1", "2.6.1", "2.6", "3..1.2", "..1.2", ""};
+    Put("Product.xml", "ProductDescription",
+        "<Version>" + Any(versions) + "</Version>" + Section("Plugins", "Plugin", "p"));
+    Put("bin/META_INFO/DeviceDrivers.xml", "DAMDrivers", Entry("Driver", "d"));
+    Put("bin/META_INFO/Portal.xml", "PortalDescription", "");
+    Put("bin/META_INFO/Platform.xml", "Platform", "");
+    Put("ProductAddons.xml", "AddonList", "");
+    Put("ProductTools.xml", "ToolList", "");
+    Put("bin/TevAddons/InstalledProducts.xml", "InstalledProductsDescription",
+        Section("Addons", "Addon", "a") + Section("Tools", "Tool", "t"));
+    for (const std::string id : {"p1", "p2", "p3", "d", "ap1", "ap2", "ap3"}) PutPlugin(id);
+    for (const std::string id : {"a1", "a2", "a3"}) {
+      Put("bin/TevAddons/" + id + "/" + id + ".xml", "AddonDescription",
+          "<ID>" + (Chance(10) ? "other" : id) + "</ID>" + Section("Plugins", "Plugin", "ap"));
+    }
+    for (const std::string id : {"t1", "t2", "t3"}) {
+      Put("bin/TevAddons/" + id + "/" + id + ".xml", "ToolDescription", "<ID>" + id + "</ID>");
+    }
+  }
+
+  std::mt19937 random{7};
+};
+
+/// What a reading leaves unread, as paths.
+struct Unread {
+  bool product = false;
+  std::set<std::string> required;
+  std::set<std::string> other;
+
+  bool operator==(const Unread& with) const {
+    return product == with.product && required == with.required && other == with.other;
+  }
+};
+
+std::ostream& operator<<(std::ostream& out, const Unread& unread) {
+  out << (unread.product ? "product unread" : "product read");
+  for (const std::string& path : unread.required) out << "\n  required " << path;
+  for (const std::string& path : unread.other) out << "\n  other " << path;
+  return out;
+}
+
+TEST_F(FrameReading, LeavesTheSameFilesUnread) {
+  int products = 0;
+  for (int run = 0; run < 400; ++run) {
+    tree.Remove("");
+    PutRandomProduct();
+    Log::Instance().Clear();
+    g_productVersion.clear();
+
+    // libxml2's words about broken files, to nowhere.
+    xmlSetStructuredErrorFunc(nullptr, [](auto...) {});
+    Unread frame;
+    ProductModel model;
+    std::vector<AddonModel> addons;
+    std::vector<ToolModel> tools;
+    const TevModelParse::CProductXmlReader reader;
+    frame.product = !reader.ReadServerModel(model);
+    if (!frame.product) {
+      reader.ReadServerAddonsModel(addons);
+      reader.ReadServerToolsModel(tools);
+    }
+    xmlSetStructuredErrorFunc(nullptr, nullptr);
+    for (const LogLine& line : log.Lines()) {
+      for (const char* begin : {"ReadFile  failed path[", "ReadFile  failed str_xml_path["}) {
+        const std::string path = Argument(line.text, begin);
+        if (!path.empty()) frame.required.insert(path);
+      }
+      for (const char* begin : {"ReadFile failed. xml path [", "ReadFile plugin["}) {
+        const std::string path = Argument(line.text, begin);
+        if (!path.empty()) frame.other.insert(path);
+      }
+    }
+
+    Unread own;
+    int fixedFiles = 0;
+    for (const ModelFile& file : ReadModelFiles(tree.ExeDirectory(), kNames)) {
+      if (file.state != ModelFile::State::kMissing && file.state != ModelFile::State::kUnreadable) {
+        continue;
+      }
+      // The frame stops at the first of the four files that are always read.
+      if (fixedFiles > 0) continue;
+      if (file.required && file.listed.element.empty()) ++fixedFiles;
+      if (file.required) own.product = true;
+      if (!file.required && own.product) continue;
+      (file.required ? own.required : own.other).insert(file.path.string());
+    }
+    ASSERT_EQ(frame, own) << "run " << run;
+    if (!own.product) ++products;
+  }
+  EXPECT_GT(products, 50);
+  EXPECT_LT(products, 350);
+}
+
+TEST_F(FrameReading, FindsTheSameTextsInOddDocuments) {
+  const std::string documents[] = {
+      "<r a='1'>x</r>",
+      "<r a=''>  \n</r>",
+      "<r><!-- c --></r>",
+      "<r>a<!-- c -->b<![CDATA[<&]]>c<b>no</b>d</r>",
+      "<r><b a='1'/><b/><c><b a='2'/></c></r>",
+      "<r><b>1</b><b>2</b></r>",
+      "<r>\n<s><b a='1'/></s><s/>\n<s><b a='2'/><b a='3'/></s></r>",
+      "<!DOCTYPE r [<!ENTITY e 'one &f;'><!ENTITY f 'two'>]><r a='&e;'>&e; &amp; &f;</r>",
+      "<!DOCTYPE r [<!ATTLIST r a CDATA 'default'>]><r/>",
+      "<!DOCTYPE r [<!ENTITY e SYSTEM 'file:///etc/hostname'>]><r>&e;</r>",
+      "<r a='&#65;&lt;\n\tb'>&#xE4;</r>",
+      "<?xml version='1.0' encoding='ISO-8859-1'?><r a='\xC3\xA4'>\xC3\xA4</r>",
+      "<?xml version='1.0' encoding='UTF-16'?><r>x</r>",
+      "\xEF\xBB\xBF<r>x</r>",
+      "<r xmlns:p='urn:p' p:a='1'><p:b/></r>",
+      "<r p:a='1'/>",
+      "<r",
+      "",
+      "\n",
+      "\n<?xml version='1.0'?><r/>",
+      "<r>\xE4</r>",
+      "<r>" + std::string(300, ' ') + "</r>"};
+  const std::string expressions[] = {"/r", "/r/b", "/r/b[2]", "/r/s/b", "/r/s/b[2]", "/r/s/b[3]"};
+  for (const std::string& text : documents) {
+    xmlSetStructuredErrorFunc(nullptr, [](auto...) {});
+    TevModelParse::CXmlProto frame;
+    const bool wellFormed = frame.ParseMemory(text);
+    xmlSetStructuredErrorFunc(nullptr, nullptr);
+    const XmlFile own(text);
+    EXPECT_EQ(wellFormed, own.Problem().empty()) << text;
+    for (const std::string& expression : expressions) {
+      EXPECT_EQ(frame.GetNodeCount(expression), own.Count(expression)) << text << expression;
+      EXPECT_EQ(frame.GetNodeText(expression, "none"), own.Text(expression, "none"))
+          << text << expression;
+      EXPECT_EQ(frame.GetNodeProp(expression, "a", "none"), own.Attribute(expression, "a", "none"))
+          << text << expression;
+    }
+  }
+}
+
+TEST(XmlFile, BoundsTextOfEntityNamedManyTimes) {
+  std::string text = "<!DOCTYPE r [<!ENTITY e '" + std::string(100000, 'x') + "'>]><r a='";
+  for (int i = 0; i < 101; ++i) text += "&e;";
+  text += "'/>";
+  EXPECT_EQ("none", XmlFile(text).Attribute("/r", "a", "none"));
+}
+
+template <typename Error>
+void Count(void* calls, Error*) {
+  ++*static_cast<int*>(calls);
+}
+
+TEST(XmlFile, KeepsTheHostsErrorHandlerAndItsMessagesToItself) {
+  int calls = 0;
+  xmlSetStructuredErrorFunc(&calls, &Count);
+  const xmlStructuredErrorFunc handler = xmlStructuredError;
+  EXPECT_NE("", XmlFile("<r>").Problem());
+  EXPECT_EQ(0, XmlFile("<r/>").Count("/r["));
+  EXPECT_EQ(0, calls);
+  EXPECT_TRUE(handler == xmlStructuredError);
+  EXPECT_EQ(&calls, xmlStructuredErrorContext);
+  xmlSetStructuredErrorFunc(nullptr, nullptr);
+}
+
+}  // namespace
