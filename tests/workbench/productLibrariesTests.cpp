@@ -1,0 +1,231 @@
+#include <gmock/gmock.h>
+
+#include <fstream>
+#include <random>
+
+#include "tests/support/TemporaryFolder.h"
+#include "tests/workbench/productLibraryBytes.h"
+#include "workbench/product/Libraries.h"
+
+using testing::Contains;
+using testing::ElementsAre;
+using testing::IsEmpty;
+using testing::Optional;
+
+namespace fs = std::filesystem;
+
+namespace {
+
+const LocalNames kNames = {[](const std::string& local) { return fs::path(local); },
+                           [](const fs::path& path) { return path.string(); }};
+
+constexpr char kWords[] = "what the loader says";
+
+constexpr char kNoFile[] = "libx.so: cannot open shared object file: No such file or directory";
+
+class Libraries : public testing::Test {
+ protected:
+  std::optional<std::vector<std::string>> Needed(const std::string& bytes) const {
+    return NeededLibraries(folder.Write("library", bytes));
+  }
+
+  /// The reason for plugin.dll, without the folder's path.
+  std::string Why(const std::string& words = kWords) const {
+    std::string why = WhyNotLoaded(folder.Path() / "plugin.dll", words, program, kNames);
+    const std::string path = (folder.Path() / "").string();
+    for (std::size_t at = why.find(path); at != std::string::npos; at = why.find(path)) {
+      why.erase(at, path.size());
+    }
+    return why;
+  }
+
+  void UseProgram(const std::string& bytes) { program.executable = folder.Write("program", bytes); }
+
+  TemporaryFolder folder;
+  LoadingProgram program;
+};
+
+using NeededOfLibrary = Libraries;
+using WhyNotLoadedTest = Libraries;
+
+TEST_F(NeededOfLibrary, AreReadFromEveryKindOfElf) {
+  for (const bool is64 : {true, false}) {
+    for (const bool bigEndian : {true, false}) {
+      EXPECT_THAT(Needed(ElfBytes({"libx.so", "liby.so.6"}, 62, is64, bigEndian)),
+                  Optional(ElementsAre("libx.so", "liby.so.6")));
+      EXPECT_THAT(Needed(ElfBytes({}, 62, is64, bigEndian)), Optional(IsEmpty()));
+    }
+  }
+}
+
+TEST_F(NeededOfLibrary, AreReadFromEveryKindOfPe) {
+  for (const bool is64 : {true, false}) {
+    EXPECT_THAT(Needed(PeBytes({"x.dll", "KERNEL32.dll"}, 0x8664, is64)),
+                Optional(ElementsAre("x.dll", "KERNEL32.dll")));
+    EXPECT_THAT(Needed(PeBytes({}, 0x8664, is64)), Optional(IsEmpty()));
+  }
+}
+
+TEST_F(NeededOfLibrary, AreReadFromBuiltLibrary) {
+  EXPECT_THAT(NeededLibraries(TEV_NEEDS_A_LIBRARY),
+              Optional(Contains(fs::path(TEV_ANSWERS).filename().string())));
+}
+
+TEST_F(NeededOfLibrary, AreNoneOfOtherFiles) {
+  EXPECT_EQ(std::nullopt, Needed(""));
+  EXPECT_EQ(std::nullopt, Needed("M"));
+  EXPECT_EQ(std::nullopt, Needed("#!/bin/sh\n"));
+  EXPECT_EQ(std::nullopt, Needed("MZ" + std::string(100, '\0')));
+  EXPECT_EQ(std::nullopt, NeededLibraries(folder.Path()));
+  EXPECT_EQ(std::nullopt, NeededLibraries(folder.Path() / "absent"));
+}
+
+TEST_F(NeededOfLibrary, AreNeverInventedFromWhatIsCut) {
+  for (const std::string& whole : {ElfBytes({"libx.so"}), PeBytes({"x.dll"})}) {
+    const auto expected = Needed(whole);
+    int cuts = 0;
+    for (std::size_t size = 0; size < whole.size(); size += 16) {
+      const auto needed = Needed(whole.substr(0, size));
+      EXPECT_TRUE(!needed || needed == expected) << "cut at " << size;
+      if (!needed) ++cuts;
+    }
+    EXPECT_GT(cuts, 60);
+  }
+}
+
+TEST_F(NeededOfLibrary, EndForAnyChangedByte) {
+  std::mt19937 random(3);
+  for (const std::string& whole : {ElfBytes({"libx.so", "liby.so"}), PeBytes({"x.dll"})}) {
+    for (std::size_t at = 0; at < whole.size(); ++at) {
+      std::string bytes = whole;
+      bytes[at] = static_cast<char>(at % 2 == 0 ? 0xFF : random() % 256);
+      const auto needed = Needed(bytes);
+      for (const std::string& name : needed.value_or(std::vector<std::string>())) {
+        ASSERT_NE(std::string::npos, bytes.find(name)) << "changed at " << at;
+      }
+    }
+  }
+}
+
+TEST_F(NeededOfLibrary, EndForBuiltLibraryThatIsCutOrChanged) {
+  std::string whole;
+  {
+    std::ifstream file(TEV_NEEDS_A_LIBRARY, std::ios::binary);
+    whole.assign(std::istreambuf_iterator<char>(file), {});
+  }
+  ASSERT_GT(whole.size(), 4096U);
+  const auto expected = Needed(whole);
+  const std::string path = folder.Write("cut", whole);
+  for (std::size_t size = (whole.size() - 1) / 64 * 64; size > 0; size -= 64) {
+    fs::resize_file(path, size);
+    const auto needed = NeededLibraries(path);
+    ASSERT_TRUE(!needed || needed == expected) << "cut at " << size;
+  }
+  EXPECT_EQ(std::nullopt, NeededLibraries(path));
+  for (std::size_t at = 0; at < 4096; at += 3) {
+    std::string bytes = whole;
+    bytes[at] = static_cast<char>(~static_cast<unsigned char>(bytes[at]));
+    Needed(bytes);
+  }
+}
+
+TEST_F(NeededOfLibrary, OfEndlessTablesAreNone) {
+  std::string elf = ElfBytes({"libx.so"});
+  elf.replace(64 + 56 + 32, 8, "\xFF\xFF\xFF\xFF\xFF\xFF\xFF\x7F", 8);  // size of the dynamic one
+  elf.resize(1U << 20U, '\1');
+  for (std::size_t at = 256; at < elf.size(); ++at) elf[at] = '\1';
+  EXPECT_EQ(std::nullopt, Needed(elf));
+
+  std::string pe = PeBytes({});
+  pe.resize(1U << 20U);
+  for (const std::size_t size : {128 + 24 + 240 + 17, 128 + 24 + 240 + 18}) pe[size] = '\xF';
+  for (std::size_t at = 512 + 64 + 12; at + 4 < pe.size(); at += 20) pe.replace(at, 2, "\0\x10", 2);
+  EXPECT_EQ(std::nullopt, Needed(pe));
+}
+
+TEST_F(WhyNotLoadedTest, FileIsMissing) {
+  EXPECT_EQ("plugin.dll does not exist", Why());
+}
+
+TEST_F(WhyNotLoadedTest, FileIsNoLibrary) {
+  folder.Write("plugin.dll", "#!/bin/sh\n");
+  EXPECT_EQ("plugin.dll is no library: neither ELF nor PE", Why());
+  folder.Write("plugin.dll", "");
+  EXPECT_EQ("plugin.dll is empty", Why());
+  folder.Write("plugin.dll", ElfBytes({}).substr(0, 100));
+  EXPECT_EQ("plugin.dll is no sound ELF library: it is cut short or damaged", Why());
+  fs::remove(folder.Path() / "plugin.dll");
+  fs::create_directory(folder.Path() / "plugin.dll");
+  EXPECT_EQ("plugin.dll is a directory", Why());
+}
+
+TEST_F(WhyNotLoadedTest, MachineOrFormatIsAnother) {
+  UseProgram(ElfBytes({}));
+  folder.Write("plugin.dll", ElfBytes({}, 183));
+  EXPECT_EQ("plugin.dll is for AArch64, this program for x86-64", Why());
+  folder.Write("plugin.dll", PeBytes({}));
+  EXPECT_EQ("plugin.dll is a library of the format PE, this program needs ELF", Why());
+  UseProgram(PeBytes({}));
+  folder.Write("plugin.dll", PeBytes({}, 0x14C));
+  EXPECT_EQ("plugin.dll is for x86, this program for x86-64", Why());
+  program.executable = folder.Path() / "absent";
+  EXPECT_EQ(kWords, Why());
+}
+
+TEST_F(WhyNotLoadedTest, NeededLibraryLiesBesideIt) {
+  folder.Write("plugin.dll", ElfBytes({"libc.so.6", "libx.so"}));
+  folder.Write("libx.so", ElfBytes({}));
+  const std::string reason =
+      "needs libx.so, which lies beside it but is not looked for there: link the plugin with an "
+      "RPATH of $ORIGIN";
+  EXPECT_EQ(reason, Why(kNoFile));
+  EXPECT_EQ(reason, Why((folder.Path() / "plugin.dll").string() + ": " + kNoFile));
+  EXPECT_EQ("libx.so: undefined symbol: f", Why("libx.so: undefined symbol: f"));
+}
+
+TEST_F(WhyNotLoadedTest, LibraryBesideItNeedsAnother) {
+  folder.Write("plugin.dll", ElfBytes({"liby.so"}));
+  folder.Write("liby.so", ElfBytes({"libx.so", "liby.so"}));
+  EXPECT_EQ("needs liby.so, which needs libx.so, which is in no folder where the loader looks",
+            Why(kNoFile));
+  folder.Write("libx.so", ElfBytes({}));
+  EXPECT_EQ(
+      "needs liby.so, which needs libx.so, which lies beside it but is not looked for there: link "
+      "liby.so with an RPATH of $ORIGIN",
+      Why(kNoFile));
+}
+
+TEST_F(WhyNotLoadedTest, NeededLibraryBesideItIsForAnotherMachine) {
+  UseProgram(ElfBytes({}));
+  folder.Write("plugin.dll", ElfBytes({"libx.so"}));
+  folder.Write("libx.so", ElfBytes({}, 40));
+  EXPECT_EQ("needs libx.so, which is for ARM, this program for x86-64", Why(kNoFile));
+}
+
+TEST_F(WhyNotLoadedTest, OnlyTheNamedLibraryIsBlamed) {
+  folder.Write("plugin.dll", ElfBytes({"x.so", "libx.so.1", "libx.so"}));
+  for (const char* name : {"x.so", "libx.so.1", "libx.so"}) folder.Write(name, ElfBytes({}));
+  EXPECT_EQ(
+      "needs libx.so, which lies beside it but is not looked for there: link the plugin with an "
+      "RPATH of $ORIGIN",
+      Why(kNoFile));
+  EXPECT_EQ("libz.so: cannot open: No such file or directory",
+            Why("libz.so: cannot open: No such file or directory"));
+}
+
+TEST_F(WhyNotLoadedTest, PeNeedsWhatIsNowhere) {
+  TemporaryFolder system;
+  system.Write("kernel32.dll", "");
+  folder.Write("plugin.dll", PeBytes({"KERNEL32.dll", "api-ms-win-crt-heap-l1-1-0.dll", "y.dll"}));
+  folder.Write("y.dll", PeBytes({"KERNEL32.dll", "x.dll"}));
+  EXPECT_EQ(kWords, Why());
+  program.folders = {system.Path()};
+  EXPECT_EQ(
+      "needs y.dll, which needs x.dll, which is neither beside it nor in a folder where the loader "
+      "looks",
+      Why());
+  system.Write("x.dll", "");
+  EXPECT_EQ(kWords, Why());
+}
+
+}  // namespace

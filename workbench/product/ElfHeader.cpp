@@ -1,0 +1,99 @@
+// The parts of the ELF format that say what a library needs.
+
+#include <algorithm>
+#include <cstddef>
+#include <map>
+
+#include "workbench/product/FileBytes.h"
+#include "workbench/product/LibraryHeader.h"
+
+namespace {
+
+constexpr std::uint64_t kClass64 = 2;
+constexpr std::uint64_t kBigEndian = 2;
+constexpr std::uint64_t kLoad = 1;     // of a segment
+constexpr std::uint64_t kDynamic = 2;  // of a segment
+constexpr std::uint64_t kEnd = 0;      // of a dynamic entry
+constexpr std::uint64_t kNeeded = 1;
+constexpr std::uint64_t kStringTable = 5;
+
+// More than any sound file has; a broken one may claim any number.
+constexpr std::uint64_t kMostSegments = 1000;
+constexpr std::uint64_t kMostEntries = 10000;
+
+std::string MachineName(std::uint64_t machine) {
+  static const std::map<std::uint64_t, std::string> names = {
+      {3, "x86"},  {8, "MIPS"},    {20, "PowerPC"},  {21, "PowerPC64"}, {22, "S/390"},
+      {40, "ARM"}, {62, "x86-64"}, {183, "AArch64"}, {243, "RISC-V"},   {258, "LoongArch"}};
+  const auto name = names.find(machine);
+  return name == names.end() ? "ELF machine " + std::to_string(machine) : name->second;
+}
+
+/// Where the fields of the two classes lie.
+struct Layout {
+  std::size_t word;
+  std::uint64_t programHeaders, programHeaderSize, programHeaderCount;  // in the file
+  std::uint64_t segmentOffset, segmentAddress, segmentSize;             // in a segment
+};
+
+constexpr Layout k32 = {4, 28, 42, 44, 4, 8, 16};
+constexpr Layout k64 = {8, 32, 54, 56, 8, 16, 32};
+
+struct Segment {
+  std::uint64_t type;
+  std::uint64_t offset;
+  std::uint64_t address;
+  std::uint64_t size;
+};
+
+std::vector<Segment> ReadSegments(FileBytes& file, const Layout& layout) {
+  const std::uint64_t table = file.Number(layout.programHeaders, layout.word);
+  const std::uint64_t size = file.Number(layout.programHeaderSize, 2);
+  const std::uint64_t count = file.Number(layout.programHeaderCount, 2);
+  if (count > kMostSegments) throw FileBytes::Broken();
+  std::vector<Segment> segments;
+  for (std::uint64_t i = 0; i < count; ++i) {
+    const std::uint64_t at = table + i * size;
+    segments.push_back({file.Number(at, 4), file.Number(at + layout.segmentOffset, layout.word),
+                        file.Number(at + layout.segmentAddress, layout.word),
+                        file.Number(at + layout.segmentSize, layout.word)});
+  }
+  return segments;
+}
+
+std::uint64_t OffsetOf(const std::vector<Segment>& segments, std::uint64_t address) {
+  for (const Segment& segment : segments) {
+    const bool within = address >= segment.address && address - segment.address < segment.size;
+    if (segment.type == kLoad && within) return segment.offset + (address - segment.address);
+  }
+  throw FileBytes::Broken();
+}
+
+}  // namespace
+
+void ReadElf(FileBytes& file, LibraryHeader& header) {
+  const Layout& layout = file.Number(4, 1) == kClass64 ? k64 : k32;
+  file.UseBigEndian(file.Number(5, 1) == kBigEndian);
+  header.machine = MachineName(file.Number(18, 2));
+
+  const std::vector<Segment> segments = ReadSegments(file, layout);
+  const auto dynamic = std::find_if(segments.begin(), segments.end(), [](const Segment& segment) {
+    return segment.type == kDynamic;
+  });
+  if (dynamic == segments.end()) return;
+  std::vector<std::uint64_t> names;  // offsets in the string table
+  std::uint64_t strings = 0;
+  const std::uint64_t entries = dynamic->size / (2 * layout.word);
+  for (std::uint64_t i = 0; i < entries; ++i) {
+    if (i == kMostEntries) throw FileBytes::Broken();
+    const std::uint64_t at = dynamic->offset + i * 2 * layout.word;
+    const std::uint64_t tag = file.Number(at, layout.word);
+    const std::uint64_t value = file.Number(at + layout.word, layout.word);
+    if (tag == kEnd) break;
+    if (tag == kNeeded) names.push_back(value);
+    if (tag == kStringTable) strings = value;
+  }
+  for (const std::uint64_t name : names) {
+    header.needed.push_back(file.Text(OffsetOf(segments, strings) + name));
+  }
+}

@@ -1,0 +1,41 @@
+#pragma once
+
+#include <cstdint>
+#include <filesystem>
+#include <fstream>
+#include <string>
+
+/// Numbers and texts at offsets of a file that may be broken. Not thread-safe.
+class FileBytes {
+ public:
+  /// Thrown for what does not lie inside the file.
+  struct Broken {};
+
+  explicit FileBytes(const std::filesystem::path& file);
+
+  bool IsOpen() const { return m_file.is_open(); }
+
+  /// `size` bytes at `offset`.
+  std::string Bytes(std::uint64_t offset, std::size_t size);
+
+  /// The number in the `size` bytes, at most 8, at `offset`.
+  std::uint64_t Number(std::uint64_t offset, std::size_t size);
+
+  /// The bytes at `offset` up to a zero byte, which has to come within kLongestText.
+  std::string Text(std::uint64_t offset);
+
+  void UseBigEndian(bool bigEndian) { m_bigEndian = bigEndian; }
+
+ private:
+  static constexpr std::size_t kLongestText = 4096;
+
+  std::ifstream m_file;
+  std::uint64_t m_size = 0;
+  bool m_bigEndian = false;
+};
+
+struct LibraryHeader;
+
+// Each reads what its format has; the file's first bytes are that format's. Throws Broken.
+void ReadElf(FileBytes& file, LibraryHeader& header);
+void ReadPe(FileBytes& file, LibraryHeader& header);

@@ -1,0 +1,23 @@
+#pragma once
+
+#include <cstdint>
+#include <filesystem>
+#include <string>
+#include <vector>
+
+/// What the headers of one ELF or PE file say.
+struct LibraryHeader {
+  enum class Format {
+    kUnreadable,  // the file cannot be opened
+    kNone,        // neither ELF nor PE
+    kElf,
+    kPe
+  };
+
+  Format format = Format::kNone;
+  bool broken = false;              // cut short or damaged; `needed` is then empty
+  std::string machine;              // "x86-64"; empty when broken before it
+  std::vector<std::string> needed;  // DT_NEEDED, or the imported libraries
+};
+
+LibraryHeader ReadLibraryHeader(const std::filesystem::path& file);
