@@ -95,6 +95,9 @@ TEST_F(BeforeStart, LineIsThatOfTheDescriptionThatTheFrameKeeps) {
              "<Plugin><Type>2</Type><ID>a</ID><Version>1.9</Version></Plugin>");
   tree.Write("bin/META_INFO/a4/a4.xml",
              "<Plugin><Type>1</Type><ID>a</ID><Version>3</Version></Plugin>");
+  tree.Write("bin/META_INFO/DeviceDrivers.xml", "<DAMDrivers><Driver ID='a5'/></DAMDrivers>");
+  tree.Write("bin/META_INFO/a5/a5.xml",
+             "<Plugin><Type>2</Type><ID>a</ID><Version>3</Version></Plugin>");
   EXPECT_THAT(Found(), ElementsAre("E a \xE2\x86\x92 a: it waits for itself for ever (a depends on "
                                    "a: bin/META_INFO/a2/a2.xml:4)"));
 }

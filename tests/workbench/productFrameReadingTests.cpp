@@ -189,7 +189,16 @@ TEST_F(FrameReading, FindsTheSameTextsInOddDocuments) {
       "<r>\xE4</r>",
       "<r>" + std::string(300, ' ') + "</r>"};
   const std::string expressions[] = {"/r", "/r/b", "/r/b[2]", "/r/s/b", "/r/s/b[2]", "/r/s/b[3]"};
-  for (const std::string& text : documents) {
+  const auto chain = [](int entities) {
+    std::string text = "<!DOCTYPE r [<!ENTITY e0 'x'>";
+    for (int i = 1; i <= entities; ++i) {
+      text += "<!ENTITY e" + std::to_string(i) + " '&e" + std::to_string(i - 1) + ";'>";
+    }
+    return text + "]><r>&e" + std::to_string(entities) + ";</r>";
+  };
+  std::vector<std::string> all(std::begin(documents), std::end(documents));
+  for (int entities = 35; entities < 45; ++entities) all.push_back(chain(entities));
+  for (const std::string& text : all) {
     xmlSetStructuredErrorFunc(nullptr, [](auto...) {});
     TevModelParse::CXmlProto frame;
     const bool wellFormed = frame.ParseMemory(text);
@@ -204,6 +213,12 @@ TEST_F(FrameReading, FindsTheSameTextsInOddDocuments) {
           << text << expression;
     }
   }
+}
+
+TEST(XmlFile, TellsTheFirstErrorThatMakesItNotWellFormed) {
+  const XmlFile file("<r p:a='1'>\n</b>");
+  EXPECT_EQ("Opening and ending tag mismatch: r line 1 and b", file.Problem());
+  EXPECT_EQ(2, file.ProblemLine());
 }
 
 TEST(XmlFile, BoundsTextOfEntityNamedManyTimes) {

@@ -129,18 +129,68 @@ TEST_F(NeededOfLibrary, EndForBuiltLibraryThatIsCutOrChanged) {
   }
 }
 
-TEST_F(NeededOfLibrary, OfEndlessTablesAreNone) {
-  std::string elf = ElfBytes({"libx.so"});
-  elf.replace(64 + 56 + 32, 8, "\xFF\xFF\xFF\xFF\xFF\xFF\xFF\x7F", 8);  // size of the dynamic one
-  elf.resize(1U << 20U, '\1');
-  for (std::size_t at = 256; at < elf.size(); ++at) elf[at] = '\1';
-  EXPECT_EQ(std::nullopt, Needed(elf));
+/// An ELF library whose program headers, or dynamic entries, lie behind it: so many, with the
+/// sound ones at the end or the begin.
+std::string ElfWithManySegments(std::size_t count) {
+  const std::string whole = ElfBytes({"libx.so"});
+  LibraryBytes file(whole.size() + count * 56);
+  file.Put(0, whole);
+  file.Put(32, whole.size(), 8);
+  file.Put(56, count, 2);
+  file.Put(whole.size(), whole.substr(64, 3 * 56));
+  return file.Bytes();
+}
 
-  std::string pe = PeBytes({});
-  pe.resize(1U << 20U);
-  for (const std::size_t size : {128 + 24 + 240 + 17, 128 + 24 + 240 + 18}) pe[size] = '\xF';
-  for (std::size_t at = 512 + 64 + 12; at + 4 < pe.size(); at += 20) pe.replace(at, 2, "\0\x10", 2);
-  EXPECT_EQ(std::nullopt, Needed(pe));
+std::string ElfWithManyEntries(std::size_t count) {
+  const std::string whole = ElfBytes({"libx.so"});
+  LibraryBytes file(whole.size() + (count + 3) * 16);
+  file.Put(0, whole);
+  file.Put(64 + 2 * 56 + 8, whole.size(), 8);
+  file.Put(64 + 2 * 56 + 32, (count + 3) * 16, 8);
+  for (std::size_t i = 0; i < count; ++i) file.Put(whole.size() + i * 16, 21, 8);
+  file.Put(whole.size() + count * 16, whole.substr(kElfDynamic, 2 * 16));
+  return file.Bytes();
+}
+
+/// A PE library with so many sections, of which the first is sound.
+std::string PeWithManySections(std::size_t count) {
+  const std::string whole = PeBytes({"x.dll"});
+  const std::size_t table = 128 + 24 + 240;
+  LibraryBytes file(whole.size() + count * 40);
+  file.Put(0, whole);
+  file.Put(128 + 6, count, 2);
+  file.Put(128 + 20, whole.size() - 128 - 24, 2);  // the table follows the optional header
+  file.Put(whole.size(), whole.substr(table, 40));
+  return file.Bytes();
+}
+
+std::string PeWithManyImports(std::size_t count) {
+  const std::string whole = PeBytes({"x.dll"});
+  LibraryBytes file(whole.size() + (count + 1) * 20);
+  file.Put(0, whole);
+  file.Put(128 + 24 + 112 + 8, 0x1000 + whole.size() - 512, 4);
+  file.Put(128 + 24 + 240 + 16, file.Bytes().size() - 512, 4);
+  for (std::size_t i = 0; i < count; ++i) {
+    file.Put(whole.size() + i * 20 + 12, 0x1000 + 1024 - 512, 4);
+  }
+  return file.Bytes();
+}
+
+TEST_F(NeededOfLibrary, AreNoneFromTablesBeyondAllReason) {
+  EXPECT_THAT(Needed(ElfWithManySegments(1000)), Optional(ElementsAre("libx.so")));
+  EXPECT_EQ(std::nullopt, Needed(ElfWithManySegments(1001)));
+  EXPECT_THAT(Needed(ElfWithManyEntries(9000)), Optional(ElementsAre("libx.so")));
+  EXPECT_EQ(std::nullopt, Needed(ElfWithManyEntries(10001)));
+  EXPECT_THAT(Needed(PeWithManySections(1000)), Optional(ElementsAre("x.dll")));
+  EXPECT_EQ(std::nullopt, Needed(PeWithManySections(1001)));
+  EXPECT_THAT(Needed(PeWithManyImports(9000)), Optional(testing::SizeIs(9000)));
+  EXPECT_EQ(std::nullopt, Needed(PeWithManyImports(10001)));
+}
+
+TEST_F(NeededOfLibrary, AreNoneOfPeWithoutImportDirectory) {
+  std::string pe = PeBytes({"x.dll"});
+  pe[128 + 24 + 108] = 1;
+  EXPECT_THAT(Needed(pe), Optional(IsEmpty()));
 }
 
 TEST_F(WhyNotLoadedTest, FileIsMissing) {
@@ -211,6 +261,21 @@ TEST_F(WhyNotLoadedTest, OnlyTheNamedLibraryIsBlamed) {
       Why(kNoFile));
   EXPECT_EQ("libz.so: cannot open: No such file or directory",
             Why("libz.so: cannot open: No such file or directory"));
+}
+
+TEST_F(WhyNotLoadedTest, NameInTheFoldersPathIsNotBlamed) {
+  fs::create_directory(folder.Path() / "libq.so");
+  folder.Write("libq.so/plugin.dll", ElfBytes({"libq.so", "libx.so"}));
+  const fs::path library = folder.Path() / "libq.so" / "plugin.dll";
+  EXPECT_EQ("needs libx.so, which is in no folder where the loader looks",
+            WhyNotLoaded(library, library.string() + ": " + kNoFile, program, kNames));
+}
+
+TEST_F(WhyNotLoadedTest, LibrariesThatNeedEachOtherEnd) {
+  folder.Write("plugin.dll", ElfBytes({"liby.so"}));
+  folder.Write("liby.so", ElfBytes({"libw.so"}));
+  folder.Write("libw.so", ElfBytes({"liby.so"}));
+  EXPECT_EQ(kNoFile, Why(kNoFile));
 }
 
 TEST_F(WhyNotLoadedTest, PeNeedsWhatIsNowhere) {

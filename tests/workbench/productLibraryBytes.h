@@ -25,12 +25,14 @@ class LibraryBytes {
   bool m_bigEndian;
 };
 
+constexpr std::size_t kElfDynamic = 256;  // where the dynamic entries lie
+
 /// The least ELF library of `machine` that needs `needed`. Its segments are loaded at 0x10000.
 inline std::string ElfBytes(const std::vector<std::string>& needed, std::uint64_t machine = 62,
                             bool is64 = true, bool bigEndian = false) {
   const std::size_t word = is64 ? 8 : 4;
   constexpr std::size_t kHeaders = 64;
-  constexpr std::size_t kDynamic = 256;
+  constexpr std::size_t kDynamic = kElfDynamic;
   constexpr std::size_t kStrings = 1024;
   LibraryBytes file(2048, bigEndian);
   file.Put(0, "\177ELF");
@@ -39,17 +41,18 @@ inline std::string ElfBytes(const std::vector<std::string>& needed, std::uint64_
   file.Put(18, machine, 2);
   file.Put(is64 ? 32 : 28, kHeaders, word);
   file.Put(is64 ? 54 : 42, is64 ? 56 : 32, 2);
-  file.Put(is64 ? 56 : 44, 2, 2);
+  file.Put(is64 ? 56 : 44, 3, 2);
   const auto segment = [&](std::size_t number, std::uint64_t type, std::uint64_t offset,
-                           std::uint64_t size) {
+                           std::uint64_t size, std::uint64_t address) {
     const std::size_t at = kHeaders + number * (is64 ? 56 : 32);
     file.Put(at, type, 4);
     file.Put(at + (is64 ? 8 : 4), offset, word);
-    file.Put(at + (is64 ? 16 : 8), 0x10000 + offset, word);
+    file.Put(at + (is64 ? 16 : 8), address, word);
     file.Put(at + (is64 ? 32 : 16), size, word);
   };
-  segment(0, 1, 0, 2048);
-  segment(1, 2, kDynamic, 768);
+  segment(0, 4, 100, 2048, 0x10000);  // a note, which is not loaded
+  segment(1, 1, 0, 2048, 0x10000);
+  segment(2, 2, kDynamic, 768, 0x10000 + kDynamic);
   std::size_t entry = kDynamic;
   const auto dynamic = [&](std::uint64_t tag, std::uint64_t value) {
     file.Put(entry, tag, word);

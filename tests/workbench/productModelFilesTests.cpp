@@ -84,6 +84,19 @@ TEST_F(ModelFiles, OfAddonsAreLeftOutWithoutVersionOfThreeParts) {
                           "bin/TevAddons/backup/backup.xml < InstalledProducts.xml:3 Tool backup"));
 }
 
+TEST_F(ModelFiles, OfAddonsAreFollowedWithoutProduct) {
+  Installed();
+  tree.Remove("Product.xml");
+  EXPECT_THAT(Told(),
+              testing::Contains("bin/META_INFO/heat.server/heat.server.xml < heat.xml:2 Plugin "
+                                "heat.server"));
+}
+
+TEST_F(ModelFiles, LieBehindBackslashesTooAsTheFrameHasIt) {
+  const std::string bin = Bin().parent_path().string() + "\\";
+  EXPECT_EQ(ModelFile::State::kGood, ReadModelFiles(bin, names).at(1).state);
+}
+
 TEST_F(ModelFiles, ListedTwiceAreReadOnce) {
   tree.Write("Product.xml",
              "<ProductDescription><Plugins><Plugin ID='a'/><Plugin ID='a'/><Plugin/><Plugin/>"
@@ -272,15 +285,27 @@ TEST_F(FileFindingsTest, NameVersionThatKeepsAddonsAway) {
                           "even the 1 that bin/TevAddons/InstalledProducts.xml lists"));
 }
 
+TEST_F(FileFindingsTest, OfBrokenProductSayNothingMoreOfAddons) {
+  Installed();
+  tree.Write("Product.xml", "<ProductDescription>\n\n\n");
+  EXPECT_THAT(FileFindings(),
+              ElementsAre("E Product.xml:1: not well-formed (Premature end of data in tag "
+                          "ProductDescription line 1): the whole file reads as empty, so no plugin "
+                          "is started"));
+}
+
 TEST_F(FileFindingsTest, NameCatalogueThatIsThereButCannotBeRead) {
   tree.Write("ProductAddons.xml", "");
+  tree.Write("ProductTools.xml", "");
   tree.Write("bin/TevAddons/InstalledProducts.xml", "");
   EXPECT_THAT(FileFindings(),
               ElementsAre("E bin/TevAddons/InstalledProducts.xml is empty, and there is no "
                           "InstalledProducts.data beside it that could stand in; nothing counts as "
                           "installed",
                           "E ProductAddons.xml is empty, and there is no ProductAddons.data beside "
-                          "it that could stand in; no addon is read, not even an installed one"));
+                          "it that could stand in; no addon is read, not even an installed one",
+                          "W ProductTools.xml is empty, and there is no ProductTools.data beside "
+                          "it that could stand in; no tool is read, not even an installed one"));
 }
 
 }  // namespace

@@ -10,9 +10,8 @@ namespace fs = std::filesystem;
 
 FileBytes::FileBytes(const fs::path& file) {
   std::error_code error;
-  if (!fs::is_regular_file(file, error)) return;  // opening a pipe would block
   const std::uintmax_t size = fs::file_size(file, error);
-  if (error) return;
+  if (error) return;  // no regular file: opening a pipe would block
   m_file.open(file, std::ios::binary);
   m_size = size;
 }
@@ -64,7 +63,6 @@ LibraryHeader ReadLibraryHeader(const fs::path& path) {
     }
   } catch (const FileBytes::Broken&) {
     header.broken = header.format != Format::kNone;
-    header.needed.clear();
   }
   return header;
 }

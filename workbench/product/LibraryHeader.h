@@ -15,7 +15,7 @@ struct LibraryHeader {
   };
 
   Format format = Format::kNone;
-  bool broken = false;              // cut short or damaged; `needed` is then empty
+  bool broken = false;              // cut short or damaged; `needed` is then incomplete
   std::string machine;              // "x86-64"; empty when broken before it
   std::vector<std::string> needed;  // DT_NEEDED, or the imported libraries
 };

@@ -2,6 +2,7 @@
 
 #include <dlfcn.h>
 #include <gtest/gtest.h>
+#include <sys/stat.h>
 
 #include <filesystem>
 
@@ -66,6 +67,12 @@ TEST_F(Loader, DoesNotFindPluginWithOtherCase) {
 TEST_F(Loader, SaysItselfWhichSymbolIsMissing) {
   const std::string why = Why(TEV_NEEDS_A_SYMBOL);
   EXPECT_NE(std::string::npos, why.find("undefined symbol: ")) << why;
+}
+
+TEST_F(Loader, KeepsItsWordsOfWhatIsNoRegularFile) {
+  const fs::path pipe = folder.Path() / "plugin.dll";
+  ASSERT_EQ(0, mkfifo(pipe.c_str(), 0600));
+  EXPECT_EQ("words", WhyNotLoaded(pipe, "words", {"/proc/self/exe", {}}, kNames));
 }
 
 }  // namespace
