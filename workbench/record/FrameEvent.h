@@ -24,7 +24,7 @@ struct FrameEvent {
     kAddonUnreadable,         // path: its description cannot be read, or is another addon's
     kAddonIncompatible,      // plugin: the addon's ID. It is installed, for another product version
     kToolUnreadable,         // path: as kAddonUnreadable
-    kProductVersionMissing,  // so that neither addons nor tools are read
+    kProductVersionMissing,  // so that no addon is read
 
     // Frame_Start and the start callback
     kFrameStartBegin,

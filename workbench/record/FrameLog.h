@@ -8,33 +8,29 @@
 
 // The frame's log lines, taken apart: the one place that knows their texts.
 
-/// A log line that is an event: its texts with the fields between them.
+/// A log line that is an event: its texts, with the fields that stand between them.
 ///
-/// The texts stand between the line's first field (the function) and its last (the source).
+/// The first text begins, and the last one ends, what the frame says between the line's function
+/// and its source file.
 struct FrameLogRow {
-  enum class Field { kNone, kPlugin, kPath, kReason, kMilliseconds, kNumber, kStep };
+  enum class Field { kPlugin, kPath, kReason, kMilliseconds, kNumber, kPassedOver };
   enum class Level { kAny, kBelowFailure, kFailure, kFatal };
 
   FrameEvent::Kind kind;
   const char* name;  // of the kind, for messages
+  const char* module;
   Level level;
-  const char* before;
-  // Pairs of a field and the text behind it; those that a row does not use are kNone and null.
-  Field first;
-  const char* behindFirst;
-  Field second;
-  const char* behindSecond;
-  Field third;
-  const char* behindThird;
+  std::vector<std::string> texts;  // one more than fields
+  std::vector<Field> fields;
 };
 
-/// All rows. A line is the event of the first one that it matches.
+/// All rows. A line is the event of the first one that it matches. Any thread.
 const std::vector<FrameLogRow>& FrameLogRows();
 
-/// Whether the line is one of the row's, and the event that it then is.
+/// The event that a log line is as the row has it; none when it is no line of the row.
 ///
-/// Plugin names, paths and reasons hold any bytes. The texts are found from the line's two ends: a
-/// number ends its row, and of a text between two fields the last place counts.
+/// Plugin names, paths and reasons hold any bytes, texts of the row among them. So the texts are
+/// looked for from the line's ends: of those between two fields, the last place counts.
 std::optional<FrameEvent> MatchFrameLog(const FrameLogRow& row, int level,
                                         const std::string& module, const std::string& text);
 

@@ -50,25 +50,57 @@ class RunEventSource {
   std::vector<RunEvent> OnTaskEnded(const Where& where, std::uint64_t task);
 
  private:
-  /// A phase of all plugins, start or stop: who still waits for whom.
+  using Events = std::vector<RunEvent>;
+
+  /// The start or the stop of all plugins: who still waits for whom.
   struct Order {
-    std::map<std::string, std::set<std::string>> waitsFor;  // only what is not counted yet
-    std::set<std::string> waiting;                          // those that were not told to be ready
-    bool open = false;                                      // between the phase's begin and its end
+    explicit Order(const char* name) : phase(name) {}
+
+    const char* phase;
+    bool open = false;                                      // between its begin and its end
+    std::map<std::string, std::set<std::string>> waitsFor;  // of a plugin: those not counted yet
+    std::set<std::string> told;                             // the plugins that kReady was told of
+    std::vector<std::string> done;                          // whose code has returned, in order
   };
 
-  /// What one thread does.
-  struct Work {
+  /// A plugin's turn on a thread, from its begin until the plugin is counted.
+  struct Turn {
     enum class Step { kNone, kLoad, kInit, kUnInit, kUnInitReturned };
 
-    std::uint64_t task = 0;
-    bool hasPlugin = false;
     std::string plugin;
     Step step = Step::kNone;
-    std::string path;                // of the library that is loaded
-    std::string message;             // the loader's, or the plugin's last own line
-    std::string reason;              // why Init or UnInit will have failed
-    FrameEvent cause;                // the line that gave the reason
-    std::int64_t milliseconds = -1;  // what UnInit cost, once it has returned
+    std::string path;               // of the library that is loaded
+    std::string words;              // the loader's; in Init, the last line of the plugin's own
+    std::string reason;             // why Init or UnInit will have failed; empty: not known yet
+    FrameEvent cause;               // the line that gave the reason
+    std::int64_t milliseconds = 0;  // what UnInit cost, once it has returned
   };
+
+  static void OnPhase(const Where& where, const FrameEvent& event, Events& events);
+  void OnStartLine(const Where& where, const FrameEvent& event, Events& events);
+  void OnStopLine(const Where& where, const FrameEvent& event, Events& events);
+
+  // Who waits for whom.
+  void Open(const Where& where, Order& order, Events& events) const;
+  void TellReady(const Where& where, Order& order, const std::string& plugin,
+                 const std::string& last, Events& events) const;
+  void TellBegun(const Where& where, Order& order, const std::string& plugin, Events& events) const;
+  void Count(const Where& where, Order& order, const FrameEvent& event, RunEvent::Result result,
+             const std::string& reason, Events& events);
+
+  // What a thread does.
+  Turn& BeginTurn(const Where& where, const std::string& plugin);
+  Turn& TurnOf(const Where& where, const std::string& plugin);
+  Turn* FindTurn(const Where& where);
+  void EndLoad(const Where& where, const FrameEvent& event, Events& events);
+  void EndInit(const Where& where, const FrameEvent& event, Events& events);
+  void EndUnInit(const Where& where, RunEvent::Result result, const std::string& reason,
+                 Events& events);
+
+  RefineReason m_refine;
+  std::vector<std::string> m_plugins;  // in the model's order
+  Order m_start{RunPhase::kStart};
+  Order m_stop{RunPhase::kStop};
+  std::map<std::uint64_t, std::uint64_t> m_tasks;  // by thread
+  std::map<std::uint64_t, Turn> m_turns;           // by thread
 };
