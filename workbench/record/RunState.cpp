@@ -78,10 +78,13 @@ void RunState::BeginPhase(const RunEvent& event) {
 
 /// An end without a begin makes a phase without a length.
 void RunState::EndPhase(const RunEvent& event) {
-  const Phase* open = FindPhase(event.phase);
-  if (open == nullptr || open->endNs >= 0) BeginPhase(event);
-  const auto phase = std::find_if(m_phases.rbegin(), m_phases.rend(),
-                                  [&](const Phase& other) { return other.name == event.phase; });
+  auto phase = std::find_if(m_phases.rbegin(), m_phases.rend(), [&](const Phase& other) {
+    return other.name == event.phase && other.endNs < 0;
+  });
+  if (phase == m_phases.rend()) {
+    BeginPhase(event);
+    phase = m_phases.rbegin();
+  }
   phase->endNs = event.nanoseconds;
   phase->milliseconds = event.milliseconds;
 }

@@ -1,0 +1,407 @@
+#include "workbench/record/RunEventSource.h"
+
+#include <algorithm>
+#include <utility>
+
+namespace {
+
+using Kind = FrameEvent::Kind;
+using Result = RunEvent::Result;
+
+/// One line, whatever bytes a plugin's texts hold.
+std::string OneLine(const std::string& text) {
+  constexpr char digits[] = "0123456789abcdef";
+  std::string line;
+  for (const char c : text) {
+    const auto byte = static_cast<unsigned char>(c);
+    if (byte >= 0x20 && byte != 0x7f) {
+      line += c;
+      continue;
+    }
+    line += "\\x";
+    line += digits[byte >> 4U];
+    line += digits[byte & 0xFU];
+  }
+  return line;
+}
+
+RunEvent MakeEvent(const RunEventSource::Where& where, RunEvent::Kind kind) {
+  RunEvent event;
+  event.kind = kind;
+  event.nanoseconds = where.nanoseconds;
+  event.thread = where.thread;
+  return event;
+}
+
+RunEvent PluginEvent(const RunEventSource::Where& where, RunEvent::Kind kind,
+                     const std::string& plugin) {
+  RunEvent event = MakeEvent(where, kind);
+  event.plugin = plugin;
+  return event;
+}
+
+RunEvent TaskEvent(const RunEventSource::Where& where, RunEvent::Kind kind, std::uint64_t task) {
+  RunEvent event = MakeEvent(where, kind);
+  event.task = task;
+  return event;
+}
+
+/// What the loader's error code says, where the loader has no words of its own.
+std::string LoadErrorInWords(std::int64_t code) {
+  switch (code) {
+    case 5:
+      return "may not be read";
+    case 126:
+      return "is missing, or a library that it needs is";
+    case 127:
+      return "needs a symbol that no library offers";
+    case 193:
+      return "is no library for this machine";
+    default:
+      return "cannot be loaded";
+  }
+}
+
+/// The loader's own words; "path: " stands before them.
+std::string WithoutPath(const std::string& message, const std::string& path) {
+  const std::string prefix = path + ": ";
+  if (message.compare(0, prefix.size(), prefix) == 0) return message.substr(prefix.size());
+  const std::size_t end = message.find(": ");
+  return end == std::string::npos ? message : message.substr(end + 2);
+}
+
+std::string Threw(const char* entry, const FrameEvent& event) {
+  return std::string("its ") + entry +
+         (event.reason.empty() ? " threw an exception without a text" : " threw: " + event.reason);
+}
+
+std::string ThrewNoException(const char* entry) {
+  return std::string("its ") + entry + " threw something that is no exception object";
+}
+
+bool Runs(const PluginHead& plugin) {
+  return plugin.kind != "driver" && plugin.kind != "executable";
+}
+
+}  // namespace
+
+void RunEventSource::SetPlugins(std::vector<PluginHead> plugins) {
+  std::map<std::string, PluginHead> byId;
+  for (PluginHead& plugin : plugins) {
+    if (!Runs(plugin) || byId.count(plugin.id) != 0) continue;
+    m_plugins.push_back(plugin.id);
+    byId.emplace(plugin.id, std::move(plugin));
+  }
+  for (const std::string& id : m_plugins) {
+    m_start.waitsFor[id];
+    m_stop.waitsFor[id];
+  }
+  for (const auto& [id, plugin] : byId) {
+    for (const std::string& other : plugin.dependsOn) {
+      if (byId.count(other) == 0) continue;
+      m_start.waitsFor[id].insert(other);
+      m_stop.waitsFor[other].insert(id);
+    }
+  }
+}
+
+std::vector<RunEvent> RunEventSource::OnTaskPosted(const Where& where, std::uint64_t task) {
+  return {TaskEvent(where, RunEvent::Kind::kPosted, task)};
+}
+
+std::vector<RunEvent> RunEventSource::OnTaskBegun(const Where& where, std::uint64_t task) {
+  m_turns.erase(where.thread);  // of a task whose end was not told
+  m_tasks[where.thread] = task;
+  return {TaskEvent(where, RunEvent::Kind::kTaskBegin, task)};
+}
+
+std::vector<RunEvent> RunEventSource::OnTaskEnded(const Where& where, std::uint64_t task) {
+  m_turns.erase(where.thread);
+  m_tasks.erase(where.thread);
+  return {TaskEvent(where, RunEvent::Kind::kTaskEnd, task)};
+}
+
+std::vector<RunEvent> RunEventSource::OnLoaderMessage(const Where& where, const std::string& text) {
+  Turn* turn = FindTurn(where);
+  if (turn != nullptr && turn->step == Turn::Step::kLoad) turn->words = text;
+  return {};
+}
+
+std::vector<RunEvent> RunEventSource::OnOtherLine(const Where& where, const std::string& text) {
+  Turn* turn = FindTurn(where);
+  if (turn != nullptr && turn->step == Turn::Step::kInit) turn->words = text;
+  return {};
+}
+
+std::vector<RunEvent> RunEventSource::OnFrameEvent(const Where& where, const FrameEvent& event) {
+  Events events;
+  OnPhase(where, event, events);
+  OnStartLine(where, event, events);
+  OnStopLine(where, event, events);
+  return events;
+}
+
+void RunEventSource::OnPhase(const Where& where, const FrameEvent& event, Events& events) {
+  const auto add = [&](RunEvent::Kind kind, const char* phase) {
+    RunEvent made = MakeEvent(where, kind);
+    made.phase = phase;
+    made.milliseconds = event.milliseconds;
+    events.push_back(std::move(made));
+  };
+  switch (event.kind) {
+    case Kind::kPlatformStartBegin:
+      return add(RunEvent::Kind::kPhaseBegin, RunPhase::kPlatformStart);
+    case Kind::kPlatformStarted:
+      return add(RunEvent::Kind::kPhaseEnd, RunPhase::kPlatformStart);
+    case Kind::kPluginsStartBegin:
+      return add(RunEvent::Kind::kPhaseBegin, RunPhase::kStart);
+    case Kind::kPluginsStartEnd:
+      return add(RunEvent::Kind::kPhaseEnd, RunPhase::kStart);
+    case Kind::kFrameStopBegin:
+      return add(RunEvent::Kind::kPhaseBegin, RunPhase::kFrameStop);
+    case Kind::kFrameStopEnd:
+      return add(RunEvent::Kind::kPhaseEnd, RunPhase::kFrameStop);
+    case Kind::kPluginsStopBegin:
+      return add(RunEvent::Kind::kPhaseBegin, RunPhase::kStop);
+    case Kind::kPluginsStopEnd:
+      return add(RunEvent::Kind::kPhaseEnd, RunPhase::kStop);
+    case Kind::kPlatformStopBegin:
+      return add(RunEvent::Kind::kPhaseBegin, RunPhase::kPlatformStop);
+    case Kind::kPlatformStopEnd:
+      return add(RunEvent::Kind::kPhaseEnd, RunPhase::kPlatformStop);
+    case Kind::kFrameUnInitBegin:
+      return add(RunEvent::Kind::kPhaseBegin, RunPhase::kFrameUnInit);
+    case Kind::kFrameUnInitEnd:
+      return add(RunEvent::Kind::kPhaseEnd, RunPhase::kFrameUnInit);
+    default:
+      return;
+  }
+}
+
+void RunEventSource::OnStartLine(const Where& where, const FrameEvent& event, Events& events) {
+  Turn* turn = FindTurn(where);
+  switch (event.kind) {
+    case Kind::kPluginsStartBegin:
+      return Open(where, m_start, events);
+    case Kind::kPluginsStartEnd:
+      m_start.open = false;
+      return;
+    case Kind::kLoadTaskBegin: {
+      BeginTurn(where, event.plugin);
+      TellBegun(where, m_start, event.plugin, events);
+      const auto task = m_tasks.find(where.thread);
+      events.push_back(PluginEvent(where, RunEvent::Kind::kLoadBegin, event.plugin));
+      events.back().task = task == m_tasks.end() ? 0 : task->second;
+      return;
+    }
+    case Kind::kLoadBegin:
+      if (turn == nullptr) return;
+      turn->step = Turn::Step::kLoad;
+      turn->path = event.path;
+      turn->words.clear();
+      return;
+    case Kind::kLoadSucceeded:
+    case Kind::kLoadFailed:
+      return EndLoad(where, event, events);
+    case Kind::kInitBegin: {
+      Turn& begun = TurnOf(where, event.plugin);
+      begun.step = Turn::Step::kInit;
+      begun.words.clear();
+      begun.reason.clear();
+      events.push_back(PluginEvent(where, RunEvent::Kind::kInitBegin, event.plugin));
+      return;
+    }
+    case Kind::kInitThrew:
+    case Kind::kInitThrewNoException:
+    case Kind::kInitMissing:
+      if (turn == nullptr) return;
+      turn->cause = event;
+      turn->reason = event.kind == Kind::kInitThrew     ? Threw("Init", event)
+                     : event.kind == Kind::kInitMissing ? "its library exports no Init"
+                                                        : ThrewNoException("Init");
+      return;
+    case Kind::kInitSucceeded:
+    case Kind::kInitFailed:
+      return EndInit(where, event, events);
+    case Kind::kStartCounted:
+      return Count(where, m_start, event, Result::kOk, "", events);
+    case Kind::kStartFailedCounted:
+      return Count(where, m_start, event, Result::kFailed, "", events);
+    case Kind::kStartAbandoned:
+      return Count(where, m_start, event, Result::kFailed,
+                   "its start was given up: " + event.reason, events);
+    case Kind::kNotLoadedCounted:
+      return Count(where, m_start, event, Result::kNotLoaded, "", events);
+    default:
+      return;
+  }
+}
+
+void RunEventSource::OnStopLine(const Where& where, const FrameEvent& event, Events& events) {
+  Turn* turn = FindTurn(where);
+  switch (event.kind) {
+    case Kind::kPluginsStopBegin:
+      return Open(where, m_stop, events);
+    case Kind::kPluginsStopEnd:
+      m_stop.open = false;
+      return;
+    case Kind::kUnloadTaskBegin:
+      BeginTurn(where, event.plugin);
+      return TellBegun(where, m_stop, event.plugin, events);
+    case Kind::kNamelessNotCounted:
+      m_turns.erase(where.thread);
+      return;
+    case Kind::kUnInitBegin: {
+      Turn& begun = TurnOf(where, event.plugin);
+      begun.step = Turn::Step::kUnInit;
+      begun.reason.clear();
+      events.push_back(PluginEvent(where, RunEvent::Kind::kUnInitBegin, event.plugin));
+      return;
+    }
+    case Kind::kUnInitThrew:
+      if (turn != nullptr) turn->reason = Threw("UnInit", event);
+      return;
+    case Kind::kUnInitThrewNoException:
+      if (turn != nullptr) turn->reason = ThrewNoException("UnInit");
+      return;
+    case Kind::kUnInitMissing:
+      if (turn != nullptr) turn->reason = "its library exports no UnInit";
+      return;
+    case Kind::kUnInitEnd: {
+      // The line says nothing of the result. Without a reason the next line does: the library is
+      // unmapped, or the plugin is counted.
+      Turn& returned = TurnOf(where, event.plugin);
+      returned.step = Turn::Step::kUnInitReturned;
+      returned.milliseconds = event.milliseconds;
+      m_stop.done.push_back(event.plugin);
+      if (!returned.reason.empty()) EndUnInit(where, Result::kRefused, returned.reason, events);
+      return;
+    }
+    case Kind::kFreeBegin:
+      return EndUnInit(where, Result::kOk, "", events);
+    case Kind::kStopCounted:
+      EndUnInit(where, Result::kOk, "", events);
+      return Count(where, m_stop, event, Result::kOk, "", events);
+    case Kind::kStopRefusedCounted:
+      EndUnInit(where, Result::kRefused, "its UnInit returned false", events);
+      return Count(where, m_stop, event, Result::kRefused, "", events);
+    case Kind::kNothingToStopCounted:
+      return Count(where, m_stop, event, Result::kNotLoaded, "", events);
+    default:
+      return;
+  }
+}
+
+// ---------------------------------------------------------------- who waits for whom
+
+void RunEventSource::Open(const Where& where, Order& order, Events& events) const {
+  order.open = true;
+  for (const std::string& plugin : m_plugins) {
+    if (order.waitsFor[plugin].empty()) TellReady(where, order, plugin, "", events);
+  }
+}
+
+void RunEventSource::TellReady(const Where& where, Order& order, const std::string& plugin,
+                               const std::string& last, Events& events) const {
+  if (!order.told.insert(plugin).second) return;
+  events.push_back(PluginEvent(where, RunEvent::Kind::kReady, plugin));
+  events.back().phase = order.phase;
+  events.back().text = last;
+}
+
+/// The frame goes on with a plugin's dependents once its code has returned, which may be before it
+/// is counted. So one may begin that was not told to be ready: it is told to be so now.
+void RunEventSource::TellBegun(const Where& where, Order& order, const std::string& plugin,
+                               Events& events) const {
+  const auto waitsFor = order.waitsFor.find(plugin);
+  if (waitsFor == order.waitsFor.end()) return;
+  const auto last =
+      std::find_if(order.done.rbegin(), order.done.rend(),
+                   [&](const std::string& other) { return waitsFor->second.count(other) != 0; });
+  TellReady(where, order, plugin, last == order.done.rend() ? "" : *last, events);
+}
+
+void RunEventSource::Count(const Where& where, Order& order, const FrameEvent& event, Result result,
+                           const std::string& reason, Events& events) {
+  m_turns.erase(where.thread);
+  RunEvent counted = PluginEvent(where, RunEvent::Kind::kCounted, event.plugin);
+  counted.phase = order.phase;
+  counted.number = event.number;
+  counted.result = result;
+  counted.text = OneLine(reason);
+  events.push_back(std::move(counted));
+  for (const std::string& plugin : m_plugins) {
+    std::set<std::string>& waitsFor = order.waitsFor[plugin];
+    if (waitsFor.erase(event.plugin) == 0 || !waitsFor.empty() || !order.open) continue;
+    TellReady(where, order, plugin, event.plugin, events);
+  }
+}
+
+// ---------------------------------------------------------------- what a thread does
+
+RunEventSource::Turn& RunEventSource::BeginTurn(const Where& where, const std::string& plugin) {
+  Turn& turn = m_turns[where.thread];
+  turn = Turn();
+  turn.plugin = plugin;
+  return turn;
+}
+
+/// The thread's turn, begun now where the line of its begin is missing.
+RunEventSource::Turn& RunEventSource::TurnOf(const Where& where, const std::string& plugin) {
+  Turn* turn = FindTurn(where);
+  return turn != nullptr && turn->plugin == plugin ? *turn : BeginTurn(where, plugin);
+}
+
+RunEventSource::Turn* RunEventSource::FindTurn(const Where& where) {
+  const auto turn = m_turns.find(where.thread);
+  return turn == m_turns.end() ? nullptr : &turn->second;
+}
+
+void RunEventSource::EndLoad(const Where& where, const FrameEvent& event, Events& events) {
+  Turn* turn = FindTurn(where);
+  if (turn == nullptr) return;
+  turn->step = Turn::Step::kNone;
+  RunEvent ended = PluginEvent(where, RunEvent::Kind::kLoadEnd, turn->plugin);
+  ended.result = event.kind == Kind::kLoadSucceeded ? Result::kOk : Result::kFailed;
+  if (ended.result == Result::kFailed) {
+    m_start.done.push_back(turn->plugin);
+    std::string reason = turn->words.empty() ? event.path + " " + LoadErrorInWords(event.number) +
+                                                   " (error " + std::to_string(event.number) + ")"
+                                             : WithoutPath(turn->words, turn->path);
+    if (m_refine) reason = m_refine(turn->plugin, event, reason);
+    ended.text = OneLine(reason);
+  }
+  events.push_back(std::move(ended));
+}
+
+void RunEventSource::EndInit(const Where& where, const FrameEvent& event, Events& events) {
+  Turn& turn = TurnOf(where, event.plugin);
+  turn.step = Turn::Step::kNone;
+  m_start.done.push_back(event.plugin);
+  RunEvent ended = PluginEvent(where, RunEvent::Kind::kInitEnd, event.plugin);
+  ended.milliseconds = event.milliseconds;
+  ended.result = event.kind == Kind::kInitSucceeded ? Result::kOk : Result::kFailed;
+  if (ended.result == Result::kFailed) {
+    std::string reason = turn.reason;
+    if (reason.empty()) {
+      turn.cause = event;
+      reason = "its Init returned false" + (turn.words.empty() ? "" : ": " + turn.words);
+    }
+    if (m_refine) reason = m_refine(event.plugin, turn.cause, reason);
+    ended.text = OneLine(reason);
+  }
+  events.push_back(std::move(ended));
+}
+
+/// Tells the result of an UnInit that has returned and was not told of yet.
+void RunEventSource::EndUnInit(const Where& where, Result result, const std::string& reason,
+                               Events& events) {
+  Turn* turn = FindTurn(where);
+  if (turn == nullptr || turn->step != Turn::Step::kUnInitReturned) return;
+  turn->step = Turn::Step::kNone;
+  RunEvent ended = PluginEvent(where, RunEvent::Kind::kUnInitEnd, turn->plugin);
+  ended.milliseconds = turn->milliseconds;
+  ended.result = result;
+  ended.text = OneLine(reason);
+  events.push_back(std::move(ended));
+}
