@@ -85,36 +85,56 @@ const char* NameOf(const Named<Value> (&table)[N], Value value) {
 }
 
 template <typename Value, std::size_t N>
-void ReadNamed(const Named<Value> (&table)[N], const std::string& name, Value& value) {
+Value ValueOf(const Named<Value> (&table)[N], const std::string& name) {
   for (const Named<Value>& named : table) {
-    if (name == named.name) value = named.value;
+    if (name == named.name) return named.value;
   }
+  throw std::invalid_argument(name);
 }
 
-bool Empty(const std::string& text) {
-  return text.empty();
-}
-bool Empty(std::int64_t number) {
-  return number < 0;
-}
-bool Empty(std::uint64_t) {
-  return false;
-}
-
-/// Calls `visit(member, name, field)` for each member that is a field of the event as it is; the
-/// order is that of the line.
+/// Calls `visit(member, name, field)` for each member of an event's line, in its order.
 template <typename Event, typename Visit>
 void VisitMembers(Event& event, Visit visit) {
   visit(kPhase, "phase", event.phase);
   visit(kPlugin, "plugin", event.plugin);
   visit(kTask, "task", event.task);
+  visit(kResult, "result", event.result);
   visit(kMs, "ms", event.milliseconds);
   visit(kCount, "count", event.number);
+  visit(kSeverity, "severity", event.severity);
   visit(kStatus, "status", event.status);
   visit(kExitStatus, "exitStatus", event.number);
   visit(kWaitedFor, "waitedFor", event.text);
   visit(kReason, "reason", event.text);
   visit(kText, "text", event.text);
+}
+
+const std::string& Written(const std::string& text) {
+  return text;
+}
+std::int64_t Written(std::int64_t number) {
+  return number;
+}
+std::uint64_t Written(std::uint64_t number) {
+  return number;
+}
+std::string Written(Result result) {
+  return NameOf(kResults, result);
+}
+std::string Written(Severity severity) {
+  return NameOf(kSeverities, severity);
+}
+
+/// Whether a member that may be left out is.
+template <typename Field>
+bool Empty(const Field&) {
+  return false;
+}
+bool Empty(const std::string& text) {
+  return text.empty();
+}
+bool Empty(std::int64_t number) {
+  return number < 0;
 }
 
 std::string Dump(const Json& json) {
@@ -134,11 +154,27 @@ void Read(const Json& json, const char* name, std::vector<std::string>& value) {
 }
 
 template <typename Integer>
-void Read(const Json& json, const char* name, Integer& value) {
+void ReadInteger(const Json& json, const char* name, Integer& value) {
   const auto member = json.find(name);
   if (member == json.end()) return;
   if (!member->is_number_integer()) throw std::invalid_argument(name);
   value = member->get<Integer>();
+}
+
+void Read(const Json& json, const char* name, std::int64_t& value) {
+  ReadInteger(json, name, value);
+}
+void Read(const Json& json, const char* name, std::uint64_t& value) {
+  ReadInteger(json, name, value);
+}
+void Read(const Json& json, const char* name, int& value) {
+  ReadInteger(json, name, value);
+}
+void Read(const Json& json, const char* name, Result& value) {
+  value = ValueOf(kResults, json.at(name).get<std::string>());
+}
+void Read(const Json& json, const char* name, Severity& value) {
+  value = ValueOf(kSeverities, json.at(name).get<std::string>());
 }
 
 /// The schema of the head; throws when it is no head.
@@ -190,12 +226,6 @@ RunEvent ReadEvent(const Json& json) {
     VisitMembers(event, [&](Member member, const char* key, auto& field) {
       if (((row.always | row.unlessEmpty) & member) != 0) Read(json, key, field);
     });
-    std::string text;
-    Read(json, "result", text);
-    ReadNamed(kResults, text, event.result);
-    text.clear();
-    Read(json, "severity", text);
-    ReadNamed(kSeverities, text, event.severity);
     return event;
   }
   throw std::invalid_argument(name);
@@ -257,11 +287,9 @@ std::string RecordLine(const RunEvent& event) {
                {"event", row.name},
                {"ns", event.nanoseconds},
                {"thread", event.thread}};
-  if ((row.always & kSeverity) != 0) json["severity"] = NameOf(kSeverities, event.severity);
-  if ((row.always & kResult) != 0) json["result"] = NameOf(kResults, event.result);
   VisitMembers(event, [&](Member member, const char* name, const auto& field) {
     const bool filled = (row.unlessEmpty & member) != 0 && !Empty(field);
-    if ((row.always & member) != 0 || filled) json[name] = field;
+    if ((row.always & member) != 0 || filled) json[name] = Written(field);
   });
   return Dump(json);
 }
