@@ -13,7 +13,7 @@ namespace {
 class RecordFolders : public testing::Test {
  protected:
   std::string Name(const std::string& product) const {
-    return RecordFolder(temporary.Path(), product).Path().filename().string();
+    return RecordFolder(temporary.Path(), fs::u8path(product)).Path().filename().string();
   }
 
   void Touch(const fs::path& file) const { std::ofstream(file) << "x"; }

@@ -25,14 +25,14 @@ constexpr Level kFatal = Level::kFatal;
 /// A row as it is written below, its fields by name in braces.
 struct Pattern {
   Kind kind;
+  Level level;
   const char* name;
   const char* module;
-  Level level;
   const char* text;
 };
 
 #define ROW(kind, level, text) \
-  { Kind::kind, #kind, kFrame, level, text }
+  { Kind::kind, level, #kind, kFrame, text }
 
 const Pattern kPatterns[] = {
     ROW(kLoadTaskBegin, kAny, "[Plugin Load]Plugin [{plugin}] SinglePluginLoad Begin."),
@@ -113,7 +113,7 @@ const Pattern kPatterns[] = {
     ROW(kPlatformPrepareBegin, kAny, "[Frame_Stop]----[{}]KPXPlatform KPX_PreUnInit start----"),
     ROW(kPlatformPrepareEnd, kAny,
         "[Frame_Stop]----[{}]KPXPlatform KPX_PreUnInit end.cost time [{ms}]ms----"),
-    {Kind::kLpcStopFailed, "kLpcStopFailed", kLpc, kAny,
+    {Kind::kLpcStopFailed, kAny, "kLpcStopFailed", kLpc,
      "[PluginManager Uninit]Uninit lpc frame end, failed."},
     ROW(kNoPoolForStop, kAny, "[PluginManager Uninit]Get threads for uninit plugins end, failed."),
     ROW(kPluginsStopBegin, kAny, "[PluginManager Uninit]Uninit all plugins start."),
