@@ -3,7 +3,6 @@
 #include <algorithm>
 #include <atomic>
 #include <exception>
-#include <numeric>
 #include <thread>
 #include <utility>
 
@@ -16,6 +15,7 @@ namespace {
 constexpr char kModule[] = "base.thread";
 
 std::atomic<std::uint64_t> g_lastTask{0};
+std::atomic<std::size_t> g_unfinished{0};
 
 /// The pool whose thread this is.
 thread_local const Pool* t_pool = nullptr;
@@ -51,6 +51,7 @@ bool Pool::Post(std::shared_ptr<CTMTask> task, bool urgent) {
     entry.wave = m_oldestWave + m_waves.size() - 1;
     ++m_waves.back();
     ++m_announced;
+    ++g_unfinished;
   }
   ObserveTask({TaskEvent::Kind::kPosted, entry.number, m_name});
   bool needsThread = false;
@@ -80,9 +81,8 @@ void Pool::WaitForTasks() {
   m_ended.wait(lock, [&] { return m_oldestWave >= present; });
 }
 
-std::size_t Pool::Unfinished() {
-  const std::lock_guard<std::mutex> lock(m_mutex);
-  return std::accumulate(m_waves.begin(), m_waves.end(), std::size_t{0});
+std::size_t Pool::UnfinishedOfAll() {
+  return g_unfinished;
 }
 
 bool Pool::IsOnOwnThread() const {
@@ -108,7 +108,7 @@ bool Pool::NeedsThread() const {
 }
 
 /// Starts a thread that m_threads counts already, or takes it from there. Not under the mutex:
-/// making a thread takes long, and whoever watches the log may ask for the number of tasks.
+/// making a thread takes long.
 bool Pool::StartThread() {
   try {
     std::thread([pool = shared_from_this()] { pool->Run(); }).detach();
@@ -160,6 +160,7 @@ void Pool::Execute(std::shared_ptr<CTMTask> task, std::uint64_t number) {
 void Pool::EndTask(const Entry& entry) {
   --m_running;
   m_urgentRunning -= entry.urgent ? 1 : 0;
+  --g_unfinished;
   --m_waves[entry.wave - m_oldestWave];
   while (m_waves.size() > 1 && m_waves.front() == 0) {
     m_waves.pop_front();

@@ -33,7 +33,8 @@ class Pool : public std::enable_shared_from_this<Pool> {
   /// Returns when the tasks that have been posted until now have ended. Not for the pool's threads.
   void WaitForTasks();
 
-  std::size_t Unfinished();
+  /// How many tasks of all pools wait or run.
+  static std::size_t UnfinishedOfAll();
 
   /// Is the calling thread one of the pool's?
   bool IsOnOwnThread() const;

@@ -7,7 +7,6 @@
 #include <mutex>
 #include <string>
 #include <utility>
-#include <vector>
 
 #include "reference/base/Pool.h"
 #include "sdk/base/log.h"
@@ -25,11 +24,8 @@ struct SharedPool {
 
 /// Never destroyed: pool threads may outlive main, and tasks on them may ask for pools.
 struct Pools {
-  std::mutex mutex;  // taken before a pool's own
-
-  // Guarded by mutex.
-  std::map<std::string, SharedPool> byName;
-  std::vector<std::weak_ptr<Pool>> released;
+  std::mutex mutex;                          // taken before a pool's own
+  std::map<std::string, SharedPool> byName;  // guarded by mutex
 };
 
 Pools& ThePools() {
@@ -123,10 +119,6 @@ bool CThreadManager::ReleaseThread(const std::string& name, bool wait) {
     waitsForItself = wait && pool->IsOnOwnThread();
     if (!waitsForItself && --found->second.holders == 0) {
       pools.byName.erase(found);
-      pools.released.erase(std::remove_if(pools.released.begin(), pools.released.end(),
-                                          [](const auto& old) { return old.expired(); }),
-                           pools.released.end());
-      pools.released.push_back(pool);
       pool->Close();
     }
   }
@@ -146,12 +138,5 @@ void LimitPoolThreads(int most) {
 }
 
 std::size_t UnfinishedTasks() {
-  Pools& pools = ThePools();
-  const std::lock_guard<std::mutex> lock(pools.mutex);
-  std::size_t count = 0;
-  for (const auto& entry : pools.byName) count += entry.second.pool->Unfinished();
-  for (const auto& old : pools.released) {
-    if (const auto pool = old.lock()) count += pool->Unfinished();
-  }
-  return count;
+  return Pool::UnfinishedOfAll();
 }

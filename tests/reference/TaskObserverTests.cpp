@@ -96,13 +96,15 @@ TEST_F(TaskObservation, EndComesAfterTheTaskIsGoneAndBeforeItCountsAsFinished) {
     events.push_back(Name(event.kind) + " " + std::to_string(UnfinishedTasks()));
   });
   ASSERT_TRUE(Grant(1, 1));
+  Gate open;
   {
     const std::shared_ptr<int> witness(new int, [&](const int* number) {
       delete number;
       events.emplace_back("gone");
     });
-    ASSERT_TRUE(Post([witness] {}));
+    ASSERT_TRUE(Post([witness, &open] { open.Wait(); }));
   }
+  open.Arrive();
   Release(true);
   EXPECT_THAT(events, ElementsAre("posted 1", "begun 1", "gone", "ended 1"));
 }

@@ -75,7 +75,7 @@ TEST_F(ThreadWaking, PoolsAnswerWhileAThreadIsBeingMade) {
   g_met = 0;
   std::thread other([&] {
     if (!asked.Wait()) return;
-    UnfinishedTasks();
+    Post([] {});
     answered.Arrive();
   });
   ASSERT_TRUE(Grant(1, 2));
@@ -86,6 +86,7 @@ TEST_F(ThreadWaking, PoolsAnswerWhileAThreadIsBeingMade) {
   other.join();
   EXPECT_EQ(1, g_met);
   open.Arrive();
+  Release(true);
 }
 
 }  // namespace
