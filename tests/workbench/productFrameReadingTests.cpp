@@ -189,15 +189,19 @@ TEST_F(FrameReading, FindsTheSameTextsInOddDocuments) {
       "<r>\xE4</r>",
       "<r>" + std::string(300, ' ') + "</r>"};
   const std::string expressions[] = {"/r", "/r/b", "/r/b[2]", "/r/s/b", "/r/s/b[2]", "/r/s/b[3]"};
-  const auto chain = [](int entities) {
+  const auto chain = [](int entities, bool inText) {
     std::string text = "<!DOCTYPE r [<!ENTITY e0 'x'>";
     for (int i = 1; i <= entities; ++i) {
       text += "<!ENTITY e" + std::to_string(i) + " '&e" + std::to_string(i - 1) + ";'>";
     }
-    return text + "]><r>&e" + std::to_string(entities) + ";</r>";
+    const std::string last = "&e" + std::to_string(entities) + ";";
+    return text + "]><r a='" + (inText ? "" : last) + "'>" + (inText ? last : "") + "</r>";
   };
   std::vector<std::string> all(std::begin(documents), std::end(documents));
-  for (int entities = 35; entities < 45; ++entities) all.push_back(chain(entities));
+  for (int entities = 15; entities < 45; ++entities) {
+    all.push_back(chain(entities, true));
+    all.push_back(chain(entities, false));
+  }
   for (const std::string& text : all) {
     xmlSetStructuredErrorFunc(nullptr, [](auto...) {});
     TevModelParse::CXmlProto frame;

@@ -253,12 +253,16 @@ TEST_F(WhyNotLoadedTest, NeededLibraryBesideItIsForAnotherMachine) {
 }
 
 TEST_F(WhyNotLoadedTest, OnlyTheNamedLibraryIsBlamed) {
-  folder.Write("plugin.dll", ElfBytes({"x.so", "libx.so.1", "libx.so"}));
+  folder.Write("plugin.dll", ElfBytes({"x.so", "libx.so", "libx.so.1"}));
   for (const char* name : {"x.so", "libx.so.1", "libx.so"}) folder.Write(name, ElfBytes({}));
   EXPECT_EQ(
       "needs libx.so, which lies beside it but is not looked for there: link the plugin with an "
       "RPATH of $ORIGIN",
       Why(kNoFile));
+  EXPECT_EQ(
+      "needs libx.so.1, which lies beside it but is not looked for there: link the plugin with an "
+      "RPATH of $ORIGIN",
+      Why("libx.so.1: cannot open shared object file: No such file or directory"));
   EXPECT_EQ("libz.so: cannot open: No such file or directory",
             Why("libz.so: cannot open: No such file or directory"));
 }

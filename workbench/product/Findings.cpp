@@ -89,6 +89,7 @@ std::vector<Finding> FindingsBeforeStart(const fs::path& bin, const ProductModel
   const std::vector<ModelFile> files = ReadModelFiles(bin, names);
   const DependencyLines lines = cycles.empty() ? DependencyLines() : ReadDependencyLines(files);
   std::vector<Finding> findings;
+  findings.reserve(cycles.size());
   for (const auto& cycle : cycles) {
     findings.push_back({Severity::kError, CycleFinding(graph, cycle, lines, names)});
   }

@@ -44,22 +44,22 @@ std::string FileBytes::Text(std::uint64_t offset) {
   return text;
 }
 
-LibraryHeader ReadLibraryHeader(const fs::path& path) {
+LibraryHeader ReadLibraryHeader(const fs::path& file) {
   using Format = LibraryHeader::Format;
   LibraryHeader header;
-  FileBytes file(path);
-  if (!file.IsOpen()) {
+  FileBytes bytes(file);
+  if (!bytes.IsOpen()) {
     header.format = Format::kUnreadable;
     return header;
   }
   try {
-    const std::string magic = file.Bytes(0, 4);
+    const std::string magic = bytes.Bytes(0, 4);
     if (magic == "\177ELF") {
       header.format = Format::kElf;
-      ReadElf(file, header);
+      ReadElf(bytes, header);
     } else if (magic.compare(0, 2, "MZ") == 0) {
       header.format = Format::kPe;
-      ReadPe(file, header);
+      ReadPe(bytes, header);
     }
   } catch (const FileBytes::Broken&) {
     header.broken = header.format != Format::kNone;

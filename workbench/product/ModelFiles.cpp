@@ -18,7 +18,7 @@ constexpr char kPlugin[] = "Plugin";
 
 /// `path` without "..", and still leading to the same folder.
 fs::path Plain(const fs::path& path) {
-  const fs::path plain = path.lexically_normal();
+  fs::path plain = path.lexically_normal();
   if (plain == path) return plain;
   std::error_code error;
   const bool same = fs::equivalent(path.parent_path(), plain.parent_path(), error);

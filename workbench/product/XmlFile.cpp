@@ -79,15 +79,15 @@ class TextPieces {
  public:
   explicit TextPieces(const xmlDoc* document) : m_document(document) {}
 
-  bool Append(const xmlNode* list, int depth = 0) {
+  /// As deep as entities nest, which the parser limits to 40.
+  bool Append(const xmlNode* list) {
     for (const xmlNode* node = list; node != nullptr; node = node->next) {
       if (++m_nodes > kMostNodes) return false;
       if (node->type == XML_TEXT_NODE || node->type == XML_CDATA_SECTION_NODE) {
         m_text += FromXml(node->content);
       } else if (node->type == XML_ENTITY_REF_NODE) {
         const xmlEntity* entity = xmlGetDocEntity(m_document, node->name);
-        if (depth == kMostDepth) return false;
-        if (entity != nullptr && !Append(entity->children, depth + 1)) return false;
+        if (entity != nullptr && !Append(entity->children)) return false;
       }
       if (m_text.size() > kMostBytes) return false;
     }
@@ -99,7 +99,6 @@ class TextPieces {
  private:
   static constexpr std::size_t kMostBytes = 10'000'000;  // the frame's own bound
   static constexpr std::size_t kMostNodes = 10'000'000;
-  static constexpr int kMostDepth = 40;
 
   const xmlDoc* m_document;
   std::string m_text;
@@ -184,16 +183,15 @@ int XmlFile::Line(const std::string& expression) const {
 std::vector<XmlListElement> ListElements(const XmlFile& file, const std::string& section,
                                          const std::string& element) {
   const std::string list = section + "/" + element;
+  const std::string secondSection = section + "[" + element + "][2]";
   const int count = file.Count(list);
   std::vector<XmlListElement> elements;
   for (int position = 1; position <= count; ++position) {
     XmlListElement found;
-    found.path = list + "[" + std::to_string(position) + "]";
-    found.line = file.Line(found.path);
-    if (found.line == 0) {
-      found.hidden = true;
-      found.line = file.Line(section + "[" + element + "][2]");
-    }
+    found.path = list;
+    found.path += "[" + std::to_string(position) + "]";
+    found.hidden = file.Count(found.path) == 0;
+    found.line = file.Line(found.hidden ? secondSection : found.path);
     elements.push_back(std::move(found));
   }
   return elements;
