@@ -1,0 +1,80 @@
+// What a post costs the processor when many threads of the pool are idle.
+
+#include <benchmark/benchmark.h>
+
+#include <condition_variable>
+#include <functional>
+#include <memory>
+#include <mutex>
+#include <utility>
+
+#include "sdk/base/thread.h"
+
+namespace {
+
+constexpr char kPool[] = "bench";
+constexpr int kTasks = 200;
+
+class FunctionTask : public CTMTask {
+ public:
+  explicit FunctionTask(std::function<void()> work) : CTMTask(kPool), m_work(std::move(work)) {}
+  void DoTask() override { m_work(); }
+
+ private:
+  std::function<void()> m_work;
+};
+
+/// Opens when so many have arrived.
+class Meeting {
+ public:
+  explicit Meeting(int arrivals) : m_missing(arrivals) {}
+
+  void Arrive() {
+    const std::lock_guard<std::mutex> lock(m_mutex);
+    if (--m_missing == 0) m_complete.notify_all();
+  }
+  void Wait() {
+    std::unique_lock<std::mutex> lock(m_mutex);
+    m_complete.wait(lock, [this] { return m_missing == 0; });
+  }
+
+ private:
+  std::mutex m_mutex;
+  std::condition_variable m_complete;
+  int m_missing;  // guarded by m_mutex
+};
+
+void Post(std::function<void()> work) {
+  CThreadManager::Instance().PostTask(std::make_shared<FunctionTask>(std::move(work)), false);
+}
+
+/// 200 tasks that do nothing, each posted when the one before has run, with as many idle threads as
+/// the argument says; the time is the whole process's on the processor.
+void PostOneByOne(benchmark::State& state) {
+  const auto threads = static_cast<int>(state.range(0));
+  CThreadManager& manager = CThreadManager::Instance();
+  if (manager.GetAvailableThreadpool(kPool, threads, threads, 0) == 0) {
+    state.SkipWithError("no such pool");
+    return;
+  }
+  Meeting all(threads);  // every thread has run a task
+  for (int i = 0; i < threads; ++i) {
+    Post([&all] {
+      all.Arrive();
+      all.Wait();
+    });
+  }
+  all.Wait();
+  for (auto _ : state) {
+    for (int i = 0; i < kTasks; ++i) {
+      Meeting ran(1);
+      Post([&ran] { ran.Arrive(); });
+      ran.Wait();
+    }
+  }
+  manager.ReleaseThread(kPool, true);
+}
+
+BENCHMARK(PostOneByOne)->Arg(1)->Arg(200)->MeasureProcessCPUTime()->Unit(benchmark::kMillisecond);
+
+}  // namespace
