@@ -189,8 +189,8 @@ TEST_F(Log, ObserverThatThrowsLosesNoLineOfTheFile) {
 }
 
 TEST(LogBeforeConfiguration, ConsoleTakesLinesFromTheToleratedFailureUp) {
-  if (g_logWasConfigured) ConfigureLog(LogConfig());  // another test of this process came first
   testing::internal::CaptureStderr();
+  if (g_logWasConfigured) ConfigureLog(LogConfig());  // another test of this process came first
   IKPXFormatLog(3, "m", "progress");
   IKPXFormatLog(4, "m", "tolerated");
   EXPECT_THAT(Bare(Lines(testing::internal::GetCapturedStderr())),
