@@ -1,0 +1,225 @@
+#include "reference/os/CrashHandler.h"
+
+#include <pthread.h>
+#include <setjmp.h>  // NOLINT(modernize-deprecated-headers): sigsetjmp is the system's own
+#include <signal.h>  // NOLINT(modernize-deprecated-headers): the system's own, not C's
+#include <sys/syscall.h>
+#include <unistd.h>
+
+#include <atomic>
+#include <cstdlib>
+#include <exception>
+
+#include "reference/os/UncaughtException.h"
+#include "reference/os/posix/AlternateStack.h"
+#include "reference/os/posix/CrashRun.h"
+
+namespace {
+
+constexpr unsigned kReportSeconds = 10;
+
+struct FatalSignal {
+  int number;
+  const char* name;
+};
+constexpr FatalSignal kFatalSignals[] = {
+    {SIGSEGV, "SIGSEGV"}, {SIGBUS, "SIGBUS"}, {SIGILL, "SIGILL"},   {SIGFPE, "SIGFPE"},
+    {SIGABRT, "SIGABRT"}, {SIGSYS, "SIGSYS"}, {SIGTRAP, "SIGTRAP"},
+};
+
+// Written by InstallCrashHandler, constant afterwards. g_process is written last.
+CrashReportFn g_report = nullptr;
+int g_exitStatus = 0;
+std::terminate_handler g_terminateBefore = nullptr;
+std::atomic<pid_t> g_process{0};
+
+std::atomic<bool> g_exitExpected{false};
+std::atomic<pid_t> g_reporter{0};  // the one thread that reports; the process ends with it
+
+// The reporting thread's own: where to go on when what it runs crashes or hangs.
+sigjmp_buf* volatile g_recovery = nullptr;
+
+bool IsWatched() noexcept {
+  return getpid() == g_process;  // not so in a child of a fork
+}
+
+void SetAction(int signal, void (*handler)(int)) noexcept {
+  struct sigaction action = {};
+  action.sa_handler = handler;
+  action.sa_flags = SA_ONSTACK;
+  sigemptyset(&action.sa_mask);
+  sigaction(signal, &action, nullptr);
+}
+
+void Unblock(int signal) noexcept {
+  sigset_t set;
+  sigemptyset(&set);
+  sigaddset(&set, signal);
+  pthread_sigmask(SIG_UNBLOCK, &set, nullptr);
+}
+
+[[noreturn]] void EndBy(int signal) noexcept {
+  SetAction(signal, SIG_DFL);
+  Unblock(signal);
+  tgkill(getpid(), gettid(), signal);  // raise() would address the parent's thread after a vfork
+  LeaveNow(128 + signal);  // the first process of a container is not ended by its own signals
+}
+
+void GoOn() noexcept {
+  // NOLINTNEXTLINE(cert-err52-cpp): there is no other way out of a crash
+  if (g_recovery != nullptr) siglongjmp(*g_recovery, 1);
+}
+
+/// True on the first thread that asks. Another one waits here until that one ends the process. When
+/// the reporting thread itself comes again, it goes on behind what it was running.
+bool BecomeReporter() noexcept {
+  pid_t reporter = 0;
+  if (g_reporter.compare_exchange_strong(reporter, gettid())) return true;
+  while (reporter != gettid()) pause();
+  GoOn();
+  return false;
+}
+
+void OnAlarm(int) {
+  if (gettid() == g_reporter) {
+    GoOn();
+  } else {
+    tgkill(getpid(), g_reporter, SIGALRM);
+  }
+}
+
+void Report(Crash& crash, const void* stackBegin) noexcept {
+  SetAction(SIGALRM, &OnAlarm);
+  Unblock(SIGALRM);
+  BeginStackAt(stackBegin);
+  RunGuarded(
+      kReportSeconds, [](void* argument) { g_report(*static_cast<Crash*>(argument)); }, &crash);
+}
+
+bool IsNear(const void* address, const void* other) {
+  constexpr std::uintptr_t distance = 64 * 1024;
+  const auto difference =
+      reinterpret_cast<std::uintptr_t>(address) - reinterpret_cast<std::uintptr_t>(other);
+  return difference + distance < 2 * distance;
+}
+
+void Describe(CrashText& text, int signal, const siginfo_t& info, const void* stackPointer) {
+  for (const FatalSignal& fatal : kFatalSignals) {
+    if (fatal.number == signal) text.Add(fatal.name);
+  }
+  const bool hasAddress = info.si_code > 0 && info.si_code != SI_KERNEL;
+  if (hasAddress && (signal == SIGSEGV || signal == SIGBUS)) {
+    text.Add(" at address ").AddHex(reinterpret_cast<std::uintptr_t>(info.si_addr));
+    if (IsNear(info.si_addr, stackPointer)) text.Add(": the stack overflowed");
+  } else if (info.si_code <= 0 && info.si_pid != getpid()) {
+    text.Add(" sent by process ").AddNumber(info.si_pid);
+  } else if (signal == SIGABRT) {
+    text.Add(": abort() was called");
+  }
+}
+
+void OnSignal(int signal, siginfo_t* info, void*) {
+  if (!IsWatched()) EndBy(signal);
+  if (!BecomeReporter()) EndBy(signal);
+  const Interrupted interrupted = InterruptedCode();
+  CrashText what;
+  Describe(what, signal, *info, interrupted.stackPointer);
+  Crash crash;
+  crash.kind = Crash::Kind::kSignal;
+  crash.code = signal;
+  crash.what = what.CStr();
+  crash.address = interrupted.instruction;
+  Report(crash, nullptr);
+  EndBy(signal);
+}
+
+void OnTerminate() {
+  const void* caller = __builtin_return_address(0);
+  if (!IsWatched()) {
+    g_terminateBefore();
+    std::abort();
+  }
+  // Before anything is claimed: a crash in the exception's own code is reported as such.
+  CrashText what;
+  DescribeUncaughtException(what);
+  if (BecomeReporter()) {
+    Crash crash;
+    crash.kind = Crash::Kind::kTerminate;
+    crash.code = SIGABRT;
+    crash.what = what.CStr();
+    Report(crash, caller);
+  }
+  EndBy(SIGABRT);
+}
+
+/// Catches what does not pass through the exit functions of ours: the end of main or of the last
+/// thread.
+void OnExit(int status, void*) {
+  if (ExitIsReported()) {
+    ReportExit(Crash::Kind::kExit, status, "exit", __builtin_return_address(0));
+  }
+}
+
+}  // namespace
+
+bool RunGuarded(unsigned seconds, void (*action)(void*), void* argument) noexcept {
+  sigjmp_buf* volatile const outer = g_recovery;
+  volatile bool completed = false;
+  sigjmp_buf recovery;
+  // NOLINTNEXTLINE(cert-err52-cpp): there is no other way out of a crash
+  if (sigsetjmp(recovery, 1) == 0) {
+    g_recovery = &recovery;
+    alarm(seconds);
+    action(argument);
+    completed = true;
+  }
+  g_recovery = outer;
+  alarm(outer != nullptr ? kReportSeconds : 0);
+  return completed;
+}
+
+bool ExitIsReported() noexcept {
+  return IsWatched() && !g_exitExpected;
+}
+
+void ReportExit(Crash::Kind kind, std::int64_t status, const char* function,
+                const void* caller) noexcept {
+  if (BecomeReporter()) {
+    CrashText what;
+    what.Add(function).Add("(").AddNumber(status).Add(")");
+    Crash crash;
+    crash.kind = kind;
+    crash.code = status;
+    crash.what = what.CStr();
+    crash.address = caller;
+    Report(crash, caller);
+  }
+  LeaveNow(g_exitStatus);
+}
+
+void LeaveNow(int status) noexcept {
+  while (true) syscall(SYS_exit_group, status);
+}
+
+void InstallCrashHandler(CrashReportFn report, int exitStatus) {
+  g_report = report;
+  g_exitStatus = exitStatus;
+  PrepareStack();
+  UseAlternateStack();
+  g_terminateBefore = std::set_terminate(&OnTerminate);
+  on_exit(&OnExit, nullptr);
+  g_process = getpid();
+  for (const FatalSignal& fatal : kFatalSignals) {
+    struct sigaction action = {};
+    action.sa_sigaction = &OnSignal;
+    // A crash in the handler must reach the handler again.
+    action.sa_flags = SA_SIGINFO | SA_ONSTACK | SA_NODEFER;
+    sigemptyset(&action.sa_mask);
+    sigaction(fatal.number, &action, nullptr);
+    Unblock(fatal.number);
+  }
+}
+
+void ExpectExit() {
+  g_exitExpected = true;
+}

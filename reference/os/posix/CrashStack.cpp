@@ -1,0 +1,225 @@
+// The stack of a crash: unwound by the compiler's runtime, described by libbacktrace, both of which
+// need no heap. Only to demangle a name takes some; what hangs or crashes there is given up.
+
+#include <backtrace.h>
+#include <cxxabi.h>
+#include <link.h>
+#include <unwind.h>
+
+#include <cstdlib>
+#include <cstring>
+#include <string>
+
+#include "reference/os/ProcessPath.h"
+#include "reference/os/posix/CrashRun.h"
+
+namespace {
+
+constexpr std::size_t kMostFrames = 64;
+
+backtrace_state* g_debugInformation = nullptr;
+CrashText g_program;  // the file name of the running program
+const void* g_caller = nullptr;
+
+struct Stack {
+  std::uintptr_t code[kMostFrames];  // an address inside the instruction that calls or crashed
+  std::size_t count;
+  bool begun;
+  bool cut;  // there are more frames
+  Interrupted interrupted;
+};
+
+enum class Detail { kDemangled, kMangled, kModule };
+
+/// How far the stack is written, kept when a crash cuts a step short.
+struct Progress {
+  SystemFile file;
+  Stack stack;
+  std::size_t next;  // the first frame not yet written
+  int number;        // of the next line
+  int written;       // lines of that frame, which are not written again
+  Detail detail;
+};
+
+_Unwind_Reason_Code TakeFrame(_Unwind_Context* context, void* argument) {
+  Stack& stack = *static_cast<Stack*>(argument);
+  int interrupted = 0;  // else the address is the one behind the call
+  const std::uintptr_t code = _Unwind_GetIPInfo(context, &interrupted);
+  if (!stack.begun) {
+    const auto caller = reinterpret_cast<std::uintptr_t>(g_caller);
+    stack.begun = caller != 0 ? code == caller : interrupted != 0;
+    if (!stack.begun) return _URC_NO_REASON;
+    if (interrupted != 0) {
+      stack.interrupted = {reinterpret_cast<const void*>(code),
+                           reinterpret_cast<const void*>(_Unwind_GetCFA(context))};
+    }
+  }
+  if (code == 0 && interrupted == 0) return _URC_END_OF_STACK;  // behind a thread's first function
+  stack.cut = stack.count == kMostFrames;
+  if (stack.cut) return _URC_END_OF_STACK;
+  stack.code[stack.count++] = interrupted != 0 ? code : code - 1;
+  return _URC_NO_REASON;
+}
+
+_Unwind_Reason_Code TakeInterrupted(_Unwind_Context* context, void* argument) {
+  int interrupted = 0;
+  const std::uintptr_t code = _Unwind_GetIPInfo(context, &interrupted);
+  if (interrupted == 0) return _URC_NO_REASON;
+  *static_cast<Interrupted*>(argument) = {reinterpret_cast<const void*>(code),
+                                          reinterpret_cast<const void*>(_Unwind_GetCFA(context))};
+  return _URC_END_OF_STACK;
+}
+
+/// A loaded file, found by an address in it.
+struct Module {
+  std::uintptr_t address;
+  const char* path;
+  std::uintptr_t base;
+};
+
+/// Does `module` hold the address? Unlike dladdr this waits for no lock that is held while a
+/// library's constructors run.
+int FindModule(dl_phdr_info* module, std::size_t, void* argument) {
+  Module& search = *static_cast<Module*>(argument);
+  for (int i = 0; i < module->dlpi_phnum; ++i) {
+    const ElfW(Phdr)& part = module->dlpi_phdr[i];
+    const std::uintptr_t begin = module->dlpi_addr + part.p_vaddr;
+    if (part.p_type != PT_LOAD || search.address - begin >= part.p_memsz) continue;
+    search.path = module->dlpi_name;
+    search.base = module->dlpi_addr;
+    return 1;
+  }
+  return 0;
+}
+
+Module ModuleOf(std::uintptr_t address) {
+  Module module = {address, nullptr, 0};
+  dl_iterate_phdr(&FindModule, &module);
+  return module;
+}
+
+/// A call to an address without code has no frame: who called it stands on top of the stack, on the
+/// machines that keep return addresses there.
+void GuessCaller(Stack& stack) {
+  const void* top = stack.interrupted.stackPointer;
+  if (stack.count != 1 || top == nullptr || ModuleOf(stack.code[0]).path != nullptr) return;
+  std::uintptr_t code = 0;
+  std::memcpy(&code, top, sizeof(code));
+  if (ModuleOf(code).path != nullptr) stack.code[stack.count++] = code - 1;
+}
+
+void TakeStack(void* argument) {
+  Stack& stack = static_cast<Progress*>(argument)->stack;
+  _Unwind_Backtrace(&TakeFrame, &stack);
+  if (!stack.begun) {  // the caller has no frame of its own
+    stack.begun = true;
+    _Unwind_Backtrace(&TakeFrame, &stack);
+  }
+  GuessCaller(stack);
+}
+
+void AddName(CrashText& line, const char* name, Detail detail) {
+  int error = 0;
+  char* readable =
+      detail == Detail::kDemangled ? abi::__cxa_demangle(name, nullptr, nullptr, &error) : nullptr;
+  line.Add(" ").Add(readable != nullptr ? readable : name);
+  std::free(readable);
+}
+
+void AddModule(CrashText& line, std::uintptr_t code) {
+  const Module module = ModuleOf(code);
+  if (module.path == nullptr) {
+    line.Add(" ").AddHex(code).Add(" in no loaded library");
+    return;
+  }
+  const char* slash = std::strrchr(module.path, '/');
+  std::string_view name = slash != nullptr ? slash + 1 : module.path;
+  if (name.empty()) name = g_program.View();
+  line.Add(" in ").AddEscaped(name).Add("+").AddHex(code - module.base);
+}
+
+/// What libbacktrace says of one frame. Code that was inlined has several functions, the innermost
+/// first; only the last one, which holds all the code, is in the symbol table.
+struct Frame {
+  Progress& progress;
+  std::uintptr_t code;
+  CrashText symbol;
+  CrashText function;  // of the line to be written next
+  CrashText place;
+  bool hasLine = false;
+  int lines = 0;
+};
+
+void WriteLine(Frame& frame, const CrashText& name) {
+  Progress& progress = frame.progress;
+  if (frame.lines++ < progress.written) return;
+  CrashText line;
+  line.Add("#").AddNumber(progress.number);
+  if (!name.View().empty()) AddName(line, name.CStr(), progress.detail);
+  line.Add(frame.place.View());
+  AddModule(line, frame.code);
+  WriteCrashText(progress.file, line.Add("\n").View());
+  ++progress.number;
+  ++progress.written;
+}
+
+void IgnoreError(void*, const char*, int) {}
+
+void TakeSymbol(void* argument, std::uintptr_t, const char* name, std::uintptr_t, std::uintptr_t) {
+  if (name != nullptr) static_cast<Frame*>(argument)->symbol.Add(name);
+}
+
+int TakeLine(void* argument, std::uintptr_t, const char* file, int number, const char* function) {
+  Frame& frame = *static_cast<Frame*>(argument);
+  if (frame.hasLine) WriteLine(frame, frame.function);
+  frame.hasLine = true;
+  frame.function = frame.place = CrashText();
+  if (function != nullptr) frame.function.Add(function);
+  if (file != nullptr) frame.place.Add(" at ").AddEscaped(file).Add(":").AddNumber(number);
+  return 0;
+}
+
+void WriteFrames(void* argument) {
+  Progress& progress = *static_cast<Progress*>(argument);
+  for (; progress.next < progress.stack.count; ++progress.next) {
+    const std::uintptr_t code = progress.stack.code[progress.next];
+    Frame frame = {progress, code, {}, {}, {}};
+    if (progress.detail != Detail::kModule && g_debugInformation != nullptr) {
+      backtrace_syminfo(g_debugInformation, code, &TakeSymbol, &IgnoreError, &frame);
+      backtrace_pcinfo(g_debugInformation, code, &TakeLine, &IgnoreError, &frame);
+    }
+    WriteLine(frame, frame.symbol.View().empty() ? frame.function : frame.symbol);
+    progress.written = 0;
+  }
+}
+
+}  // namespace
+
+void PrepareStack() {
+  g_debugInformation = backtrace_create_state(nullptr, 1, &IgnoreError, nullptr);
+  const std::string program = ProcessPath();
+  g_program.Add(program.substr(program.rfind('/') + 1));
+}
+
+Interrupted InterruptedCode() noexcept {
+  Interrupted interrupted;
+  _Unwind_Backtrace(&TakeInterrupted, &interrupted);
+  return interrupted;
+}
+
+void BeginStackAt(const void* caller) noexcept {
+  g_caller = caller;
+}
+
+void WriteCrashStack(SystemFile file) noexcept {
+  Progress progress = {};
+  progress.file = file;
+  const bool complete = RunGuarded(2, &TakeStack, &progress);
+  // Each step knows less than the one before and is less likely to hang or crash.
+  for (const Detail detail : {Detail::kDemangled, Detail::kMangled, Detail::kModule}) {
+    progress.detail = detail;
+    if (RunGuarded(2, &WriteFrames, &progress)) break;
+  }
+  if (progress.stack.cut) WriteCrashText(file, "... more callers\n");
+  if (!complete) WriteCrashText(file, "... the rest of the stack cannot be read\n");
+}

@@ -1,0 +1,59 @@
+// The C library's exit functions, as every library of the process finds them: this library stands
+// before the C library in the loader's order. Where no exit is to be reported they do what the C
+// library's do.
+
+#include <dlfcn.h>
+#include <unistd.h>
+
+#include <cstdlib>
+
+#include "reference/os/posix/CrashRun.h"
+
+namespace {
+
+using ExitFn = void (*)(int);
+
+/// Calls the C library's function; ends the process in any case.
+[[noreturn]] void CallNext(const char* function, int status) {
+  const auto next = reinterpret_cast<ExitFn>(dlsym(RTLD_NEXT, function));
+  if (next != nullptr) next(status);
+  LeaveNow(status);
+}
+
+}  // namespace
+
+// NOLINTBEGIN(bugprone-reserved-identifier,cert-dcl37-c,cert-dcl51-cpp): names of the C library
+extern "C" {
+
+[[noreturn]] void exit(int status) noexcept {
+  if (ExitIsReported()) {
+    ReportExit(Crash::Kind::kExit, status, "exit", __builtin_return_address(0));
+  }
+  CallNext("exit", status);
+}
+
+[[noreturn]] void quick_exit(int status) noexcept {
+  if (ExitIsReported()) {
+    ReportExit(Crash::Kind::kExit, status, "quick_exit", __builtin_return_address(0));
+  }
+  CallNext("quick_exit", status);
+}
+
+// These two are called by children of a fork, where only the plain system call is safe.
+
+[[noreturn]] void _exit(int status) {
+  if (ExitIsReported()) {
+    ReportExit(Crash::Kind::kImmediateExit, status, "_exit", __builtin_return_address(0));
+  }
+  LeaveNow(status);
+}
+
+[[noreturn]] void _Exit(int status) noexcept {
+  if (ExitIsReported()) {
+    ReportExit(Crash::Kind::kImmediateExit, status, "_Exit", __builtin_return_address(0));
+  }
+  LeaveNow(status);
+}
+
+}  // extern "C"
+// NOLINTEND(bugprone-reserved-identifier,cert-dcl37-c,cert-dcl51-cpp)

@@ -1,0 +1,155 @@
+// How processes end that have the crash handler installed, and what they report.
+
+#include <gmock/gmock.h>
+
+#include "tests/reference/CrashTest.h"
+
+namespace {
+
+using testing::HasSubstr;
+using testing::MatchesRegex;
+
+std::string SummaryOf(const std::string& way) {
+  return Summary(End(way));
+}
+
+TEST(Crash, BadAddressEndsBySignalWithItsStack) {
+  const ProgramEnd program = End("bad_address");
+  EXPECT_EQ("signal 11; reported signal 11 at code: SIGSEGV at address 0x10; report complete",
+            Summary(program));
+  EXPECT_THAT(StackLine(program, 0),
+              MatchesRegex("#0 .*WriteToBadAddress\\(\\) at .*/ends_badly\\.cpp:[0-9]+ in "
+                           "reference_ends_badly\\+0x[0-9a-f]+"));
+  EXPECT_THAT(StackLine(program, 1), MatchesRegex("#1 main at .*/ends_badly\\.cpp:.*"));
+}
+
+TEST(Crash, CallOfANullFunctionNamesItsCaller) {
+  const ProgramEnd program = End("null_function");
+  EXPECT_EQ("signal 11; reported signal 11: SIGSEGV at address 0x0; report complete",
+            Summary(program));
+  EXPECT_EQ("#0 0x0 in no loaded library", StackLine(program, 0));
+  EXPECT_THAT(StackLine(program, 1), HasSubstr("ends_badly.cpp:"));
+}
+
+TEST(Crash, OverflowOfTheStackIsReported) {
+  for (const char* way : {"overflow", "overflow_main"}) {
+    const ProgramEnd program = End(way);
+    EXPECT_EQ(
+        "signal 11; reported signal 11 at code: SIGSEGV at address N: the stack overflowed; "
+        "report complete",
+        Summary(program));
+    EXPECT_THAT(StackLine(program, 1), HasSubstr("Recurse"));
+    EXPECT_THAT(program.errors, HasSubstr("\n... more callers\n"));
+  }
+}
+
+TEST(Crash, EveryFatalSignalIsReportedByName) {
+  EXPECT_EQ("signal 4; reported signal 4 at code: SIGILL; report complete", SummaryOf("illegal"));
+  EXPECT_EQ("signal 5; reported signal 5 at code: SIGTRAP; report complete", SummaryOf("trap"));
+  EXPECT_EQ("signal 7; reported signal 7 at code: SIGBUS; report complete", SummaryOf("bus"));
+  EXPECT_EQ("signal 8; reported signal 8 at code: SIGFPE; report complete",
+            SummaryOf("arithmetic"));
+  EXPECT_EQ("signal 31; reported signal 31 at code: SIGSYS; report complete",
+            SummaryOf("system_call"));
+}
+
+TEST(Crash, SignalFromOutsideIsReportedWithItsSender) {
+  EXPECT_EQ("signal 11; reported signal 11 at code: SIGSEGV sent by N; report complete",
+            SummaryOf("signal_from_outside"));
+}
+
+TEST(Crash, AbortEndsBySignal) {
+  EXPECT_EQ("signal 6; reported signal 6 at code: SIGABRT: abort() was called; report complete",
+            SummaryOf("abort"));
+}
+
+TEST(Crash, UncaughtExceptionIsReportedOnceWithTypeAndText) {
+  const ProgramEnd program = End("throw");
+  EXPECT_EQ(
+      "signal 6; reported terminate 6: an exception was not caught: "
+      "(anonymous namespace)::Refusal: two\\x0alines; report complete",
+      Summary(program));
+  EXPECT_THAT(program.errors, HasSubstr("Throw() at "));
+}
+
+TEST(Crash, UncaughtNumberIsReportedByItsType) {
+  EXPECT_EQ("signal 6; reported terminate 6: an exception was not caught: int; report complete",
+            SummaryOf("throw_number"));
+}
+
+TEST(Crash, TerminateWithoutAnExceptionIsReported) {
+  EXPECT_EQ("signal 6; reported terminate 6: std::terminate() was called; report complete",
+            SummaryOf("terminate"));
+}
+
+TEST(Crash, ExitIsReportedWithItsCallerAndTheStatusIsTheInstallers) {
+  const ProgramEnd program = End("exit");
+  EXPECT_EQ("status 4; reported exit 0 at code: exit(0); report complete", Summary(program));
+  EXPECT_THAT(StackLine(program, 0), HasSubstr("ends_badly.cpp:"));
+  EXPECT_EQ("status 4; reported exit 7 at code: exit(7); report complete",
+            SummaryOf("exit_with_status"));
+  EXPECT_EQ("status 4; reported exit 0 at code: exit(0); report complete",
+            SummaryOf("exit_in_thread"));
+  EXPECT_EQ("status 4; reported exit 0 at code: quick_exit(0); report complete",
+            SummaryOf("quick_exit"));
+}
+
+TEST(Crash, ImmediateExitIsReported) {
+  EXPECT_EQ("status 4; reported immediate exit 0 at code: _Exit(0); report complete",
+            SummaryOf("immediate_exit"));
+  EXPECT_EQ("status 4; reported immediate exit 9 at code: _exit(9); report complete",
+            SummaryOf("immediate_exit_of_the_system"));
+}
+
+TEST(Crash, EndOfMainAndOfTheLastThreadAreExits) {
+  EXPECT_EQ("status 4; reported exit 0 at code: exit(0); report complete",
+            SummaryOf("return_from_main"));
+  EXPECT_EQ("status 4; reported exit 0 at code: exit(0); report complete",
+            SummaryOf("exit_of_last_thread"));
+}
+
+TEST(Crash, ExpectedExitKeepsItsStatus) {
+  EXPECT_EQ("status 5", SummaryOf("expected_exit"));
+}
+
+TEST(Crash, TwoThreadsThatCrashAtOnceGiveOneReport) {
+  for (int i = 0; i < 20; ++i) {
+    ASSERT_EQ("signal 11; reported signal 11 at code: SIGSEGV at address 0x10; report complete",
+              SummaryOf("two_at_once"));
+  }
+}
+
+TEST(Crash, CrashInTheReportEndsByTheFirstSignal) {
+  for (const char* way : {"crash_in_report", "terminate_in_report", "exit_in_report"}) {
+    EXPECT_EQ("signal 11; reported signal 11 at code: SIGSEGV at address 0x10; report complete",
+              SummaryOf(way))
+        << way;
+  }
+}
+
+TEST(Crash, ReportThatHangsIsCutShort) {
+  EXPECT_EQ("signal 11; reported signal 11 at code: SIGSEGV at address 0x10; report complete",
+            SummaryOf("hang_in_report"));
+}
+
+TEST(Crash, ForkedChildrenEndAsByDefaultWithoutAReport) {
+  const ProgramEnd program = End("ends_of_children");
+  EXPECT_EQ("status 0", Summary(program));
+  EXPECT_EQ(
+      "child ended with status 6\nchild ended with status 6\nchild ended with status 6\n"
+      "child ended with status 6\nchild ended by signal 6\nchild ended by signal 11\n"
+      "child ended by signal 6\n",
+      program.output);
+  EXPECT_THAT(program.errors, HasSubstr("terminate called after throwing an instance of 'int'"));
+}
+
+TEST(Crash, ExecutedChildCanBeTerminatedAndStartsWithAnEmptyMask) {
+  const ProgramEnd program = End("executed_child");
+  EXPECT_EQ("status 0", Summary(program));
+  EXPECT_EQ(
+      "child ended by signal 15\nblocked 0\nSIGINT default\nSIGTERM default\nSIGHUP default\n"
+      "SIGPIPE default\nSIGSEGV default\n",
+      program.output);
+}
+
+}  // namespace

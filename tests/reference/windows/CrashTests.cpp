@@ -1,0 +1,92 @@
+// How processes end that have the crash handler installed, and what they report. An overflow of
+// the stack is not among them: Wine ends the thread, or hangs, before any handler runs.
+
+#include <gmock/gmock.h>
+
+#include "tests/reference/CrashTest.h"
+
+namespace {
+
+using testing::HasSubstr;
+
+std::string SummaryOf(const std::string& way) {
+  return Summary(End(way));
+}
+
+constexpr const char* kBadAddress =
+    "status 3221225477; reported exception 3221225477 at code: exception N: access violation at "
+    "address 0x10; report complete";
+
+TEST(Crash, BadAddressEndsByTheExceptionWithItsStack) {
+  const ProgramEnd program = End("bad_address");
+  EXPECT_EQ(kBadAddress, Summary(program));
+  EXPECT_THAT(StackLine(program, 0), HasSubstr(" in reference_ends_badly.exe+0x"));
+}
+
+TEST(Crash, CallOfANullFunctionNamesItsCaller) {
+  const ProgramEnd program = End("null_function");
+  EXPECT_EQ("#0 0x0 in no loaded library", StackLine(program, 0));
+  EXPECT_THAT(StackLine(program, 1), HasSubstr(" in reference_ends_badly.exe+0x"));
+}
+
+TEST(Crash, OtherExceptionsAreReportedByTheirCode) {
+  EXPECT_EQ(
+      "status 3758096675; reported exception 3758096675 at code: exception N; report complete",
+      SummaryOf("raise_exception"));
+  EXPECT_EQ(
+      "status 3221225620; reported exception 3221225620 at code: exception N: integer division "
+      "by zero; report complete",
+      SummaryOf("divide"));
+}
+
+TEST(Crash, AbortIsReported) {
+  EXPECT_EQ(
+      "status 3221226505; reported signal 22 at code: SIGABRT: abort() was called; report complete",
+      SummaryOf("abort"));
+}
+
+TEST(Crash, UncaughtExceptionIsReportedOnceWithTypeAndText) {
+  EXPECT_EQ(
+      "status 3221226505; reported terminate 22 at code: an exception was not caught: "
+      "(anonymous namespace)::Refusal: two\\x0alines; report complete",
+      SummaryOf("throw"));
+  EXPECT_EQ(
+      "status 3221226505; reported terminate 22 at code: an exception was not caught: int; "
+      "report complete",
+      SummaryOf("throw_number"));
+  EXPECT_EQ(
+      "status 3221226505; reported terminate 22 at code: std::terminate() was called; "
+      "report complete",
+      SummaryOf("terminate"));
+}
+
+TEST(Crash, EveryExitIsReportedAndTheStatusIsTheInstallers) {
+  for (const char* way : {"exit", "exit_with_status", "exit_in_thread", "immediate_exit",
+                          "exit_process", "return_from_main"}) {
+    const ProgramEnd program = End(way);
+    EXPECT_EQ("status 4; reported exit 0: exit() or ExitProcess(); report complete",
+              Summary(program))
+        << way;
+    EXPECT_THAT(program.errors, HasSubstr(" in reference_ends_badly.exe+0x")) << way;
+  }
+}
+
+TEST(Crash, ExpectedExitKeepsItsStatus) {
+  EXPECT_EQ("status 5", SummaryOf("expected_exit"));
+}
+
+TEST(Crash, TwoThreadsThatCrashAtOnceGiveOneReport) {
+  for (int i = 0; i < 10; ++i) ASSERT_EQ(kBadAddress, SummaryOf("two_at_once"));
+}
+
+TEST(Crash, CrashInTheReportEndsByTheFirstException) {
+  for (const char* way : {"crash_in_report", "terminate_in_report", "exit_in_report"}) {
+    EXPECT_EQ(kBadAddress, SummaryOf(way)) << way;
+  }
+}
+
+TEST(Crash, ReportThatHangsIsCutShort) {
+  EXPECT_EQ(kBadAddress, SummaryOf("hang_in_report"));
+}
+
+}  // namespace
