@@ -118,10 +118,10 @@ void Describe(CrashText& text, int signal, const siginfo_t& info, const void* st
   }
 }
 
-void OnSignal(int signal, siginfo_t* info, void*) {
+void OnSignal(int signal, siginfo_t* info, void* context) {
   if (!IsWatched()) EndBy(signal);
   if (!BecomeReporter()) EndBy(signal);
-  const Interrupted interrupted = InterruptedCode();
+  const Interrupted interrupted = InterruptedCode(context);
   CrashText what;
   Describe(what, signal, *info, interrupted.stackPointer);
   Crash crash;

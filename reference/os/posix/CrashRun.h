@@ -12,8 +12,9 @@ struct Interrupted {
   const void* stackPointer = nullptr;
 };
 
-/// For a signal's handler, before it calls any other code.
-Interrupted InterruptedCode() noexcept;
+/// `context`: what the system gave to the signal's handler. Not by unwinding: the unwinder reads the
+/// instruction, which is no longer there when the code was unmapped.
+Interrupted InterruptedCode(const void* context) noexcept;
 
 /// Opens what WriteCrashStack needs, while nothing has crashed yet.
 void PrepareStack();

@@ -4,6 +4,7 @@
 #include <backtrace.h>
 #include <cxxabi.h>
 #include <link.h>
+#include <ucontext.h>
 #include <unwind.h>
 
 #include <cstdlib>
@@ -59,15 +60,6 @@ _Unwind_Reason_Code TakeFrame(_Unwind_Context* context, void* argument) {
   if (stack.cut) return _URC_END_OF_STACK;
   stack.code[stack.count++] = interrupted != 0 ? code : code - 1;
   return _URC_NO_REASON;
-}
-
-_Unwind_Reason_Code TakeInterrupted(_Unwind_Context* context, void* argument) {
-  int interrupted = 0;
-  const std::uintptr_t code = _Unwind_GetIPInfo(context, &interrupted);
-  if (interrupted == 0) return _URC_NO_REASON;
-  *static_cast<Interrupted*>(argument) = {reinterpret_cast<const void*>(code),
-                                          reinterpret_cast<const void*>(_Unwind_GetCFA(context))};
-  return _URC_END_OF_STACK;
 }
 
 /// A loaded file, found by an address in it.
@@ -201,10 +193,12 @@ void PrepareStack() {
   g_program.Add(program.substr(program.rfind('/') + 1));
 }
 
-Interrupted InterruptedCode() noexcept {
-  Interrupted interrupted;
-  _Unwind_Backtrace(&TakeInterrupted, &interrupted);
-  return interrupted;
+Interrupted InterruptedCode(const void* context) noexcept {
+  const greg_t* registers = static_cast<const ucontext_t*>(context)->uc_mcontext.gregs;
+  const auto pointer = [](greg_t value) {
+    return reinterpret_cast<const void*>(static_cast<std::uintptr_t>(value));
+  };
+  return {pointer(registers[REG_RIP]), pointer(registers[REG_RSP])};
 }
 
 void BeginStackAt(const void* caller) noexcept {
