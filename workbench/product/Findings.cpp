@@ -28,17 +28,6 @@ std::string NameList(const std::vector<std::string>& ids) {
   return text;
 }
 
-/// "a → b → a". Of a long one, the first members and how many more there are.
-std::string CycleText(const std::vector<std::string>& cycle) {
-  std::string text;
-  const std::size_t shown = std::min(cycle.size(), 2 * kMostNames);
-  for (std::size_t i = 0; i < shown; ++i) text += Shown(cycle[i]) + kArrow;
-  if (shown < cycle.size()) {
-    text += "(" + std::to_string(cycle.size() - shown) + " more)" + kArrow;
-  }
-  return text + Shown(cycle.front());
-}
-
 /// "a depends on b: PATH:LINE; b depends on a: PATH:LINE", as far as the lines are known.
 std::string DeclarationText(const std::vector<std::string>& cycle, const DependencyLines& lines,
                             const LocalNames& names) {
@@ -76,6 +65,16 @@ constexpr char kNeverCounted[] =
     "never ends by itself";
 
 }  // namespace
+
+std::string CycleText(const std::vector<std::string>& cycle) {
+  std::string text;
+  const std::size_t shown = std::min(cycle.size(), 2 * kMostNames);
+  for (std::size_t i = 0; i < shown; ++i) text += Shown(cycle[i]) + kArrow;
+  if (shown < cycle.size()) {
+    text += "(" + std::to_string(cycle.size() - shown) + " more)" + kArrow;
+  }
+  return text + Shown(cycle.front());
+}
 
 std::vector<Finding> FindingsBeforeStart(const fs::path& bin, const ProductModel& model,
                                          const LocalNames& names) {

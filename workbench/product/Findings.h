@@ -20,6 +20,9 @@ struct Finding {
   std::string text;
 };
 
+/// A cycle as "a → b → a"; of a long one, the first members and how many more there are.
+std::string CycleText(const std::vector<std::string>& cycle);
+
 /// What keeps a product that could be read from starting or stopping as a whole: dependency cycles,
 /// plugins that depend on themselves, sub platforms without an ID. `model` is the one that the
 /// frame handed over; the files are read only when there is something to say.
