@@ -1,25 +1,77 @@
 #pragma once
 
+#include <cstddef>
 #include <cstdint>
 #include <optional>
+#include <stdexcept>
 #include <string>
+#include <vector>
 
+#include "host/Output.h"
 #include "reference/os/StopSignal.h"
 
-/// HUB's exit statuses.
-enum ExitStatus : int { kOk = 0, kFrameFailed = 1, kUsage = 2 };
+namespace CLI {
+class App;
+}
+
+/// HUB's exit statuses; docs/hub.md says what each promises.
+enum ExitStatus : int {
+  kOk = 0,
+  kFrameFailed = 1,
+  kUsage = 2,
+  kDegraded = 3,
+  kCutShort = 4  // stopped before it was up, or left with plugins that had not returned
+};
+
+enum class Color { kAuto, kAlways, kNever };
 
 /// What the command line asks for.
 struct Options {
   std::string bin;  // stands for the running executable's folder; empty: the program's own
   std::int32_t module = 1;
+  int workers = 0;  // most threads of a pool; 0: as many as are asked for
+
   std::string log;
+  int logLevel = 0;
+  std::size_t logSize = 64;  // MiB
+  std::size_t logFiles = 8;
+
   bool json = false;
-  std::optional<double> seconds;  // how long to run; none: until a stop is asked for
+  bool events = false;
+  bool all = false;
+  Color color = Color::kAuto;
+
+  std::string record;  // empty: in the user's state folder
+  bool noRecord = false;
+
+  std::optional<double> seconds;       // how long to run; none: until a stop request
+  std::optional<double> startTimeout;  // seconds; none: as long as it takes
+  double stopTimeout = 90;             // seconds without any plugin's end
 };
 
-/// Initialises the frame, prints what it hands over as one JSON object, and un-initialises.
-ExitStatus ModelCommand(const Options& options);
+/// What a command works with, made at the begin of main and alive until its end.
+struct HostContext {
+  StopSignal& stop;
+  Output& output;
+  std::vector<std::string> commandLine;
+};
 
-/// Lives the product's whole life until a stop is asked for or its time is up, and shows it.
-ExitStatus RunCommand(const Options& options, StopSignal& stop);
+/// A request that cannot be served as it was made: HUB ends with kUsage.
+class UsageError : public std::runtime_error {
+ public:
+  using std::runtime_error::runtime_error;
+};
+
+/// One of HUB's commands.
+struct Command {
+  const char* name;
+  const char* summary;
+  void (*addOptions)(CLI::App& command, Options& options);
+  ExitStatus (*run)(const Options& options, HostContext& context);
+};
+
+/// `model`: initialises the frame, prints what it hands over as one JSON object, un-initialises.
+Command ModelCommand();
+
+/// `run`: starts the product, shows its plugins, and stops it on request or after a time.
+Command RunCommand();

@@ -1,29 +1,49 @@
+#include <CLI/CLI.hpp>
+#include <cstdlib>
 #include <iostream>
 
+#include "host/CommandLine.h"
 #include "host/Commands.h"
-#include "host/FailureReason.h"
+#include "host/FrameDriver.h"
 #include "host/FrameLibrary.h"
+#include "host/ProductFailure.h"
 #include "host/RecordJson.h"
-#include "reference/base/Log.h"
+#include "host/RunMonitor.h"
 #include "reference/kpx/PlatformRecord.h"
 #include "reference/lpc/LpcRecord.h"
+#include "reference/os/CrashHandler.h"
 
 namespace {
+
+constexpr std::chrono::milliseconds kTick{50};
+constexpr std::chrono::seconds kLongestWrite{5};
 
 template <typename Value>
 Json OrNull(const std::optional<Value>& value) {
   return value ? Json(*value) : Json();
 }
 
-}  // namespace
+/// Initialises the frame on the driver's thread. A stop request ends the process: a file that is
+/// read for ever has no other end.
+std::int32_t Initialise(const FrameLibrary& frame, HostContext& context) {
+  FrameDriver driver;
+  std::int32_t result = -1;
+  driver.Begin([&] { result = InitialiseFrame(frame); });
+  while (!driver.WaitForEnd(kTick)) {
+    if (const auto request = context.stop.WaitFor(std::chrono::milliseconds(0))) {
+      std::cerr << "HUB: stopped by " << Name(*request) << " before the product was read"
+                << std::endl;
+      ExpectExit();
+      std::_Exit(kCutShort);
+    }
+  }
+  return result;
+}
 
-ExitStatus ModelCommand(const Options&) {
-  FailureReason reason;
-  SetLogObserver([&](int level, const std::string& module, const std::string& text) {
-    reason.OnLogLine(level, module, text);
-  });
+ExitStatus Run(const Options&, HostContext& context) {
+  RunMonitor monitor({});
   const FrameLibrary frame(FrameLibrary::PathBesideProgram());
-  const std::int32_t result = frame.Init();
+  const std::int32_t result = Initialise(frame, context);
   const PlatformRecord platform = SnapshotPlatform();
   const Json model = {{"Frame_Init", result},
                       {"ProductModel", OrNull(platform.productModel)},
@@ -31,12 +51,21 @@ ExitStatus ModelCommand(const Options&) {
                       {"Tools", OrNull(platform.tools)},
                       {"PluginsInfo", OrNull(platform.plugins)},
                       {"PlatformInfo", OrNull(SnapshotLpc().info)}};
-  std::cout << model.dump(2, ' ', false, Json::error_handler_t::replace) << std::endl;
-  if (result == 0) {
-    frame.UnInit();  // nothing was started, so there is nothing to stop
-  } else {
-    std::cerr << "HUB: " << reason.Sentence() << std::endl;
+  context.output.Write(model.dump(2, ' ', false, Json::error_handler_t::replace) + "\n");
+  if (result == 0) frame.UnInit();  // nothing was started, so there is nothing to stop
+  const std::vector<std::string> sentences =
+      result == 0 ? std::vector<std::string>() : FailureSentences(monitor.Notes());
+  for (const std::string& sentence : sentences) std::cerr << "HUB: " << sentence << std::endl;
+  context.output.Flush(kLongestWrite);
+  if (!context.output.Error().empty()) {
+    std::cerr << "HUB: standard output cannot be written: " << context.output.Error() << std::endl;
+    return kFrameFailed;
   }
-  SetLogObserver({});
   return result == 0 ? kOk : kFrameFailed;
+}
+
+}  // namespace
+
+Command ModelCommand() {
+  return {"model", "Print what the frame hands over, as one JSON object", &AddProductOptions, &Run};
 }

@@ -1,13 +1,17 @@
 // HUB: the host program. Loads the frame as a site's host does and shows people what goes on.
 
-#include <CLI/CLI.hpp>
+#include <chrono>
 #include <exception>
 #include <filesystem>
 #include <iostream>
+#include <string>
+#include <vector>
 
-#include "host/Commands.h"
+#include "host/CommandLine.h"
+#include "host/CrashReport.h"
 #include "reference/base/Log.h"
 #include "reference/kpx/PlatformRecord.h"
+#include "reference/os/CrashHandler.h"
 #include "reference/os/LibraryFolder.h"
 #include "reference/os/LocalText.h"
 #include "reference/os/ProcessPath.h"
@@ -17,22 +21,10 @@ namespace fs = std::filesystem;
 
 namespace {
 
-void AddCommonOptions(CLI::App& command, Options& options) {
-  command
-      .add_option("--bin", options.bin,
-                  "Folder that stands for the running executable's own: where the product's "
-                  "META_INFO and plugin libraries lie (default: HUB's own)")
-      ->type_name("DIR");
-  command
-      .add_option("--module", options.module,
-                  "The running module that the platform reports; 2 is the distributed one")
-      ->type_name("N")
-      ->capture_default_str();
-  command.add_option("--log", options.log, "Append every log line to this file")->type_name("FILE");
-}
+constexpr std::chrono::seconds kLongestWrite{5};
 
 /// Makes `bin` the folder of the running executable, which keeps its own name.
-void Pretend(const std::string& bin) {
+void UseProductFolder(const std::string& bin) {
   if (bin.empty()) return;
   const fs::path extension = fs::path(ProcessPath()).extension();
   const fs::path folder = fs::absolute(PathFromLocal(bin)).make_preferred();
@@ -40,48 +32,48 @@ void Pretend(const std::string& bin) {
   LookForLibrariesIn(LocalFromPath(folder));
 }
 
-ExitStatus Main(int argc, char** argv) {
-  StopSignal stop;
-  SuppressErrorDialogs();
-  CLI::App app("HUB: runs an installed product through the plugin frame");
-  app.require_subcommand(1);
-  Options options;
-  CLI::App& model = *app.add_subcommand(
-      "model", "Print what the frame hands over of the product, as one JSON object");
-  AddCommonOptions(model, options);
-  CLI::App& run = *app.add_subcommand(
-      "run", "Start the product, show its plugins, and stop it on Ctrl-C or after a time");
-  AddCommonOptions(run, options);
-  run.add_flag("--json", options.json, "Print one JSON object instead of progress and a table");
-  run.add_option("--seconds", options.seconds, "Stop after so many seconds")
-      ->type_name("S")
-      ->check(CLI::NonNegativeNumber);
-  try {
-    app.parse(argc, argv);
-  } catch (const CLI::ParseError& error) {
-    return app.exit(error) == 0 ? kOk : kUsage;
-  }
+void SetUpLog(const Options& options) {
   LogConfig log;
   log.consoleLevel = 0;
   log.file = options.log;
+  log.fileLevel = options.logLevel;
+  log.maxFileBytes = options.logSize << 20U;
+  log.maxFiles = options.logFiles;
   try {
     ConfigureLog(log);
-  } catch (const std::exception& error) {
-    std::cerr << "HUB: " << error.what() << std::endl;
-    return kUsage;
+  } catch (const std::runtime_error& error) {
+    throw UsageError(error.what());
   }
-  Pretend(options.bin);
-  SetRunningModule(options.module);
-  return model.parsed() ? ModelCommand(options) : RunCommand(options, stop);
+}
+
+ExitStatus Main(HostContext& context) {
+  ExitStatus status = kOk;
+  const std::optional<Request> request = ReadCommandLine(context, status);
+  if (!request) return status;
+  SetUpLog(request->options);
+  UseProductFolder(request->options.bin);
+  SetRunningModule(request->options.module);
+  InstallCrashReport();
+  return request->run(request->options, context);
 }
 
 }  // namespace
 
 int main(int argc, char** argv) {
+  int status = kFrameFailed;
   try {
-    return Main(argc, argv);
+    Output& output = *new Output;
+    StopSignal stop;
+    SuppressErrorDialogs();
+    HostContext context{stop, output, std::vector<std::string>(argv, argv + argc)};
+    status = Main(context);
+    output.Flush(kLongestWrite);
+  } catch (const UsageError& error) {
+    status = kUsage;
+    std::cerr << "HUB: " << error.what() << std::endl;
   } catch (const std::exception& error) {
     std::cerr << "HUB: " << error.what() << std::endl;
-    return kFrameFailed;
   }
+  ExpectExit();
+  return status;
 }

@@ -1,9 +1,14 @@
 #include "tests/system/HubProcess.h"
 
+#include <algorithm>
 #include <boost/process/cmd.hpp>
+#include <boost/process/env.hpp>
+#include <boost/process/environment.hpp>
 #include <boost/process/io.hpp>
+#include <chrono>
 #include <fstream>
 #include <sstream>
+#include <thread>
 
 #include "reference/os/LocalText.h"
 #include "tests/system/StopProcess.h"
@@ -12,6 +17,9 @@ namespace fs = std::filesystem;
 namespace bp = boost::process;
 
 namespace {
+
+constexpr std::chrono::seconds kLongestWait{30};
+constexpr std::chrono::milliseconds kBetweenLooks{10};
 
 std::string Content(const fs::path& file) {
   std::ostringstream content;
@@ -22,12 +30,70 @@ std::string Content(const fs::path& file) {
   return text;
 }
 
+std::string AllRecords(const fs::path& state) {
+  std::string records;
+  std::error_code error;
+  for (const auto& entry : fs::recursive_directory_iterator(state, error)) {
+    if (entry.path().extension() == ".jsonl") records += Content(entry.path());
+  }
+  return records;
+}
+
+bp::environment Environment(const HubSettings& settings, const fs::path& state) {
+  bp::environment environment = boost::this_process::environment();
+  environment["XDG_STATE_HOME"] = LocalFromPath(state);
+  environment["LOCALAPPDATA"] = LocalFromPath(state);
+  for (const auto& variable : settings.environment) environment[variable.first] = variable.second;
+  return environment;
+}
+
 }  // namespace
 
-HubProcess::HubProcess(const std::string& arguments, const std::string& program)
-    : m_process("\"" + program + "\" " + arguments,
-                bp::std_in<bp::null, bp::std_out> m_folder / "out",
-                bp::std_err > m_folder / "err") {}
+std::vector<nlohmann::json> HubResult::Events() const {
+  std::vector<nlohmann::json> events;
+  std::istringstream lines(output);
+  for (std::string line; std::getline(lines, line);) events.push_back(nlohmann::json::parse(line));
+  return events;
+}
+
+HubProcess::HubProcess(const std::string& arguments, const HubSettings& settings)
+    : m_state(settings.state.empty() ? m_folder.Path() / "state" : settings.state),
+      m_process("\"" + settings.program + "\" " + arguments,
+                bp::std_in<bp::null, bp::std_out>(settings.output.empty() ? m_folder / "out"
+                                                                          : settings.output),
+                bp::std_err > m_folder / "err", Environment(settings, m_state)) {}
+
+HubProcess::~HubProcess() {
+  std::error_code ignored;
+  if (m_process.running(ignored)) m_process.terminate(ignored);
+}
+
+bool HubProcess::AwaitOutput(const std::string& text) {
+  return Await([this] { return Content(m_folder / "out"); }, text);
+}
+
+bool HubProcess::AwaitErrors(const std::string& text) {
+  return Await([this] { return Content(m_folder / "err"); }, text);
+}
+
+bool HubProcess::AwaitFile(const fs::path& file, const std::string& text) {
+  return Await([&file] { return Content(file); }, text);
+}
+
+bool HubProcess::AwaitRecord(const std::string& text) {
+  return Await([this] { return AllRecords(m_state); }, text);
+}
+
+bool HubProcess::Await(const std::function<std::string()>& content, const std::string& text) {
+  const auto end = std::chrono::steady_clock::now() + kLongestWait;
+  while (std::chrono::steady_clock::now() < end) {
+    const bool running = m_process.running();
+    if (content().find(text) != std::string::npos) return true;
+    if (!running) return false;
+    std::this_thread::sleep_for(kBetweenLooks);
+  }
+  return false;
+}
 
 void HubProcess::AskToStop(StopWish wish) {
   StopProcess(m_process, wish);
@@ -35,11 +101,12 @@ void HubProcess::AskToStop(StopWish wish) {
 
 HubResult HubProcess::Wait() {
   m_process.wait();
-  return {m_process.exit_code(), Content(m_folder / "out"), Content(m_folder / "err")};
+  return {m_process.exit_code(), EndingSignal(m_process), Content(m_folder / "out"),
+          Content(m_folder / "err")};
 }
 
-HubResult RunHub(const std::string& arguments) {
-  return HubProcess(arguments).Wait();
+HubResult RunHub(const std::string& arguments, const HubSettings& settings) {
+  return HubProcess(arguments, settings).Wait();
 }
 
 SiteCopy::SiteCopy(const fs::path& name) : m_root(m_folder.Path() / name) {

@@ -2,40 +2,73 @@
 
 #include <boost/process/child.hpp>
 #include <filesystem>
+#include <functional>
 #include <nlohmann/json.hpp>
 #include <string>
+#include <vector>
 
 #include "tests/support/TemporaryFolder.h"
 
 /// What one run of HUB left behind.
 struct HubResult {
   int status = -1;
+  int signal = 0;  // that ended it; 0 for none, and on Windows
   std::string output;
   std::string errors;
 
   nlohmann::json Json() const { return nlohmann::json::parse(output); }
+
+  /// The lines of `output` as JSON, one object a line.
+  std::vector<nlohmann::json> Events() const;
 };
 
-/// How a person or the system asks a program to stop: SIGINT and SIGTERM, or Ctrl-C and the closing
-/// of the console window.
-enum class StopWish { kInterrupt, kTerminate };
+/// How a person or the system asks a program to stop: SIGINT, SIGTERM and SIGHUP; on Windows Ctrl-C
+/// and the closing of the console window, which stands for both others.
+enum class StopWish { kInterrupt, kTerminate, kHangUp };
 
-/// HUB as a process, from the constructor on.
+/// How HUB is run.
+struct HubSettings {
+  std::string program = TEV_HUB;
+  std::filesystem::path state;  // the user's state folder; empty: one of the process's own
+  std::vector<std::pair<std::string, std::string>> environment;
+  std::string output;  // a file for standard output; empty: kept for the result
+};
+
+/// HUB as a process, from the constructor on. One that is still running is killed with it.
 class HubProcess {
  public:
-  /// Runs `program` with these arguments.
-  explicit HubProcess(const std::string& arguments, const std::string& program = TEV_HUB);
+  explicit HubProcess(const std::string& arguments, const HubSettings& settings = {});
+  ~HubProcess();
+  HubProcess(const HubProcess&) = delete;
+  HubProcess& operator=(const HubProcess&) = delete;
+
+  /// Waits until `text` stands on standard output, or on standard error. False when it has not come
+  /// after half a minute, or when HUB has ended without it.
+  bool AwaitOutput(const std::string& text);
+  bool AwaitErrors(const std::string& text);
+
+  bool AwaitFile(const std::filesystem::path& file, const std::string& text);
+
+  /// The same of the one flight record in its state folder.
+  bool AwaitRecord(const std::string& text);
 
   void AskToStop(StopWish wish);
+  bool IsRunning() { return m_process.running(); }
   HubResult Wait();
 
+  /// The user's state folder that it has.
+  const std::filesystem::path& State() const { return m_state; }
+
  private:
+  bool Await(const std::function<std::string()>& content, const std::string& text);
+
   TemporaryFolder m_folder;
+  std::filesystem::path m_state;
   boost::process::child m_process;
 };
 
 /// Runs HUB with these arguments to its end.
-HubResult RunHub(const std::string& arguments);
+HubResult RunHub(const std::string& arguments, const HubSettings& settings = {});
 
 /// A copy of the sample product in a folder of its own, to be broken by a test.
 class SiteCopy {

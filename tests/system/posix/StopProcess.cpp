@@ -1,7 +1,15 @@
 #include "tests/system/StopProcess.h"
 
 #include <signal.h>
+#include <sys/wait.h>
 
 void StopProcess(boost::process::child& process, StopWish wish) {
-  kill(process.id(), wish == StopWish::kInterrupt ? SIGINT : SIGTERM);
+  kill(process.id(), wish == StopWish::kInterrupt   ? SIGINT
+                     : wish == StopWish::kTerminate ? SIGTERM
+                                                    : SIGHUP);
+}
+
+int EndingSignal(const boost::process::child& process) {
+  const int status = process.native_exit_code();
+  return WIFSIGNALED(status) ? WTERMSIG(status) : 0;
 }

@@ -1,0 +1,145 @@
+#include "host/CommandLine.h"
+
+#include <CLI/CLI.hpp>
+#include <algorithm>
+#include <filesystem>
+#include <iostream>
+#include <memory>
+#include <sstream>
+#include <system_error>
+#include <vector>
+
+#include "reference/os/LocalText.h"
+
+namespace fs = std::filesystem;
+
+namespace {
+
+constexpr std::size_t kShortHelpColumn = 20;
+constexpr std::size_t kHelpColumn = 32;
+constexpr char kDescription[] = "HUB: runs an installed product through the plugin frame";
+constexpr char kFooter[] =
+    "\nExamples:\n"
+    "  HUB run --bin /srv/site/bin               run until Ctrl-C, show the plugins\n"
+    "  HUB run --bin /srv/site/bin --seconds 5 --json > run.json\n"
+    "  HUB run --start-timeout 60 --log hub.log  HUB's own folder, for a supervisor\n"
+    "  HUB model --bin /srv/site/bin             what the frame makes of the files\n"
+    "\n"
+    "Exit status of run: 0 all plugins started and stopped; 1 the frame failed;\n"
+    "2 wrong use; 3 up, but degraded; 4 stopped before it was up, or left with\n"
+    "plugins that had not returned; of a crash: the signal's own.";
+
+std::vector<Command> Commands() {
+  return {RunCommand(), ModelCommand()};
+}
+
+/// Why `option`'s `file` would damage the product that lies around `bin`; empty when it does not.
+std::string WhyNotWritten(const std::string& option, const std::string& file, const fs::path& bin) {
+  if (file.empty()) return std::string();
+  std::error_code error;
+  const fs::path target = fs::weakly_canonical(PathFromLocal(file), error);
+  const fs::path product = fs::weakly_canonical(bin, error).parent_path();
+  const auto [end, unused] =
+      std::mismatch(product.begin(), product.end(), target.begin(), target.end());
+  if (end != product.end()) return std::string();
+  const std::string extension = LocalFromPath(target.extension());
+  for (const std::string own : {".xml", ".data", ".dll", ".exe", ".so"}) {
+    if (extension == own) {
+      return option + ": " + file + " is one of the product's own files, or could pass for one";
+    }
+  }
+  return std::string();
+}
+
+/// What is wrong with a request that the command line's grammar allows; empty when nothing is.
+std::string WhatIsWrong(const Options& options) {
+  if (options.json && options.events) return "--json and --events: only one of them";
+  if (options.noRecord && !options.record.empty()) return "--record and --no-record: only one";
+  std::error_code error;
+  const fs::path bin = PathFromLocal(options.bin.empty() ? "." : options.bin);
+  if (!options.bin.empty() && !fs::is_directory(bin, error)) {
+    return "--bin: " + options.bin + (fs::exists(bin, error) ? " is no folder" : " does not exist");
+  }
+  if (options.bin.empty()) return std::string();
+  const std::string log = WhyNotWritten("--log", options.log, bin);
+  return log.empty() ? WhyNotWritten("--record", options.record, bin) : log;
+}
+
+}  // namespace
+
+CLI::Validator Between(int least, int most) {
+  return CLI::Range(least, most).description("");  // the help line says it in words
+}
+
+void AddProductOptions(CLI::App& command, Options& options) {
+  const std::string product = "The product";
+  command
+      .add_option("--bin", options.bin,
+                  "Folder of META_INFO and the plugin libraries,\n"
+                  "instead of the executable's own")
+      ->type_name("DIR")
+      ->group(product);
+  command
+      .add_option(
+          "--module", options.module,
+          "The running module that the platform\nreports (default: 1; 2: the distributed one)")
+      ->type_name("N")
+      ->group(product);
+
+  const std::string log = "The log";
+  command.add_option("--log", options.log, "Append every log line to this file")
+      ->type_name("FILE")
+      ->group(log);
+  command
+      .add_option("--log-level", options.logLevel,
+                  "Only lines from this level up: 3 progress,\n4 tolerated, 5 failure, 6 fatal "
+                  "(default: all)")
+      ->type_name("N")
+      ->check(Between(0, 6))
+      ->group(log);
+  command
+      .add_option("--log-size", options.logSize,
+                  "Put the file aside when it has so many MiB\n(default: 64)")
+      ->type_name("MIB")
+      ->check(Between(1, 1 << 20))
+      ->group(log);
+  command
+      .add_option("--log-files", options.logFiles,
+                  "Keep so many files that were put aside\n(default: 8)")
+      ->type_name("N")
+      ->check(Between(1, 1000))
+      ->group(log);
+}
+
+std::optional<Request> ReadCommandLine(HostContext& context, ExitStatus& status) {
+  CLI::App app(kDescription, "HUB");
+  app.set_version_flag("--version", "HUB " TEV_VERSION);
+  app.get_formatter()->column_width(kShortHelpColumn);
+  app.footer(kFooter);
+  app.require_subcommand(1);
+  Request request;
+  for (const Command& command : Commands()) {
+    CLI::App& added = *app.add_subcommand(command.name, command.summary);
+    added.formatter(std::make_shared<CLI::Formatter>());  // not the program's, which is inherited
+    added.get_formatter()->column_width(kHelpColumn);
+    command.addOptions(added, request.options);
+    added.callback([&request, run = command.run] { request.run = run; });
+  }
+  try {
+    std::vector<std::string> arguments(context.commandLine.rbegin(),
+                                       context.commandLine.rend() - 1);
+    app.parse(arguments);
+  } catch (const CLI::ParseError& error) {
+    std::ostringstream output;
+    std::ostringstream errors;
+    status = app.exit(error, output, errors) == 0 ? kOk : kUsage;
+    context.output.Write(output.str());
+    std::cerr << errors.str();
+    return std::nullopt;
+  }
+  const std::string wrong = WhatIsWrong(request.options);
+  if (wrong.empty()) return request;
+  std::cerr << "HUB: " << wrong << std::endl;
+  status = kUsage;
+  return std::nullopt;
+}

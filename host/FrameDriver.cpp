@@ -1,0 +1,45 @@
+#include "host/FrameDriver.h"
+
+#include <utility>
+
+#include "reference/os/Threads.h"
+
+FrameDriver::FrameDriver() : m_thread([this] { Run(); }) {}
+
+FrameDriver::~FrameDriver() {
+  {
+    const std::lock_guard<std::mutex> lock(m_mutex);
+    m_ending = true;
+  }
+  m_changed.notify_all();
+  m_thread.join();
+}
+
+void FrameDriver::Begin(std::function<void()> call) {
+  {
+    const std::lock_guard<std::mutex> lock(m_mutex);
+    m_call = std::move(call);
+    m_busy = true;
+  }
+  m_changed.notify_all();
+}
+
+bool FrameDriver::WaitForEnd(std::chrono::milliseconds limit) {
+  std::unique_lock<std::mutex> lock(m_mutex);
+  return m_changed.wait_for(lock, limit, [this] { return !m_busy; });
+}
+
+void FrameDriver::Run() {
+  NameThread("frame");
+  std::unique_lock<std::mutex> lock(m_mutex);
+  while (true) {
+    m_changed.wait(lock, [this] { return m_ending || m_call; });
+    if (!m_call) return;
+    const std::function<void()> call = std::exchange(m_call, nullptr);
+    lock.unlock();
+    call();
+    lock.lock();
+    m_busy = false;
+    m_changed.notify_all();
+  }
+}

@@ -1,0 +1,68 @@
+#include "host/ProductFailure.h"
+
+#include <fmt/format.h>
+
+#include "host/ParserMessages.h"
+#include "host/PluginHeads.h"
+#include "reference/os/LocalText.h"
+#include "sdk/base/path.h"
+#include "workbench/product/ModelFiles.h"
+
+namespace {
+
+constexpr std::size_t kMostSentences = 20;
+
+std::string FrameWords(const std::vector<FrameEvent>& notes) {
+  std::string words = "Frame_Init failed and logged no reason";
+  for (const FrameEvent& note : notes) {
+    if (note.kind == FrameEvent::Kind::kStepThrew) {
+      return "Frame_Init ended with an exception: " + note.reason;
+    }
+    if (note.kind == FrameEvent::Kind::kPlatformInitFailed) return "the platform did not come up";
+    if (!note.reason.empty()) words = "the frame refused the product: " + note.reason;
+  }
+  return words;
+}
+
+}  // namespace
+
+std::int32_t InitialiseFrame(const FrameLibrary& frame) {
+  const ParserMessages messages;
+  return frame.Init();
+}
+
+std::optional<Finding> FindingOf(const FrameEvent& note) {
+  const auto error = [](const std::string& text) {
+    return Finding{Finding::Severity::kError, text};
+  };
+  switch (note.kind) {
+    case FrameEvent::Kind::kTypeUnknown:
+      return error(note.path +
+                   ": its Type is neither 1 (executable) nor 2 (library); the plugin "
+                   "is dropped");
+    case FrameEvent::Kind::kLpcStopFailed:
+      return error(
+          "the local-procedure-call framework did not stop; the plugins were neither "
+          "stopped nor freed");
+    case FrameEvent::Kind::kNoPoolForStop:
+      return error(
+          "there were no threads for the stop; the plugins were neither stopped nor freed");
+    case FrameEvent::Kind::kStepThrew:
+      return error("a step of the frame ended with an exception: " + note.reason);
+    default:
+      return std::nullopt;
+  }
+}
+
+std::vector<std::string> FailureSentences(const std::vector<FrameEvent>& notes) {
+  const LocalNames names = SystemNames();
+  std::vector<std::string> sentences =
+      UnreadableProductSentences(ReadModelFiles(PathFromLocal(GetCurExeDir()), names), names);
+  if (sentences.empty()) return {FrameWords(notes)};
+  if (sentences.size() > kMostSentences) {
+    const std::size_t more = sentences.size() - kMostSentences;
+    sentences.resize(kMostSentences);
+    sentences.push_back(fmt::format("and {} more of the product's files cannot be read", more));
+  }
+  return sentences;
+}

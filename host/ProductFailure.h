@@ -1,0 +1,21 @@
+#pragma once
+
+#include <cstdint>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "host/FrameLibrary.h"
+#include "workbench/product/Findings.h"
+#include "workbench/record/FrameEvent.h"
+
+/// Frame_Init, with what the XML parser says led to the log. On any thread, the frame's.
+std::int32_t InitialiseFrame(const FrameLibrary& frame);
+
+/// What the frame noted that costs a run something although it went on, in the words of HUB:
+/// descriptions of an unknown type, a stop that could not begin. None for a note of another kind.
+std::optional<Finding> FindingOf(const FrameEvent& note);
+
+/// Why Frame_Init failed: a sentence for each model file that it could not do without, or, where no
+/// file is to blame, the frame's own words. `notes`: what it logged. Never empty.
+std::vector<std::string> FailureSentences(const std::vector<FrameEvent>& notes);

@@ -1,0 +1,251 @@
+#include "host/ProductRun.h"
+
+#include <fmt/format.h>
+
+#include <algorithm>
+#include <chrono>
+#include <cstdlib>
+#include <utility>
+#include <vector>
+
+#include "host/CrashReport.h"
+#include "host/PluginHeads.h"
+#include "host/ProductFailure.h"
+#include "host/RunHeads.h"
+#include "host/StatusText.h"
+#include "reference/base/ThreadPools.h"
+#include "reference/kpx/PlatformRecord.h"
+#include "reference/os/CrashHandler.h"
+#include "reference/os/LocalText.h"
+#include "sdk/base/log.h"
+#include "sdk/base/path.h"
+#include "workbench/output/Text.h"
+#include "workbench/product/ModelFiles.h"
+#include "workbench/product/StartGraph.h"
+
+namespace {
+
+constexpr std::chrono::milliseconds kTick{50};
+
+double SecondsSince(std::int64_t beginNs) {
+  return static_cast<double>(SteadyNanoseconds() - beginNs) * 1e-9;
+}
+
+std::string PlatformError() {
+  char text[512] = {};
+  KPX_GetLastError(text, sizeof(text));
+  return text;
+}
+
+}  // namespace
+
+ProductRun::ProductRun(const Options& options, HostContext& context)
+    : m_options(options),
+      m_context(context),
+      m_clock(RunClock::Now()),
+      m_bin(GetCurExeDir()),
+      m_record(options, PathFromLocal(m_bin).parent_path(), m_clock),
+      m_monitor([this](const std::string& line) {
+        if (const RecordPermit permit; permit) m_record.WriteLine(line);
+        if (m_options.events) m_context.output.Write(line + "\n");
+      }),
+      m_reporter(options, context, m_record, m_monitor),
+      m_frame(FrameLibrary::PathBesideProgram()) {}
+
+ExitStatus ProductRun::Run() {
+  Begin();
+  if (Initialise()) {
+    if (!m_stopAsked && Start()) Stay();
+    Stop();
+  }
+  return End().exitStatus;
+}
+
+void ProductRun::Begin() {
+  m_head = MakeRunHead(m_clock, m_bin, m_context.commandLine);
+  SetCrashRecord(m_record.File());
+  m_monitor.Begin(m_head);
+  m_reporter.LogHead(m_head);
+  for (const Finding& finding : m_record.Findings()) m_reporter.Say(finding);
+}
+
+/// Frame_Init, and what is found in the product. False when there is nothing to start or to stop.
+bool ProductRun::Initialise() {
+  std::int32_t result = -1;
+  Call([this, &result] {
+    AddPhase(RunEvent::Kind::kPhaseBegin, RunPhase::kFrameInit);
+    result = InitialiseFrame(m_frame);
+    AddPhase(RunEvent::Kind::kPhaseEnd, RunPhase::kFrameInit);
+  });
+  m_facts.initResult = result;
+  if (result != 0) {
+    ExplainFailure();
+    return false;
+  }
+  SayNotes();
+  if (const auto model = SnapshotPlatform().productModel) {
+    m_monitor.SetPlugins(PluginHeads(*model, m_bin));
+    SayFindings(*model);
+  }
+  return true;
+}
+
+/// Frame_Start. False when the platform refused.
+bool ProductRun::Start() {
+  std::int32_t result = -1;
+  m_startNs = SteadyNanoseconds();
+  Call([this, &result] { result = m_frame.Start(); });
+  m_facts.startResult = result;
+  if (result != 0) m_facts.failure = "the platform did not start: " + PlatformError();
+  return result == 0;
+}
+
+/// From the start of the plugins to the stop request.
+void ProductRun::Stay() {
+  Await([this] { return m_stopAsked || StartCallbackResult(); });
+  m_facts.callbackResult = StartCallbackResult();
+  if (m_facts.callbackResult == false) {
+    m_facts.failure = "the plugins could not be started: " + PlatformError();
+    return;
+  }
+  if (m_facts.callbackResult) m_reporter.SayUp((SteadyNanoseconds() - m_startNs) / 1'000'000);
+  Await([this] { return m_stopAsked; });
+}
+
+/// Frame_Stop, the plugins that are still in their Init, Frame_UnInit.
+void ProductRun::Stop() {
+  m_stopLimit.emplace(m_options.stopTimeout, SteadyNanoseconds());
+  if (m_facts.startResult) Call([this] { m_frame.Stop(); });
+  SayNotes();
+  // A plugin that is still in its Init must not lose the platform under it.
+  Await([] { return UnfinishedTasks() == 0; });
+  Call([this] { m_frame.UnInit(); });
+  m_stopLimit.reset();
+}
+
+/// Says how the run ended, on the screen, in the log and in the record.
+Verdict ProductRun::End() {
+  m_facts.unfinishedTasks = UnfinishedTasks();
+  m_reporter.FoundLoss();
+  Verdict verdict = Judge(m_facts, m_monitor.State());
+  m_reporter.ShowEnd(m_head, m_clock, m_facts, verdict);
+  // When the end itself could not be written, the status and the record still say so.
+  if (m_reporter.FoundLoss()) verdict = Judge(m_facts, m_monitor.State());
+  RunEvent end;
+  end.kind = RunEvent::Kind::kEnd;
+  end.status = verdict.status;
+  end.number = verdict.exitStatus;
+  end.text = verdict.sentence;
+  m_monitor.Add(std::move(end));
+  SetCrashRecord({});
+  return verdict;
+}
+
+/// Begins `call` on the driver's thread and waits for its end.
+void ProductRun::Call(std::function<void()> call) {
+  m_driver.Begin(std::move(call));
+  while (!m_driver.WaitForEnd(kTick)) Tick();
+}
+
+void ProductRun::Await(const std::function<bool()>& over) {
+  while (!over()) {
+    if (const auto request = m_context.stop.WaitFor(kTick)) OnStopRequest(*request);
+    Tick();
+  }
+}
+
+void ProductRun::Tick() {
+  while (const auto request = m_context.stop.WaitFor(std::chrono::milliseconds(0))) {
+    OnStopRequest(*request);
+  }
+  if (!m_stopAsked && TimeIsUp()) AskToStop(fmt::format("--seconds {:g}", *m_options.seconds));
+  if (!m_stopAsked && StartTimeIsUp()) {
+    AskToStop(fmt::format("--start-timeout {:g}", *m_options.startTimeout));
+  }
+  m_reporter.ShowProgress();
+  m_reporter.FoundLoss();
+  CheckStopLimit();
+}
+
+void ProductRun::OnStopRequest(StopRequest request) {
+  const std::string name = Name(request);
+  if (std::exchange(m_signalled, true)) {
+    Leave(name + ", a second request: leaving without what has not returned");
+  }
+  AskToStop(name);
+}
+
+void ProductRun::AskToStop(const std::string& who) {
+  RunEvent request;
+  request.kind = RunEvent::Kind::kStopRequest;
+  request.text = who;
+  m_monitor.Add(std::move(request));
+  if (std::exchange(m_stopAsked, true)) return;
+  m_facts.stoppedBy = who;
+  m_reporter.SayLine("Stopping (" + who + ").");
+  m_stopLimit.emplace(m_options.stopTimeout, SteadyNanoseconds());
+}
+
+bool ProductRun::TimeIsUp() const {
+  return m_options.seconds && m_startNs != 0 && SecondsSince(m_startNs) >= *m_options.seconds;
+}
+
+bool ProductRun::StartTimeIsUp() const {
+  return m_options.startTimeout && !StartCallbackResult() &&
+         SecondsSince(m_clock.nanoseconds) >= *m_options.startTimeout;
+}
+
+void ProductRun::CheckStopLimit() {
+  if (!m_stopLimit) return;
+  const RunState state = m_monitor.State();
+  const bool stuck = UnfinishedTasks() == 0 && OnlyWaiting(state);
+  if (m_stopLimit->Expired(SteadyNanoseconds(), CountStopped(state), stuck)) {
+    Leave(fmt::format("nothing has ended for {:g} s: leaving without what has not returned",
+                      m_stopLimit->Seconds()));
+  }
+}
+
+/// Ends the process in the middle of the run, with everything said that is known.
+void ProductRun::Leave(const std::string& why) {
+  m_reporter.SayError({why});
+  m_facts.frameReturned = false;
+  const Verdict verdict = End();
+  ExpectExit();
+  std::_Exit(verdict.exitStatus);
+}
+
+void ProductRun::SayFindings(const ProductModel& model) {
+  const auto cycles = FindCycles(MakeStartGraph(model));
+  if (!cycles.empty()) m_reporter.SetCycle(Escaped(CycleText(cycles.front())));
+  const auto bin = PathFromLocal(m_bin);
+  for (const Finding& finding : FindingsBeforeStart(bin, model, SystemNames())) {
+    m_reporter.Say(finding);
+  }
+  for (const Finding& finding :
+       FindingsOfFiles(ReadModelFiles(bin, SystemNames()), SystemNames())) {
+    m_reporter.Say(finding);
+  }
+}
+
+/// Says what the frame has noted since the last call.
+void ProductRun::SayNotes() {
+  const std::vector<FrameEvent> notes = m_monitor.Notes();
+  for (; m_notesSaid < notes.size(); ++m_notesSaid) {
+    if (const auto finding = FindingOf(notes[m_notesSaid])) m_reporter.Say(*finding);
+  }
+}
+
+/// Says why Frame_Init failed, all of it.
+void ProductRun::ExplainFailure() {
+  const std::vector<std::string> sentences = FailureSentences(m_monitor.Notes());
+  m_reporter.SayError(sentences);
+  m_facts.failure = sentences.front();
+  if (sentences.size() > 1) m_facts.failure += fmt::format(" (and {} more)", sentences.size() - 1);
+}
+
+void ProductRun::AddPhase(RunEvent::Kind kind, const char* phase) {
+  RunEvent event;
+  event.kind = kind;
+  event.phase = phase;
+  m_monitor.Add(std::move(event));
+}

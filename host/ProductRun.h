@@ -1,0 +1,77 @@
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <functional>
+#include <optional>
+#include <string>
+
+#include "host/Commands.h"
+#include "host/FrameDriver.h"
+#include "host/FrameLibrary.h"
+#include "host/RunClock.h"
+#include "host/RunMonitor.h"
+#include "host/RunRecord.h"
+#include "host/RunReporter.h"
+#include "host/RunVerdict.h"
+#include "host/StopLimit.h"
+
+/// One run of the product, from Frame_Init to Frame_UnInit, on the host's thread.
+///
+/// The frame's calls run on a driver's thread; this one waits for stop requests, watches the limits
+/// and shows what goes on. Used once. A run that would leave something behind, plugins that have
+/// not returned or a call of the frame, ends the process instead.
+class ProductRun {
+ public:
+  /// Throws std::runtime_error with a sentence when the frame's library cannot be loaded,
+  /// UsageError when the record that was asked for cannot be written.
+  ProductRun(const Options& options, HostContext& context);
+  ProductRun(const ProductRun&) = delete;
+  ProductRun& operator=(const ProductRun&) = delete;
+
+  ExitStatus Run();
+
+ private:
+  // The run, in this order.
+  void Begin();
+  bool Initialise();
+  bool Start();
+  void Stay();
+  void Stop();
+  Verdict End();
+
+  // Waiting, during which stop requests, limits and the screen are looked after.
+  void Call(std::function<void()> call);
+  void Await(const std::function<bool()>& over);
+  void Tick();
+  void OnStopRequest(StopRequest request);
+  void AskToStop(const std::string& who);
+  bool TimeIsUp() const;
+  bool StartTimeIsUp() const;
+  void CheckStopLimit();
+  [[noreturn]] void Leave(const std::string& why);
+
+  void SayFindings(const ProductModel& model);
+  void SayNotes();
+  void ExplainFailure();
+  void AddPhase(RunEvent::Kind kind, const char* phase);
+
+  const Options& m_options;
+  HostContext& m_context;
+  const RunClock m_clock;
+  const std::string m_bin;  // with a separator behind it
+  RunRecord m_record;
+  RunMonitor m_monitor;
+  RunReporter m_reporter;
+  const FrameLibrary m_frame;
+  RunHead m_head;
+  RunFacts m_facts;
+
+  std::int64_t m_startNs = 0;            // of Frame_Start; 0: not begun
+  bool m_stopAsked = false;              // by whomever
+  bool m_signalled = false;              // by a signal
+  std::optional<StopLimit> m_stopLimit;  // since the stop request
+  std::size_t m_notesSaid = 0;
+
+  FrameDriver m_driver;  // destroyed first: its thread uses the others
+};

@@ -1,0 +1,57 @@
+#include "host/RunHeads.h"
+
+#include <fmt/format.h>
+
+#include "host/PluginHeads.h"
+#include "reference/os/LocalText.h"
+#include "reference/os/ProcessInfo.h"
+#include "sdk/kpx/platform.h"
+#include "workbench/product/ProductName.h"
+
+namespace {
+
+std::string PlatformVersion() {
+  char text[128] = {};
+  KPX_GetVersion(text, sizeof(text));
+  return text;
+}
+
+/// An argument as a shell takes it.
+std::string Quoted(const std::string& argument) {
+  const bool plain = !argument.empty() && argument.find_first_of(" \t\"'") == std::string::npos;
+  return plain ? argument : "\"" + argument + "\"";
+}
+
+}  // namespace
+
+RunHead MakeRunHead(const RunClock& clock, const std::string& bin,
+                    const std::vector<std::string>& commandLine) {
+  RunHead head;
+  head.time = clock.UtcText(clock.nanoseconds);
+  head.zone = clock.ZoneText();
+  head.nanoseconds = clock.nanoseconds;
+  head.pid = static_cast<std::int64_t>(ProcessNumber());
+  head.run = fmt::format("{}-{}", head.time, head.pid);
+  head.host = HostName();
+  head.hubVersion = TEV_VERSION;
+  head.frameVersion = TEV_VERSION;  // both come from one build
+  head.platformVersion = PlatformVersion();
+  head.commandLine = commandLine;
+  const ProductName product = ReadProductName(PathFromLocal(bin), SystemNames());
+  head.product = product.name;
+  head.productVersion = product.version;
+  head.path = bin;
+  head.cores = UsableCores();
+  return head;
+}
+
+std::string HeadLine(const RunHead& head) {
+  std::string command;
+  for (const std::string& argument : head.commandLine) {
+    command += (command.empty() ? "" : " ") + Quoted(argument);
+  }
+  return fmt::format("HUB {}, frame {}, platform {}, pid {} on {}, product {} {} in {}: {}",
+                     head.hubVersion, head.frameVersion, head.platformVersion, head.pid, head.host,
+                     head.product.empty() ? "(not readable)" : head.product, head.productVersion,
+                     head.path, command);
+}

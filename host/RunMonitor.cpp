@@ -1,0 +1,134 @@
+#include "host/RunMonitor.h"
+
+#include <utility>
+
+#include "host/CrashReport.h"
+#include "host/LoadReasons.h"
+#include "host/RunClock.h"
+#include "reference/base/Log.h"
+#include "reference/os/Threads.h"
+#include "workbench/record/FrameLog.h"
+
+namespace {
+
+constexpr char kHostModule[] = "host";
+constexpr char kLoaderModule[] = "platform.os";
+
+bool IsNote(FrameEvent::Kind kind) {
+  using Kind = FrameEvent::Kind;
+  switch (kind) {
+    case Kind::kInitRefused:
+    case Kind::kStepThrew:
+    case Kind::kRequiredFileUnreadable:
+    case Kind::kPluginDropped:
+    case Kind::kTypeUnknown:
+    case Kind::kNoPoolForStart:
+    case Kind::kNoPoolForStop:
+    case Kind::kLpcStopFailed:
+    case Kind::kPlatformInitFailed:
+      return true;
+    default:
+      return false;
+  }
+}
+
+/// So that `top` and a debugger show which plugin's code a thread runs.
+void NameThreadAfter(const FrameEvent& event) {
+  const bool begins = event.kind == FrameEvent::Kind::kLoadTaskBegin ||
+                      event.kind == FrameEvent::Kind::kUnloadTaskBegin;
+  if (begins) NameThread(event.plugin);
+}
+
+}  // namespace
+
+RunMonitor::RunMonitor(LineSink sink) : m_sink(std::move(sink)) {
+  m_source.SetRefineReason(&BetterReason);
+  SetLogObserver([this](int level, const std::string& module, const std::string& text) {
+    OnLogLine(level, module, text);
+  });
+  SetTaskObserver([this](const TaskEvent& event) { OnTask(event); });
+}
+
+RunMonitor::~RunMonitor() {
+  SetTaskObserver({});
+  SetLogObserver({});
+}
+
+void RunMonitor::Begin(const RunHead& head) {
+  const std::lock_guard<std::mutex> lock(m_mutex);
+  if (m_sink) m_sink(RecordLine(head));
+}
+
+void RunMonitor::SetPlugins(const std::vector<PluginHead>& plugins) {
+  const std::lock_guard<std::mutex> lock(m_mutex);
+  for (const PluginHead& plugin : plugins) {
+    m_state.AddPlugin(plugin);
+    if (m_sink) m_sink(RecordLine(plugin));
+  }
+  m_source.SetPlugins(plugins);
+}
+
+void RunMonitor::Add(RunEvent event) {
+  const std::lock_guard<std::mutex> lock(m_mutex);
+  const RunEventSource::Where here = Here();
+  event.nanoseconds = here.nanoseconds;
+  event.thread = here.thread;
+  Take({std::move(event)});
+}
+
+RunState RunMonitor::State() const {
+  const std::lock_guard<std::mutex> lock(m_mutex);
+  return m_state;
+}
+
+std::vector<FrameEvent> RunMonitor::Notes() const {
+  const std::lock_guard<std::mutex> lock(m_mutex);
+  return m_notes;
+}
+
+void RunMonitor::OnLogLine(int level, const std::string& module, const std::string& text) {
+  if (module == kHostModule) return;
+  std::optional<FrameEvent> event = ParseFrameLog(level, module, text);
+  if (event) {
+    FollowPluginCode(*event);
+    NameThreadAfter(*event);
+  }
+  // Before the lock: this takes the loader's, which a library that logs while it is loaded holds.
+  if (event && event->kind == FrameEvent::Kind::kInitMissing) {
+    event->reason = MangledExport(LoadedLibrary(), "Init");
+  }
+  const std::lock_guard<std::mutex> lock(m_mutex);
+  if (event) {
+    if (IsNote(event->kind)) m_notes.push_back(*event);
+    Take(m_source.OnFrameEvent(Here(), *event));
+  } else if (module == kLoaderModule) {
+    Take(m_source.OnLoaderMessage(Here(), text));
+  } else {
+    Take(m_source.OnOtherLine(Here(), "[" + module + "] " + text));
+  }
+}
+
+void RunMonitor::OnTask(const TaskEvent& event) {
+  if (event.kind == TaskEvent::Kind::kEnded) NameThread("idle");
+  const std::lock_guard<std::mutex> lock(m_mutex);
+  switch (event.kind) {
+    case TaskEvent::Kind::kPosted:
+      return Take(m_source.OnTaskPosted(Here(), event.task));
+    case TaskEvent::Kind::kBegun:
+      return Take(m_source.OnTaskBegun(Here(), event.task));
+    case TaskEvent::Kind::kEnded:
+      return Take(m_source.OnTaskEnded(Here(), event.task));
+  }
+}
+
+/// Where and when the caller is. Under the lock, so that the events' times are in their order.
+RunEventSource::Where RunMonitor::Here() const {
+  return {SteadyNanoseconds(), ThreadNumber()};
+}
+
+void RunMonitor::Take(const std::vector<RunEvent>& events) {
+  for (const RunEvent& event : events) {
+    m_state.Apply(event);
+    if (m_sink) m_sink(RecordLine(event));
+  }
+}

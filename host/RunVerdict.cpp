@@ -1,0 +1,155 @@
+#include "host/RunVerdict.h"
+
+#include <fmt/format.h>
+
+#include <algorithm>
+
+#include "workbench/output/Text.h"
+
+namespace {
+
+using State = PluginRun::State;
+
+constexpr std::size_t kMostNames = 5;
+
+template <typename Condition>
+std::vector<std::string> Names(const RunState& state, Condition condition) {
+  std::vector<std::string> names;
+  for (const PluginRun& plugin : state.Plugins()) {
+    if (IsStarted(plugin.head) && condition(plugin)) names.push_back(plugin.head.id);
+  }
+  return names;
+}
+
+std::vector<std::string> StartedAs(const RunState& state, State how) {
+  return Names(state, [how](const PluginRun& plugin) { return plugin.started == how; });
+}
+
+/// "; a.server and b.server failed in Init"; nothing for no names.
+std::string Clause(const std::vector<std::string>& names, const std::string& one,
+                   const std::string& many) {
+  if (names.empty()) return std::string();
+  return "; " + JoinNames(names, kMostNames) + " " + (names.size() == 1 ? one : many);
+}
+
+std::size_t CountAll(const RunState& state) {
+  return Names(state, [](const PluginRun&) { return true; }).size();
+}
+
+std::string StartedText(const RunState& state) {
+  const std::size_t all = CountAll(state);
+  const std::size_t started = StartedAs(state, State::kStarted).size();
+  if (all == 0) return "there are no plugins to start";
+  if (started == all)
+    return all == 1 ? "the one plugin started" : fmt::format("all {} plugins started", all);
+  return fmt::format("{} of {} started", started, Count(all, "plugin"));
+}
+
+/// What went wrong with plugins, as clauses.
+std::string Trouble(const RunState& state) {
+  const auto refused = [](const PluginRun& p) { return p.state == State::kStopRefused; };
+  return Clause(StartedAs(state, State::kInitFailed), "failed in Init", "failed in Init") +
+         Clause(StartedAs(state, State::kNotLoaded), "was not loaded", "were not loaded") +
+         Clause(Names(state, refused), "refused to stop", "refused to stop");
+}
+
+std::vector<std::string> Errors(const RunState& state) {
+  std::vector<std::string> errors;
+  for (const RunEvent& finding : state.Findings()) {
+    if (finding.severity == RunEvent::Severity::kError) errors.push_back(finding.text);
+  }
+  return errors;
+}
+
+/// "; and 2 errors are said above"; nothing for none.
+std::string ErrorsText(const RunState& state) {
+  const std::vector<std::string> errors = Errors(state);
+  if (errors.empty()) return std::string();
+  if (errors.size() == 1) return "; " + errors.front();
+  return fmt::format("; {} (and {})", errors.front(), Count(errors.size() - 1, "more error"));
+}
+
+std::string LeftBehindText(const RunFacts& facts, const RunState& state) {
+  const auto inInit = [](const PluginRun& p) {
+    return p.state == State::kInInit || p.state == State::kLoading;
+  };
+  const auto inUnInit = [](const PluginRun& p) { return p.state == State::kInUnInit; };
+  std::string text = Clause(Names(state, inInit), "has not returned from its Init",
+                            "have not returned from their Init") +
+                     Clause(Names(state, inUnInit), "has not returned from its UnInit",
+                            "have not returned from their UnInit");
+  if (text.empty() && facts.unfinishedTasks == 0) {
+    const auto waiting = [](const PluginRun& p) { return !p.stopCounted; };
+    text = Clause(Names(state, waiting), "can never be stopped: what it waits for never ends",
+                  "can never be stopped: what they wait for never ends");
+  }
+  if (text.empty()) text = "; a call of the frame has not returned";
+  return text.substr(2);
+}
+
+}  // namespace
+
+bool IsStarted(const PluginHead& plugin) {
+  return plugin.kind == "server" || plugin.kind == "platform";
+}
+
+bool NeedsAttention(const PluginRun& plugin) {
+  if (!IsStarted(plugin.head)) return false;
+  return plugin.started != State::kStarted || plugin.state == State::kStopRefused ||
+         plugin.state == State::kInUnInit;
+}
+
+std::string OutcomeWord(const PluginRun& plugin) {
+  const bool startFailed =
+      plugin.started == State::kInitFailed || plugin.started == State::kNotLoaded;
+  const bool over = plugin.state != State::kInUnInit;
+  switch (startFailed && over ? plugin.started : plugin.state) {
+    case State::kWaiting:
+      return "waiting";
+    case State::kReady:
+      return "ready";
+    case State::kLoading:
+      return "loading";
+    case State::kInInit:
+      return "in-init";
+    case State::kStarted:
+      return "started";
+    case State::kInitFailed:
+      return "init-failed";
+    case State::kNotLoaded:
+      return "not-loaded";
+    case State::kInUnInit:
+      return "in-uninit";
+    case State::kStopped:
+      return "stopped";
+    case State::kStopRefused:
+      return "stop-refused";
+  }
+  return std::string();
+}
+
+std::string ReasonText(const PluginRun& plugin) {
+  if (plugin.reason.empty() || plugin.stopReason.empty()) return plugin.reason + plugin.stopReason;
+  return plugin.reason + "; stop: " + plugin.stopReason;
+}
+
+Verdict Judge(const RunFacts& facts, const RunState& state) {
+  const bool initFailed = facts.initResult && *facts.initResult != 0;
+  const bool startFailed = facts.startResult && *facts.startResult != 0;
+  if (initFailed || startFailed || facts.callbackResult == false) {
+    return {"failed", kFrameFailed, "failed: " + facts.failure};
+  }
+  const std::string by = facts.stoppedBy.empty() ? "" : " (stopped by " + facts.stoppedBy + ")";
+  if (!facts.frameReturned || facts.unfinishedTasks != 0) {
+    return {"left-behind", kCutShort, "left behind: " + LeftBehindText(facts, state) + by};
+  }
+  if (!state.Up()) {
+    return {"cut-short", kCutShort,
+            "cut short: stopped" +
+                (facts.stoppedBy.empty() ? std::string() : " by " + facts.stoppedBy) +
+                " before it was up; " + StartedText(state) + Trouble(state)};
+  }
+  const std::string trouble = Trouble(state) + ErrorsText(state);
+  if (!trouble.empty()) return {"degraded", kDegraded, "degraded: " + StartedText(state) + trouble};
+  return {"up", kOk, "up: " + StartedText(state) + ""};
+}

@@ -1,0 +1,82 @@
+#include "host/Screen.h"
+
+#include <cstdlib>
+
+#include "host/RunVerdict.h"
+#include "host/StatusText.h"
+#include "workbench/output/Text.h"
+
+namespace {
+
+constexpr std::chrono::seconds kBetweenWaitingLines{1};
+constexpr std::size_t kNameColumns = 24;
+constexpr char kClearLine[] = "\r\x1b[K";
+
+bool IsSet(const char* variable) {
+  // NOLINTNEXTLINE(concurrency-mt-unsafe): nobody changes the environment
+  const char* value = std::getenv(variable);
+  return value != nullptr && *value != '\0';
+}
+
+bool WantsColor(Color color, bool onTerminal) {
+  if (color != Color::kAuto) return color == Color::kAlways;
+  return onTerminal && !IsSet("NO_COLOR");
+}
+
+}  // namespace
+
+Screen::Screen(Output& output, Color color)
+    : m_output(output),
+      m_onTerminal(output.IsTerminal()),
+      m_colored(WantsColor(color, m_onTerminal)),
+      m_lastWaitingLine(std::chrono::steady_clock::now()) {}
+
+std::size_t Screen::Columns() const {
+  return m_onTerminal ? static_cast<std::size_t>(m_output.Columns()) : 0;
+}
+
+void Screen::Update(const RunState& state, const std::string& waiting) {
+  PrintEvents(state);
+  const auto now = std::chrono::steady_clock::now();
+  if (waiting.empty()) {
+    ClearWaitingLine();
+    m_lastWaitingLine = now;
+  } else if (m_onTerminal) {
+    // One column is left free: a full line would wrap, and then not be drawn over.
+    m_output.Write(kClearLine + CutToColumns(waiting, Columns() - 1));
+    m_waitingLineStands = true;
+  } else if (now - m_lastWaitingLine >= kBetweenWaitingLines) {
+    m_lastWaitingLine = now;
+    m_output.Write("  " + waiting + "\n");
+  }
+}
+
+void Screen::Finish(const RunState& state) {
+  PrintEvents(state);
+  ClearWaitingLine();
+}
+
+void Screen::Say(const std::string& lines) {
+  ClearWaitingLine();
+  m_output.Write(lines + "\n");
+}
+
+void Screen::PrintEvents(const RunState& state) {
+  const std::vector<PluginRun>& plugins = state.Plugins();
+  m_shown.resize(plugins.size(), PluginRun::State::kWaiting);
+  std::string lines;
+  for (std::size_t i = 0; i < plugins.size(); ++i) {
+    if (plugins[i].state == m_shown[i]) continue;
+    m_shown[i] = plugins[i].state;
+    const std::string text = EventText(plugins[i]);
+    if (text.empty()) continue;
+    const std::string name = plugins[i].head.id.empty() ? "(no ID)" : Escaped(plugins[i].head.id);
+    lines += (lines.empty() ? "" : "\n") + PadRight(name, kNameColumns) + " " + text;
+  }
+  if (!lines.empty()) Say(lines);
+}
+
+void Screen::ClearWaitingLine() {
+  if (m_waitingLineStands) m_output.Write(kClearLine);
+  m_waitingLineStands = false;
+}

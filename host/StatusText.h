@@ -1,0 +1,31 @@
+#pragma once
+
+#include <cstdint>
+#include <string>
+#include <vector>
+
+#include "workbench/record/RunState.h"
+
+// What a run says while it goes on, as texts.
+
+/// Whom the run waits for now, without times: "" for nobody; the same as long as the same plugins
+/// are waited for.
+///
+/// Those whose library is being loaded or whose Init or UnInit is running; when there are none,
+/// `cycle` ("a → b → a"; empty: there is none), if one of its plugins is still waited for. At most
+/// five names. Nobody while the frame only has to look again.
+std::string WaitedFor(const RunState& state, const std::string& cycle);
+
+/// That line with what is done and how long each has taken: "17 of 20 done; waiting for
+/// video.server (1.2 s)". Empty when nobody is waited for.
+std::string WaitingLine(const RunState& state, const std::string& cycle, std::int64_t nowNs);
+
+/// Whether a phase goes on in which some plugin is not done, though nothing says that one of them
+/// is on the way: those that are left may wait for each other.
+bool OnlyWaiting(const RunState& state);
+
+/// How many plugins have been counted in the stop.
+std::size_t CountStopped(const RunState& state);
+
+/// What has just become of a plugin, as a line without its name; empty when it is not worth one.
+std::string EventText(const PluginRun& plugin);

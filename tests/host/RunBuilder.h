@@ -1,0 +1,119 @@
+#pragma once
+
+#include <cstdint>
+#include <string>
+#include <vector>
+
+#include "workbench/record/RunState.h"
+
+/// Builds the state of a run, event by event; each call is a millisecond later than the one before.
+class RunBuilder {
+ public:
+  RunBuilder& Plugin(const std::string& id, const std::string& kind = "server") {
+    PluginHead head;
+    head.id = id;
+    head.kind = kind;
+    m_state.AddPlugin(head);
+    return *this;
+  }
+
+  RunBuilder& Phase(RunEvent::Kind kind, const std::string& phase) {
+    RunEvent event = Event(kind);
+    event.phase = phase;
+    return Apply(event);
+  }
+
+  /// A plugin's whole start that ends well.
+  RunBuilder& Started(const std::string& id, std::int64_t ms = 5) {
+    InInit(id);
+    RunEvent end = Event(RunEvent::Kind::kInitEnd, id);
+    end.result = RunEvent::Result::kOk;
+    end.milliseconds = ms;
+    Apply(end);
+    return Counted("start", id, RunEvent::Result::kOk);
+  }
+
+  RunBuilder& InInit(const std::string& id) {
+    Apply(Event(RunEvent::Kind::kLoadBegin, id));
+    return Apply(Event(RunEvent::Kind::kInitBegin, id));
+  }
+
+  RunBuilder& InitFailed(const std::string& id, const std::string& reason) {
+    InInit(id);
+    RunEvent end = Event(RunEvent::Kind::kInitEnd, id);
+    end.result = RunEvent::Result::kFailed;
+    end.milliseconds = 7;
+    end.text = reason;
+    Apply(end);
+    return Counted("start", id, RunEvent::Result::kFailed);
+  }
+
+  RunBuilder& NotLoaded(const std::string& id, const std::string& reason) {
+    Apply(Event(RunEvent::Kind::kLoadBegin, id));
+    RunEvent end = Event(RunEvent::Kind::kLoadEnd, id);
+    end.result = RunEvent::Result::kFailed;
+    end.text = reason;
+    Apply(end);
+    return Counted("start", id, RunEvent::Result::kNotLoaded);
+  }
+
+  RunBuilder& InUnInit(const std::string& id) {
+    return Apply(Event(RunEvent::Kind::kUnInitBegin, id));
+  }
+
+  RunBuilder& Stopped(const std::string& id, std::int64_t ms = 3) {
+    return UnInitEnd(id, RunEvent::Result::kOk, ms, "");
+  }
+
+  RunBuilder& StopRefused(const std::string& id, const std::string& reason) {
+    return UnInitEnd(id, RunEvent::Result::kRefused, 4, reason);
+  }
+
+  RunBuilder& Up() { return Apply(Event(RunEvent::Kind::kUp)); }
+
+  RunBuilder& Finding(RunEvent::Severity severity, const std::string& text) {
+    RunEvent event = Event(RunEvent::Kind::kFinding);
+    event.severity = severity;
+    event.text = text;
+    return Apply(event);
+  }
+
+  std::int64_t Now() const { return m_now; }
+  const RunState& State() const { return m_state; }
+
+ private:
+  RunEvent Event(RunEvent::Kind kind, const std::string& plugin = "") {
+    RunEvent event;
+    event.kind = kind;
+    event.plugin = plugin;
+    event.thread = 7;
+    event.nanoseconds = m_now += 1'000'000;
+    return event;
+  }
+
+  RunBuilder& Apply(const RunEvent& event) {
+    m_state.Apply(event);
+    return *this;
+  }
+
+  RunBuilder& Counted(const std::string& phase, const std::string& id, RunEvent::Result result) {
+    RunEvent event = Event(RunEvent::Kind::kCounted, id);
+    event.phase = phase;
+    event.result = result;
+    return Apply(event);
+  }
+
+  RunBuilder& UnInitEnd(const std::string& id, RunEvent::Result result, std::int64_t ms,
+                        const std::string& reason) {
+    InUnInit(id);
+    RunEvent end = Event(RunEvent::Kind::kUnInitEnd, id);
+    end.result = result;
+    end.milliseconds = ms;
+    end.text = reason;
+    Apply(end);
+    return Counted("stop", id, result);
+  }
+
+  RunState m_state;
+  std::int64_t m_now = 0;
+};

@@ -1,0 +1,145 @@
+#include "host/RunVerdict.h"
+
+#include <gtest/gtest.h>
+
+#include "tests/host/RunBuilder.h"
+
+namespace {
+
+RunFacts Well() {
+  RunFacts facts;
+  facts.initResult = 0;
+  facts.startResult = 0;
+  facts.callbackResult = true;
+  return facts;
+}
+
+std::string Judged(const RunFacts& facts, const RunBuilder& run) {
+  const Verdict verdict = Judge(facts, run.State());
+  return std::to_string(verdict.exitStatus) + " " + verdict.status + " | " + verdict.sentence;
+}
+
+TEST(Verdict, OfARunInWhichAllStartedAndStoppedIsUp) {
+  RunBuilder run;
+  run.Plugin("a").Plugin("b").Started("a").Started("b").Up().Stopped("b").Stopped("a");
+  EXPECT_EQ("0 up | up: all 2 plugins started", Judged(Well(), run));
+}
+
+TEST(Verdict, OfOnePluginAndOfNoneIsInTheirWords) {
+  RunBuilder one;
+  one.Plugin("a").Started("a").Up().Stopped("a");
+  EXPECT_EQ("0 up | up: the one plugin started", Judged(Well(), one));
+  RunBuilder none;
+  none.Up();
+  EXPECT_EQ("0 up | up: there are no plugins to start", Judged(Well(), none));
+}
+
+TEST(Verdict, CountsNeitherDriversNorExecutables) {
+  RunBuilder run;
+  run.Plugin("a").Plugin("d", "driver").Plugin("e", "executable").Started("a").Up().Stopped("a");
+  EXPECT_EQ("0 up | up: the one plugin started", Judged(Well(), run));
+}
+
+TEST(Verdict, IsDegradedByEveryWayAPluginFails) {
+  RunBuilder run;
+  run.Plugin("a").Plugin("b").Plugin("c").Plugin("d").Started("a").InitFailed("b", "x");
+  run.NotLoaded("c", "y").Started("d").Up().StopRefused("d", "z").Stopped("a").Stopped("b");
+  EXPECT_EQ(
+      "3 degraded | degraded: 2 of 4 plugins started; b failed in Init; c was not loaded; "
+      "d refused to stop",
+      Judged(Well(), run));
+}
+
+TEST(Verdict, NamesFivePluginsAndCountsTheRest) {
+  RunBuilder run;
+  for (const char* id : {"a", "b", "c", "d", "e", "f", "g"}) run.Plugin(id).NotLoaded(id, "x");
+  run.Up();
+  EXPECT_EQ(
+      "3 degraded | degraded: 0 of 7 plugins started; a, b, c, d, e and 2 more were not loaded",
+      Judged(Well(), run));
+}
+
+TEST(Verdict, IsDegradedByAnErrorAmongTheFindingsAlone) {
+  RunBuilder note;
+  note.Finding(RunEvent::Severity::kNote, "n").Finding(RunEvent::Severity::kWarning, "w").Up();
+  EXPECT_EQ("0 up | up: there are no plugins to start", Judged(Well(), note));
+  RunBuilder error;
+  error.Finding(RunEvent::Severity::kError, "Product.xml reads as empty").Up();
+  EXPECT_EQ("3 degraded | degraded: there are no plugins to start; Product.xml reads as empty",
+            Judged(Well(), error));
+  error.Finding(RunEvent::Severity::kError, "another");
+  EXPECT_EQ(
+      "3 degraded | degraded: there are no plugins to start; Product.xml reads as empty (and 1 "
+      "more error)",
+      Judged(Well(), error));
+}
+
+TEST(Verdict, IsFailedByEachStepOfTheFrame) {
+  RunFacts facts;
+  facts.failure = "why";
+  const RunBuilder run;
+  facts.initResult = -1;
+  EXPECT_EQ("1 failed | failed: why", Judged(facts, run));
+  facts.initResult = 0;
+  facts.startResult = 2;
+  EXPECT_EQ("1 failed | failed: why", Judged(facts, run));
+  facts.startResult = 0;
+  facts.callbackResult = false;
+  EXPECT_EQ("1 failed | failed: why", Judged(facts, run));
+}
+
+TEST(Verdict, IsCutShortWhenStoppedBeforeItWasUp) {
+  RunBuilder run;
+  run.Plugin("a").Plugin("b").Started("a").Stopped("a");
+  RunFacts facts = Well();
+  facts.stoppedBy = "SIGINT";
+  EXPECT_EQ("4 cut-short | cut short: stopped by SIGINT before it was up; 1 of 2 plugins started",
+            Judged(facts, run));
+}
+
+TEST(Verdict, IsLeftBehindWithThePluginsThatHaveNotReturned) {
+  RunBuilder run;
+  run.Plugin("a").Plugin("b").Plugin("c").Started("a").InInit("b").Started("c").InUnInit("c");
+  RunFacts facts = Well();
+  facts.unfinishedTasks = 2;
+  facts.stoppedBy = "SIGTERM";
+  EXPECT_EQ(
+      "4 left-behind | left behind: b has not returned from its Init; c has not returned from its "
+      "UnInit (stopped by SIGTERM)",
+      Judged(facts, run));
+}
+
+TEST(Verdict, IsLeftBehindWithPluginsThatWaitForEachOther) {
+  RunBuilder run;
+  run.Plugin("a").Plugin("b").Plugin("c").Started("c").Stopped("c");
+  RunFacts facts = Well();
+  facts.frameReturned = false;
+  EXPECT_EQ(
+      "4 left-behind | left behind: a and b can never be stopped: what they wait for never ends",
+      Judged(facts, run));
+}
+
+TEST(Verdict, FailedIsWorseThanLeftBehindAndThatWorseThanDegraded) {
+  RunBuilder run;
+  run.Plugin("a").InitFailed("a", "x").Up();
+  RunFacts facts = Well();
+  facts.frameReturned = false;
+  EXPECT_EQ("left-behind", Judge(facts, run.State()).status);
+  facts.callbackResult = false;
+  EXPECT_EQ("failed", Judge(facts, run.State()).status);
+}
+
+TEST(OutcomeWord, IsTheStartsFailureAlsoAfterAGoodStop) {
+  RunBuilder run;
+  for (const char* id : {"waits", "inits", "started", "failed", "gone", "stopped", "refused"}) {
+    run.Plugin(id);
+  }
+  run.InInit("inits").Started("started").InitFailed("failed", "x").NotLoaded("gone", "y");
+  run.Started("stopped").Stopped("stopped").Stopped("failed").Started("refused");
+  run.StopRefused("refused", "z");
+  std::string words;
+  for (const PluginRun& plugin : run.State().Plugins()) words += OutcomeWord(plugin) + " ";
+  EXPECT_EQ("waiting in-init started init-failed not-loaded stopped stop-refused ", words);
+}
+
+}  // namespace

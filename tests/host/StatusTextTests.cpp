@@ -1,0 +1,89 @@
+#include "host/StatusText.h"
+
+#include <gtest/gtest.h>
+
+#include "tests/host/RunBuilder.h"
+
+namespace {
+
+constexpr char kNoCycle[] = "";
+constexpr char kCycle[] = "x \u2192 y \u2192 x";
+
+RunBuilder Starting() {
+  RunBuilder run;
+  for (const char* id : {"a", "b", "c", "d", "e", "f", "g"}) run.Plugin(id);
+  run.Phase(RunEvent::Kind::kPhaseBegin, RunPhase::kStart);
+  return run;
+}
+
+std::string Line(const RunBuilder& run, const std::string& cycle = kNoCycle) {
+  return WaitingLine(run.State(), cycle, run.Now() + 1'500'000'000);
+}
+
+TEST(WaitingLine, NamesThoseInInitAndHowLongTheyHaveBeen) {
+  RunBuilder run = Starting();
+  run.Started("a").InInit("b");
+  EXPECT_EQ("1 of 7 done; waiting for b (1.5 s)", Line(run));
+}
+
+TEST(WaitingLine, NamesFiveAndCountsTheRest) {
+  RunBuilder run = Starting();
+  for (const char* id : {"a", "b", "c", "d", "e", "f", "g"}) run.InInit(id);
+  EXPECT_EQ(
+      "0 of 7 done; waiting for a (1.5 s), b (1.5 s), c (1.5 s), d (1.5 s), e (1.5 s) and 2 more",
+      Line(run));
+  EXPECT_EQ("waiting for a, b, c, d, e and 2 more", WaitedFor(run.State(), kNoCycle));
+}
+
+TEST(WaitingLine, IsEmptyWhileTheFrameOnlyHasToLookAgain) {
+  RunBuilder run = Starting();
+  run.Started("a");
+  EXPECT_EQ("", Line(run));
+  EXPECT_EQ("", WaitedFor(run.State(), kNoCycle));
+}
+
+TEST(WaitingLine, NamesTheCycleOnlyWhenNobodyIsInInit) {
+  RunBuilder run = Starting();
+  run.InInit("a");
+  EXPECT_EQ("0 of 7 done; waiting for a (1.5 s)", Line(run, kCycle));
+  RunBuilder stuck = Starting();
+  stuck.Started("a");
+  EXPECT_EQ("1 of 7 done; waiting for the cycle x \u2192 y \u2192 x", Line(stuck, kCycle));
+}
+
+TEST(WaitingLine, OfTheStopCountsTheStopped) {
+  RunBuilder run;
+  run.Plugin("a").Plugin("b").Started("a").Started("b").Up();
+  run.Phase(RunEvent::Kind::kPhaseBegin, RunPhase::kFrameStop);
+  run.Phase(RunEvent::Kind::kPhaseBegin, RunPhase::kStop);
+  run.Stopped("b").InUnInit("a");
+  EXPECT_EQ("1 of 2 stopped; waiting for a (1.5 s)", Line(run));
+}
+
+TEST(OnlyWaiting, IsFalseOutsideOfAPhaseAndWhenAllAreDone) {
+  RunBuilder run;
+  run.Plugin("a");
+  EXPECT_FALSE(OnlyWaiting(run.State()));
+  run.Phase(RunEvent::Kind::kPhaseBegin, RunPhase::kStart);
+  EXPECT_TRUE(OnlyWaiting(run.State()));
+  run.Started("a");
+  EXPECT_FALSE(OnlyWaiting(run.State()));
+}
+
+TEST(EventText, SaysWhatBecameOfAPluginAndWhy) {
+  RunBuilder run;
+  for (const char* id : {"waits", "ok", "bad", "gone", "down", "stays"}) run.Plugin(id);
+  run.Started("ok", 12).InitFailed("bad", "its Init returned false").NotLoaded("gone", "no file");
+  run.Started("down").Stopped("down", 8).Started("stays").StopRefused("stays", "it said no");
+  std::vector<std::string> texts;
+  for (const PluginRun& plugin : run.State().Plugins()) texts.push_back(EventText(plugin));
+  const std::vector<std::string> expected = {"",
+                                             "started in 12 ms",
+                                             "INIT FAILED after 7 ms: its Init returned false",
+                                             "NOT LOADED: no file",
+                                             "stopped in 8 ms",
+                                             "STOP REFUSED: it said no; its library stays mapped"};
+  EXPECT_EQ(expected, texts);
+}
+
+}  // namespace

@@ -1,0 +1,106 @@
+// Plugins whose code ends the process: HUB names them, and never ends as if nothing had been.
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <fstream>
+#include <string>
+
+#include "reference/os/LocalText.h"
+#include "tests/system/HowItEnds.h"
+#include "tests/system/MadeProduct.h"
+
+using nlohmann::json;
+using testing::HasSubstr;
+using testing::MatchesRegex;
+
+namespace {
+
+/// A product in which one plugin of several does what `fixture` does.
+MadeProduct& Among(MadeProduct& product, const std::string& fixture) {
+  return product.Plugin("a.server").Plugin("bad.server", fixture).Plugin("z.server");
+}
+
+json LastLine(const std::string& file) {
+  std::ifstream record(PathFromLocal(file), std::ios::binary);
+  std::string last;
+  for (std::string line; std::getline(record, line);) last = line;
+  return json::parse(last);
+}
+
+/// Runs `fixture` among others: the sentence on standard error, which the record's last line has
+/// too.
+HubResult RunToTheCrash(const std::string& fixture, const std::string& sentence) {
+  MadeProduct product;
+  Among(product, fixture);
+  const std::string record = LocalFromPath(product.Site().Path("run.jsonl"));
+  const HubResult result = product.Run("--record \"" + record + "\"");
+  EXPECT_THAT(result.errors, HasSubstr("HUB: the process ends: " + sentence));
+  EXPECT_THAT(result.errors, HasSubstr("HUB: the record of this run: " + record + "\n"));
+  EXPECT_THAT(result.errors, HasSubstr("\n#0 "));
+  const json last = LastLine(record);
+  EXPECT_EQ("crash", last["event"]) << last;
+  EXPECT_EQ("bad.server", last["plugin"]) << last;
+  EXPECT_THAT(last["text"].get<std::string>(), HasSubstr(sentence));
+  return result;
+}
+
+TEST(Crash, OfInitNamesThePluginThePhaseAndForHowLong) {
+  const HubResult result = RunToTheCrash("init_crashes", kNullPointerSentence);
+  ExpectEndedByMemoryFault(result);
+}
+
+TEST(Crash, ByAStackOverflowIsReportedToo) {
+  const HubResult result = RunToTheCrash("init_overflows_the_stack", "");
+  ExpectEndedByStackOverflow(result);
+}
+
+TEST(Crash, ByAbortEndsWithItsStatus) {
+  ExpectEndedByAbort(RunToTheCrash("init_aborts", kAbortSentence));
+}
+
+TEST(Crash, ByTerminateSaysWhatWasThrown) {
+  const HubResult result = RunToTheCrash("init_terminates", "");
+  EXPECT_THAT(result.errors, HasSubstr("nobody catches this"));
+  ExpectEndedByAbort(result);
+}
+
+TEST(Crash, ByExitIsNeverASuccess) {
+  EXPECT_EQ(4, RunToTheCrash("init_exits", "").status);
+  EXPECT_EQ(4, RunToTheCrash("init_exits_at_once", "").status);
+}
+
+TEST(Crash, OnAThreadOfThePluginsOwnNamesThePlugin) {
+  const HubResult result = RunToTheCrash("thread_crashes", "");
+  EXPECT_THAT(result.errors, HasSubstr("in bad.server, on a thread of its own"));
+  ExpectEndedByMemoryFault(result);
+}
+
+TEST(Crash, InCodeThatWasUnmappedIsToldAsSuch) {
+  MadeProduct product;
+  Among(product, "thread_outlives_the_library");
+  // a.server is stopped after bad.server, so that the process lives on without it for a while.
+  const HubResult result = product.Run("--seconds 0.5");
+  EXPECT_THAT(result.errors, HasSubstr("in code of bad.server, whose library was unmapped"));
+  ExpectEndedByMemoryFault(result);
+}
+
+TEST(Crash, IsRecalledByTheNextRunOfTheProduct) {
+  TemporaryFolder state;
+  HubSettings settings;
+  settings.state = state.Path();
+  MadeProduct product;
+  product.Plugin("bad.server", "init_crashes");
+  const HubResult crashed = product.Run("", settings);
+  EXPECT_THAT(crashed.errors, HasSubstr("bad.server"));
+  product.Plugin("bad.server", "well_behaved");
+  const HubResult next = product.Run("--seconds 0.5", settings);
+  EXPECT_EQ(0, next.status) << next.errors;
+  EXPECT_THAT(next.output, HasSubstr("note: the last run of this product, begun "));
+  EXPECT_THAT(next.output, HasSubstr("in bad.server, in Init for "));
+  EXPECT_THAT(next.output, HasSubstr(".jsonl)\n"));
+  const HubResult after = product.Run("--seconds 0.5", settings);
+  EXPECT_THAT(after.output, testing::Not(HasSubstr("the last run")));
+}
+
+}  // namespace

@@ -1,0 +1,170 @@
+// Products that never come up or never go down by themselves: who is waited for, and how long.
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <chrono>
+#include <string>
+
+#include "reference/os/LocalText.h"
+#include "tests/system/MadeProduct.h"
+
+using nlohmann::json;
+using testing::AllOf;
+using testing::HasSubstr;
+using testing::Not;
+
+namespace {
+
+constexpr char kCycle[] = "a.server \u2192 b.server \u2192 a.server";
+
+MadeProduct& Cycle(MadeProduct& product) {
+  return product.Plugin("a.server", "well_behaved", DependsOn("b.server"))
+      .Plugin("b.server", "well_behaved", DependsOn("a.server"))
+      .Plugin("behind.server", "well_behaved", DependsOn("b.server"))
+      .Plugin("free.server");
+}
+
+TEST(CycleOfDependencies, IsNamedBeforeTheStartWithWhoDeclaresIt) {
+  MadeProduct product;
+  const HubResult result = Cycle(product).Run("--seconds 1 --stop-timeout 1");
+  EXPECT_EQ(4, result.status);
+  EXPECT_THAT(result.output, HasSubstr("error: "));
+  EXPECT_THAT(result.output, HasSubstr(kCycle));
+  EXPECT_THAT(result.output, HasSubstr("behind.server"));
+  EXPECT_THAT(result.output, HasSubstr("a.server.xml:4"));
+  EXPECT_THAT(result.output, HasSubstr("b.server.xml:4"));
+}
+
+TEST(CycleOfDependencies, IsWaitedForAndTheStopLeavesAfterItsLimit) {
+  MadeProduct product;
+  const std::string record = LocalFromPath(product.Site().Path("run.jsonl"));
+  const HubResult result =
+      Cycle(product).Run("--json --seconds 1 --stop-timeout 1 --record \"" + record + "\"");
+  EXPECT_EQ(4, result.status);
+  EXPECT_THAT(result.errors, HasSubstr("nothing has ended for 1 s"));
+  const json run = result.Json();
+  EXPECT_EQ("left-behind", run["status"]);
+  EXPECT_EQ(
+      "left behind: a.server and b.server can never be stopped: what they wait for never ends "
+      "(stopped by --seconds 1)",
+      run["sentence"]);
+  EXPECT_EQ("waiting", run["plugins"][0]["state"]);
+  const std::string lines = product.Site().Read("run.jsonl");
+  EXPECT_THAT(lines.substr(lines.rfind('\n', lines.size() - 2)),
+              AllOf(HasSubstr("\"event\":\"end\""), HasSubstr("left-behind")));
+}
+
+TEST(CycleOfDependencies, IsShownAsWhatIsWaitedFor) {
+  MadeProduct product;
+  HubProcess hub(Cycle(product).Arguments("--stop-timeout 1"));
+  EXPECT_TRUE(hub.AwaitOutput(std::string("1 of 4 done; waiting for the cycle ") + kCycle));
+  hub.AskToStop(StopWish::kTerminate);
+  EXPECT_EQ(4, hub.Wait().status);
+}
+
+TEST(CycleOfDependencies, LeavesTheStopAfterFiveSecondsByItself) {
+  MadeProduct product;
+  const auto begin = std::chrono::steady_clock::now();
+  const HubResult result = Cycle(product).Run("--seconds 1");
+  EXPECT_LT(std::chrono::steady_clock::now() - begin, std::chrono::seconds(40));
+  EXPECT_EQ(4, result.status);
+  EXPECT_THAT(result.errors, HasSubstr("nothing has ended for 5 s"));
+}
+
+TEST(PluginThatDependsOnItself, IsNamedBeforeTheStart) {
+  MadeProduct product;
+  product.Plugin("a.server", "well_behaved", DependsOn("a.server"));
+  const HubResult result = product.Run("--seconds 0.5 --stop-timeout 1");
+  EXPECT_EQ(4, result.status);
+  EXPECT_THAT(result.output, HasSubstr("a.server \u2192 a.server"));
+}
+
+TEST(SubPlatformWithoutAnId, IsNamedAndNeverCountedInTheStop) {
+  MadeProduct product;
+  product.Element("<SubPlatforms>\n<SubPlatform/></SubPlatforms>").Plugin("a.server");
+  const HubResult result = product.Run("--seconds 1 --stop-timeout 1");
+  EXPECT_EQ(4, result.status);
+  EXPECT_THAT(result.output, HasSubstr("Product.xml:2"));
+  EXPECT_THAT(result.output, HasSubstr("(no ID) can never be stopped"));
+}
+
+TEST(PluginThatHangs, InInitIsNamedAndLeftBehindAfterTheStopsLimit) {
+  MadeProduct product;
+  product.Plugin("hangs.server", "init_hangs").Plugin("a.server");
+  HubProcess hub(product.Arguments("--seconds 2 --stop-timeout 1"));
+  EXPECT_TRUE(hub.AwaitOutput("1 of 2 done; waiting for hangs.server (1."));
+  const HubResult result = hub.Wait();
+  EXPECT_EQ(4, result.status);
+  EXPECT_THAT(result.output, HasSubstr("NOT RETURNED"));
+  EXPECT_THAT(result.output, HasSubstr("\nleft behind: hangs.server has not returned from its Init "
+                                       "(stopped by --seconds 2)\n"));
+}
+
+TEST(PluginThatHangs, InUnInitIsNamedAndLeftBehindAfterTheStopsLimit) {
+  MadeProduct product;
+  product.Plugin("a.server").Plugin("hangs.server", "uninit_hangs", DependsOn("a.server"));
+  const HubResult result = product.Run("--json --seconds 1 --stop-timeout 1");
+  EXPECT_EQ(4, result.status);
+  const json run = result.Json();
+  EXPECT_EQ("left behind: hangs.server has not returned from its UnInit (stopped by --seconds 1)",
+            run["sentence"]);
+  EXPECT_EQ("in-uninit", run["plugins"][1]["state"]);
+  EXPECT_EQ("started", run["plugins"][0]["state"]);
+}
+
+TEST(StartTimeout, StopsAProductThatIsNotUpInTime) {
+  MadeProduct product;
+  product.Plugin("hangs.server", "init_hangs").Plugin("a.server");
+  const HubResult result = product.Run("--json --start-timeout 1 --stop-timeout 1");
+  EXPECT_EQ(4, result.status);
+  const json run = result.Json();
+  EXPECT_EQ("left-behind", run["status"]);
+  EXPECT_THAT(run["sentence"].get<std::string>(), HasSubstr("(stopped by --start-timeout 1)"));
+}
+
+TEST(StartTimeout, LeavesAProductAloneThatIsUpInTime) {
+  MadeProduct product;
+  product.Plugin("a.server");
+  EXPECT_EQ(0, product.Run("--start-timeout 2 --seconds 3").status);
+}
+
+TEST(StopRequest, BeforeTheProductIsUpCutsItShort) {
+  MadeProduct product;
+  product.Plugin("slow.server", "init_takes_two_seconds");
+  HubProcess hub(product.Arguments("--json"));
+  ASSERT_TRUE(hub.AwaitRecord("init-begin"));
+  hub.AskToStop(StopWish::kTerminate);
+  const HubResult result = hub.Wait();
+  EXPECT_EQ(4, result.status) << result.errors;
+  EXPECT_EQ("cut-short", result.Json()["status"]);
+}
+
+TEST(StopRequest, ASecondOneLeavesAtOnceWithTheTableAndTheObject) {
+  MadeProduct product;
+  product.Plugin("hangs.server", "uninit_hangs");
+  HubProcess table(product.Arguments(""));
+  ASSERT_TRUE(table.AwaitOutput("Up after"));
+  table.AskToStop(StopWish::kInterrupt);
+  ASSERT_TRUE(table.AwaitOutput("0 of 1 stopped; waiting for hangs.server"));
+  table.AskToStop(StopWish::kTerminate);
+  const HubResult shown = table.Wait();
+  EXPECT_EQ(4, shown.status);
+  EXPECT_THAT(shown.errors, HasSubstr("a second request: leaving without"));
+  EXPECT_THAT(shown.output,
+              HasSubstr("\nleft behind: hangs.server has not returned from its UnInit"));
+}
+
+TEST(StopRequest, AfterTheTimeIsUpIsAFirstOne) {
+  MadeProduct product;
+  product.Plugin("hangs.server", "uninit_hangs");
+  HubProcess hub(product.Arguments("--seconds 0.5 --stop-timeout 3"));
+  ASSERT_TRUE(hub.AwaitOutput("0 of 1 stopped; waiting for hangs.server"));
+  hub.AskToStop(StopWish::kInterrupt);
+  const HubResult result = hub.Wait();
+  EXPECT_EQ(4, result.status);
+  EXPECT_THAT(result.errors,
+              AllOf(Not(HasSubstr("second")), HasSubstr("nothing has ended for 3 s")));
+}
+
+}  // namespace

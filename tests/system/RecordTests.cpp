@@ -1,0 +1,102 @@
+// The flight record that every run leaves, and where.
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <string>
+#include <vector>
+
+#include "reference/os/LocalText.h"
+#include "tests/system/MadeProduct.h"
+#include "workbench/record/FlightRecord.h"
+#include "workbench/record/RunState.h"
+
+namespace fs = std::filesystem;
+using testing::HasSubstr;
+
+namespace {
+
+std::vector<fs::path> RecordsBelow(const fs::path& state) {
+  std::vector<fs::path> records;
+  if (!fs::exists(state)) return records;
+  for (const auto& entry : fs::recursive_directory_iterator(state)) {
+    if (entry.path().extension() == ".jsonl") records.push_back(entry.path());
+  }
+  std::sort(records.begin(), records.end());
+  return records;
+}
+
+TEST(Record, LiesInTheUsersStateFolderAndIsNamedInTheObject) {
+  TemporaryFolder state;
+  HubSettings settings;
+  settings.state = state.Path();
+  MadeProduct product;
+  const HubResult result = product.Plugin("a.server").Run("--json --seconds 0.5", settings);
+  EXPECT_EQ(0, result.status) << result.errors;
+  const std::vector<fs::path> records = RecordsBelow(state.Path());
+  ASSERT_EQ(1U, records.size());
+  EXPECT_EQ(LocalFromPath(records[0]), result.Json()["record"].get<std::string>());
+}
+
+TEST(Record, ReadsAsTheRunThatItIsOf) {
+  MadeProduct product;
+  product.Plugin("a.server").Plugin("b.server", "init_fails", DependsOn("a.server"));
+  const fs::path file = product.Site().Path("run.jsonl");
+  EXPECT_EQ(3, product.Run("--seconds 1 --record \"" + LocalFromPath(file) + "\"").status);
+  const FlightRecord record = ReadFlightRecord(file);
+  EXPECT_EQ(0U, record.unreadableLines);
+  EXPECT_EQ("NVX", record.head.product);
+  EXPECT_EQ("2.6.0", record.head.productVersion);
+  ASSERT_EQ(2U, record.plugins.size());
+  EXPECT_EQ("server", record.plugins[1].kind);
+  EXPECT_EQ(std::vector<std::string>{"a.server"}, record.plugins[1].dependsOn);
+  EXPECT_EQ(static_cast<std::int64_t>(fs::file_size(Fixture("init_fails"))),
+            record.plugins[1].librarySize);
+  RunState state;
+  for (const PluginHead& plugin : record.plugins) state.AddPlugin(plugin);
+  std::int64_t last = record.head.nanoseconds;
+  for (const RunEvent& event : record.events) {
+    EXPECT_GE(event.nanoseconds, last);
+    last = event.nanoseconds;
+    state.Apply(event);
+  }
+  EXPECT_EQ("a.server", state.Plugins()[1].waitedFor);
+  EXPECT_EQ(PluginRun::State::kInitFailed, state.Plugins()[1].started);
+  EXPECT_TRUE(state.Up());
+  ASSERT_TRUE(state.End());
+  EXPECT_EQ("degraded", state.End()->status);
+  EXPECT_EQ(3, state.End()->number);
+}
+
+TEST(Record, OfTheLastTwentyRunsIsKept) {
+  TemporaryFolder state;
+  HubSettings settings;
+  settings.state = state.Path();
+  MadeProduct product;
+  SiteCopy broken;
+  broken.Remove("Product.xml");
+  for (int i = 0; i < 22; ++i) RunHub("run --bin " + broken.Bin(), settings);
+  EXPECT_EQ(20U, RecordsBelow(state.Path()).size());
+}
+
+TEST(Record, IsNotWrittenWhenNobodyWantsIt) {
+  TemporaryFolder state;
+  HubSettings settings;
+  settings.state = state.Path();
+  MadeProduct product;
+  const HubResult result =
+      product.Plugin("a.server").Run("--json --no-record --seconds 0.5", settings);
+  EXPECT_EQ(0, result.status) << result.errors;
+  EXPECT_TRUE(RecordsBelow(state.Path()).empty());
+  EXPECT_EQ(nullptr, result.Json()["record"]);
+}
+
+TEST(Record, ThatWasAskedForAndCannotBeWrittenIsWrongUse) {
+  MadeProduct product;
+  const HubResult result = product.Run("--record no-such-folder/run.jsonl");
+  EXPECT_EQ(2, result.status);
+  EXPECT_THAT(result.errors, HasSubstr("no-such-folder"));
+}
+
+}  // namespace

@@ -1,0 +1,132 @@
+// What only a POSIX system can be made to show: outputs that cannot be written, signals of
+// children, a stop request while a file is read for ever.
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+#include <sys/stat.h>
+
+#include <fstream>
+#include <string>
+
+#include "tests/system/MadeProduct.h"
+
+using testing::AllOf;
+using testing::HasSubstr;
+using testing::Not;
+
+namespace {
+
+/// Runs HUB through a shell, which connects what the test is about.
+HubResult RunInShell(const std::string& command) {
+  const TemporaryFolder folder;
+  HubSettings settings;
+  settings.program = "/bin/sh";
+  return RunHub("\"" + folder.Write("command", command) + "\"", settings);
+}
+
+std::string Hub(MadeProduct& product, const std::string& arguments) {
+  return "\"" TEV_HUB "\" " + product.Arguments(arguments);
+}
+
+std::string OwnIgnoredSignals() {
+  std::ifstream status("/proc/self/status");
+  for (std::string word; status >> word;) {
+    if (word == "SigIgn:" && status >> word) return word;
+  }
+  return "unknown";
+}
+
+TEST(OutputThatCannotBeWritten, IsSaidOnceAndDegradesTheRun) {
+  MadeProduct product;
+  product.Plugin("a.server");
+  const std::string record = product.Site().Path("run.jsonl").string();
+  for (const std::string output : {">/dev/full", ">&-"}) {
+    const HubResult result =
+        RunInShell(Hub(product, "--seconds 0.5 --record \"" + record + "\" " + output));
+    EXPECT_EQ(3, result.status) << output;
+    const std::size_t said = result.errors.find("HUB: standard output (");
+    EXPECT_NE(std::string::npos, said) << result.errors;
+    EXPECT_EQ(std::string::npos, result.errors.find("standard output", said + 10));
+    EXPECT_THAT(product.Site().Read("run.jsonl"),
+                AllOf(HasSubstr("cannot be written"), HasSubstr("\"status\":\"degraded\"")));
+  }
+}
+
+TEST(OutputThatCannotBeWritten, ByAReaderThatHasGoneEndsNothing) {
+  MadeProduct product;
+  product.Plugin("a.server");
+  const HubResult result =
+      RunInShell("(" + Hub(product, "--events --seconds 1") + "; echo status $? >&2) | true");
+  EXPECT_THAT(result.errors, AllOf(HasSubstr("standard output ("), HasSubstr("status 3")));
+}
+
+TEST(OutputThatCannotBeWritten, BecauseItsReaderDoesNotReadHoldsNothingUp) {
+  MadeProduct product;
+  for (int i = 0; i < 60; ++i) product.Plugin("plugin" + std::to_string(i) + ".server");
+  // More events than a pipe holds.
+  const HubResult result = RunInShell("(" + Hub(product, "--events --seconds 1") +
+                                      "; echo status $? >&2) | (sleep 12; exit 0)");
+  EXPECT_THAT(result.errors, AllOf(HasSubstr("nobody reads it"), HasSubstr("status 3")));
+}
+
+TEST(OutputThatCannotBeWritten, IsTheLogOrTheRecordOnAFullDisk) {
+  MadeProduct product;
+  product.Plugin("a.server");
+  const HubResult log = product.Run("--json --seconds 0.5 --log /dev/full");
+  EXPECT_EQ(3, log.status);
+  EXPECT_THAT(log.errors, HasSubstr("HUB: the log /dev/full cannot be written"));
+  EXPECT_EQ("degraded", log.Json()["status"]);
+  const HubResult record = product.Run("--json --seconds 0.5 --record /dev/full");
+  EXPECT_EQ(3, record.status);
+  EXPECT_THAT(record.errors, HasSubstr("HUB: the flight record /dev/full cannot be written"));
+}
+
+TEST(ClosedStandardStreams, NeverLetAPluginPrintIntoTheRecord) {
+  MadeProduct product;
+  product.Plugin("prints.server", "init_prints");
+  const std::string record = product.Site().Path("run.jsonl").string();
+  RunInShell(Hub(product, "--seconds 0.5 --record \"" + record + "\" <&- >&- 2>&-"));
+  EXPECT_THAT(product.Site().Read("run.jsonl"),
+              AllOf(HasSubstr("\"event\":\"end\""), Not(HasSubstr("printed by"))));
+}
+
+TEST(ChildOfAPlugin, HasTheSignalsOfAFreshProcess) {
+  MadeProduct product;
+  product.Plugin("a.server", "starts_a_child");
+  HubSettings settings;
+  settings.environment = {{"TEV_CHILD_STATUS", product.Site().Path("child").string()}};
+  const HubResult result = product.Run("--seconds 1", settings);
+  EXPECT_EQ(0, result.status) << result.output;
+  // What is ignored where the tests run is ignored by everything that they start.
+  EXPECT_EQ("SigBlk:\t0000000000000000\nSigIgn:\t" + OwnIgnoredSignals() + "\n",
+            product.Site().Read("child"));
+}
+
+TEST(StopRequest, WhileAFileIsReadForEverIsKeptAndASecondOneLeaves) {
+  SiteCopy site;
+  site.Remove("Product.xml");
+  ASSERT_EQ(0, mkfifo(site.Path("Product.xml").c_str(), 0600));
+  HubProcess run("run --json --bin " + site.Bin());
+  ASSERT_TRUE(run.AwaitRecord("phase-begin"));
+  run.AskToStop(StopWish::kTerminate);
+  ASSERT_TRUE(run.AwaitRecord("stop-request"));
+  run.AskToStop(StopWish::kTerminate);
+  const HubResult result = run.Wait();
+  EXPECT_EQ(4, result.status);
+  EXPECT_EQ("left-behind", result.Json()["status"]);
+}
+
+TEST(StopRequest, EndsTheModelThatIsReadForEver) {
+  SiteCopy site;
+  site.Remove("Product.xml");
+  ASSERT_EQ(0, mkfifo(site.Path("Product.xml").c_str(), 0600));
+  const std::string log = site.Path("hub.log").string();
+  HubProcess model("model --bin " + site.Bin() + " --log \"" + log + "\"");
+  ASSERT_TRUE(model.AwaitFile(log, "Begin Read Product.xml"));
+  model.AskToStop(StopWish::kTerminate);
+  const HubResult result = model.Wait();
+  EXPECT_EQ(4, result.status);
+  EXPECT_EQ("HUB: stopped by SIGTERM before the product was read\n", result.errors);
+}
+
+}  // namespace
