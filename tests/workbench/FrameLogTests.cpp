@@ -383,10 +383,26 @@ TEST(FrameLogRow, MatchesOnlyALineThatIsWhollyItsOwn) {
        {"[f]of a takes 5 ms!![s(1)]", "[f]so of a takes 5 ms[s(1)]", "[f]of a takes x ms[s(1)]",
         "[f]of a takes  ms[s(1)]", "[f]of a takes 5x ms[s(1)]", "[f]of a 5 ms[s(1)]",
         "[f]of a takes 99999999999999999999 ms[s(1)]", "[f]of  ms[s(1)]", "[f]of[s(1)]",
-        "of a takes 5 ms", "[f]", "]", "[", ""}) {
+        "of a takes 5 ms", "[f]of a takes 5 ms", "[f]", "]", "[", ""}) {
     EXPECT_FALSE(MatchFrameLog(row, 3, "m", text)) << text;
   }
   EXPECT_FALSE(MatchFrameLog(row, 3, "other", "[f]of a takes 5 ms[s(1)]"));
+}
+
+TEST(FrameLogRow, OfANumberAloneMatchesNothingElse) {
+  FrameLogRow row = RowOfTwo("");
+  row.texts = {"cost ", " ms"};
+  row.fields = {FrameLogRow::Field::kMilliseconds};
+  EXPECT_TRUE(MatchFrameLog(row, 3, "m", "[f]cost 5 ms[s(1)]"));
+  EXPECT_FALSE(MatchFrameLog(row, 3, "m", "[f]cost many ms[s(1)]"));
+}
+
+TEST(FrameLogRow, WithoutAFieldMatchesItsTextAlone) {
+  FrameLogRow row = RowOfTwo("");
+  row.texts = {"begin"};
+  row.fields = {};
+  EXPECT_TRUE(MatchFrameLog(row, 3, "m", "[f]begin[s(1)]"));
+  EXPECT_FALSE(MatchFrameLog(row, 3, "m", "[f]begin of it[s(1)]"));
 }
 
 TEST(FrameLogRow, TextsDoNotOverlap) {

@@ -257,6 +257,24 @@ TEST_F(EventSource, GivesNoLineFromOutsideOfInit) {
             EndInit(FrameKind::kInitFailed));
 }
 
+TEST_F(EventSource, TakesNoLoaderMessageForAPluginsOwnLineNorTheOtherWayRound) {
+  Frame(FrameKind::kLoadTaskBegin, "a");
+  Frame(Path(FrameKind::kLoadBegin, "/p/a.dll"));
+  source.OnLoaderMessage({1, 1}, "/p/a.dll: a warning");
+  Frame(Path(FrameKind::kLoadSucceeded, "/p/a.dll"));
+  Frame(FrameKind::kInitBegin, "a");
+  source.OnLoaderMessage({1, 1}, "/p/other.dll: cannot open");
+  now = 0;
+  EXPECT_EQ("@1/1 init-end a failed 7ms: its Init returned false\n",
+            EndInit(FrameKind::kInitFailed));
+  Frame(FrameKind::kLoadTaskBegin, "b");
+  Frame(Path(FrameKind::kLoadBegin, "/p/b.dll"));
+  source.OnOtherLine({1, 1}, "[b] a static constructor: speaks");
+  now = 0;
+  EXPECT_EQ("@1/1 load-end b failed: /p/b.dll cannot be loaded (error 1)\n",
+            Frame(Path(FrameKind::kLoadFailed, "/p/b.dll", 1)));
+}
+
 TEST_F(EventSource, GivesAThrownReasonAloneWhateverThePluginLogged) {
   BeginInit("a");
   source.OnOtherLine({1, 1}, "[a] opening the port");
@@ -270,6 +288,14 @@ TEST_F(EventSource, CarriesNoReasonToTheNextTurnOfTheThread) {
   Frame(FrameKind::kInitMissing);
   EndInit(FrameKind::kInitFailed);
   Frame(FrameKind::kStartFailedCounted, "a");
+  BeginInit("b");
+  EXPECT_EQ("@1/1 init-end b failed 7ms: its Init returned false\n",
+            EndInit(FrameKind::kInitFailed, "b"));
+}
+
+TEST_F(EventSource, CarriesNoReasonFromATurnWithoutAnEnd) {
+  BeginInit("a");
+  Frame(FrameKind::kInitMissing);
   BeginInit("b");
   EXPECT_EQ("@1/1 init-end b failed 7ms: its Init returned false\n",
             EndInit(FrameKind::kInitFailed, "b"));
@@ -398,6 +424,26 @@ TEST_F(EventSource, TellsAPluginToBeReadyThatBeginsBeforeItsDependencyIsCounted)
   EXPECT_EQ("@3/97 counted start a ok\n", Frame(FrameKind::kStartCounted, "a", 'a'));
 }
 
+TEST_F(EventSource, NamesTheLastDependencyThatEndedNotAnyOtherPlugin) {
+  source.SetPlugins({Head("a"), Head("b"), Head("c", {"a"})});
+  Frame(FrameKind::kPluginsStartBegin);
+  Frame(FrameKind::kLoadTaskBegin, "a", 1);
+  Frame(Path(FrameKind::kLoadFailed, "/p/a.dll", 126), 1);
+  BeginInit("b", 2);
+  Frame(Line(FrameKind::kInitSucceeded, "b", 1), 2);
+  now = 0;
+  EXPECT_EQ("@1/3 ready start c: a\n@1/3 load-begin c\n", Frame(FrameKind::kLoadTaskBegin, "c", 3));
+}
+
+TEST_F(EventSource, NamesNoDependencyWhenNoneWasSeenToEnd) {
+  source.SetPlugins({Head("a"), Head("b"), Head("c", {"a"})});
+  Frame(FrameKind::kPluginsStartBegin);
+  BeginInit("b", 2);
+  Frame(Line(FrameKind::kInitSucceeded, "b", 1), 2);
+  now = 0;
+  EXPECT_EQ("@1/3 ready start c\n@1/3 load-begin c\n", Frame(FrameKind::kLoadTaskBegin, "c", 3));
+}
+
 TEST_F(EventSource, TellsAPluginToBeReadyToStopThatBeginsBeforeItsDependentIsCounted) {
   source.SetPlugins({Head("a"), Head("b", {"a"})});
   Frame(FrameKind::kPluginsStopBegin);
@@ -416,6 +462,13 @@ TEST_F(EventSource, TellsNobodyToBeReadyOnceAStartIsCutShort) {
   now = 0;
   EXPECT_EQ("@1/1 init-end late ok 7ms\n", EndInit(FrameKind::kInitSucceeded, "late"));
   EXPECT_EQ("@2/1 counted start late ok\n", Frame(FrameKind::kStartCounted, "late"));
+}
+
+TEST_F(EventSource, TellsNobodyToBeReadyOnceTheStopIsOver) {
+  source.SetPlugins({Head("a"), Head("b", {"a"})});
+  Frame(FrameKind::kPluginsStopBegin);
+  Frame(FrameKind::kPluginsStopEnd, "", 9);
+  EXPECT_EQ("@3/1 counted stop b ok\n", Frame(FrameKind::kStopCounted, "b"));
 }
 
 TEST_F(EventSource, TellsOfALateFinisherBesideItsStopOnAnotherThread) {
@@ -443,7 +496,7 @@ TEST_F(EventSource, TakesARecordWithoutANameAsOneThatIsNeverCounted) {
   Frame(FrameKind::kPluginsStopBegin);
   EXPECT_EQ("", Frame(FrameKind::kUnloadTaskBegin, ""));
   EXPECT_EQ("", Frame(FrameKind::kNamelessNotCounted));
-  EXPECT_EQ("", Frame(FrameKind::kUnInitMissing));
+  EXPECT_EQ("", Frame(FrameKind::kLoadSucceeded));
 }
 
 TEST_F(EventSource, TellsOfAPluginThatWasNotNamedAllButThatItIsReady) {
@@ -475,6 +528,13 @@ TEST_F(EventSource, ForgetsATaskAndItsPluginAtItsEnd) {
   EXPECT_EQ("@2/1 load-begin b\n", Frame(FrameKind::kLoadTaskBegin, "b"));
 }
 
+TEST_F(EventSource, EndsAPluginsTurnWhenItIsCounted) {
+  BeginInit("a");
+  EndInit(FrameKind::kInitSucceeded);
+  Frame(FrameKind::kStartCounted, "a");
+  EXPECT_EQ("", Frame(FrameKind::kLoadSucceeded));
+}
+
 TEST_F(EventSource, MakesNoEventOfALineThatNamesNoPluginOnAThreadWithoutOne) {
   for (const FrameKind kind :
        {FrameKind::kLoadBegin, FrameKind::kLoadSucceeded, FrameKind::kLoadFailed,
@@ -488,10 +548,11 @@ TEST_F(EventSource, MakesNoEventOfALineThatNamesNoPluginOnAThreadWithoutOne) {
 
 TEST_F(EventSource, TakesThePluginOfALineWithoutTheBeginOfItsTurn) {
   EXPECT_EQ("@1/1 init-begin a\n", Frame(FrameKind::kInitBegin, "a"));
-  EXPECT_EQ("@2/1 init-end b failed 7ms: its Init returned false\n",
+  Frame(FrameKind::kInitMissing);
+  EXPECT_EQ("@3/1 init-end b failed 7ms: its Init returned false\n",
             EndInit(FrameKind::kInitFailed, "b"));
-  EXPECT_EQ("@3/1 uninit-begin c\n", Frame(FrameKind::kUnInitBegin, "c"));
-  EXPECT_EQ("@4/1 counted stop d ok\n", Frame(FrameKind::kStopCounted, "d"));
+  EXPECT_EQ("@4/1 uninit-begin c\n", Frame(FrameKind::kUnInitBegin, "c"));
+  EXPECT_EQ("@5/1 counted stop d ok\n", Frame(FrameKind::kStopCounted, "d"));
 }
 
 }  // namespace

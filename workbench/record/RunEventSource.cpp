@@ -88,9 +88,9 @@ bool Runs(const PluginHead& plugin) {
 void RunEventSource::SetPlugins(std::vector<PluginHead> plugins) {
   std::map<std::string, PluginHead> byId;
   for (PluginHead& plugin : plugins) {
-    if (!Runs(plugin) || byId.count(plugin.id) != 0) continue;
-    m_plugins.push_back(plugin.id);
-    byId.emplace(plugin.id, std::move(plugin));
+    if (!Runs(plugin)) continue;
+    const std::string id = plugin.id;
+    if (byId.emplace(id, std::move(plugin)).second) m_plugins.push_back(id);
   }
   for (const std::string& id : m_plugins) {
     m_start.waitsFor[id];
@@ -207,7 +207,6 @@ void RunEventSource::OnStartLine(const Where& where, const FrameEvent& event, Ev
       Turn& begun = TurnOf(where, event.plugin);
       begun.step = Turn::Step::kInit;
       begun.words.clear();
-      begun.reason.clear();
       events.push_back(PluginEvent(where, RunEvent::Kind::kInitBegin, event.plugin));
       return;
     }
@@ -252,9 +251,7 @@ void RunEventSource::OnStopLine(const Where& where, const FrameEvent& event, Eve
       m_turns.erase(where.thread);
       return;
     case Kind::kUnInitBegin: {
-      Turn& begun = TurnOf(where, event.plugin);
-      begun.step = Turn::Step::kUnInit;
-      begun.reason.clear();
+      TurnOf(where, event.plugin).step = Turn::Step::kUnInit;
       events.push_back(PluginEvent(where, RunEvent::Kind::kUnInitBegin, event.plugin));
       return;
     }
@@ -332,8 +329,8 @@ void RunEventSource::Count(const Where& where, Order& order, const FrameEvent& e
   events.push_back(std::move(counted));
   for (const std::string& plugin : m_plugins) {
     std::set<std::string>& waitsFor = order.waitsFor[plugin];
-    if (waitsFor.erase(event.plugin) == 0 || !waitsFor.empty() || !order.open) continue;
-    TellReady(where, order, plugin, event.plugin, events);
+    waitsFor.erase(event.plugin);
+    if (waitsFor.empty() && order.open) TellReady(where, order, plugin, event.plugin, events);
   }
 }
 
@@ -360,7 +357,6 @@ RunEventSource::Turn* RunEventSource::FindTurn(const Where& where) {
 void RunEventSource::EndLoad(const Where& where, const FrameEvent& event, Events& events) {
   Turn* turn = FindTurn(where);
   if (turn == nullptr) return;
-  turn->step = Turn::Step::kNone;
   RunEvent ended = PluginEvent(where, RunEvent::Kind::kLoadEnd, turn->plugin);
   ended.result = event.kind == Kind::kLoadSucceeded ? Result::kOk : Result::kFailed;
   if (ended.result == Result::kFailed) {
@@ -376,7 +372,6 @@ void RunEventSource::EndLoad(const Where& where, const FrameEvent& event, Events
 
 void RunEventSource::EndInit(const Where& where, const FrameEvent& event, Events& events) {
   Turn& turn = TurnOf(where, event.plugin);
-  turn.step = Turn::Step::kNone;
   m_start.done.push_back(event.plugin);
   RunEvent ended = PluginEvent(where, RunEvent::Kind::kInitEnd, event.plugin);
   ended.milliseconds = event.milliseconds;

@@ -23,7 +23,7 @@ void BeginStart(PluginRun& plugin, State state, const RunEvent& event) {
 void EndStart(PluginRun& plugin, State state, const RunEvent& event) {
   Enter(plugin, state, event.nanoseconds);
   plugin.started = state;
-  if (!event.text.empty()) plugin.reason = event.text;
+  plugin.reason = event.text;
 }
 
 /// How a start ended by the event that counts it.
