@@ -155,21 +155,26 @@ TEST_F(ThreadPool, FewerReservedThreadsLetTasksThatWaitBegin) {
 
 TEST_F(ThreadPool, LimitBoundsThePoolsThatAreGrantedLater) {
   LimitPoolThreads(2);
-  std::atomic<int> running{0};
-  std::atomic<bool> exceeded{false};
-  Gate together(2);
-  std::atomic<int> met{0};
-  ASSERT_TRUE(Grant(8, 16));
-  for (int i = 0; i < 40; ++i) {
-    Post([&] {
-      if (++running > 2) exceeded = true;
-      if (together.ArriveAndWait()) ++met;
-      --running;
-    });
+  const std::pair<int, int> bounds[] = {{1, 16}, {8, 1}};
+  for (const auto& [least, most] : bounds) {
+    std::mutex mutex;
+    std::set<std::thread::id> threads;
+    Gate two(2);
+    Gate open;
+    ASSERT_TRUE(Grant(least, most));
+    for (int i = 0; i < 40; ++i) {
+      Post([&] {
+        two.Arrive();
+        open.Wait();
+        const std::lock_guard<std::mutex> lock(mutex);
+        threads.insert(std::this_thread::get_id());
+      });
+    }
+    EXPECT_TRUE(two.Wait());
+    open.Arrive();
+    Release(true);
+    EXPECT_EQ(2U, threads.size());
   }
-  Release(true);
-  EXPECT_EQ(40, met);
-  EXPECT_FALSE(exceeded);
 }
 
 TEST_F(ThreadPool, LimitOfZeroLetsPoolsGrowAgain) {
@@ -181,6 +186,55 @@ TEST_F(ThreadPool, LimitOfZeroLetsPoolsGrowAgain) {
   for (int i = 0; i < 3; ++i) Post([&] { met += together.ArriveAndWait() ? 1 : 0; });
   Release(true);
   EXPECT_EQ(3, met);
+}
+
+TEST_F(ThreadPool, EachTaskCountsAsUnfinishedUntilItEnds) {
+  ASSERT_TRUE(Grant(1, 1));
+  Gate open;
+  std::atomic<std::size_t> whileTheSecondRan{0};
+  Post([&] { open.Wait(); });
+  Post([&] { whileTheSecondRan = UnfinishedTasks(); });
+  Post([] {});
+  EXPECT_EQ(3U, UnfinishedTasks());
+  open.Arrive();
+  Release(true);
+  EXPECT_EQ(2U, whileTheSecondRan);
+  EXPECT_EQ(0U, UnfinishedTasks());
+}
+
+/// Arrives when the thread ends on which it was made.
+class EndOfThread {
+ public:
+  explicit EndOfThread(std::shared_ptr<Gate> gate) : m_gate(std::move(gate)) {}
+  ~EndOfThread() { m_gate->Arrive(); }
+  EndOfThread(const EndOfThread&) = delete;
+  EndOfThread& operator=(const EndOfThread&) = delete;
+
+ private:
+  std::shared_ptr<Gate> m_gate;
+};
+
+TEST_F(ThreadPool, ThreadsThatWereIdleEndWhenTheLastTaskIsTaken) {
+  constexpr int kThreads = 4;
+  const auto ended = std::make_shared<Gate>(kThreads);
+  ASSERT_TRUE(Grant(kThreads, kThreads, kThreads - 1));
+  Gate together(kThreads);
+  for (int i = 0; i < kThreads; ++i) {
+    Post(
+        [&] {
+          thread_local const EndOfThread end(ended);
+          together.ArriveAndWait();
+        },
+        true);
+  }
+  ASSERT_TRUE(EverythingIsDone());
+  // The second one may not begin beside the first, though threads are idle.
+  Gate open;
+  Post([&] { open.Wait(); });
+  Post([] {});
+  EXPECT_TRUE(Release(false));
+  open.Arrive();
+  EXPECT_TRUE(ended->Wait());
 }
 
 TEST_F(ThreadPool, NoWakeUpIsLostAmongUrgentAndOtherTasks) {
