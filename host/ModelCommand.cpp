@@ -6,12 +6,13 @@
 #include "host/Commands.h"
 #include "host/FrameDriver.h"
 #include "host/FrameLibrary.h"
-#include "host/ProductFailure.h"
+#include "host/ProductReading.h"
 #include "host/RecordJson.h"
 #include "host/RunMonitor.h"
 #include "reference/kpx/PlatformRecord.h"
 #include "reference/lpc/LpcRecord.h"
 #include "reference/os/CrashHandler.h"
+#include "workbench/output/Text.h"
 
 namespace {
 
@@ -40,6 +41,10 @@ std::int32_t Initialise(const FrameLibrary& frame, HostContext& context) {
   return result;
 }
 
+void Say(const std::string& sentence) {
+  std::cerr << "HUB: " << Escaped(sentence) << std::endl;
+}
+
 ExitStatus Run(const Options&, HostContext& context) {
   RunMonitor monitor({});
   const FrameLibrary frame(FrameLibrary::PathBesideProgram());
@@ -53,9 +58,11 @@ ExitStatus Run(const Options&, HostContext& context) {
                       {"PlatformInfo", OrNull(SnapshotLpc().info)}};
   context.output.Write(model.dump(2, ' ', false, Json::error_handler_t::replace) + "\n");
   if (result == 0) frame.UnInit();  // nothing was started, so there is nothing to stop
-  const std::vector<std::string> sentences =
-      result == 0 ? std::vector<std::string>() : FailureSentences(monitor.Notes());
-  for (const std::string& sentence : sentences) std::cerr << "HUB: " << sentence << std::endl;
+  if (result != 0) {
+    for (const std::string& sentence : FailureSentences(monitor.Notes())) Say(sentence);
+  } else if (platform.productModel) {
+    for (const Finding& finding : ProductFindings(*platform.productModel)) Say(finding.text);
+  }
   context.output.Flush(kLongestWrite);
   if (!context.output.Error().empty()) {
     std::cerr << "HUB: standard output cannot be written: " << context.output.Error() << std::endl;

@@ -10,7 +10,7 @@
 
 #include "host/CrashReport.h"
 #include "host/PluginHeads.h"
-#include "host/ProductFailure.h"
+#include "host/ProductReading.h"
 #include "host/RunHeads.h"
 #include "host/StatusText.h"
 #include "reference/base/ThreadPools.h"
@@ -20,7 +20,6 @@
 #include "sdk/base/log.h"
 #include "sdk/base/path.h"
 #include "workbench/output/Text.h"
-#include "workbench/product/ModelFiles.h"
 #include "workbench/product/StartGraph.h"
 
 namespace {
@@ -217,14 +216,7 @@ void ProductRun::Leave(const std::string& why) {
 void ProductRun::SayFindings(const ProductModel& model) {
   const auto cycles = FindCycles(MakeStartGraph(model));
   if (!cycles.empty()) m_reporter.SetCycle(Escaped(CycleText(cycles.front())));
-  const auto bin = PathFromLocal(m_bin);
-  for (const Finding& finding : FindingsBeforeStart(bin, model, SystemNames())) {
-    m_reporter.Say(finding);
-  }
-  for (const Finding& finding :
-       FindingsOfFiles(ReadModelFiles(bin, SystemNames()), SystemNames())) {
-    m_reporter.Say(finding);
-  }
+  for (const Finding& finding : ProductFindings(model)) m_reporter.Say(finding);
 }
 
 /// Says what the frame has noted since the last call.

@@ -21,6 +21,7 @@ const std::map<std::string, std::vector<std::string>>& AllowedIncludes() {
       {"src/lock", {"src/lock", "sdk/xrt"}},
       {"sdk", {"sdk", "src/model"}},
       {"reference", {"reference", "sdk", "src/model"}},
+      {"workbench/output", {"workbench", "sdk", "src/model"}},
       {"workbench/product", {"workbench/product", "src/model", "sdk"}},
       {"workbench/record", {"workbench/record", "sdk", "src/model"}},
       {"host", {"host", "workbench", "sdk", "reference", "src/model"}},

@@ -6,11 +6,16 @@
 #include <vector>
 
 #include "host/FrameLibrary.h"
+#include "src/model/ProductModel.h"
 #include "workbench/product/Findings.h"
 #include "workbench/record/FrameEvent.h"
 
 /// Frame_Init, with what the XML parser says led to the log. On any thread, the frame's.
 std::int32_t InitialiseFrame(const FrameLibrary& frame);
+
+/// What is wrong with the product that was read, although the frame went on: cycles, files that
+/// read as empty, plugins that are lost.
+std::vector<Finding> ProductFindings(const ProductModel& model);
 
 /// What the frame noted that costs a run something although it went on, in the words of HUB:
 /// descriptions of an unknown type, a stop that could not begin. None for a note of another kind.

@@ -1,6 +1,8 @@
-#include "host/ProductFailure.h"
+#include "host/ProductReading.h"
 
 #include <fmt/format.h>
+
+#include <utility>
 
 #include "host/ParserMessages.h"
 #include "host/PluginHeads.h"
@@ -29,6 +31,16 @@ std::string FrameWords(const std::vector<FrameEvent>& notes) {
 std::int32_t InitialiseFrame(const FrameLibrary& frame) {
   const ParserMessages messages;
   return frame.Init();
+}
+
+std::vector<Finding> ProductFindings(const ProductModel& model) {
+  const LocalNames names = SystemNames();
+  const auto bin = PathFromLocal(GetCurExeDir());
+  std::vector<Finding> findings = FindingsBeforeStart(bin, model, names);
+  for (Finding& finding : FindingsOfFiles(ReadModelFiles(bin, names), names)) {
+    findings.push_back(std::move(finding));
+  }
+  return findings;
 }
 
 std::optional<Finding> FindingOf(const FrameEvent& note) {
