@@ -33,20 +33,20 @@ class CThreadManager {
 
   /// Grants the pool `name` with at least `least` and at most `most` threads, made as tasks come,
   /// `reserved` of which are for urgent tasks only. A `most` below `least` counts as `least`.
-  /// A name that is granted already is granted again: the same pool, whose bounds rise to the higher
-  /// ones and stay there, with the new `reserved`, and which goes on until each grant is released.
-  /// Returns a number other than 0 for a pool that is ready, 0 when none can be had.
+  /// A name that is granted already is granted again: the same pool, whose bounds rise to the
+  /// higher ones and stay there, with the new `reserved`, and which goes on until each grant is
+  /// released. Returns a number other than 0 for a pool that is ready, 0 when none can be had.
   unsigned int GetAvailableThreadpool(const std::string& name, int least, int most, int reserved);
 
   /// Hands `task` to the pool named by its group; an `urgent` one overtakes those that wait.
   /// Returns true when the pool took it: it will then be run, even if the pool is released first.
   bool PostTask(std::shared_ptr<CTMTask> task, bool urgent);
 
-  /// Gives one grant of the pool `name` back. With the last one the pool takes no further task, runs
-  /// what it has, and ends its threads. With `wait` the call returns when the tasks have ended that
-  /// were in the pool when it was made, whether or not other grants are left.
-  /// Returns false for an unknown name; and with `wait` from within a task of the same pool, which
-  /// would wait for itself: nothing is given back then.
+  /// Gives one grant of the pool `name` back. With the last one the pool takes no further task,
+  /// runs what it has, and ends its threads. With `wait` the call returns when the tasks have ended
+  /// that were in the pool when it was made, whether or not other grants are left. Returns false
+  /// for an unknown name; and with `wait` from within a task of the same pool, which would wait for
+  /// itself: nothing is given back then.
   bool ReleaseThread(const std::string& name, bool wait);
 
   CThreadManager(const CThreadManager&) = delete;

@@ -202,41 +202,6 @@ TEST_F(ThreadPool, EachTaskCountsAsUnfinishedUntilItEnds) {
   EXPECT_EQ(0U, UnfinishedTasks());
 }
 
-/// Arrives when the thread ends on which it was made.
-class EndOfThread {
- public:
-  explicit EndOfThread(std::shared_ptr<Gate> gate) : m_gate(std::move(gate)) {}
-  ~EndOfThread() { m_gate->Arrive(); }
-  EndOfThread(const EndOfThread&) = delete;
-  EndOfThread& operator=(const EndOfThread&) = delete;
-
- private:
-  std::shared_ptr<Gate> m_gate;
-};
-
-TEST_F(ThreadPool, ThreadsThatWereIdleEndWhenTheLastTaskIsTaken) {
-  constexpr int kThreads = 4;
-  const auto ended = std::make_shared<Gate>(kThreads);
-  ASSERT_TRUE(Grant(kThreads, kThreads, kThreads - 1));
-  Gate together(kThreads);
-  for (int i = 0; i < kThreads; ++i) {
-    Post(
-        [&] {
-          thread_local const EndOfThread end(ended);
-          together.ArriveAndWait();
-        },
-        true);
-  }
-  ASSERT_TRUE(EverythingIsDone());
-  // The second one may not begin beside the first, though threads are idle.
-  Gate open;
-  Post([&] { open.Wait(); });
-  Post([] {});
-  EXPECT_TRUE(Release(false));
-  open.Arrive();
-  EXPECT_TRUE(ended->Wait());
-}
-
 TEST_F(ThreadPool, NoWakeUpIsLostAmongUrgentAndOtherTasks) {
   constexpr int kPosters = 4;
   constexpr int kTasks = 500;

@@ -1,4 +1,4 @@
-// How many threads a post wakes, and what it holds while it makes one.
+// How many threads a post wakes, what it holds while it makes one, and when they end.
 
 #include <dlfcn.h>
 #include <gmock/gmock.h>
@@ -6,7 +6,9 @@
 #include <sys/resource.h>
 
 #include <atomic>
+#include <memory>
 #include <thread>
+#include <utility>
 
 #include "tests/reference/Gate.h"
 #include "tests/reference/ThreadPoolTest.h"
@@ -45,6 +47,18 @@ extern "C" int pthread_create(pthread_t* thread, const pthread_attr_t* attribute
 namespace {
 
 using ThreadWaking = ThreadPool;
+
+/// Arrives when the thread ends on which it was made.
+class EndOfThread {
+ public:
+  explicit EndOfThread(std::shared_ptr<Gate> gate) : m_gate(std::move(gate)) {}
+  ~EndOfThread() { m_gate->Arrive(); }
+  EndOfThread(const EndOfThread&) = delete;
+  EndOfThread& operator=(const EndOfThread&) = delete;
+
+ private:
+  std::shared_ptr<Gate> m_gate;
+};
 
 TEST_F(ThreadWaking, PostWakesOneOfManyIdleThreads) {
   constexpr int kThreads = 100;
@@ -87,6 +101,29 @@ TEST_F(ThreadWaking, PoolsAnswerWhileAThreadIsBeingMade) {
   EXPECT_EQ(1, g_met);
   open.Arrive();
   Release(true);
+}
+
+TEST_F(ThreadWaking, ThreadsThatWereIdleEndWhenTheLastTaskIsTaken) {
+  constexpr int kThreads = 4;
+  const auto ended = std::make_shared<Gate>(kThreads);
+  ASSERT_TRUE(Grant(kThreads, kThreads, kThreads - 1));
+  Gate together(kThreads);
+  for (int i = 0; i < kThreads; ++i) {
+    Post(
+        [&] {
+          thread_local const EndOfThread end(ended);
+          together.ArriveAndWait();
+        },
+        true);
+  }
+  ASSERT_TRUE(EverythingIsDone());
+  // The second one may not begin beside the first, though threads are idle.
+  Gate open;
+  Post([&] { open.Wait(); });
+  Post([] {});
+  EXPECT_TRUE(Release(false));
+  open.Arrive();
+  EXPECT_TRUE(ended->Wait());
 }
 
 }  // namespace
