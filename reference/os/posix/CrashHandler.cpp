@@ -96,21 +96,20 @@ void Report(Crash& crash, const void* stackBegin) noexcept {
       kReportSeconds, [](void* argument) { g_report(*static_cast<Crash*>(argument)); }, &crash);
 }
 
-bool IsNear(const void* address, const void* other) {
-  constexpr std::uintptr_t distance = 64 * 1024;
-  const auto difference =
-      reinterpret_cast<std::uintptr_t>(address) - reinterpret_cast<std::uintptr_t>(other);
-  return difference + distance < 2 * distance;
+bool IsNear(std::uintptr_t address, std::uintptr_t other) {
+  constexpr std::uintptr_t distance = 0x10000;
+  return address - other + distance < 2 * distance;
 }
 
-void Describe(CrashText& text, int signal, const siginfo_t& info, const void* stackPointer) {
+void Describe(CrashText& text, int signal, const siginfo_t& info, std::uintptr_t stackPointer) {
   for (const FatalSignal& fatal : kFatalSignals) {
     if (fatal.number == signal) text.Add(fatal.name);
   }
   const bool hasAddress = info.si_code > 0 && info.si_code != SI_KERNEL;
   if (hasAddress && (signal == SIGSEGV || signal == SIGBUS)) {
-    text.Add(" at address ").AddHex(reinterpret_cast<std::uintptr_t>(info.si_addr));
-    if (IsNear(info.si_addr, stackPointer)) text.Add(": the stack overflowed");
+    const auto address = reinterpret_cast<std::uintptr_t>(info.si_addr);
+    text.Add(" at address ").AddHex(address);
+    if (IsNear(address, stackPointer)) text.Add(": the stack overflowed");
   } else if (info.si_code <= 0 && info.si_pid != getpid()) {
     text.Add(" sent by process ").AddNumber(info.si_pid);
   } else if (signal == SIGABRT) {
@@ -128,7 +127,8 @@ void OnSignal(int signal, siginfo_t* info, void* context) {
   crash.kind = Crash::Kind::kSignal;
   crash.code = signal;
   crash.what = what.CStr();
-  crash.address = interrupted.instruction;
+  // NOLINTNEXTLINE(performance-no-int-to-ptr): nothing is read there
+  crash.address = reinterpret_cast<const void*>(interrupted.instruction);
   Report(crash, nullptr);
   EndBy(signal);
 }

@@ -6,10 +6,10 @@
 
 #include "reference/os/CrashHandler.h"
 
-/// The code that a signal has interrupted; null when unknown.
+/// The code that a signal has interrupted; 0 when unknown.
 struct Interrupted {
-  const void* instruction = nullptr;
-  const void* stackPointer = nullptr;
+  std::uintptr_t instruction = 0;
+  std::uintptr_t stackPointer = 0;
 };
 
 /// `context`: what the system gave to the signal's handler. Not by unwinding: the unwinder reads the

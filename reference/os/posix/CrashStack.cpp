@@ -51,8 +51,7 @@ _Unwind_Reason_Code TakeFrame(_Unwind_Context* context, void* argument) {
     stack.begun = caller != 0 ? code == caller : interrupted != 0;
     if (!stack.begun) return _URC_NO_REASON;
     if (interrupted != 0) {
-      stack.interrupted = {reinterpret_cast<const void*>(code),
-                           reinterpret_cast<const void*>(_Unwind_GetCFA(context))};
+      stack.interrupted = {code, _Unwind_GetCFA(context)};
     }
   }
   if (code == 0 && interrupted == 0) return _URC_END_OF_STACK;  // behind a thread's first function
@@ -93,10 +92,11 @@ Module ModuleOf(std::uintptr_t address) {
 /// A call to an address without code has no frame: who called it stands on top of the stack, on the
 /// machines that keep return addresses there.
 void GuessCaller(Stack& stack) {
-  const void* top = stack.interrupted.stackPointer;
-  if (stack.count != 1 || top == nullptr || ModuleOf(stack.code[0]).path != nullptr) return;
+  const std::uintptr_t top = stack.interrupted.stackPointer;
+  if (stack.count != 1 || top == 0 || ModuleOf(stack.code[0]).path != nullptr) return;
   std::uintptr_t code = 0;
-  std::memcpy(&code, top, sizeof(code));
+  // NOLINTNEXTLINE(performance-no-int-to-ptr): the unwinder gives addresses as numbers
+  std::memcpy(&code, reinterpret_cast<const void*>(top), sizeof(code));
   if (ModuleOf(code).path != nullptr) stack.code[stack.count++] = code - 1;
 }
 
@@ -195,10 +195,8 @@ void PrepareStack() {
 
 Interrupted InterruptedCode(const void* context) noexcept {
   const greg_t* registers = static_cast<const ucontext_t*>(context)->uc_mcontext.gregs;
-  const auto pointer = [](greg_t value) {
-    return reinterpret_cast<const void*>(static_cast<std::uintptr_t>(value));
-  };
-  return {pointer(registers[REG_RIP]), pointer(registers[REG_RSP])};
+  return {static_cast<std::uintptr_t>(registers[REG_RIP]),
+          static_cast<std::uintptr_t>(registers[REG_RSP])};
 }
 
 void BeginStackAt(const void* caller) noexcept {

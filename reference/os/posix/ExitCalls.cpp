@@ -25,14 +25,14 @@ using ExitFn = void (*)(int);
 // NOLINTBEGIN(bugprone-reserved-identifier,cert-dcl37-c,cert-dcl51-cpp): names of the C library
 extern "C" {
 
-[[noreturn]] void exit(int status) noexcept {
+void exit(int status) noexcept {
   if (ExitIsReported()) {
     ReportExit(Crash::Kind::kExit, status, "exit", __builtin_return_address(0));
   }
   CallNext("exit", status);
 }
 
-[[noreturn]] void quick_exit(int status) noexcept {
+void quick_exit(int status) noexcept {
   if (ExitIsReported()) {
     ReportExit(Crash::Kind::kExit, status, "quick_exit", __builtin_return_address(0));
   }
@@ -41,14 +41,14 @@ extern "C" {
 
 // These two are called by children of a fork, where only the plain system call is safe.
 
-[[noreturn]] void _exit(int status) {
+void _exit(int status) {
   if (ExitIsReported()) {
     ReportExit(Crash::Kind::kImmediateExit, status, "_exit", __builtin_return_address(0));
   }
   LeaveNow(status);
 }
 
-[[noreturn]] void _Exit(int status) noexcept {
+void _Exit(int status) noexcept {
   if (ExitIsReported()) {
     ReportExit(Crash::Kind::kImmediateExit, status, "_Exit", __builtin_return_address(0));
   }

@@ -32,8 +32,8 @@ class AlternateStack {
   AlternateStack& operator=(const AlternateStack&) = delete;
 
  private:
-  static constexpr std::size_t kGuard = 64 * 1024;  // a multiple of every page size
-  static constexpr std::size_t kSize = 256 * 1024;  // reading debug information needs most of it
+  static constexpr std::size_t kGuard = 0x10000;  // a multiple of every page size
+  static constexpr std::size_t kSize = 0x40000;   // reading debug information needs most of it
 
   char* m_memory = nullptr;
   bool m_used = false;

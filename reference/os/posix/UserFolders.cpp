@@ -32,7 +32,7 @@ fs::path HomeInUserDatabase() {
 }  // namespace
 
 fs::path UserStateFolder() {
-  if (const fs::path state = FromEnvironment("XDG_STATE_HOME"); !state.empty()) return state;
+  if (fs::path state = FromEnvironment("XDG_STATE_HOME"); !state.empty()) return state;
   fs::path home = FromEnvironment("HOME");
   if (home.empty()) home = HomeInUserDatabase();
   return home.empty() ? home : home / ".local" / "state";

@@ -38,7 +38,7 @@ TEST(Crash, OverflowOfTheStackIsReported) {
         "signal 11; reported signal 11 at code: SIGSEGV at address N: the stack overflowed; "
         "report complete",
         Summary(program));
-    EXPECT_THAT(StackLine(program, 1), HasSubstr("Recurse"));
+    EXPECT_THAT(program.errors, HasSubstr("Recurse("));
     EXPECT_THAT(program.errors, HasSubstr("\n... more callers\n"));
   }
 }
@@ -148,7 +148,7 @@ TEST(Crash, ExecutedChildCanBeTerminatedAndStartsWithAnEmptyMask) {
   EXPECT_EQ("status 0", Summary(program));
   EXPECT_EQ(
       "child ended by signal 15\nblocked 0\nSIGINT default\nSIGTERM default\nSIGHUP default\n"
-      "SIGPIPE default\nSIGSEGV default\n",
+      "SIGPIPE default\n",
       program.output);
 }
 
