@@ -114,8 +114,9 @@ TEST(Crash, ExpectedExitKeepsItsStatus) {
 
 TEST(Crash, TwoThreadsThatCrashAtOnceGiveOneReport) {
   for (int i = 0; i < 20; ++i) {
-    ASSERT_EQ("signal 11; reported signal 11 at code: SIGSEGV at address 0x10; report complete",
-              SummaryOf("two_at_once"));
+    ASSERT_THAT(SummaryOf("two_at_once"),
+                MatchesRegex("signal 11; reported signal 11 at code: SIGSEGV at address 0x1[08]; "
+                             "report complete"));
   }
 }
 

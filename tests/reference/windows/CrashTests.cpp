@@ -76,7 +76,11 @@ TEST(Crash, ExpectedExitKeepsItsStatus) {
 }
 
 TEST(Crash, TwoThreadsThatCrashAtOnceGiveOneReport) {
-  for (int i = 0; i < 10; ++i) ASSERT_EQ(kBadAddress, SummaryOf("two_at_once"));
+  for (int i = 0; i < 10; ++i) {
+    std::string other = kBadAddress;  // the second of the two threads was the first to crash
+    other.replace(other.find("0x10"), 4, "0x18");
+    ASSERT_THAT(SummaryOf("two_at_once"), testing::AnyOf(kBadAddress, other));
+  }
 }
 
 TEST(Crash, CrashInTheReportEndsByTheFirstException) {
