@@ -50,11 +50,6 @@ TEST(Crash, OfInitNamesThePluginThePhaseAndForHowLong) {
   ExpectEndedByMemoryFault(result);
 }
 
-TEST(Crash, ByAStackOverflowIsReportedToo) {
-  const HubResult result = RunToTheCrash("init_overflows_the_stack", "");
-  ExpectEndedByStackOverflow(result);
-}
-
 TEST(Crash, ByAbortEndsWithItsStatus) {
   ExpectEndedByAbort(RunToTheCrash("init_aborts", kAbortSentence));
 }

@@ -8,5 +8,4 @@ extern const char* const kNullPointerSentence;
 extern const char* const kAbortSentence;
 
 void ExpectEndedByMemoryFault(const HubResult& result);
-void ExpectEndedByStackOverflow(const HubResult& result);
 void ExpectEndedByAbort(const HubResult& result);

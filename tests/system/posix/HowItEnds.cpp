@@ -10,10 +10,6 @@ void ExpectEndedByMemoryFault(const HubResult& result) {
   EXPECT_EQ(SIGSEGV, result.signal);
 }
 
-void ExpectEndedByStackOverflow(const HubResult& result) {
-  EXPECT_EQ(SIGSEGV, result.signal);
-}
-
 void ExpectEndedByAbort(const HubResult& result) {
   EXPECT_EQ(SIGABRT, result.signal);
 }

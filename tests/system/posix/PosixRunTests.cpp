@@ -3,6 +3,7 @@
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
+#include <signal.h>
 #include <sys/stat.h>
 
 #include <fstream>
@@ -72,13 +73,16 @@ TEST(OutputThatCannotBeWritten, BecauseItsReaderDoesNotReadHoldsNothingUp) {
 TEST(OutputThatCannotBeWritten, IsTheLogOrTheRecordOnAFullDisk) {
   MadeProduct product;
   product.Plugin("a.server");
-  const HubResult log = product.Run("--json --seconds 0.5 --log /dev/full");
+  // Through a link: what goes wrong in rotating must not reach the device itself.
+  const std::string full = product.Site().Path("full").string();
+  std::filesystem::create_symlink("/dev/full", full);
+  const HubResult log = product.Run("--json --seconds 0.5 --log \"" + full + "\"");
   EXPECT_EQ(3, log.status);
-  EXPECT_THAT(log.errors, HasSubstr("HUB: the log /dev/full cannot be written"));
+  EXPECT_THAT(log.errors, HasSubstr("HUB: the log " + full + " cannot be written"));
   EXPECT_EQ("degraded", log.Json()["status"]);
-  const HubResult record = product.Run("--json --seconds 0.5 --record /dev/full");
+  const HubResult record = product.Run("--json --seconds 0.5 --record \"" + full + "\"");
   EXPECT_EQ(3, record.status);
-  EXPECT_THAT(record.errors, HasSubstr("HUB: the flight record /dev/full cannot be written"));
+  EXPECT_THAT(record.errors, HasSubstr("HUB: the flight record " + full + " cannot be written"));
 }
 
 TEST(ClosedStandardStreams, NeverLetAPluginPrintIntoTheRecord) {
@@ -88,6 +92,14 @@ TEST(ClosedStandardStreams, NeverLetAPluginPrintIntoTheRecord) {
   RunInShell(Hub(product, "--seconds 0.5 --record \"" + record + "\" <&- >&- 2>&-"));
   EXPECT_THAT(product.Site().Read("run.jsonl"),
               AllOf(HasSubstr("\"event\":\"end\""), Not(HasSubstr("printed by"))));
+}
+
+TEST(Crash, ByAStackOverflowIsReportedToo) {
+  MadeProduct product;
+  const HubResult result =
+      product.Plugin("deep.server", "init_overflows_the_stack").Run("--no-record");
+  EXPECT_EQ(SIGSEGV, result.signal);
+  EXPECT_THAT(result.errors, HasSubstr(": the stack overflowed in deep.server, in Init for "));
 }
 
 TEST(ChildOfAPlugin, HasTheSignalsOfAFreshProcess) {

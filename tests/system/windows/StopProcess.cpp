@@ -8,3 +8,7 @@ void StopProcess(boost::process::child& process, StopWish wish) {
   const DWORD kind = wish == StopWish::kInterrupt ? CTRL_C_EVENT : CTRL_CLOSE_EVENT;
   EXPECT_TRUE(RaiseConsoleEvent(process.native_handle(), kind));
 }
+
+int EndingSignal(const boost::process::child&) {
+  return 0;
+}
