@@ -61,7 +61,8 @@ ExitStatus Run(const Options&, HostContext& context) {
   if (result != 0) {
     for (const std::string& sentence : FailureSentences(monitor.Notes())) Say(sentence);
   } else if (platform.productModel) {
-    for (const Finding& finding : ProductFindings(*platform.productModel)) Say(finding.text);
+    for (const Finding& finding : ProductFindings(*platform.productModel, monitor.Notes()))
+      Say(finding.text);
   }
   context.output.Flush(kLongestWrite);
   if (!context.output.Error().empty()) {

@@ -2,6 +2,7 @@
 
 #include <fmt/format.h>
 
+#include <algorithm>
 #include <utility>
 
 #include "host/ParserMessages.h"
@@ -13,6 +14,12 @@
 namespace {
 
 constexpr std::size_t kMostSentences = 20;
+constexpr char kUnknownType[] =
+    ": its Type is neither 1 (executable) nor 2 (library): the plugin is dropped";
+
+Finding Error(const std::string& text) {
+  return {Finding::Severity::kError, text};
+}
 
 std::string FrameWords(const std::vector<FrameEvent>& notes) {
   std::string words = "Frame_Init failed and logged no reason";
@@ -33,34 +40,36 @@ std::int32_t InitialiseFrame(const FrameLibrary& frame) {
   return frame.Init();
 }
 
-std::vector<Finding> ProductFindings(const ProductModel& model) {
+std::vector<Finding> ProductFindings(const ProductModel& model,
+                                     const std::vector<FrameEvent>& notes) {
   const LocalNames names = SystemNames();
   const auto bin = PathFromLocal(GetCurExeDir());
   std::vector<Finding> findings = FindingsBeforeStart(bin, model, names);
-  for (Finding& finding : FindingsOfFiles(ReadModelFiles(bin, names), names)) {
-    findings.push_back(std::move(finding));
+  const std::vector<ModelFile> files = ReadModelFiles(bin, names);
+  for (Finding& finding : FindingsOfFiles(files, names)) findings.push_back(std::move(finding));
+  for (const FrameEvent& note : notes) {
+    if (note.kind != FrameEvent::Kind::kTypeUnknown) continue;
+    const auto path = PathFromLocal(note.path).lexically_normal().make_preferred();
+    // One that reads as empty has no type either, and is among the files' findings.
+    const bool isGood = std::any_of(files.begin(), files.end(), [&](const ModelFile& file) {
+      return file.path == path && file.state == ModelFile::State::kGood;
+    });
+    if (isGood) findings.push_back(Error(names.fromPath(path) + kUnknownType));
   }
   return findings;
 }
 
 std::optional<Finding> FindingOf(const FrameEvent& note) {
-  const auto error = [](const std::string& text) {
-    return Finding{Finding::Severity::kError, text};
-  };
   switch (note.kind) {
-    case FrameEvent::Kind::kTypeUnknown:
-      return error(note.path +
-                   ": its Type is neither 1 (executable) nor 2 (library); the plugin "
-                   "is dropped");
     case FrameEvent::Kind::kLpcStopFailed:
-      return error(
+      return Error(
           "the local-procedure-call framework did not stop; the plugins were neither "
           "stopped nor freed");
     case FrameEvent::Kind::kNoPoolForStop:
-      return error(
+      return Error(
           "there were no threads for the stop; the plugins were neither stopped nor freed");
     case FrameEvent::Kind::kStepThrew:
-      return error("a step of the frame ended with an exception: " + note.reason);
+      return Error("a step of the frame ended with an exception: " + note.reason);
     default:
       return std::nullopt;
   }

@@ -14,11 +14,12 @@
 std::int32_t InitialiseFrame(const FrameLibrary& frame);
 
 /// What is wrong with the product that was read, although the frame went on: cycles, files that
-/// read as empty, plugins that are lost.
-std::vector<Finding> ProductFindings(const ProductModel& model);
+/// read as empty, plugins that are lost. `notes`: what the frame logged while it read.
+std::vector<Finding> ProductFindings(const ProductModel& model,
+                                     const std::vector<FrameEvent>& notes);
 
-/// What the frame noted that costs a run something although it went on, in the words of HUB:
-/// descriptions of an unknown type, a stop that could not begin. None for a note of another kind.
+/// What the frame noted later that costs a run something although it went on, in the words of HUB:
+/// a stop that could not begin, an exception. None for a note of another kind.
 std::optional<Finding> FindingOf(const FrameEvent& note);
 
 /// Why Frame_Init failed: a sentence for each model file that it could not do without, or, where no

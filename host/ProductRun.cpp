@@ -71,7 +71,7 @@ void ProductRun::Begin() {
 /// Frame_Init, and what is found in the product. False when there is nothing to start or to stop.
 bool ProductRun::Initialise() {
   std::int32_t result = -1;
-  Call([this, &result] {
+  Call("Frame_Init", [this, &result] {
     AddPhase(RunEvent::Kind::kPhaseBegin, RunPhase::kFrameInit);
     result = InitialiseFrame(m_frame);
     AddPhase(RunEvent::Kind::kPhaseEnd, RunPhase::kFrameInit);
@@ -81,7 +81,6 @@ bool ProductRun::Initialise() {
     ExplainFailure();
     return false;
   }
-  SayNotes();
   if (const auto model = SnapshotPlatform().productModel) {
     m_monitor.SetPlugins(PluginHeads(*model, m_bin));
     SayFindings(*model);
@@ -93,7 +92,7 @@ bool ProductRun::Initialise() {
 bool ProductRun::Start() {
   std::int32_t result = -1;
   m_startNs = SteadyNanoseconds();
-  Call([this, &result] { result = m_frame.Start(); });
+  Call("Frame_Start", [this, &result] { result = m_frame.Start(); });
   m_facts.startResult = result;
   if (result != 0) m_facts.failure = "the platform did not start: " + PlatformError();
   return result == 0;
@@ -114,11 +113,11 @@ void ProductRun::Stay() {
 /// Frame_Stop, the plugins that are still in their Init, Frame_UnInit.
 void ProductRun::Stop() {
   m_stopLimit.emplace(m_options.stopTimeout, SteadyNanoseconds());
-  if (m_facts.startResult) Call([this] { m_frame.Stop(); });
+  if (m_facts.startResult) Call("Frame_Stop", [this] { m_frame.Stop(); });
   SayNotes();
   // A plugin that is still in its Init must not lose the platform under it.
   Await([] { return UnfinishedTasks() == 0; });
-  Call([this] { m_frame.UnInit(); });
+  Call("Frame_UnInit", [this] { m_frame.UnInit(); });
   m_stopLimit.reset();
 }
 
@@ -141,9 +140,11 @@ Verdict ProductRun::End() {
 }
 
 /// Begins `call` on the driver's thread and waits for its end.
-void ProductRun::Call(std::function<void()> call) {
+void ProductRun::Call(const char* name, std::function<void()> call) {
+  m_facts.pendingCall = name;
   m_driver.Begin(std::move(call));
   while (!m_driver.WaitForEnd(kTick)) Tick();
+  m_facts.pendingCall.clear();
 }
 
 void ProductRun::Await(const std::function<bool()>& over) {
@@ -207,7 +208,6 @@ void ProductRun::CheckStopLimit() {
 /// Ends the process in the middle of the run, with everything said that is known.
 void ProductRun::Leave(const std::string& why) {
   m_reporter.SayError({why});
-  m_facts.frameReturned = false;
   const Verdict verdict = End();
   ExpectExit();
   std::_Exit(verdict.exitStatus);
@@ -216,7 +216,7 @@ void ProductRun::Leave(const std::string& why) {
 void ProductRun::SayFindings(const ProductModel& model) {
   const auto cycles = FindCycles(MakeStartGraph(model));
   if (!cycles.empty()) m_reporter.SetCycle(Escaped(CycleText(cycles.front())));
-  for (const Finding& finding : ProductFindings(model)) m_reporter.Say(finding);
+  for (const Finding& finding : ProductFindings(model, m_monitor.Notes())) m_reporter.Say(finding);
 }
 
 /// Says what the frame has noted since the last call.

@@ -41,7 +41,7 @@ class ProductRun {
   Verdict End();
 
   // Waiting, during which stop requests, limits and the screen are looked after.
-  void Call(std::function<void()> call);
+  void Call(const char* name, std::function<void()> call);
   void Await(const std::function<bool()>& over);
   void Tick();
   void OnStopRequest(StopRequest request);

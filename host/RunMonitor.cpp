@@ -37,6 +37,7 @@ void NameThreadAfter(const FrameEvent& event) {
   const bool begins = event.kind == FrameEvent::Kind::kLoadTaskBegin ||
                       event.kind == FrameEvent::Kind::kUnloadTaskBegin;
   if (begins) NameThread(event.plugin);
+  if (event.kind == FrameEvent::Kind::kPlatformStarted) NameThread("platform");
 }
 
 }  // namespace

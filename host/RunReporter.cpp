@@ -24,7 +24,6 @@ constexpr int kProgress = 3;
 constexpr int kTolerated = 4;
 constexpr int kFailure = 5;
 constexpr std::chrono::seconds kLongestWrite{5};
-constexpr std::int64_t kNanosecondsInAMinute = 60'000'000'000;
 
 const char* Word(Finding::Severity severity) {
   switch (severity) {
@@ -104,11 +103,9 @@ void RunReporter::ShowProgress() {
   const std::int64_t now = SteadyNanoseconds();
   const std::string line = WaitingLine(state, m_cycle, now);
   if (InTable()) m_screen.Update(state, line);
-  const std::string waiting = WaitedFor(state, m_cycle);
-  if (waiting == m_loggedWaiting && now - m_loggedWaitingNs < kNanosecondsInAMinute) return;
-  m_loggedWaiting = waiting;
-  m_loggedWaitingNs = now;
-  if (!line.empty()) IKPXFormatLog(kProgress, kModule, "%s", line.c_str());
+  if (m_waitingLog.IsDue(WaitedFor(state, m_cycle), now)) {
+    IKPXFormatLog(kProgress, kModule, "%s", line.c_str());
+  }
 }
 
 bool RunReporter::FoundLoss() {

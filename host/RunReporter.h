@@ -10,6 +10,7 @@
 #include "host/RunRecord.h"
 #include "host/RunVerdict.h"
 #include "host/Screen.h"
+#include "host/StatusText.h"
 #include "workbench/product/Findings.h"
 
 /// Says what happens in a run to whoever wants to know: on the screen or as JSON, in the log, in
@@ -60,8 +61,7 @@ class RunReporter {
   Screen m_screen;
 
   std::string m_cycle;
-  std::string m_loggedWaiting;
-  std::int64_t m_loggedWaitingNs = 0;
+  WaitingLog m_waitingLog;
   bool m_outputLost = false;
   bool m_logLost = false;
   bool m_recordLost = false;

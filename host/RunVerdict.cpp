@@ -40,8 +40,8 @@ std::string StartedText(const RunState& state) {
   const std::size_t all = CountAll(state);
   const std::size_t started = StartedAs(state, State::kStarted).size();
   if (all == 0) return "there are no plugins to start";
-  if (started == all)
-    return all == 1 ? "the one plugin started" : fmt::format("all {} plugins started", all);
+  if (all == 1) return started == 1 ? "the one plugin started" : "the one plugin did not start";
+  if (started == all) return fmt::format("all {} plugins started", all);
   return fmt::format("{} of {} started", started, Count(all, "plugin"));
 }
 
@@ -83,7 +83,7 @@ std::string LeftBehindText(const RunFacts& facts, const RunState& state) {
     text = Clause(Names(state, waiting), "can never be stopped: what it waits for never ends",
                   "can never be stopped: what they wait for never ends");
   }
-  if (text.empty()) text = "; a call of the frame has not returned";
+  if (text.empty()) text = "; " + facts.pendingCall + " has not returned";
   return text.substr(2);
 }
 
@@ -140,7 +140,7 @@ Verdict Judge(const RunFacts& facts, const RunState& state) {
     return {"failed", kFrameFailed, "failed: " + facts.failure};
   }
   const std::string by = facts.stoppedBy.empty() ? "" : " (stopped by " + facts.stoppedBy + ")";
-  if (!facts.frameReturned || facts.unfinishedTasks != 0) {
+  if (!facts.pendingCall.empty() || facts.unfinishedTasks != 0) {
     return {"left-behind", kCutShort, "left behind: " + LeftBehindText(facts, state) + by};
   }
   if (!state.Up()) {

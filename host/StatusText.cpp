@@ -12,6 +12,7 @@ namespace {
 using State = PluginRun::State;
 
 constexpr std::size_t kMostNames = 5;
+constexpr std::int64_t kNanosecondsInAMinute = 60'000'000'000;
 
 bool Running(const PluginRun& plugin) {
   return plugin.state == State::kLoading || plugin.state == State::kInInit ||
@@ -42,6 +43,13 @@ std::string Milliseconds(std::int64_t ms) {
 }
 
 }  // namespace
+
+bool WaitingLog::IsDue(const std::string& waiting, std::int64_t nowNs) {
+  if (waiting == m_last && nowNs - m_lastNs < kNanosecondsInAMinute) return false;
+  m_last = waiting;
+  m_lastNs = nowNs;
+  return !waiting.empty();
+}
 
 bool OnlyWaiting(const RunState& state) {
   const auto* phase = state.FindPhase(Stopping(state) ? RunPhase::kStop : RunPhase::kStart);

@@ -20,6 +20,18 @@ std::string WaitedFor(const RunState& state, const std::string& cycle);
 /// video.server (1.2 s)". Empty when nobody is waited for.
 std::string WaitingLine(const RunState& state, const std::string& cycle, std::int64_t nowNs);
 
+/// Decides when the log is told whom the run waits for: when that changes, and once a minute.
+/// Not thread-safe.
+class WaitingLog {
+ public:
+  /// `waiting`: as WaitedFor has it. `nowNs`: of the steady clock.
+  bool IsDue(const std::string& waiting, std::int64_t nowNs);
+
+ private:
+  std::string m_last;
+  std::int64_t m_lastNs = 0;
+};
+
 /// Whether a phase goes on in which some plugin is not done, though nothing says that one of them
 /// is on the way: those that are left may wait for each other.
 bool OnlyWaiting(const RunState& state);

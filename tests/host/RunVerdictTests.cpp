@@ -29,6 +29,10 @@ TEST(Verdict, OfOnePluginAndOfNoneIsInTheirWords) {
   RunBuilder one;
   one.Plugin("a").Started("a").Up().Stopped("a");
   EXPECT_EQ("0 up | up: the one plugin started", Judged(Well(), one));
+  RunBuilder failed;
+  failed.Plugin("a").NotLoaded("a", "x").Up();
+  EXPECT_EQ("3 degraded | degraded: the one plugin did not start; a was not loaded",
+            Judged(Well(), failed));
   RunBuilder none;
   none.Up();
   EXPECT_EQ("0 up | up: there are no plugins to start", Judged(Well(), none));
@@ -113,17 +117,25 @@ TEST(Verdict, IsLeftBehindWithPluginsThatWaitForEachOther) {
   RunBuilder run;
   run.Plugin("a").Plugin("b").Plugin("c").Started("c").Stopped("c");
   RunFacts facts = Well();
-  facts.frameReturned = false;
+  facts.pendingCall = "Frame_Stop";
   EXPECT_EQ(
       "4 left-behind | left behind: a and b can never be stopped: what they wait for never ends",
       Judged(facts, run));
+}
+
+TEST(Verdict, IsLeftBehindWithTheCallOfTheFrameThatHasNotReturned) {
+  RunFacts facts;
+  facts.pendingCall = "Frame_Init";
+  facts.stoppedBy = "SIGTERM";
+  EXPECT_EQ("4 left-behind | left behind: Frame_Init has not returned (stopped by SIGTERM)",
+            Judged(facts, RunBuilder()));
 }
 
 TEST(Verdict, FailedIsWorseThanLeftBehindAndThatWorseThanDegraded) {
   RunBuilder run;
   run.Plugin("a").InitFailed("a", "x").Up();
   RunFacts facts = Well();
-  facts.frameReturned = false;
+  facts.pendingCall = "Frame_Stop";
   EXPECT_EQ("left-behind", Judge(facts, run.State()).status);
   facts.callbackResult = false;
   EXPECT_EQ("failed", Judge(facts, run.State()).status);

@@ -70,6 +70,20 @@ TEST(OnlyWaiting, IsFalseOutsideOfAPhaseAndWhenAllAreDone) {
   EXPECT_FALSE(OnlyWaiting(run.State()));
 }
 
+TEST(WaitingLog, IsDueWhenWhoIsWaitedForChangesAndOnceAMinute) {
+  constexpr std::int64_t second = 1'000'000'000;
+  WaitingLog log;
+  EXPECT_FALSE(log.IsDue("", 1 * second));
+  EXPECT_TRUE(log.IsDue("a", 2 * second));
+  EXPECT_FALSE(log.IsDue("a", 3 * second));
+  EXPECT_FALSE(log.IsDue("a", 61 * second));
+  EXPECT_TRUE(log.IsDue("a", 62 * second));
+  EXPECT_FALSE(log.IsDue("a", 63 * second));
+  EXPECT_TRUE(log.IsDue("b", 64 * second));
+  EXPECT_FALSE(log.IsDue("", 65 * second));
+  EXPECT_TRUE(log.IsDue("b", 66 * second));
+}
+
 TEST(EventText, SaysWhatBecameOfAPluginAndWhy) {
   RunBuilder run;
   for (const char* id : {"waits", "ok", "bad", "gone", "down", "stays"}) run.Plugin(id);

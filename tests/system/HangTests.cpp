@@ -101,6 +101,15 @@ TEST(PluginThatHangs, InInitIsNamedAndLeftBehindAfterTheStopsLimit) {
                                        "(stopped by --seconds 2)\n"));
 }
 
+TEST(PluginThatHangs, IsNamedInTheLogToo) {
+  MadeProduct product;
+  product.Plugin("hangs.server", "init_hangs");
+  const std::string log = LocalFromPath(product.Site().Path("hub.log"));
+  product.Run("--seconds 1 --stop-timeout 0.5 --log \"" + log + "\"");
+  EXPECT_THAT(product.Site().Read("hub.log"),
+              HasSubstr("[host] 0 of 1 done; waiting for hangs.server (0."));
+}
+
 TEST(PluginThatHangs, InUnInitIsNamedAndLeftBehindAfterTheStopsLimit) {
   MadeProduct product;
   product.Plugin("a.server").Plugin("hangs.server", "uninit_hangs", DependsOn("a.server"));

@@ -53,7 +53,7 @@ class HubProcess {
   bool AwaitRecord(const std::string& text);
 
   void AskToStop(StopWish wish);
-  bool IsRunning() { return m_process.running(); }
+  int Id() const { return static_cast<int>(m_process.id()); }
   HubResult Wait();
 
   /// The user's state folder that it has.

@@ -1,12 +1,18 @@
 // What only a POSIX system can be made to show: outputs that cannot be written, signals of
 // children, a stop request while a file is read for ever.
 
+#include <fcntl.h>
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 #include <signal.h>
+#include <stdlib.h>
+#include <sys/ioctl.h>
 #include <sys/stat.h>
+#include <unistd.h>
 
+#include <filesystem>
 #include <fstream>
+#include <set>
 #include <string>
 
 #include "tests/system/MadeProduct.h"
@@ -92,6 +98,86 @@ TEST(ClosedStandardStreams, NeverLetAPluginPrintIntoTheRecord) {
   RunInShell(Hub(product, "--seconds 0.5 --record \"" + record + "\" <&- >&- 2>&-"));
   EXPECT_THAT(product.Site().Read("run.jsonl"),
               AllOf(HasSubstr("\"event\":\"end\""), Not(HasSubstr("printed by"))));
+}
+
+/// A terminal of 60 columns and what is shown on it.
+class Terminal {
+ public:
+  Terminal() : m_master(posix_openpt(O_RDWR | O_NOCTTY)) {
+    winsize size = {};
+    size.ws_col = kColumns;
+    size.ws_row = 24;
+    EXPECT_EQ(0, grantpt(m_master));
+    EXPECT_EQ(0, unlockpt(m_master));
+    EXPECT_EQ(0, ioctl(m_master, TIOCSWINSZ, &size));
+    m_open = open(Name().c_str(), O_RDWR | O_NOCTTY);  // keeps what was shown when HUB has ended
+  }
+  ~Terminal() {
+    close(m_open);
+    close(m_master);
+  }
+  Terminal(const Terminal&) = delete;
+  Terminal& operator=(const Terminal&) = delete;
+
+  static constexpr unsigned short kColumns = 60;
+
+  std::string Name() const { return ptsname(m_master); }
+
+  /// What has been shown so far.
+  std::string Shown() {
+    std::string shown(1U << 16U, '\0');
+    const ssize_t size = read(m_master, shown.data(), shown.size());
+    shown.resize(size < 0 ? 0 : static_cast<std::size_t>(size));
+    return shown;
+  }
+
+ private:
+  int m_master;
+  int m_open;
+};
+
+TEST(Screen, KeepsTheLastLineWithinTheTerminalAndColorsTheTable) {
+  Terminal terminal;
+  MadeProduct product;
+  product.Plugin("a.plugin.with.a.long.name.server", "init_takes_two_seconds");
+  product.Plugin("b.plugin.with.a.long.name.server", "init_fails");
+  HubSettings settings;
+  settings.output = terminal.Name();
+  settings.environment = {{"NO_COLOR", ""}};
+  EXPECT_EQ(3, product.Run("--seconds 3", settings).status);
+  const std::string shown = terminal.Shown();
+  std::size_t redrawn = 0;
+  for (std::size_t at = 0; (at = shown.find("\r\x1b[K", at)) != std::string::npos; ++redrawn) {
+    at += 4;
+    const std::size_t end = shown.find_first_of("\r\n", at);
+    EXPECT_LT(end - at, Terminal::kColumns) << shown.substr(at, end - at);
+  }
+  EXPECT_GT(redrawn, 10U);
+  EXPECT_THAT(shown, HasSubstr("waiting for a.plugin.with.a.long.name.serve...\r\x1b[K"));
+  EXPECT_THAT(shown, HasSubstr("\x1b[31mb.plugin.with"));
+  settings.environment = {{"NO_COLOR", "1"}};
+  product.Run("--seconds 0.2 --stop-timeout 0", settings);
+  EXPECT_THAT(terminal.Shown(), Not(HasSubstr("\x1b[3")));
+}
+
+TEST(Threads, AreNamedAfterThePluginWhoseCodeTheyRun) {
+  MadeProduct product;
+  product.Plugin("hangs.server", "init_hangs");
+  HubProcess hub(product.Arguments("--stop-timeout 0"));
+  ASSERT_TRUE(hub.AwaitRecord("init-begin"));
+  std::multiset<std::string> names;
+  const std::filesystem::path tasks = "/proc/" + std::to_string(hub.Id()) + "/task";
+  for (const auto& task : std::filesystem::directory_iterator(tasks)) {
+    std::string name;
+    std::getline(std::ifstream(task.path() / "comm"), name);
+    names.insert(name);
+  }
+  EXPECT_EQ(1U, names.count("hangs.server"));
+  EXPECT_EQ(1U, names.count("frame"));
+  EXPECT_EQ(1U, names.count("platform"));
+  EXPECT_EQ(1U, names.count("output"));
+  hub.AskToStop(StopWish::kTerminate);
+  EXPECT_EQ(4, hub.Wait().status);
 }
 
 TEST(Crash, ByAStackOverflowIsReportedToo) {
