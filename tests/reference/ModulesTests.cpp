@@ -13,12 +13,13 @@ bool Holds(const std::optional<ModuleRange>& range, std::uintptr_t address) {
   return range && range->begin <= address && address < range->end;
 }
 
-TEST(LoadedModule, HoldsItsFunctionsAndNoOthersUntilItIsUnloaded) {
+TEST(LoadedModule, HoldsItsCodeAndDataUntilItIsUnloaded) {
   EXPECT_FALSE(LoadedModule(TEV_ANSWERS));
   const HMODULE library = LoadLibraryW(WideFromLocal(TEV_ANSWERS).c_str());
   ASSERT_NE(nullptr, library);
   const std::optional<ModuleRange> range = LoadedModule(TEV_ANSWERS);
   EXPECT_TRUE(Holds(range, reinterpret_cast<std::uintptr_t>(GetProcAddress(library, "Answer"))));
+  EXPECT_TRUE(Holds(range, reinterpret_cast<std::uintptr_t>(GetProcAddress(library, "g_answer"))));
   EXPECT_FALSE(Holds(range, reinterpret_cast<std::uintptr_t>(&g_ownData)));
   FreeLibrary(library);
   EXPECT_FALSE(LoadedModule(TEV_ANSWERS));

@@ -128,6 +128,13 @@ TEST(Crash, CrashInTheReportEndsByTheFirstSignal) {
   }
 }
 
+TEST(Crash, StackThatCannotBeReadCutsOnlyTheStackShort) {
+  const ProgramEnd program = End("broken_stack");
+  EXPECT_EQ("signal 11; reported signal 11 at code: SIGSEGV; report complete", Summary(program));
+  EXPECT_THAT(program.errors, HasSubstr("BreakTheStack() at "));
+  EXPECT_THAT(program.errors, HasSubstr("\n... the rest of the stack cannot be read\n"));
+}
+
 TEST(Crash, ReportThatHangsIsCutShort) {
   EXPECT_EQ("signal 11; reported signal 11 at code: SIGSEGV at address 0x10; report complete",
             SummaryOf("hang_in_report"));
@@ -149,7 +156,7 @@ TEST(Crash, ExecutedChildCanBeTerminatedAndStartsWithAnEmptyMask) {
   EXPECT_EQ("status 0", Summary(program));
   EXPECT_EQ(
       "child ended by signal 15\nblocked 0\nSIGINT default\nSIGTERM default\nSIGHUP default\n"
-      "SIGPIPE default\n",
+      "SIGPIPE default\nfurther files 0\n",
       program.output);
 }
 

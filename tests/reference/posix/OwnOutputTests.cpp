@@ -3,12 +3,15 @@
 #include <poll.h>
 #include <pty.h>
 #include <sys/ioctl.h>
+#include <sys/resource.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
 #include <functional>
 #include <string>
 
+#include "reference/os/StopSignal.h"
+#include "reference/os/Terminal.h"
 #include "tests/support/TemporaryFolder.h"
 
 namespace {
@@ -46,6 +49,28 @@ TEST(OwnOutput, ClosedOutputFailsAtTheFirstWrite) {
 TEST(OwnOutput, FullFileSystemFailsForGood) {
   EXPECT_EQ("failed, failed, failed, No space left on device\n",
             ErrorsOf("thrice", [] { SendOutputTo("/dev/full"); }));
+}
+
+TEST(OwnOutput, StaysFailedWhenItCouldBeWrittenAgain) {
+  const TemporaryFolder folder;
+  const std::string file = folder.Write("output", "");
+  const pid_t child = fork();
+  if (child == 0) {
+    SendOutputTo(file.c_str());
+    OwnOutput output;
+    const StopSignal stop;  // makes a file that is too large an error of the write
+    rlimit limit = {0, RLIM_INFINITY};
+    setrlimit(RLIMIT_FSIZE, &limit);
+    const bool first = output.Write("first");
+    limit.rlim_cur = RLIM_INFINITY;
+    setrlimit(RLIMIT_FSIZE, &limit);
+    const bool second = output.Write("second");
+    _exit(!first && !second && output.Error() == "File too large" ? 0 : 1);
+  }
+  int status = 0;
+  waitpid(child, &status, 0);
+  EXPECT_EQ(0, status);
+  EXPECT_EQ("", folder.Read("output"));
 }
 
 TEST(OwnOutput, BrokenPipeFailsForGood) {

@@ -53,6 +53,23 @@ TEST(ThreadNumber, IsTheSystems) {
   std::thread([] { EXPECT_EQ(static_cast<std::uint64_t>(gettid()), ThreadNumber()); }).join();
 }
 
+/// Looks for an alternate stack when its thread has nearly ended.
+struct LateProbe {
+  ~LateProbe() { *result = HasAlternateStack(); }
+  bool* result;
+};
+
+TEST(WorkerThread, ItsAlternateStackIsNotUsedAfterItWasFreed) {
+  const bool before = HasAlternateStack();
+  bool after = !before;
+  std::thread([&after] {
+    thread_local const LateProbe probe{&after};
+    EXPECT_NE(nullptr, probe.result);
+    PrepareWorkerThread();
+  }).join();
+  EXPECT_EQ(before, after);
+}
+
 TEST(WorkerThread, HasAnEmptyMaskAndAnAlternateStackOfItsOwn) {
   const bool before = HasAlternateStack();
   std::thread([before] {
