@@ -128,13 +128,6 @@ TEST(Crash, CrashInTheReportEndsByTheFirstSignal) {
   }
 }
 
-TEST(Crash, StackThatCannotBeReadCutsOnlyTheStackShort) {
-  const ProgramEnd program = End("broken_stack");
-  EXPECT_EQ("signal 11; reported signal 11 at code: SIGSEGV; report complete", Summary(program));
-  EXPECT_THAT(program.errors, HasSubstr("BreakTheStack() at "));
-  EXPECT_THAT(program.errors, HasSubstr("\n... the rest of the stack cannot be read\n"));
-}
-
 TEST(Crash, ReportThatHangsIsCutShort) {
   EXPECT_EQ("signal 11; reported signal 11 at code: SIGSEGV at address 0x10; report complete",
             SummaryOf("hang_in_report"));
