@@ -25,8 +25,8 @@ build: packages ## Build everything: frame, reference libraries, HUB, sample pro
 
 demo: build ## Bring the sample product up, show it, and take it down
 	@echo
-	@$(HUB) run --bin $(BUILD)/site/bin --seconds 4 --log build/demo.log
-	@echo "Every log line of this life: build/demo.log"
+	@tools/run-sample build/demo.log $(HUB) run --bin $(BUILD)/site/bin
+	@echo "Every log line of this run: build/demo.log"
 
 model: build ## Print what the frame hands over of the sample product, as JSON
 	@$(HUB) model --bin $(BUILD)/site/bin
@@ -41,7 +41,8 @@ windows: ## Build everything for Windows x86-64, into build/windows
 
 windows-test: windows ## Run the Windows demo and every test of it, under Wine
 	@cmake/windows/wine start; \
-	cmake/windows/wine build/windows/bin/HUB.exe run --bin build/windows/site/bin --seconds 4 && \
+	tools/run-sample build/windows-demo.log \
+	  cmake/windows/wine build/windows/bin/HUB.exe run --bin build/windows/site/bin && \
 	ctest --preset windows; \
 	status=$$?; cmake/windows/wine stop; exit $$status
 
