@@ -148,6 +148,57 @@ TEST(Xml, TextFromEntitiesIsReadUpToTenMillionBytes) {
   EXPECT_EQ("none", document.GetNodeText("/r", "none"));
 }
 
+/// Short elements, so many that what stands before them is not at the file's end.
+std::string ShortElements(std::size_t bytes) {
+  const std::string element = "<f>end</f>\n";
+  std::string elements;
+  while (elements.size() < bytes) elements += element;
+  return elements;
+}
+
+TEST(Xml, LongerTextThanTenMillionBytesReadsAsTheDefaultAndTheRestIsRead) {
+  const std::string half(5'000'000, 'a');
+  const std::string behind = "</e>" + ShortElements(1000) + "</r>";
+  CXmlProto document;
+  for (const char* between : {"", "<!---->", "<![CDATA[]]>"}) {
+    Parsed(document, "<r><e>" + half + between + half + behind);
+    EXPECT_EQ(10'000'000U, document.GetNodeText("/r/e", "none").size()) << between;
+    Parsed(document, "<r><e>" + half + between + half + "a" + behind);
+    EXPECT_EQ("none", document.GetNodeText("/r/e", "none")) << between;
+    EXPECT_EQ("end", document.GetNodeText("/r/f", "none")) << between;
+  }
+}
+
+TEST(Xml, LongerAttributeSectionOrCommentThanTenMillionBytesIsRefused) {
+  CXmlProto document;
+  const std::string most(10'000'000, 'a');
+  const std::string behind = ShortElements(1000) + "</r>";
+  const std::pair<std::string, std::string> around[] = {
+      {"<r><e a='", "'/>"}, {"<r><![CDATA[", "]]>"}, {"<!--", "--><r>"}};
+  for (const auto& [before, after] : around) {
+    EXPECT_TRUE(document.ParseMemory(before + most + after + behind)) << before;
+    EXPECT_FALSE(document.ParseMemory(before + most + "a" + after + behind)) << before;
+  }
+}
+
+TEST(Xml, LongerTextInPiecesThanTenMillionBytesCountsAsOutOfMemory) {
+  CXmlProto document;
+  std::string text;
+  while (text.size() <= 10'000'000) text += "\xC3\xA9";
+  const std::string behind = ShortElements(1000) + "</r>";
+  EXPECT_THROW(document.ParseMemory("<r><e>" + text + "</e>" + behind), std::bad_alloc);
+  EXPECT_EQ(0, document.GetNodeCount("/r"));
+}
+
+TEST(Xml, LargerFileThanTenMillionBytesIsRefusedForALongTextAtItsEnd) {
+  CXmlProto document;
+  const std::string text(1000, 'a');
+  EXPECT_TRUE(document.ParseMemory("<r>" + ShortElements(9'900'000) + text + "</r>"));
+  EXPECT_TRUE(document.ParseMemory("<r>" + ShortElements(20'000'000) + "</r>"));
+  EXPECT_FALSE(document.ParseMemory("<r>" + ShortElements(10'000'000) + text + "</r>"));
+  EXPECT_EQ(0, document.GetNodeCount("/r"));
+}
+
 TEST(Xml, DocumentsDeeperThanTheParsersLimitReadAsEmpty) {
   std::string deep;
   for (int i = 0; i < 300; ++i) deep += "<e>";
