@@ -53,7 +53,3 @@ class OwnOutput {
   bool m_failed = false;
   std::string m_error;
 };
-
-/// Is standard output a terminal that understands cursor sequences? On Windows the call also turns
-/// that understanding on. Not after an OwnOutput was created.
-bool StandardOutputIsTerminal();

@@ -75,7 +75,3 @@ int OwnOutput::Columns() const {
   if (ioctl(static_cast<int>(m_file), TIOCGWINSZ, &size) != 0 || size.ws_col == 0) return unknown;
   return size.ws_col;
 }
-
-bool StandardOutputIsTerminal() {
-  return isatty(STDOUT_FILENO) == 1;
-}

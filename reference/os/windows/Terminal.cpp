@@ -136,7 +136,3 @@ int OwnOutput::Columns() const {
   const int width = console.srWindow.Right - console.srWindow.Left + 1;
   return width > 0 ? width : unknown;
 }
-
-bool StandardOutputIsTerminal() {
-  return TurnSequencesOn(GetStdHandle(STD_OUTPUT_HANDLE));
-}
