@@ -3,6 +3,7 @@
 #include <fmt/format.h>
 
 #include <algorithm>
+#include <new>
 #include <utility>
 
 #include "host/ParserMessages.h"
@@ -77,8 +78,13 @@ std::optional<Finding> FindingOf(const FrameEvent& note) {
 
 std::vector<std::string> FailureSentences(const std::vector<FrameEvent>& notes) {
   const LocalNames names = SystemNames();
-  std::vector<std::string> sentences =
-      UnreadableProductSentences(ReadModelFiles(PathFromLocal(GetCurExeDir()), names), names);
+  std::vector<std::string> sentences;
+  try {
+    const auto bin = PathFromLocal(GetCurExeDir());
+    sentences = UnreadableProductSentences(ReadModelFiles(bin, names), names);
+  } catch (const std::bad_alloc&) {
+    // As the frame itself: its own words say so.
+  }
   if (sentences.empty()) return {FrameWords(notes)};
   if (sentences.size() > kMostSentences) {
     const std::size_t more = sentences.size() - kMostSentences;

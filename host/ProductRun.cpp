@@ -25,6 +25,7 @@
 namespace {
 
 constexpr std::chrono::milliseconds kTick{50};
+constexpr std::chrono::seconds kLongestWrite{5};
 
 double SecondsSince(std::int64_t beginNs) {
   return static_cast<double>(SteadyNanoseconds() - beginNs) * 1e-9;
@@ -135,6 +136,7 @@ Verdict ProductRun::End() {
   end.number = verdict.exitStatus;
   end.text = verdict.sentence;
   m_monitor.Add(std::move(end));
+  m_context.output.Flush(kLongestWrite);
   SetCrashRecord({});
   return verdict;
 }

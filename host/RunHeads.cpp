@@ -2,6 +2,8 @@
 
 #include <fmt/format.h>
 
+#include <new>
+
 #include "host/PluginHeads.h"
 #include "reference/os/LocalText.h"
 #include "reference/os/ProcessInfo.h"
@@ -37,9 +39,13 @@ RunHead MakeRunHead(const RunClock& clock, const std::string& bin,
   head.frameVersion = TEV_VERSION;  // both come from one build
   head.platformVersion = PlatformVersion();
   head.commandLine = commandLine;
-  const ProductName product = ReadProductName(PathFromLocal(bin), SystemNames());
-  head.product = product.name;
-  head.productVersion = product.version;
+  try {
+    const ProductName product = ReadProductName(PathFromLocal(bin), SystemNames());
+    head.product = product.name;
+    head.productVersion = product.version;
+  } catch (const std::bad_alloc&) {
+    // A text too large for the parser; Frame_Init is about to fail on it too, and says so.
+  }
   head.path = bin;
   head.cores = UsableCores();
   return head;

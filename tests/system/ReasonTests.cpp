@@ -129,6 +129,16 @@ TEST(ProductThatReadsAsEmpty, LeavesTheParsersWordsInTheLogWithTheFileThatWasRea
   EXPECT_THAT(site.Read("hub.log"), HasSubstr("Product.data:3: Opening and ending tag mismatch"));
 }
 
+TEST(UnreadableProduct, WithATextTooLargeForTheParserHasTheFramesOwnWords) {
+  SiteCopy site;
+  site.Write("Product.xml", "<ProductDescription><Product>" + std::string(12'000'000, 'x') +
+                                "\xc3\xa9</Product></ProductDescription>");
+  const HubResult result = RunHub("run --json --bin " + site.Bin());
+  EXPECT_EQ(1, result.status);
+  EXPECT_EQ("failed: Frame_Init ended with an exception: std::bad_alloc",
+            result.Json()["sentence"]);
+}
+
 TEST(DroppedPlugin, OfAnAddonWhoseDescriptionIsMissingDegradesTheRun) {
   SiteCopy site;
   site.Remove("bin/META_INFO/parking.server");
