@@ -12,8 +12,8 @@ struct Interrupted {
   std::uintptr_t stackPointer = 0;
 };
 
-/// `context`: what the system gave to the signal's handler. Not by unwinding: the unwinder reads the
-/// instruction, which is no longer there when the code was unmapped.
+/// `context`: what the system gave to the signal's handler. Not by unwinding: the unwinder reads
+/// the instruction, which is no longer there when the code was unmapped.
 Interrupted InterruptedCode(const void* context) noexcept;
 
 /// Opens what WriteCrashStack needs, while nothing has crashed yet.
