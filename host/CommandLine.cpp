@@ -5,11 +5,14 @@
 #include <filesystem>
 #include <iostream>
 #include <memory>
+#include <set>
 #include <sstream>
 #include <system_error>
+#include <utility>
 #include <vector>
 
 #include "reference/os/LocalText.h"
+#include "reference/os/ProcessPath.h"
 
 namespace fs = std::filesystem;
 
@@ -33,22 +36,16 @@ std::vector<Command> Commands() {
   return {RunCommand(), ModelCommand()};
 }
 
-/// Why `option`'s `file` would damage the product that lies around `bin`; empty when it does not.
-std::string WhyNotWritten(const std::string& option, const std::string& file, const fs::path& bin) {
-  if (file.empty()) return std::string();
+/// Whether a file written there would damage the product that lies around `bin`.
+bool IsOneOfTheProduct(const std::string& file, const fs::path& bin) {
+  if (file.empty()) return false;
   std::error_code error;
   const fs::path target = fs::weakly_canonical(PathFromLocal(file), error);
   const fs::path product = fs::weakly_canonical(bin, error).parent_path();
-  const auto [end, unused] =
-      std::mismatch(product.begin(), product.end(), target.begin(), target.end());
-  if (end != product.end()) return std::string();
-  const std::string extension = LocalFromPath(target.extension());
-  for (const std::string own : {".xml", ".data", ".dll", ".exe", ".so"}) {
-    if (extension == own) {
-      return option + ": " + file + " is one of the product's own files, or could pass for one";
-    }
-  }
-  return std::string();
+  const auto both = std::mismatch(product.begin(), product.end(), target.begin(), target.end());
+  if (both.first != product.end()) return false;  // it lies elsewhere
+  static const std::set<std::string> own = {".xml", ".data", ".dll", ".exe", ".so"};
+  return own.count(LocalFromPath(target.extension())) != 0;
 }
 
 /// What is wrong with a request that the command line's grammar allows; empty when nothing is.
@@ -56,13 +53,17 @@ std::string WhatIsWrong(const Options& options) {
   if (options.json && options.events) return "--json and --events: only one of them";
   if (options.noRecord && !options.record.empty()) return "--record and --no-record: only one";
   std::error_code error;
-  const fs::path bin = PathFromLocal(options.bin.empty() ? "." : options.bin);
-  if (!options.bin.empty() && !fs::is_directory(bin, error)) {
-    return "--bin: " + options.bin + (fs::exists(bin, error) ? " is no folder" : " does not exist");
+  const fs::path bin =
+      options.bin.empty() ? PathFromLocal(ProcessPath()).parent_path() : PathFromLocal(options.bin);
+  if (!fs::exists(bin, error)) return "--bin: " + options.bin + " does not exist";
+  if (!fs::is_directory(bin, error)) return "--bin: " + options.bin + " is no folder";
+  for (const auto& [option, file] :
+       {std::pair("--log: ", options.log), std::pair("--record: ", options.record)}) {
+    if (IsOneOfTheProduct(file, bin)) {
+      return option + file + " is one of the product's own files, or could pass for one";
+    }
   }
-  if (options.bin.empty()) return std::string();
-  const std::string log = WhyNotWritten("--log", options.log, bin);
-  return log.empty() ? WhyNotWritten("--record", options.record, bin) : log;
+  return std::string();
 }
 
 }  // namespace

@@ -14,6 +14,7 @@ constexpr char kModule[] = "xml";
 constexpr int kTolerated = 4;
 
 /// The frame hands over each message whole: "file:line: text\n".
+// NOLINTNEXTLINE(cert-dcl50-cpp): the parser's interface
 [[gnu::format(printf, 2, 3)]] void Log(void*, const char* format, ...) {
   std::va_list arguments;
   va_start(arguments, format);

@@ -134,6 +134,7 @@ Verdict ProductRun::End() {
   end.kind = RunEvent::Kind::kEnd;
   end.status = verdict.status;
   end.number = verdict.exitStatus;
+  end.totals = CountTotals(m_monitor.State());
   end.text = verdict.sentence;
   m_monitor.Add(std::move(end));
   m_context.output.Flush(kLongestWrite);

@@ -29,6 +29,12 @@ Json Timing(const PlatformRecord& platform) {
   return timing;
 }
 
+Json Totals(const RunTotals& totals) {
+  return {{"plugins", totals.plugins},       {"started", totals.started},
+          {"initFailed", totals.initFailed}, {"notLoaded", totals.notLoaded},
+          {"stopped", totals.stopped},       {"stopRefused", totals.stopRefused}};
+}
+
 Json Phases(const RunClock& clock, const RunState& state) {
   Json phases = Json::array();
   for (const RunState::Phase& phase : state.Phases()) {
@@ -93,6 +99,7 @@ nlohmann::ordered_json RunJson(const RunHead& head, const RunClock& clock, const
   json["status"] = verdict.status;
   json["sentence"] = verdict.sentence;
   json["exitStatus"] = static_cast<int>(verdict.exitStatus);
+  json["totals"] = Totals(CountTotals(state));
   json["Frame_Init"] = OrNull(facts.initResult);
   json["Frame_Start"] = OrNull(facts.startResult);
   json["CallbackResult"] = OrNull(platform.callbackResult);

@@ -128,6 +128,20 @@ std::string OutcomeWord(const PluginRun& plugin) {
   return std::string();
 }
 
+RunTotals CountTotals(const RunState& state) {
+  RunTotals totals;
+  for (const PluginRun& plugin : state.Plugins()) {
+    if (!IsStarted(plugin.head)) continue;
+    ++totals.plugins;
+    if (plugin.started == State::kStarted) ++totals.started;
+    if (plugin.started == State::kInitFailed) ++totals.initFailed;
+    if (plugin.started == State::kNotLoaded) ++totals.notLoaded;
+    if (plugin.state == State::kStopped) ++totals.stopped;
+    if (plugin.state == State::kStopRefused) ++totals.stopRefused;
+  }
+  return totals;
+}
+
 std::string ReasonText(const PluginRun& plugin) {
   if (plugin.reason.empty() || plugin.stopReason.empty()) return plugin.reason + plugin.stopReason;
   return plugin.reason + "; stop: " + plugin.stopReason;

@@ -31,6 +31,9 @@ struct Verdict {
 /// degraded.
 Verdict Judge(const RunFacts& facts, const RunState& state);
 
+/// How many plugins there are, and what has become of them.
+RunTotals CountTotals(const RunState& state);
+
 /// How the start of a plugin ended, or what it is doing: one word for JSON ("init-failed").
 std::string OutcomeWord(const PluginRun& plugin);
 

@@ -70,7 +70,7 @@ std::string WaitedFor(const RunState& state, const std::string& cycle) {
 }
 
 std::string WaitingLine(const RunState& state, const std::string& cycle, std::int64_t nowNs) {
-  const std::string waited = Waited(state, cycle, [nowNs](const PluginRun& plugin) {
+  std::string waited = Waited(state, cycle, [nowNs](const PluginRun& plugin) {
     return fmt::format("{} ({:.1f} s)", plugin.head.id,
                        static_cast<double>(nowNs - plugin.sinceNs) * 1e-9);
   });

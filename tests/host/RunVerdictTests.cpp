@@ -141,6 +141,17 @@ TEST(Verdict, FailedIsWorseThanLeftBehindAndThatWorseThanDegraded) {
   EXPECT_EQ("failed", Judge(facts, run.State()).status);
 }
 
+TEST(Totals, CountWhatBecameOfThePluginsToStart) {
+  RunBuilder run;
+  for (const char* id : {"a", "b", "c", "d", "e", "f"}) run.Plugin(id);
+  run.Plugin("driver", "driver").Started("a").Started("b").InitFailed("c", "x").NotLoaded("d", "y");
+  run.Started("e").Stopped("a").Stopped("c").StopRefused("b", "z");
+  const RunTotals totals = CountTotals(run.State());
+  EXPECT_EQ((std::vector<std::int64_t>{6, 3, 1, 1, 2, 1}),
+            (std::vector<std::int64_t>{totals.plugins, totals.started, totals.initFailed,
+                                       totals.notLoaded, totals.stopped, totals.stopRefused}));
+}
+
 TEST(OutcomeWord, IsTheStartsFailureAlsoAfterAGoodStop) {
   RunBuilder run;
   for (const char* id : {"waits", "inits", "started", "failed", "gone", "stopped", "refused"}) {

@@ -32,10 +32,10 @@ TEST(RunJson, IsAWholeObjectAlthoughAPluginPrints) {
 }
 
 TEST(RunJson, HasTheSameMembersWhateverEndedTheRun) {
-  const std::set<std::string> members = {"schema",         "product",    "status",      "sentence",
-                                         "exitStatus",     "Frame_Init", "Frame_Start", "LoadState",
-                                         "Handles",        "Timing",     "Notified",    "phases",
-                                         "CallbackResult", "plugins",    "record",      "findings"};
+  const std::set<std::string> members = {
+      "schema",         "product",   "status",  "sentence", "exitStatus", "Frame_Init",
+      "Frame_Start",    "LoadState", "Handles", "Timing",   "Notified",   "phases",
+      "CallbackResult", "plugins",   "record",  "findings", "totals"};
   MadeProduct good;
   EXPECT_EQ(members, Keys(good.Plugin("a.server").Run("--json --seconds 0.5").Json()));
   SiteCopy broken;

@@ -87,6 +87,7 @@ RunEvent Event(Kind kind) {
   event.result = Result::kOk;
   event.severity = Severity::kWarning;
   event.status = "degraded";
+  event.totals = {6, 5, 4, 3, 2, 1};
   event.text = "because";
   return event;
 }
@@ -134,8 +135,11 @@ constexpr EventLine kEventLines[] = {
      R"("finding",@,"severity":"warning","text":""})"},
     {Kind::kCrash, R"("crash",@,"phase":"start","plugin":"a","text":"because"})",
      R"("crash",@,"text":""})"},
-    {Kind::kEnd, R"("end",@,"status":"degraded","exitStatus":3,"text":"because"})",
-     R"("end",@,"status":"degraded","exitStatus":3,"text":""})"}};
+    {Kind::kEnd,
+     R"("end",@,"status":"degraded","exitStatus":3,"totals":{"plugins":6,"started":5,)"
+     R"("initFailed":4,"notLoaded":3,"stopped":2,"stopRefused":1},"text":"because"})",
+     R"("end",@,"status":"degraded","exitStatus":3,"totals":{"plugins":6,"started":5,)"
+     R"("initFailed":4,"notLoaded":3,"stopped":2,"stopRefused":1},"text":""})"}};
 
 /// `text` with its "@" replaced by time and thread, behind what every event begins with.
 std::string Expected(std::string text) {

@@ -39,7 +39,8 @@ enum Member : unsigned {
   kStatus = 1U << 8U,
   kWaitedFor = 1U << 9U,
   kReason = 1U << 10U,
-  kText = 1U << 11U
+  kText = 1U << 11U,
+  kTotals = 1U << 12U
 };
 
 struct EventRow {
@@ -67,7 +68,7 @@ constexpr EventRow kEvents[] = {
     {Kind::kStopRequest, "stop-request", kText, 0},
     {Kind::kFinding, "finding", kSeverity | kText, 0},
     {Kind::kCrash, "crash", kText, kPlugin | kPhase},
-    {Kind::kEnd, "end", kStatus | kExitStatus | kText, 0}};
+    {Kind::kEnd, "end", kStatus | kExitStatus | kTotals | kText, 0}};
 
 const EventRow& RowOf(Kind kind) {
   for (const EventRow& row : kEvents) {
@@ -104,6 +105,7 @@ void VisitMembers(Event& event, Visit visit) {
   visit(kSeverity, "severity", event.severity);
   visit(kStatus, "status", event.status);
   visit(kExitStatus, "exitStatus", event.number);
+  visit(kTotals, "totals", event.totals);
   visit(kWaitedFor, "waitedFor", event.text);
   visit(kReason, "reason", event.text);
   visit(kText, "text", event.text);
@@ -117,6 +119,22 @@ std::int64_t Written(std::int64_t number) {
 }
 std::uint64_t Written(std::uint64_t number) {
   return number;
+}
+/// Calls `visit(name, field)` for each of the totals.
+template <typename Totals, typename Visit>
+void VisitTotals(Totals& totals, Visit visit) {
+  visit("plugins", totals.plugins);
+  visit("started", totals.started);
+  visit("initFailed", totals.initFailed);
+  visit("notLoaded", totals.notLoaded);
+  visit("stopped", totals.stopped);
+  visit("stopRefused", totals.stopRefused);
+}
+
+Json Written(const RunTotals& totals) {
+  Json json;
+  VisitTotals(totals, [&](const char* name, std::int64_t number) { json[name] = number; });
+  return json;
 }
 std::string Written(Result result) {
   return NameOf(kResults, result);
@@ -169,6 +187,11 @@ void Read(const Json& json, const char* name, std::uint64_t& value) {
 }
 void Read(const Json& json, const char* name, int& value) {
   ReadInteger(json, name, value);
+}
+void Read(const Json& json, const char* name, RunTotals& value) {
+  const auto member = json.find(name);
+  if (member == json.end()) return;
+  VisitTotals(value, [&](const char* total, auto& number) { Read(*member, total, number); });
 }
 void Read(const Json& json, const char* name, Result& value) {
   value = ValueOf(kResults, json.at(name).get<std::string>());
@@ -250,6 +273,12 @@ std::string SystemReason() {
 }
 
 }  // namespace
+
+bool RunTotals::operator==(const RunTotals& other) const {
+  return plugins == other.plugins && started == other.started && initFailed == other.initFailed &&
+         notLoaded == other.notLoaded && stopped == other.stopped &&
+         stopRefused == other.stopRefused;
+}
 
 std::string RecordLine(const RunHead& head) {
   return Dump({{"record", "head"},

@@ -5,6 +5,18 @@
 #include <string>
 #include <vector>
 
+/// How many plugins a run had, and what became of them.
+struct RunTotals {
+  std::int64_t plugins = 0;  // of the start: neither executables nor drivers
+  std::int64_t started = 0;
+  std::int64_t initFailed = 0;
+  std::int64_t notLoaded = 0;
+  std::int64_t stopped = 0;
+  std::int64_t stopRefused = 0;
+
+  bool operator==(const RunTotals& other) const;
+};
+
 /// One thing that happened in a run of a product: a line of its flight record.
 ///
 /// Beside each kind stands what it fills besides time and thread; docs/record.md names the members
@@ -32,7 +44,7 @@ struct RunEvent {
     kStopRequest,  // text: who or what asked
     kFinding,      // severity, text: what was said on the screen
     kCrash,        // plugin (empty: none), phase (empty: none), text: the sentence
-    kEnd           // status, number: the exit status, text: the sentence
+    kEnd           // status, number: the exit status, totals, text: the sentence
   };
   enum class Result { kNone, kOk, kFailed, kNotLoaded, kRefused };
   enum class Severity { kNote, kWarning, kError };
@@ -48,6 +60,7 @@ struct RunEvent {
   Result result = Result::kNone;
   Severity severity = Severity::kNote;
   std::string status;
+  RunTotals totals;
   std::string text;
 };
 
