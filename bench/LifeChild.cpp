@@ -1,10 +1,10 @@
-// One life of the product in argv[1], in a process of its own: a second Frame_Init in one process
+// Runs the product in argv[1] once, in a process of its own: a second Frame_Init in one process
 // starts nothing. Prints what it measured, a name and a number a line.
 //
-//   life_child PRODUCT            a whole life
+//   life_child PRODUCT            start and stop
 //   life_child PRODUCT --init     Frame_Init alone
 //
-// Exit status 1, with a sentence on standard error, when the life did not go as it had to.
+// Exit status 1, with a sentence on standard error, when the run did not go as it had to.
 
 #include <sys/resource.h>
 
@@ -21,6 +21,7 @@
 #include "reference/base/Log.h"
 #include "reference/kpx/PlatformRecord.h"
 #include "reference/xrt/ExecutablePath.h"
+#include "workbench/record/FrameLog.h"
 
 namespace {
 
@@ -47,12 +48,14 @@ void Print(const std::string& name, const Moment& from, const Moment& to) {
             << name << "_cpu_ms " << to.processor - from.processor << "\n";
 }
 
-/// Reads off the frame's log when the start is over, and from when to when the plugin that the
+/// Learns from the frame's log when the start is over, and from when to when the plugin that the
 /// others wait for was in Init: the first to begin, while it is the only one.
 class Watch {
  public:
   Watch() {
-    SetLogObserver([this](int, const std::string&, const std::string& text) { OnLine(text); });
+    SetLogObserver([this](int level, const std::string& module, const std::string& text) {
+      if (const auto event = ParseFrameLog(level, module, text)) OnEvent(event->kind);
+    });
   }
   ~Watch() { SetLogObserver({}); }
   Watch(const Watch&) = delete;
@@ -70,19 +73,24 @@ class Watch {
   }
 
  private:
-  void OnLine(const std::string& text) {
-    const auto has = [&text](const char* words) { return text.find(words) != std::string::npos; };
-    const bool begun = has("]Plugin Init begin.");
-    const bool ended = has("]Plugin Init end.");
-    const bool started = has("exec KPXStartFinishCallBack end");
-    if (!begun && !ended && !started) return;
+  void OnEvent(FrameEvent::Kind kind) {
+    using Kind = FrameEvent::Kind;
     const std::lock_guard<std::mutex> lock(m_mutex);
-    if (begun && m_begun++ == 0) m_initBegun = Now();
-    if (ended && m_ended++ == 0) m_initEnded = Now();
-    if (!started) return;
-    m_started = Now();
-    m_isStarted = true;
-    m_changed.notify_all();
+    switch (kind) {
+      case Kind::kInitBegin:
+        if (m_begun++ == 0) m_initBegun = Now();
+        return;
+      case Kind::kInitSucceeded:
+        if (m_ended++ == 0) m_initEnded = Now();
+        return;
+      case Kind::kStartCallbackEnd:
+        m_started = Now();
+        m_isStarted = true;
+        m_changed.notify_all();
+        return;
+      default:
+        return;
+    }
   }
 
   std::mutex m_mutex;
@@ -124,16 +132,20 @@ void MeasureInit(const FrameLibrary& frame) {
             << "after_kib " << StatusField("VmRSS") << "\n";
 }
 
+void CheckThatAllStarted() {
+  const std::size_t plugins = SnapshotPlatform().plugins->size();
+  if (const auto states = SnapshotPlatform().loadState; !states || states->size() != plugins) {
+    throw std::runtime_error("not every plugin started");
+  }
+}
+
 void MeasureLife(const FrameLibrary& frame) {
   Init(frame);
   Watch watch;
   const Moment begin = Now();
   if (frame.Start() != 0) throw std::runtime_error("Frame_Start failed");
   const Moment started = watch.WaitForStart();
-  const std::size_t plugins = SnapshotPlatform().plugins->size();
-  if (const auto states = SnapshotPlatform().loadState; !states || states->size() != plugins) {
-    throw std::runtime_error("not every plugin started");
-  }
+  CheckThatAllStarted();
   const Moment stopping = Now();
   frame.Stop();
   const Moment stopped = Now();
@@ -151,7 +163,8 @@ int main(int argc, char** argv) {
     ConfigureLog({0, "", 0, 0});
     SetExecutablePath(std::string(argv[1]) + "/bin/HUB");
     const FrameLibrary frame(FrameLibrary::PathBesideProgram());
-    if (argc > 2 && std::string(argv[2]) == "--init") {
+    const std::string option = argc > 2 ? argv[2] : "";
+    if (option == "--init") {
       MeasureInit(frame);
     } else {
       MeasureLife(frame);
