@@ -1,26 +1,34 @@
 // Runs the product in argv[1] once, in a process of its own: a second Frame_Init in one process
 // starts nothing. Prints what it measured, a name and a number a line.
 //
-//   life_child PRODUCT            start and stop
-//   life_child PRODUCT --init     Frame_Init alone
+//   life_child PRODUCT                    start and stop
+//   life_child PRODUCT --init             Frame_Init alone
+//   life_child PRODUCT --start [RECORD]   the start alone, with a flight record in this file
 //
 // Exit status 1, with a sentence on standard error, when the run did not go as it had to.
 
 #include <sys/resource.h>
 
+#include <algorithm>
 #include <chrono>
 #include <condition_variable>
+#include <cstddef>
 #include <fstream>
 #include <iostream>
 #include <limits>
 #include <mutex>
+#include <optional>
 #include <stdexcept>
 #include <string>
 
 #include "host/FrameLibrary.h"
+#include "host/PluginHeads.h"
+#include "host/RunMonitor.h"
 #include "reference/base/Log.h"
 #include "reference/kpx/PlatformRecord.h"
 #include "reference/xrt/ExecutablePath.h"
+#include "sdk/base/path.h"
+#include "workbench/record/FlightRecord.h"
 #include "workbench/record/FrameLog.h"
 
 namespace {
@@ -139,6 +147,45 @@ void CheckThatAllStarted() {
   }
 }
 
+/// A monitor whose events go to a flight record.
+struct RecordedRun {
+  explicit RecordedRun(const std::string& file)
+      : record(file), monitor([this](const std::string& line) {
+          record.WriteLine(line);
+          lines += 1 + std::count(line.begin(), line.end(), '\n');
+        }) {}
+
+  void Check() const {
+    const RunState state = monitor.State();
+    const bool all = std::all_of(
+        state.Plugins().begin(), state.Plugins().end(),
+        [](const PluginRun& plugin) { return plugin.state == PluginRun::State::kStarted; });
+    if (!all || record.LostLines() > 0) throw std::runtime_error("the record is not complete");
+  }
+
+  RecordWriter record;
+  std::ptrdiff_t lines = 0;  // guarded by the monitor's lock
+  RunMonitor monitor;
+};
+
+/// Returns with the plugins started. `recordFile` empty: without a record, and nothing observes.
+void MeasureStart(const FrameLibrary& frame, const std::string& recordFile) {
+  std::optional<RecordedRun> recorded;
+  if (!recordFile.empty()) recorded.emplace(recordFile);
+  Init(frame);
+  if (recorded) {
+    recorded->monitor.SetPlugins(PluginHeads(*SnapshotPlatform().productModel, GetCurExeDir()));
+  }
+  const Moment begin = Now();
+  if (frame.Start() != 0) throw std::runtime_error("Frame_Start failed");
+  KPX_Stop();  // waits for the start callback's return, without an observer of the log
+  const Moment started = Now();
+  CheckThatAllStarted();
+  if (recorded) recorded->Check();
+  Print("start", begin, started);
+  if (recorded) std::cout << "lines " << recorded->lines << "\n";
+}
+
 void MeasureLife(const FrameLibrary& frame) {
   Init(frame);
   Watch watch;
@@ -166,6 +213,8 @@ int main(int argc, char** argv) {
     const std::string option = argc > 2 ? argv[2] : "";
     if (option == "--init") {
       MeasureInit(frame);
+    } else if (option == "--start") {
+      MeasureStart(frame, argc > 3 ? argv[3] : "");
     } else {
       MeasureLife(frame);
     }
