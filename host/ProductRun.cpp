@@ -26,6 +26,7 @@ namespace {
 
 constexpr std::chrono::milliseconds kTick{50};
 constexpr std::chrono::seconds kLongestWrite{5};
+constexpr double kLastTasksSeconds = 0.2;
 
 double SecondsSince(std::int64_t beginNs) {
   return static_cast<double>(SteadyNanoseconds() - beginNs) * 1e-9;
@@ -35,6 +36,11 @@ std::string PlatformError() {
   char text[512] = {};
   KPX_GetLastError(text, sizeof(text));
   return text;
+}
+
+[[noreturn]] void EndProcess(ExitStatus status) {
+  ExpectExit();
+  std::_Exit(status);
 }
 
 }  // namespace
@@ -58,7 +64,10 @@ ExitStatus ProductRun::Run() {
     if (!m_stopAsked && Start()) Stay();
     Stop();
   }
-  return End().exitStatus;
+  const Verdict verdict = End();
+  // What still runs must not run on into the process's own end.
+  if (m_facts.unfinishedTasks != 0) EndProcess(verdict.exitStatus);
+  return verdict.exitStatus;
 }
 
 void ProductRun::Begin() {
@@ -111,13 +120,15 @@ void ProductRun::Stay() {
   Await([this] { return m_stopAsked; });
 }
 
-/// Frame_Stop, the plugins that are still in their Init, Frame_UnInit.
+/// Frame_Stop, and Frame_UnInit.
 void ProductRun::Stop() {
   m_stopLimit.emplace(m_options.stopTimeout, SteadyNanoseconds());
   if (m_facts.startResult) Call("Frame_Stop", [this] { m_frame.Stop(); });
   SayNotes();
-  // A plugin that is still in its Init must not lose the platform under it.
-  Await([] { return UnfinishedTasks() == 0; });
+  // A plugin is counted shortly before its task ends. One that is still in its Init is not waited
+  // for: the stop has passed it by, and may have unmapped what it depends on.
+  const std::int64_t stopped = SteadyNanoseconds();
+  Await([stopped] { return UnfinishedTasks() == 0 || SecondsSince(stopped) > kLastTasksSeconds; });
   Call("Frame_UnInit", [this] { m_frame.UnInit(); });
   m_stopLimit.reset();
 }
@@ -211,9 +222,7 @@ void ProductRun::CheckStopLimit() {
 /// Ends the process in the middle of the run, with everything said that is known.
 void ProductRun::Leave(const std::string& why) {
   m_reporter.SayError({why});
-  const Verdict verdict = End();
-  ExpectExit();
-  std::_Exit(verdict.exitStatus);
+  EndProcess(End().exitStatus);
 }
 
 void ProductRun::SayFindings(const ProductModel& model) {

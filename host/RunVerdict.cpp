@@ -83,7 +83,11 @@ std::string LeftBehindText(const RunFacts& facts, const RunState& state) {
     text = Clause(Names(state, waiting), "can never be stopped: what it waits for never ends",
                   "can never be stopped: what they wait for never ends");
   }
-  if (text.empty()) text = "; " + facts.pendingCall + " has not returned";
+  if (text.empty() && !facts.pendingCall.empty()) {
+    text = "; " + facts.pendingCall + " has not returned";
+  }
+  if (text.empty())
+    text = "; " + Count(facts.unfinishedTasks, "task") + " of the pool had not ended";
   return text.substr(2);
 }
 

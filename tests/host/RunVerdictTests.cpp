@@ -131,6 +131,13 @@ TEST(Verdict, IsLeftBehindWithTheCallOfTheFrameThatHasNotReturned) {
             Judged(facts, RunBuilder()));
 }
 
+TEST(Verdict, IsLeftBehindWithTasksThatNoPluginIsKnownToRun) {
+  RunFacts facts = Well();
+  facts.unfinishedTasks = 2;
+  EXPECT_EQ("4 left-behind | left behind: 2 tasks of the pool had not ended",
+            Judged(facts, RunBuilder()));
+}
+
 TEST(Verdict, FailedIsWorseThanLeftBehindAndThatWorseThanDegraded) {
   RunBuilder run;
   run.Plugin("a").InitFailed("a", "x").Up();

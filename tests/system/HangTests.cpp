@@ -140,13 +140,29 @@ TEST(StartTimeout, LeavesAProductAloneThatIsUpInTime) {
 
 TEST(StopRequest, BeforeTheProductIsUpCutsItShort) {
   MadeProduct product;
-  product.Plugin("slow.server", "init_takes_two_seconds");
+  product.Plugin("level0.server");
+  for (int i = 1; i < 15; ++i) {  // a level every 200 ms
+    product.Plugin("level" + std::to_string(i) + ".server", "well_behaved",
+                   DependsOn("level" + std::to_string(i - 1) + ".server"));
+  }
+  HubProcess hub(product.Arguments("--json"));
+  ASSERT_TRUE(hub.AwaitRecord("init-end"));
+  hub.AskToStop(StopWish::kTerminate);
+  const HubResult result = hub.Wait();
+  EXPECT_EQ(4, result.status) << result.errors;
+  EXPECT_EQ("cut-short", result.Json()["status"]);
+}
+
+TEST(StopRequest, DoesNotWaitForAPluginInItsInit) {
+  MadeProduct product;
+  product.Plugin("hangs.server", "init_hangs");
   HubProcess hub(product.Arguments("--json"));
   ASSERT_TRUE(hub.AwaitRecord("init-begin"));
   hub.AskToStop(StopWish::kTerminate);
   const HubResult result = hub.Wait();
   EXPECT_EQ(4, result.status) << result.errors;
-  EXPECT_EQ("cut-short", result.Json()["status"]);
+  EXPECT_EQ("left behind: hangs.server has not returned from its Init",
+            result.Json()["sentence"].get<std::string>().substr(0, 57));
 }
 
 TEST(StopRequest, ASecondOneLeavesAtOnceWithTheTableAndTheObject) {
