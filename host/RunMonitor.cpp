@@ -32,6 +32,10 @@ bool IsNote(FrameEvent::Kind kind) {
   }
 }
 
+RunEventSource::Where Now() {
+  return {SteadyNanoseconds(), ThreadNumber()};
+}
+
 /// So that `top` and a debugger show which plugin's code a thread runs.
 void NameThreadAfter(const FrameEvent& event) {
   const bool begins = event.kind == FrameEvent::Kind::kLoadTaskBegin ||
@@ -110,26 +114,50 @@ void RunMonitor::OnLogLine(int level, const std::string& module, const std::stri
 }
 
 void RunMonitor::OnTask(const TaskEvent& event) {
+  if (event.kind == TaskEvent::Kind::kPosted) return OnTaskPosted(event.task);
   if (event.kind == TaskEvent::Kind::kEnded) NameThread("idle");
   const std::lock_guard<std::mutex> lock(m_mutex);
   switch (event.kind) {
-    case TaskEvent::Kind::kPosted:
-      return Take(m_source.OnTaskPosted(Here(), event.task));
     case TaskEvent::Kind::kBegun:
       return Take(m_source.OnTaskBegun(Here(), event.task));
     case TaskEvent::Kind::kEnded:
       return Take(m_source.OnTaskEnded(Here(), event.task));
+    default:
+      return;
   }
 }
 
-/// Where and when the caller is. Under the lock, so that the events' times are in their order.
-RunEventSource::Where RunMonitor::Here() const {
-  return {SteadyNanoseconds(), ThreadNumber()};
+/// The start of all plugins waits for the thread that posts, so it does not wait here for another
+/// thread, which may have been suspended while it holds the lock. The event is then taken before
+/// the next one: at the latest, before its task begins.
+void RunMonitor::OnTaskPosted(std::uint64_t task) {
+  {
+    const std::lock_guard<std::mutex> lock(m_postedMutex);
+    m_posted.emplace_back(Now(), task);
+  }
+  const std::unique_lock<std::mutex> lock(m_mutex, std::try_to_lock);
+  if (lock) Here();
+}
+
+/// Takes the posted tasks so far and returns where and when the caller is. Both under one lock, so
+/// that the events' times are in their order.
+RunEventSource::Where RunMonitor::Here() {
+  std::vector<std::pair<RunEventSource::Where, std::uint64_t>> posted;
+  RunEventSource::Where here;
+  {
+    const std::lock_guard<std::mutex> lock(m_postedMutex);
+    posted.swap(m_posted);
+    here = Now();
+  }
+  for (const auto& [where, task] : posted) Take(m_source.OnTaskPosted(where, task));
+  return here;
 }
 
 void RunMonitor::Take(const std::vector<RunEvent>& events) {
+  std::string lines;
   for (const RunEvent& event : events) {
     m_state.Apply(event);
-    if (m_sink) m_sink(RecordLine(event));
+    if (m_sink) lines.append(lines.empty() ? "" : "\n").append(RecordLine(event));
   }
+  if (!lines.empty()) m_sink(lines);
 }

@@ -5,6 +5,7 @@
 #include <mutex>
 #include <optional>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "reference/base/ThreadPools.h"
@@ -21,8 +22,9 @@
 /// by the writer.
 class RunMonitor {
  public:
-  /// Takes a line of the record, in order; called under the monitor's lock.
-  using LineSink = std::function<void(const std::string& line)>;
+  /// Takes lines of the record, one or several with line feeds between them, in order; called under
+  /// the monitor's lock.
+  using LineSink = std::function<void(const std::string& lines)>;
 
   /// `sink` may be empty.
   explicit RunMonitor(LineSink sink);
@@ -48,15 +50,20 @@ class RunMonitor {
  private:
   void OnLogLine(int level, const std::string& module, const std::string& text);
   void OnTask(const TaskEvent& event);
-  RunEventSource::Where Here() const;
+  void OnTaskPosted(std::uint64_t task);
+  RunEventSource::Where Here();
   void Take(const std::vector<RunEvent>& events);
 
   const LineSink m_sink;
 
-  mutable std::mutex m_mutex;
+  mutable std::mutex m_mutex;  // held while lines are written
+  std::mutex m_postedMutex;    // taken under m_mutex or alone, for a moment
 
   // Guarded by m_mutex.
   RunEventSource m_source;
   RunState m_state;
   std::vector<FrameEvent> m_notes;
+
+  // Guarded by m_postedMutex: tasks that were posted and not taken yet.
+  std::vector<std::pair<RunEventSource::Where, std::uint64_t>> m_posted;
 };

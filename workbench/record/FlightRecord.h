@@ -34,7 +34,7 @@ class RecordWriter {
   void Write(const Part& part) {
     WriteLine(RecordLine(part));
   }
-  /// `line` has no line feed.
+  /// `line`: one, or several with line feeds between them, which are written together.
   void WriteLine(const std::string& line);
 
   std::size_t LostLines() const { return m_lost; }

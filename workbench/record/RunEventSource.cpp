@@ -103,6 +103,11 @@ void RunEventSource::SetPlugins(std::vector<PluginHead> plugins) {
       m_stop.waitsFor[other].insert(id);
     }
   }
+  for (Order* order : {&m_start, &m_stop}) {
+    for (const std::string& id : m_plugins) {
+      for (const std::string& other : order->waitsFor[id]) order->waiters[other].push_back(id);
+    }
+  }
 }
 
 std::vector<RunEvent> RunEventSource::OnTaskPosted(const Where& where, std::uint64_t task) {
@@ -327,7 +332,9 @@ void RunEventSource::Count(const Where& where, Order& order, const FrameEvent& e
   counted.result = result;
   counted.text = OneLine(reason);
   events.push_back(std::move(counted));
-  for (const std::string& plugin : m_plugins) {
+  const auto waiters = order.waiters.find(event.plugin);
+  if (waiters == order.waiters.end()) return;
+  for (const std::string& plugin : waiters->second) {
     std::set<std::string>& waitsFor = order.waitsFor[plugin];
     waitsFor.erase(event.plugin);
     if (waitsFor.empty() && order.open) TellReady(where, order, plugin, event.plugin, events);

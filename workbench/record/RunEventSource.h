@@ -57,10 +57,12 @@ class RunEventSource {
     explicit Order(const char* name) : phase(name) {}
 
     const char* phase;
-    bool open = false;                                      // between its begin and its end
-    std::map<std::string, std::set<std::string>> waitsFor;  // of a plugin: those not counted yet
-    std::set<std::string> told;                             // the plugins that kReady was told of
-    std::vector<std::string> done;                          // whose code has returned, in order
+    bool open = false;                                        // between its begin and its end
+    std::map<std::string, std::set<std::string>> waitsFor;    // of a plugin: those not counted yet
+    std::map<std::string, std::vector<std::string>> waiters;  // of a plugin: those that wait for
+                                                              // it, in the model's order
+    std::set<std::string> told;                               // the plugins that kReady was told of
+    std::vector<std::string> done;                            // whose code has returned, in order
   };
 
   /// A plugin's turn on a thread, from its begin until the plugin is counted.

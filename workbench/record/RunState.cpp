@@ -57,10 +57,12 @@ const PluginRun* RunState::Find(const std::string& id) const {
 }
 
 PluginRun& RunState::Plugin(const std::string& id) {
+  const auto position = m_positions.find(id);
+  if (position != m_positions.end()) return m_plugins[position->second];
   PluginHead head;
   head.id = id;
   AddPlugin(head);
-  return m_plugins[m_positions.find(id)->second];
+  return m_plugins.back();
 }
 
 const RunState::Phase* RunState::FindPhase(const std::string& name) const {
