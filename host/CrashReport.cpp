@@ -3,10 +3,12 @@
 #include <algorithm>
 #include <array>
 #include <atomic>
+#include <chrono>
 #include <cstdint>
 #include <cstring>
 #include <string>
 #include <string_view>
+#include <thread>
 
 #include "host/Commands.h"
 #include "host/RunClock.h"
@@ -79,13 +81,14 @@ void EnterMapped(const std::string& path) {
   g_libraries[mine].end = range->end;
 }
 
-/// After a library was freed: it may still be mapped, when somebody else holds it too.
-void EnterUnmapped() {
+/// Before and after a library is freed: other threads may crash in it before the frame says that it
+/// has been freed, and it may still be mapped then, when somebody else holds it too.
+void EnterUnmapped(bool isFreed) {
   const std::size_t count = std::min(g_mapped.load(), g_libraries.size());
   for (std::size_t i = 0; i < count; ++i) {
     MappedLibrary& library = g_libraries[i];
     const bool mine = library.end != 0 && library.plugin.View() == t_code.plugin.View();
-    if (mine && !LoadedModule(library.path)) library.unmapped = true;
+    if (mine) library.unmapped = !isFreed || !LoadedModule(library.path);
   }
 }
 
@@ -108,7 +111,9 @@ void AddSeconds(CrashText& text, std::int64_t nanoseconds) {
 /// Whose code it was, as the end of the sentence. Gives the plugin's name in `plugin`.
 void AddWhose(CrashText& text, const Crash& crash, std::string_view& plugin) {
   const MappedLibrary* library = LibraryAt(crash.address);
-  if (library != nullptr && library->unmapped) {
+  const bool isThreads = t_code.phase != nullptr && library != nullptr &&
+                         library->plugin.View() == t_code.plugin.View();
+  if (library != nullptr && library->unmapped && !isThreads) {
     plugin = library->plugin.View();
     text.Add(" in code of ")
         .AddEscaped(plugin)
@@ -146,7 +151,6 @@ void AddJson(CrashText& line, std::string_view text) {
 /// long, as this thread may be one of them.
 void CloseRecordToOthers() {
   constexpr std::int64_t longestWaitNs = 100'000'000;
-  g_crashed = true;
   const std::int64_t begin = SteadyNanoseconds();
   while (g_writers != 0 && SteadyNanoseconds() - begin < longestWaitNs) {
   }
@@ -170,6 +174,7 @@ void WriteRecord(std::string_view sentence, std::string_view plugin) {
 }
 
 void Report(const Crash& crash) noexcept {
+  g_crashed = true;
   std::string_view plugin;
   CrashText sentence;
   sentence.AddEscaped(crash.what);
@@ -197,6 +202,11 @@ void SetCrashRecord(const std::filesystem::path& record) {
   g_recordPath.Set(LocalFromPath(record));
 }
 
+void AnnounceExit() {
+  while (g_crashed) std::this_thread::sleep_for(std::chrono::hours(1));
+  ExpectExit();
+}
+
 RecordPermit::RecordPermit() {
   ++g_writers;
   m_granted = !g_crashed;
@@ -218,6 +228,7 @@ void FollowPluginCode(const FrameEvent& event) {
     case Kind::kUnInitBegin:
       return BeginCode(event.plugin, "in UnInit");
     case Kind::kFreeBegin:
+      EnterUnmapped(false);
       return BeginCode(std::string(t_code.plugin.View()), "being unmapped");
     case Kind::kLoadBegin:
       t_path = event.path;
@@ -225,7 +236,7 @@ void FollowPluginCode(const FrameEvent& event) {
     case Kind::kLoadSucceeded:
       return EnterMapped(event.path);
     case Kind::kFreeEnd:
-      return EnterUnmapped();
+      return EnterUnmapped(true);
     case Kind::kStartCounted:
     case Kind::kStartAbandoned:
     case Kind::kNotLoadedCounted:

@@ -12,6 +12,10 @@
 /// Installs the crash handler. At the begin of main.
 void InstallCrashReport();
 
+/// From now on an exit is HUB's own, unless the process is crashing: then this does not return, and
+/// the crash ends the process with its own status.
+void AnnounceExit();
+
 /// Where the crash's line goes to, and what the sentence calls the record; empty: nowhere.
 void SetCrashRecord(const std::filesystem::path& record);
 

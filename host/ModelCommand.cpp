@@ -4,6 +4,7 @@
 
 #include "host/CommandLine.h"
 #include "host/Commands.h"
+#include "host/CrashReport.h"
 #include "host/FrameDriver.h"
 #include "host/FrameLibrary.h"
 #include "host/ProductReading.h"
@@ -11,7 +12,7 @@
 #include "host/RunMonitor.h"
 #include "reference/kpx/PlatformRecord.h"
 #include "reference/lpc/LpcRecord.h"
-#include "reference/os/CrashHandler.h"
+
 #include "workbench/output/Text.h"
 
 namespace {
@@ -34,7 +35,7 @@ std::int32_t Initialise(const FrameLibrary& frame, HostContext& context) {
     if (const auto request = context.stop.WaitFor(std::chrono::milliseconds(0))) {
       std::cerr << "HUB: stopped by " << Name(*request) << " before the product was read"
                 << std::endl;
-      ExpectExit();
+      AnnounceExit();
       std::_Exit(kCutShort);
     }
   }

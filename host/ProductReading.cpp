@@ -69,6 +69,8 @@ std::optional<Finding> FindingOf(const FrameEvent& note) {
     case FrameEvent::Kind::kNoPoolForStop:
       return Error(
           "there were no threads for the stop; the plugins were neither stopped nor freed");
+    case FrameEvent::Kind::kStepThrewNoException:
+      return Error("a step of the frame ended with something that is no exception object");
     case FrameEvent::Kind::kStepThrew:
       return Error("a step of the frame ended with an exception: " + note.reason);
     default:

@@ -15,7 +15,6 @@
 #include "host/StatusText.h"
 #include "reference/base/ThreadPools.h"
 #include "reference/kpx/PlatformRecord.h"
-#include "reference/os/CrashHandler.h"
 #include "reference/os/LocalText.h"
 #include "sdk/base/log.h"
 #include "sdk/base/path.h"
@@ -39,7 +38,7 @@ std::string PlatformError() {
 }
 
 [[noreturn]] void EndProcess(ExitStatus status) {
-  ExpectExit();
+  AnnounceExit();
   std::_Exit(status);
 }
 

@@ -19,6 +19,7 @@ bool IsNote(FrameEvent::Kind kind) {
   switch (kind) {
     case Kind::kInitRefused:
     case Kind::kStepThrew:
+    case Kind::kStepThrewNoException:
     case Kind::kRequiredFileUnreadable:
     case Kind::kPluginDropped:
     case Kind::kTypeUnknown:

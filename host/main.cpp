@@ -11,7 +11,6 @@
 #include "host/CrashReport.h"
 #include "reference/base/Log.h"
 #include "reference/kpx/PlatformRecord.h"
-#include "reference/os/CrashHandler.h"
 #include "reference/os/LibraryFolder.h"
 #include "reference/os/LocalText.h"
 #include "reference/os/ProcessPath.h"
@@ -74,6 +73,6 @@ int main(int argc, char** argv) {
   } catch (const std::exception& error) {
     std::cerr << "HUB: " << error.what() << std::endl;
   }
-  ExpectExit();
+  AnnounceExit();
   return status;
 }

@@ -162,7 +162,7 @@ TEST(StopRequest, DoesNotWaitForAPluginInItsInit) {
   const HubResult result = hub.Wait();
   EXPECT_EQ(4, result.status) << result.errors;
   EXPECT_EQ("left behind: hangs.server has not returned from its Init",
-            result.Json()["sentence"].get<std::string>().substr(0, 57));
+            result.Json()["sentence"].get<std::string>().substr(0, 56));
 }
 
 TEST(StopRequest, ASecondOneLeavesAtOnceWithTheTableAndTheObject) {
