@@ -57,7 +57,7 @@ package-test: package ## Run what is in the packages, unpacked elsewhere, with t
 	tools/test-package build/packages/*-windows-x86_64.zip build/windows cmake/windows/wine; \
 	status=$$?; cmake/windows/wine stop; exit $$status
 
-asan tsan: packages ## Run every test under the address, leak and undefined-behaviour sanitizers; or the thread one
+asan tsan: packages ## Run the tests under the address, leak and undefined-behaviour sanitizers; or the thread one
 	$(call configure_and_build,$@)
 	@ctest --preset $@
 

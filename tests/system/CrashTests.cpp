@@ -39,9 +39,9 @@ HubResult RunToTheCrash(const std::string& fixture, const std::string& sentence)
   EXPECT_THAT(result.errors, HasSubstr("HUB: the record of this run: " + record + "\n"));
   EXPECT_THAT(result.errors, HasSubstr("\n#0 "));
   const json last = LastLine(record);
-  EXPECT_EQ("crash", last["event"]) << last;
-  EXPECT_EQ("bad.server", last["plugin"]) << last;
-  EXPECT_THAT(last["text"].get<std::string>(), HasSubstr(sentence));
+  EXPECT_EQ("crash", last.value("event", "")) << last;
+  EXPECT_EQ("bad.server", last.value("plugin", "")) << last;
+  EXPECT_THAT(last.value("text", ""), HasSubstr(sentence));
   return result;
 }
 
