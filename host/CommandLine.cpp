@@ -3,6 +3,7 @@
 #include <CLI/CLI.hpp>
 #include <algorithm>
 #include <filesystem>
+#include <fstream>
 #include <iostream>
 #include <memory>
 #include <set>
@@ -45,7 +46,23 @@ bool IsOneOfTheProduct(const std::string& file, const fs::path& bin) {
   const auto both = std::mismatch(product.begin(), product.end(), target.begin(), target.end());
   if (both.first != product.end()) return false;  // it lies elsewhere
   static const std::set<std::string> own = {".xml", ".data", ".dll", ".exe", ".so"};
-  return own.count(LocalFromPath(target.extension())) != 0;
+  std::string extension = LocalFromPath(target.extension());
+  for (char& c : extension) {
+    if (c >= 'A' && c <= 'Z') c = static_cast<char>(c - 'A' + 'a');
+  }
+  return own.count(extension) != 0;
+}
+
+/// Why a flight record cannot take the place of what is there now; empty when it can.
+std::string WhyNotReplaced(const fs::path& file) {
+  std::error_code error;
+  const fs::file_type type = fs::status(file, error).type();
+  if (type == fs::file_type::fifo || type == fs::file_type::directory) return "is no file";
+  if (type != fs::file_type::regular || fs::file_size(file, error) == 0) return std::string();
+  constexpr char head[] = "{\"record\":\"head\"";
+  std::string begin(sizeof(head) - 1, '\0');
+  std::ifstream(file, std::ios::binary).read(&begin[0], static_cast<std::streamsize>(begin.size()));
+  return begin == head ? std::string() : "is there and is no flight record";
 }
 
 /// What is wrong with a request that the command line's grammar allows; empty when nothing is.
@@ -63,7 +80,14 @@ std::string WhatIsWrong(const Options& options) {
       return option + file + " is one of the product's own files, or could pass for one";
     }
   }
-  return std::string();
+  if (options.record.empty()) return std::string();
+  const fs::path record = PathFromLocal(options.record);
+  if (!options.log.empty() && fs::weakly_canonical(record, error) ==
+                                  fs::weakly_canonical(PathFromLocal(options.log), error)) {
+    return "--log and --record: " + options.record + " cannot be both";
+  }
+  const std::string why = WhyNotReplaced(record);
+  return why.empty() ? why : "--record: " + options.record + " " + why;
 }
 
 }  // namespace

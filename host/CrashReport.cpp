@@ -20,6 +20,9 @@
 
 namespace {
 
+constexpr char kLoading[] = "loading";
+constexpr char kInInit[] = "in Init";
+
 /// A text that a crash handler can read: no heap.
 class FixedText {
  public:
@@ -28,7 +31,7 @@ class FixedText {
 
  private:
   std::size_t m_size = 0;
-  std::array<char, 256> m_text{};
+  std::array<char, 1024> m_text{};
 };
 
 /// The plugin's code that a thread runs. Written and read by that thread alone.
@@ -59,7 +62,7 @@ std::atomic<std::size_t> g_mapped{0};
 std::atomic<int> g_writers{0};  // threads that hold a permit, or are asking for one
 std::atomic<bool> g_crashed{false};
 
-SystemFile g_record = kNoFile;
+std::atomic<SystemFile> g_record{kNoFile};
 FixedText g_recordPath;
 
 void BeginCode(const std::string& plugin, const char* phase) {
@@ -134,7 +137,7 @@ void AddWhose(CrashText& text, const Crash& crash, std::string_view& plugin) {
   text.Add(" on a thread that runs no plugin's Init or UnInit");
 }
 
-/// A text inside a JSON string.
+/// A text inside a JSON string. Texts from outside may be cut inside a character.
 void AddJson(CrashText& line, std::string_view text) {
   for (const char c : text) {
     const auto byte = static_cast<unsigned char>(c);
@@ -147,6 +150,14 @@ void AddJson(CrashText& line, std::string_view text) {
   }
 }
 
+/// A plugin's ID inside a JSON string: it is UTF-8, as the model file that it comes from.
+void AddJsonID(CrashText& line, std::string_view id) {
+  for (const char c : id) {
+    if (c == '"' || c == '\\') line.Add("\\");
+    line.Add({&c, 1});
+  }
+}
+
 /// Lets nobody else write to the record any more, and lets those who are writing finish; not for
 /// long, as this thread may be one of them.
 void CloseRecordToOthers() {
@@ -156,37 +167,48 @@ void CloseRecordToOthers() {
   }
 }
 
+bool IsOfTheStart(std::string_view phase) {
+  return phase == kLoading || phase == kInInit;
+}
+
 void WriteRecord(std::string_view sentence, std::string_view plugin) {
-  if (g_record == kNoFile) return;
+  const SystemFile record = g_record;
+  if (record == kNoFile) return;
   CloseRecordToOthers();
   CrashText line;
   line.Add(R"({"record":"event","event":"crash","ns":)").AddNumber(SteadyNanoseconds());
   line.Add(R"(,"thread":)").AddNumber(static_cast<std::int64_t>(ThreadNumber()));
+  if (t_code.phase != nullptr) {
+    line.Add(R"(,"phase":")").Add(IsOfTheStart(t_code.phase) ? "start" : "stop").Add("\"");
+  }
   if (!plugin.empty()) {
     line.Add(R"(,"plugin":")");
-    AddJson(line, plugin);
+    AddJsonID(line, plugin);
     line.Add("\"");
   }
   line.Add(R"(,"text":")");
   AddJson(line, sentence);
   line.Add("\"}\n");
-  WriteCrashText(g_record, line.View());
+  WriteCrashText(record, line.View());
 }
 
+/// The record first: standard error may be a pipe that nobody reads.
 void Report(const Crash& crash) noexcept {
+  constexpr std::size_t longestWhat = 500;  // of an exception's text; the rest must fit behind it
   g_crashed = true;
   std::string_view plugin;
   CrashText sentence;
-  sentence.AddEscaped(crash.what);
+  sentence.AddEscaped(std::string_view(crash.what).substr(0, longestWhat));
   AddWhose(sentence, crash, plugin);
+  WriteRecord(sentence.View(), plugin);
   CrashText text;
   text.Add("\nHUB: the process ends: ").Add(sentence.View()).Add("\n");
   WriteCrashText(StandardError(), text.View());
-  WriteRecord(sentence.View(), plugin);
-  if (g_recordPath.View().empty()) return WriteCrashStack(StandardError());
-  CrashText record;
-  record.Add("HUB: the record of this run: ").Add(g_recordPath.View()).Add("\n");
-  WriteCrashText(StandardError(), record.View());
+  if (!g_recordPath.View().empty()) {
+    CrashText record;
+    record.Add("HUB: the record of this run: ").Add(g_recordPath.View()).Add("\n");
+    WriteCrashText(StandardError(), record.View());
+  }
   WriteCrashStack(StandardError());
 }
 
@@ -197,9 +219,10 @@ void InstallCrashReport() {
 }
 
 void SetCrashRecord(const std::filesystem::path& record) {
-  if (g_record != kNoFile) CloseFile(g_record);
-  g_record = record.empty() ? kNoFile : OpenForAppending(record);
+  const SystemFile before = g_record.exchange(kNoFile);
+  if (before != kNoFile) CloseFile(before);
   g_recordPath.Set(LocalFromPath(record));
+  if (!record.empty()) g_record = OpenForAppending(record);
 }
 
 void AnnounceExit() {
@@ -220,11 +243,11 @@ void FollowPluginCode(const FrameEvent& event) {
   using Kind = FrameEvent::Kind;
   switch (event.kind) {
     case Kind::kLoadTaskBegin:
-      return BeginCode(event.plugin, "loading");
+      return BeginCode(event.plugin, kLoading);
     case Kind::kUnloadTaskBegin:
       return BeginCode(event.plugin, "stopping");
     case Kind::kInitBegin:
-      return BeginCode(event.plugin, "in Init");
+      return BeginCode(event.plugin, kInInit);
     case Kind::kUnInitBegin:
       return BeginCode(event.plugin, "in UnInit");
     case Kind::kFreeBegin:

@@ -10,7 +10,7 @@ namespace {
 
 template <typename Entry>
 void LookUp(Entry& entry, HMODULE library, const char* name, const std::string& path) {
-  // By way of the type that stands for any function: the system's own names another.
+  // Cast through void(*)(): FARPROC has another signature.
   entry = reinterpret_cast<Entry>(reinterpret_cast<void (*)()>(GetProcAddress(library, name)));
   if (entry == nullptr) {
     throw std::runtime_error(path + ": exports no " + name + "; is it the frame's library?");

@@ -37,6 +37,14 @@ std::string PlatformError() {
   return text;
 }
 
+std::string StartFailure(const std::vector<FrameEvent>& notes) {
+  for (const FrameEvent& note : notes) {
+    if (note.kind == FrameEvent::Kind::kNoPoolForStart) return "there are no threads for them";
+    if (note.kind == FrameEvent::Kind::kStepThrew) return note.reason;
+  }
+  return PlatformError();
+}
+
 [[noreturn]] void EndProcess(ExitStatus status) {
   AnnounceExit();
   std::_Exit(status);
@@ -112,7 +120,7 @@ void ProductRun::Stay() {
   Await([this] { return m_stopAsked || StartCallbackResult(); });
   m_facts.callbackResult = StartCallbackResult();
   if (m_facts.callbackResult == false) {
-    m_facts.failure = "the plugins could not be started: " + PlatformError();
+    m_facts.failure = "the plugins could not be started: " + StartFailure(m_monitor.Notes());
     return;
   }
   if (m_facts.callbackResult) m_reporter.SayUp((SteadyNanoseconds() - m_startNs) / 1'000'000);

@@ -1,6 +1,7 @@
 #include "host/RunRecord.h"
 
 #include <exception>
+#include <system_error>
 
 #include "reference/os/LocalText.h"
 #include "reference/os/ProcessInfo.h"
@@ -56,7 +57,9 @@ void RunRecord::OpenInStateFolder(const Options& options, const fs::path& bin,
                                   const RunClock& clock) {
   const fs::path state = UserStateFolder();
   if (state.empty()) throw std::runtime_error("the user has no folder for it");
-  const RecordFolder folder(state, bin);
+  std::error_code error;
+  const fs::path resolved = fs::weakly_canonical(bin, error);  // one folder, however it is named
+  const RecordFolder folder(state, error ? bin : resolved);
   const fs::path file = folder.NewRecord(clock.UtcText(clock.nanoseconds),
                                          static_cast<std::int64_t>(ProcessNumber()));
   TakeLock(folder.Path() / "lock");

@@ -81,6 +81,7 @@ void RunReporter::SayLine(const std::string& line) {
 void RunReporter::SayError(const std::vector<std::string>& sentences) {
   if (InTable()) m_screen.Finish(m_monitor.State());
   for (const std::string& sentence : sentences) {
+    m_monitor.Add(EventOf({Finding::Severity::kError, sentence}));
     IKPXFormatLog(kFailure, kModule, "%s", sentence.c_str());
     std::cerr << "HUB: " << Escaped(sentence) << "\n";
   }

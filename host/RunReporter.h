@@ -31,10 +31,10 @@ class RunReporter {
 
   void Say(const Finding& finding);
 
-  /// A line for the screen alone.
+  /// A line for the screen and the log.
   void SayLine(const std::string& line);
 
-  /// Sentences that must not be missed, on standard error.
+  /// Sentences that must not be missed: findings of the run, on standard error.
   void SayError(const std::vector<std::string>& sentences);
 
   void SayUp(std::int64_t milliseconds);

@@ -179,12 +179,12 @@ std::string RunTable(const RunState& state, const Verdict& verdict, const TableS
               Milliseconds(plugin.uninitMs), ReasonText(plugin), attention);
   }
   if (folded != 0) {
-    table.Line(fmt::format("and {} that started and stopped well (--all shows them)",
+    table.Line(fmt::format("and {} that need no attention (--all shows them)",
                            Count(folded, "more plugin")));
   }
   table.Rule();
   table.Row(total, "total", Milliseconds(PhaseMs(state, RunPhase::kStart)), "total",
             Milliseconds(PhaseMs(state, RunPhase::kStop)), "");
-  table.Line(table.Colored(verdict.sentence, VerdictColor(verdict.exitStatus)));
+  table.Line(table.Colored(Escaped(verdict.sentence), VerdictColor(verdict.exitStatus)));
   return table.Text();
 }

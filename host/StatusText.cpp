@@ -27,6 +27,13 @@ bool Done(const RunState& state, const PluginRun& plugin) {
   return Stopping(state) ? plugin.stopCounted : plugin.startCounted;
 }
 
+/// Whether the frame only has to look again for some plugin to begin.
+bool SomebodyIsReady(const RunState& state) {
+  return std::any_of(state.Plugins().begin(), state.Plugins().end(), [](const PluginRun& plugin) {
+    return IsStarted(plugin.head) && plugin.state == State::kReady;
+  });
+}
+
 template <typename Text>
 std::string Waited(const RunState& state, const std::string& cycle, Text text) {
   std::vector<std::string> names;
@@ -34,7 +41,8 @@ std::string Waited(const RunState& state, const std::string& cycle, Text text) {
     if (Running(plugin)) names.push_back(text(plugin));
   }
   if (!names.empty()) return "waiting for " + JoinNames(names, kMostNames);
-  if (!cycle.empty() && OnlyWaiting(state)) return "waiting for the cycle " + cycle;
+  if (!cycle.empty() && OnlyWaiting(state) && !SomebodyIsReady(state))
+    return "waiting for the cycle " + cycle;
   return std::string();
 }
 
@@ -71,7 +79,7 @@ std::string WaitedFor(const RunState& state, const std::string& cycle) {
 
 std::string WaitingLine(const RunState& state, const std::string& cycle, std::int64_t nowNs) {
   std::string waited = Waited(state, cycle, [nowNs](const PluginRun& plugin) {
-    return fmt::format("{} ({:.1f} s)", plugin.head.id,
+    return fmt::format("{} ({:.1f} s)", plugin.head.id.empty() ? "(no ID)" : plugin.head.id,
                        static_cast<double>(nowNs - plugin.sinceNs) * 1e-9);
   });
   if (waited.empty()) return waited;

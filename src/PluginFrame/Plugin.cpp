@@ -67,7 +67,7 @@ bool CPlugin::UnInit() {
 
 CPlugin::Entry CPlugin::FindEntry(const char* name) const {
   if (m_module == nullptr) return nullptr;
-  // By way of the type that stands for any function: the system's own names another.
+  // Cast through void(*)(): FARPROC has another signature.
   const auto entry = reinterpret_cast<void (*)()>(GetProcAddress(m_module, name));
   return reinterpret_cast<Entry>(entry);
 }

@@ -29,16 +29,16 @@ struct CloseFile {
   void operator()(std::FILE* file) const { std::fclose(file); }
 };
 
-/// Hears what libxml2 has to say on this thread while one of its calls runs.
+/// Receives libxml2's messages on this thread while one of its calls runs.
 ///
-/// An exhausted memory is told from what is not there in no other way, and a product must not read
-/// as empty because memory ran out. Anything else goes on to where it would have gone, by default
-/// standard error, but with the name of the file.
+/// libxml2 returns null for "absent" and for "out of memory"; only this callback tells them apart,
+/// and a product must not read as empty because memory ran out. Any other message goes on to where
+/// it would have gone, by default standard error, with the name of the file.
 class XmlErrors {
  public:
   explicit XmlErrors(const std::string& file)
       : m_file(file), m_handler(xmlStructuredError), m_context(xmlStructuredErrorContext) {
-    xmlSetStructuredErrorFunc(this, &XmlErrors::Hear);
+    xmlSetStructuredErrorFunc(this, &XmlErrors::Receive);
   }
   ~XmlErrors() { xmlSetStructuredErrorFunc(m_context, m_handler); }
   XmlErrors(const XmlErrors&) = delete;
@@ -50,7 +50,7 @@ class XmlErrors {
   }
 
  private:
-  static void Hear(void* self, xmlErrorPtr error) {
+  static void Receive(void* self, xmlErrorPtr error) {
     auto& errors = *static_cast<XmlErrors*>(self);
     if (error->code == XML_ERR_NO_MEMORY) {
       errors.m_outOfMemory = true;

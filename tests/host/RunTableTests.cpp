@@ -80,7 +80,7 @@ TEST(Table, FoldsWhatIsWellBeyondFortyPlugins) {
   const std::string table = RunTable(run.State(), up, {});
   EXPECT_EQ(40U, Rows(table));
   EXPECT_NE(std::string::npos,
-            table.find("\nand 21 more plugins that started and stopped well (--all shows them)\n"));
+            table.find("\nand 21 more plugins that need no attention (--all shows them)\n"));
   EXPECT_NE(std::string::npos, table.find("\nplugin-last  NOT LOADED"));
   EXPECT_EQ(61U, Rows(RunTable(run.State(), up, {0, false, true})));
 }
@@ -91,6 +91,8 @@ TEST(Table, ShowsNamesWithWideCharactersInLineAndEscapesControlBytes) {
   const std::string table = RunTable(run.State(), kDegradedVerdict, {});
   EXPECT_NE(std::string::npos, table.find("\n\u6d4b\u8bd5       NEVER BEGUN"));
   EXPECT_NE(std::string::npos, table.find("\nx\\x1b[2Jy  NEVER BEGUN"));
+  const Verdict hostile = {"failed", kFrameFailed, "failed: \x1b[2J"};
+  EXPECT_NE(std::string::npos, RunTable(run.State(), hostile, {}).find("\nfailed: \\x1b[2J\n"));
   EXPECT_NE(std::string::npos, table.find("\n(no ID)    NEVER BEGUN"));
 }
 

@@ -9,6 +9,7 @@
 #include "reference/os/LocalText.h"
 #include "tests/system/HowItEnds.h"
 #include "tests/system/MadeProduct.h"
+#include "workbench/record/FlightRecord.h"
 
 using nlohmann::json;
 using testing::HasSubstr;
@@ -41,6 +42,7 @@ HubResult RunToTheCrash(const std::string& fixture, const std::string& sentence)
   const json last = LastLine(record);
   EXPECT_EQ("crash", last.value("event", "")) << last;
   EXPECT_EQ("bad.server", last.value("plugin", "")) << last;
+  EXPECT_EQ(0U, ReadFlightRecord(PathFromLocal(record)).unreadableLines);
   EXPECT_THAT(last.value("text", ""), HasSubstr(sentence));
   return result;
 }
@@ -57,6 +59,12 @@ TEST(Crash, ByAbortEndsWithItsStatus) {
 TEST(Crash, ByTerminateSaysWhatWasThrown) {
   const HubResult result = RunToTheCrash("init_terminates", "");
   EXPECT_THAT(result.errors, HasSubstr("nobody catches this"));
+  ExpectEndedByAbort(result);
+}
+
+TEST(Crash, WithALongTextStillNamesThePluginAndIsAWholeLine) {
+  const HubResult result = RunToTheCrash("init_throws_a_long_text", "");
+  EXPECT_THAT(result.errors, HasSubstr("xxx in bad.server, in Init for 0."));
   ExpectEndedByAbort(result);
 }
 

@@ -226,6 +226,9 @@ TEST(CommandLine, WrongUseEndsWithTwoAndSaysWhy) {
        "is one of the product's own files"},
       {"run --bin \"" TEV_SITE "/bin\" --record \"" TEV_SITE "/bin/META_INFO/x.data\"",
        "is one of the product's own files"},
+      {"run --record \"" TEV_SITE "/bin/META_INFO\"", "is no file"},
+      {"run --record \"" TEV_HUB "\"", "is there and is no flight record"},
+      {"run --log same.log --record same.log", "cannot be both"},
       {"run --bin \"" TEV_SITE "/bin\" --log no-such-folder-here/x.log/", "no-such-folder-here"},
       {"model --json", "--json"}};
   for (const auto& one : cases) {

@@ -23,8 +23,10 @@ struct FatalSignal {
   const char* name;
 };
 constexpr FatalSignal kFatalSignals[] = {
-    {SIGSEGV, "SIGSEGV"}, {SIGBUS, "SIGBUS"}, {SIGILL, "SIGILL"},   {SIGFPE, "SIGFPE"},
-    {SIGABRT, "SIGABRT"}, {SIGSYS, "SIGSYS"}, {SIGTRAP, "SIGTRAP"},
+    {SIGSEGV, "SIGSEGV"},     {SIGBUS, "SIGBUS"},   {SIGILL, "SIGILL"},   {SIGFPE, "SIGFPE"},
+    {SIGABRT, "SIGABRT"},     {SIGSYS, "SIGSYS"},   {SIGTRAP, "SIGTRAP"}, {SIGQUIT, "SIGQUIT"},
+    {SIGALRM, "SIGALRM"},     {SIGUSR1, "SIGUSR1"}, {SIGUSR2, "SIGUSR2"}, {SIGXCPU, "SIGXCPU"},
+    {SIGVTALRM, "SIGVTALRM"}, {SIGPROF, "SIGPROF"}, {SIGIO, "SIGIO"},
 };
 
 // Written by InstallCrashHandler, constant afterwards. g_process is written last.

@@ -181,6 +181,13 @@ TEST(Crash, ByAStackOverflowIsReportedToo) {
   EXPECT_THAT(result.errors, HasSubstr(": the stack overflowed in deep.server, in Init for "));
 }
 
+TEST(Crash, ByAnyFatalSignalNamesThePlugin) {
+  MadeProduct product;
+  const HubResult result = product.Plugin("bad.server", "init_raises_sigusr1").Run("--no-record");
+  EXPECT_EQ(SIGUSR1, result.signal);
+  EXPECT_THAT(result.errors, HasSubstr("SIGUSR1 in bad.server, in Init for 0."));
+}
+
 TEST(ChildOfAPlugin, HasTheSignalsOfAFreshProcess) {
   // Whoever runs the tests may ignore some, and everything that they start would.
   for (int signal = 1; signal < SIGSYS + 1; ++signal) std::signal(signal, SIG_DFL);
