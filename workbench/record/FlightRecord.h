@@ -1,5 +1,6 @@
 #pragma once
 
+#include <atomic>
 #include <cstddef>
 #include <cstdint>
 #include <filesystem>
@@ -37,13 +38,14 @@ class RecordWriter {
   /// `line`: one, or several with line feeds between them, which are written together.
   void WriteLine(const std::string& line);
 
+  /// Any thread.
   std::size_t LostLines() const { return m_lost; }
   const std::filesystem::path& File() const { return m_file; }
 
  private:
   std::filesystem::path m_file;
   std::ofstream m_stream;
-  std::size_t m_lost = 0;
+  std::atomic<std::size_t> m_lost{0};
   bool m_nextAfterFailure = false;  // the file may end in part of a line
 };
 
