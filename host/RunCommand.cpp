@@ -24,30 +24,30 @@ CLI::Validator Seconds() {
 
 void AddOptions(CLI::App& command, Options& options) {
   AddProductOptions(command, options);
-  const std::string life = "How long";
+  const std::string limits = "How long";
   command.add_option("--seconds", options.seconds, "Stop after so many seconds")
       ->type_name("S")
       ->check(Seconds())
-      ->group(life);
+      ->group(limits);
   command
       .add_option("--start-timeout", options.startTimeout,
                   "Stop when it is not up after so many\nseconds (default: it may take for ever)")
       ->type_name("S")
       ->check(Seconds())
-      ->group(life);
+      ->group(limits);
   command
       .add_option("--stop-timeout", options.stopTimeout,
                   "Leave when no plugin has ended for so\nmany seconds of the stop (default: 90)")
       ->type_name("S")
       ->check(Seconds())
-      ->group(life);
+      ->group(limits);
   command
       .add_option(
           "--workers", options.workers,
           "Most threads that start or stop plugins\n(default: as many as there are plugins)")
       ->type_name("N")
       ->check(Between(1, 10000))
-      ->group(life);
+      ->group(limits);
 
   const std::string shown = "What it shows";
   command.add_flag("--json", options.json, "One JSON object at the end, nothing else")

@@ -82,7 +82,7 @@ TEST(Crash, OnAThreadOfThePluginsOwnNamesThePlugin) {
 TEST(Crash, InCodeThatWasUnmappedIsToldAsSuch) {
   MadeProduct product;
   Among(product, "thread_outlives_the_library");
-  // a.server is stopped after bad.server, so that the process lives on without it for a while.
+  // The other plugins keep the process alive for a while after bad.server was unmapped.
   const HubResult result = product.Run("--seconds 0.5");
   EXPECT_THAT(result.errors, HasSubstr("in code of bad.server, whose library was unmapped"));
   ExpectEndedByMemoryFault(result);

@@ -59,7 +59,7 @@ TEST(CycleOfDependencies, IsShownAsWhatIsWaitedFor) {
   MadeProduct product;
   HubProcess hub(Cycle(product).Arguments("--stop-timeout 1"));
   EXPECT_TRUE(hub.AwaitOutput(std::string("1 of 4 done; waiting for the cycle ") + kCycle));
-  hub.AskToStop(StopWish::kTerminate);
+  hub.AskToStop(StopKind::kTerminate);
   EXPECT_EQ(4, hub.Wait().status);
 }
 
@@ -147,7 +147,7 @@ TEST(StopRequest, BeforeTheProductIsUpCutsItShort) {
   }
   HubProcess hub(product.Arguments("--json"));
   ASSERT_TRUE(hub.AwaitRecord("init-end"));
-  hub.AskToStop(StopWish::kTerminate);
+  hub.AskToStop(StopKind::kTerminate);
   const HubResult result = hub.Wait();
   EXPECT_EQ(4, result.status) << result.errors;
   EXPECT_EQ("cut-short", result.Json()["status"]);
@@ -158,7 +158,7 @@ TEST(StopRequest, DoesNotWaitForAPluginInItsInit) {
   product.Plugin("hangs.server", "init_hangs");
   HubProcess hub(product.Arguments("--json"));
   ASSERT_TRUE(hub.AwaitRecord("init-begin"));
-  hub.AskToStop(StopWish::kTerminate);
+  hub.AskToStop(StopKind::kTerminate);
   const HubResult result = hub.Wait();
   EXPECT_EQ(4, result.status) << result.errors;
   EXPECT_EQ("left behind: hangs.server has not returned from its Init",
@@ -170,9 +170,9 @@ TEST(StopRequest, ASecondOneLeavesAtOnceWithTheTableAndTheObject) {
   product.Plugin("hangs.server", "uninit_hangs");
   HubProcess table(product.Arguments(""));
   ASSERT_TRUE(table.AwaitOutput("Up after"));
-  table.AskToStop(StopWish::kInterrupt);
+  table.AskToStop(StopKind::kInterrupt);
   ASSERT_TRUE(table.AwaitOutput("0 of 1 stopped; waiting for hangs.server"));
-  table.AskToStop(StopWish::kTerminate);
+  table.AskToStop(StopKind::kTerminate);
   const HubResult shown = table.Wait();
   EXPECT_EQ(4, shown.status);
   EXPECT_THAT(shown.errors, HasSubstr("a second request: leaving without"));
@@ -185,7 +185,7 @@ TEST(StopRequest, AfterTheTimeIsUpIsAFirstOne) {
   product.Plugin("hangs.server", "uninit_hangs");
   HubProcess hub(product.Arguments("--seconds 0.5 --stop-timeout 3"));
   ASSERT_TRUE(hub.AwaitOutput("0 of 1 stopped; waiting for hangs.server"));
-  hub.AskToStop(StopWish::kInterrupt);
+  hub.AskToStop(StopKind::kInterrupt);
   const HubResult result = hub.Wait();
   EXPECT_EQ(4, result.status);
   EXPECT_THAT(result.errors,

@@ -95,8 +95,8 @@ bool HubProcess::Await(const std::function<std::string()>& content, const std::s
   return false;
 }
 
-void HubProcess::AskToStop(StopWish wish) {
-  StopProcess(m_process, wish);
+void HubProcess::AskToStop(StopKind how) {
+  StopProcess(m_process, how);
 }
 
 HubResult HubProcess::Wait() {

@@ -24,7 +24,7 @@ struct HubResult {
 
 /// How a person or the system asks a program to stop: SIGINT, SIGTERM and SIGHUP; on Windows Ctrl-C
 /// and the closing of the console window, which stands for both others.
-enum class StopWish { kInterrupt, kTerminate, kHangUp };
+enum class StopKind { kInterrupt, kTerminate, kHangUp };
 
 /// How HUB is run.
 struct HubSettings {
@@ -52,7 +52,7 @@ class HubProcess {
   /// The same of the one flight record in its state folder.
   bool AwaitRecord(const std::string& text);
 
-  void AskToStop(StopWish wish);
+  void AskToStop(StopKind how);
   int Id() const { return static_cast<int>(m_process.id()); }
   HubResult Wait();
 

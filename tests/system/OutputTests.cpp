@@ -89,7 +89,7 @@ TEST(RunEvents, ReachTheReaderAsTheyHappen) {
   MadeProduct product;
   HubProcess hub(product.Plugin("a.server").Arguments("--events"));
   EXPECT_TRUE(hub.AwaitOutput("\"event\":\"up\""));
-  hub.AskToStop(StopWish::kTerminate);
+  hub.AskToStop(StopKind::kTerminate);
   EXPECT_EQ(0, hub.Wait().status);
 }
 
@@ -113,7 +113,7 @@ TEST(SecondHub, OnTheSameProductSaysSo) {
   const HubResult second = product.Run("--seconds 0.5", settings);
   EXPECT_EQ(0, second.status) << second.errors;
   EXPECT_THAT(second.output, HasSubstr("warning: another HUB runs this product"));
-  first.AskToStop(StopWish::kTerminate);
+  first.AskToStop(StopKind::kTerminate);
   EXPECT_EQ(0, first.Wait().status);
   EXPECT_THAT(product.Run("--seconds 0.5", settings).output, Not(HasSubstr("another HUB")));
 }

@@ -109,13 +109,13 @@ TEST(Run, BrokenLibrariesAreReportedAndHoldNothingBack) {
 }
 
 TEST(Run, StopsInOrderWhenAPersonOrTheSystemAsks) {
-  for (const StopWish wish : {StopWish::kInterrupt, StopWish::kTerminate, StopWish::kHangUp}) {
+  for (const StopKind how : {StopKind::kInterrupt, StopKind::kTerminate, StopKind::kHangUp}) {
     MadeProduct product;
     product.Plugin("a.server").Plugin("b.server", "well_behaved", DependsOn("a.server"));
     const std::string log = LocalFromPath(product.Site().Path("hub.log"));
     HubProcess hub(product.Arguments("--log \"" + log + "\""));
     ASSERT_TRUE(hub.AwaitOutput("Up after"));
-    hub.AskToStop(wish);
+    hub.AskToStop(how);
     const HubResult result = hub.Wait();
     EXPECT_EQ(0, result.status) << result.errors;
     EXPECT_THAT(result.output, HasSubstr("\nup: all 2 plugins started\n"));

@@ -169,7 +169,7 @@ TEST(Threads, AreNamedAfterThePluginWhoseCodeTheyRun) {
   EXPECT_EQ(1U, names.count("frame"));
   EXPECT_EQ(1U, names.count("platform"));
   EXPECT_EQ(1U, names.count("output"));
-  hub.AskToStop(StopWish::kTerminate);
+  hub.AskToStop(StopKind::kTerminate);
   EXPECT_EQ(4, hub.Wait().status);
 }
 
@@ -206,9 +206,9 @@ TEST(StopRequest, WhileAFileIsReadForEverIsKeptAndASecondOneLeaves) {
   ASSERT_EQ(0, mkfifo(site.Path("Product.xml").c_str(), 0600));
   HubProcess run("run --json --bin " + site.Bin());
   ASSERT_TRUE(run.AwaitRecord("phase-begin"));
-  run.AskToStop(StopWish::kTerminate);
+  run.AskToStop(StopKind::kTerminate);
   ASSERT_TRUE(run.AwaitRecord("stop-request"));
-  run.AskToStop(StopWish::kTerminate);
+  run.AskToStop(StopKind::kTerminate);
   const HubResult result = run.Wait();
   EXPECT_EQ(4, result.status);
   EXPECT_EQ("left-behind", result.Json()["status"]);
@@ -221,7 +221,7 @@ TEST(StopRequest, EndsTheModelThatIsReadForEver) {
   const std::string log = site.Path("hub.log").string();
   HubProcess model("model --bin " + site.Bin() + " --log \"" + log + "\"");
   ASSERT_TRUE(model.AwaitFile(log, "Begin Read Product.xml"));
-  model.AskToStop(StopWish::kTerminate);
+  model.AskToStop(StopKind::kTerminate);
   const HubResult result = model.Wait();
   EXPECT_EQ(4, result.status);
   EXPECT_EQ("HUB: stopped by SIGTERM before the product was read\n", result.errors);

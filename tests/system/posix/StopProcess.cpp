@@ -3,10 +3,10 @@
 #include <signal.h>
 #include <sys/wait.h>
 
-void StopProcess(boost::process::child& process, StopWish wish) {
-  kill(process.id(), wish == StopWish::kInterrupt   ? SIGINT
-                     : wish == StopWish::kTerminate ? SIGTERM
-                                                    : SIGHUP);
+void StopProcess(boost::process::child& process, StopKind how) {
+  kill(process.id(), how == StopKind::kInterrupt   ? SIGINT
+                     : how == StopKind::kTerminate ? SIGTERM
+                                                   : SIGHUP);
 }
 
 int EndingSignal(const boost::process::child& process) {

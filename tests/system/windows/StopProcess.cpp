@@ -4,8 +4,8 @@
 
 #include "tests/support/windows/ConsoleEvent.h"
 
-void StopProcess(boost::process::child& process, StopWish wish) {
-  const DWORD kind = wish == StopWish::kInterrupt ? CTRL_C_EVENT : CTRL_CLOSE_EVENT;
+void StopProcess(boost::process::child& process, StopKind how) {
+  const DWORD kind = how == StopKind::kInterrupt ? CTRL_C_EVENT : CTRL_CLOSE_EVENT;
   EXPECT_TRUE(RaiseConsoleEvent(process.native_handle(), kind));
 }
 
