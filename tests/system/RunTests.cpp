@@ -227,7 +227,7 @@ TEST(CommandLine, WrongUseEndsWithTwoAndSaysWhy) {
       {"run --bin \"" TEV_SITE "/bin\" --record \"" TEV_SITE "/bin/META_INFO/x.data\"",
        "is one of the product's own files"},
       {"run --record \"" TEV_SITE "/bin/META_INFO\"", "is no file"},
-      {"run --record \"" TEV_HUB "\"", "is there and is no flight record"},
+      {"run --record \"" TEV_EXPORTS "\"", "is there and is no flight record"},
       {"run --log same.log --record same.log", "cannot be both"},
       {"run --bin \"" TEV_SITE "/bin\" --log no-such-folder-here/x.log/", "no-such-folder-here"},
       {"model --json", "--json"}};
