@@ -64,7 +64,7 @@ Missing FindMissing(const fs::path& library, const LibraryHeader& header,
   return Missing();
 }
 
-/// "needs libx.so, which ", or by way of another library: "needs liby.so, which needs libx.so,
+/// "needs libx.so, which ", or through another library: "needs liby.so, which needs libx.so,
 /// which ".
 std::string NeedsClause(const Missing& missing) {
   const std::string way = missing.neededBy.empty() ? "" : missing.neededBy + ", which needs ";
