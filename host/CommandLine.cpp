@@ -59,9 +59,10 @@ std::string WhyNotReplaced(const fs::path& file) {
   const fs::file_type type = fs::status(file, error).type();
   if (type == fs::file_type::fifo || type == fs::file_type::directory) return "is no file";
   if (type != fs::file_type::regular || fs::file_size(file, error) == 0) return std::string();
-  constexpr char head[] = "{\"record\":\"head\"";
-  std::string begin(sizeof(head) - 1, '\0');
-  std::ifstream(file, std::ios::binary).read(&begin[0], static_cast<std::streamsize>(begin.size()));
+  const std::string head = R"({"record":"head")";
+  std::string begin(head.size(), '\0');
+  std::ifstream(file, std::ios::binary)
+      .read(begin.data(), static_cast<std::streamsize>(begin.size()));
   return begin == head ? std::string() : "is there and is no flight record";
 }
 
