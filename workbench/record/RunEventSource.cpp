@@ -46,8 +46,8 @@ RunEvent TaskEvent(const RunEventSource::Where& where, RunEvent::Kind kind, std:
   return event;
 }
 
-/// What the loader's error code says, where the loader has no words of its own.
-std::string LoadErrorInWords(std::int64_t code) {
+/// What the loader's error code means, for a loader that gives no message.
+std::string LoadErrorText(std::int64_t code) {
   switch (code) {
     case 5:
       return "may not be read";
@@ -62,7 +62,7 @@ std::string LoadErrorInWords(std::int64_t code) {
   }
 }
 
-/// The loader's own words; "path: " stands before them.
+/// The loader's message without the "path: " before it.
 std::string WithoutPath(const std::string& message, const std::string& path) {
   const std::string prefix = path + ": ";
   if (message.compare(0, prefix.size(), prefix) == 0) return message.substr(prefix.size());
@@ -115,7 +115,7 @@ std::vector<RunEvent> RunEventSource::OnTaskPosted(const Where& where, std::uint
 }
 
 std::vector<RunEvent> RunEventSource::OnTaskBegun(const Where& where, std::uint64_t task) {
-  m_turns.erase(where.thread);  // of a task whose end was not told
+  m_turns.erase(where.thread);  // of a task whose end was not reported
   m_tasks[where.thread] = task;
   return {TaskEvent(where, RunEvent::Kind::kTaskBegin, task)};
 }
@@ -128,13 +128,13 @@ std::vector<RunEvent> RunEventSource::OnTaskEnded(const Where& where, std::uint6
 
 std::vector<RunEvent> RunEventSource::OnLoaderMessage(const Where& where, const std::string& text) {
   Turn* turn = FindTurn(where);
-  if (turn != nullptr && turn->step == Turn::Step::kLoad) turn->words = text;
+  if (turn != nullptr && turn->step == Turn::Step::kLoad) turn->message = text;
   return {};
 }
 
 std::vector<RunEvent> RunEventSource::OnOtherLine(const Where& where, const std::string& text) {
   Turn* turn = FindTurn(where);
-  if (turn != nullptr && turn->step == Turn::Step::kInit) turn->words = text;
+  if (turn != nullptr && turn->step == Turn::Step::kInit) turn->message = text;
   return {};
 }
 
@@ -193,7 +193,7 @@ void RunEventSource::OnStartLine(const Where& where, const FrameEvent& event, Ev
       return;
     case Kind::kLoadTaskBegin: {
       BeginTurn(where, event.plugin);
-      TellBegun(where, m_start, event.plugin, events);
+      AddMissingReady(where, m_start, event.plugin, events);
       const auto task = m_tasks.find(where.thread);
       events.push_back(PluginEvent(where, RunEvent::Kind::kLoadBegin, event.plugin));
       events.back().task = task == m_tasks.end() ? 0 : task->second;
@@ -203,7 +203,7 @@ void RunEventSource::OnStartLine(const Where& where, const FrameEvent& event, Ev
       if (turn == nullptr) return;
       turn->step = Turn::Step::kLoad;
       turn->path = event.path;
-      turn->words.clear();
+      turn->message.clear();
       return;
     case Kind::kLoadSucceeded:
     case Kind::kLoadFailed:
@@ -211,7 +211,7 @@ void RunEventSource::OnStartLine(const Where& where, const FrameEvent& event, Ev
     case Kind::kInitBegin: {
       Turn& begun = TurnOf(where, event.plugin);
       begun.step = Turn::Step::kInit;
-      begun.words.clear();
+      begun.message.clear();
       events.push_back(PluginEvent(where, RunEvent::Kind::kInitBegin, event.plugin));
       return;
     }
@@ -251,7 +251,7 @@ void RunEventSource::OnStopLine(const Where& where, const FrameEvent& event, Eve
       return;
     case Kind::kUnloadTaskBegin:
       BeginTurn(where, event.plugin);
-      return TellBegun(where, m_stop, event.plugin, events);
+      return AddMissingReady(where, m_stop, event.plugin, events);
     case Kind::kNamelessNotCounted:
       m_turns.erase(where.thread);
       return;
@@ -299,28 +299,28 @@ void RunEventSource::OnStopLine(const Where& where, const FrameEvent& event, Eve
 void RunEventSource::Open(const Where& where, Order& order, Events& events) const {
   order.open = true;
   for (const std::string& plugin : m_plugins) {
-    if (order.waitsFor[plugin].empty()) TellReady(where, order, plugin, "", events);
+    if (order.waitsFor[plugin].empty()) AddReady(where, order, plugin, "", events);
   }
 }
 
-void RunEventSource::TellReady(const Where& where, Order& order, const std::string& plugin,
-                               const std::string& last, Events& events) const {
-  if (!order.told.insert(plugin).second) return;
+void RunEventSource::AddReady(const Where& where, Order& order, const std::string& plugin,
+                              const std::string& last, Events& events) const {
+  if (!order.ready.insert(plugin).second) return;
   events.push_back(PluginEvent(where, RunEvent::Kind::kReady, plugin));
   events.back().phase = order.phase;
   events.back().text = last;
 }
 
-/// The frame goes on with a plugin's dependents once its code has returned, which may be before it
-/// is counted. So one may begin that was not told to be ready: it is told to be so now.
-void RunEventSource::TellBegun(const Where& where, Order& order, const std::string& plugin,
-                               Events& events) const {
+/// The frame begins a plugin's dependents once its code has returned, which may be before the
+/// plugin is counted. Such a dependent begins before its kReady was added.
+void RunEventSource::AddMissingReady(const Where& where, Order& order, const std::string& plugin,
+                                     Events& events) const {
   const auto waitsFor = order.waitsFor.find(plugin);
   if (waitsFor == order.waitsFor.end()) return;
   const auto last =
       std::find_if(order.done.rbegin(), order.done.rend(),
                    [&](const std::string& other) { return waitsFor->second.count(other) != 0; });
-  TellReady(where, order, plugin, last == order.done.rend() ? "" : *last, events);
+  AddReady(where, order, plugin, last == order.done.rend() ? "" : *last, events);
 }
 
 void RunEventSource::Count(const Where& where, Order& order, const FrameEvent& event, Result result,
@@ -337,7 +337,7 @@ void RunEventSource::Count(const Where& where, Order& order, const FrameEvent& e
   for (const std::string& plugin : waiters->second) {
     std::set<std::string>& waitsFor = order.waitsFor[plugin];
     waitsFor.erase(event.plugin);
-    if (waitsFor.empty() && order.open) TellReady(where, order, plugin, event.plugin, events);
+    if (waitsFor.empty() && order.open) AddReady(where, order, plugin, event.plugin, events);
   }
 }
 
@@ -368,9 +368,9 @@ void RunEventSource::EndLoad(const Where& where, const FrameEvent& event, Events
   ended.result = event.kind == Kind::kLoadSucceeded ? Result::kOk : Result::kFailed;
   if (ended.result == Result::kFailed) {
     m_start.done.push_back(turn->plugin);
-    std::string reason = turn->words.empty() ? event.path + " " + LoadErrorInWords(event.number) +
-                                                   " (error " + std::to_string(event.number) + ")"
-                                             : WithoutPath(turn->words, turn->path);
+    std::string reason = turn->message.empty() ? event.path + " " + LoadErrorText(event.number) +
+                                                     " (error " + std::to_string(event.number) + ")"
+                                               : WithoutPath(turn->message, turn->path);
     if (m_refine) reason = m_refine(turn->plugin, event, reason);
     ended.text = OneLine(reason);
   }
@@ -387,7 +387,7 @@ void RunEventSource::EndInit(const Where& where, const FrameEvent& event, Events
     std::string reason = turn.reason;
     if (reason.empty()) {
       turn.cause = event;
-      reason = "its Init returned false" + (turn.words.empty() ? "" : ": " + turn.words);
+      reason = "its Init returned false" + (turn.message.empty() ? "" : ": " + turn.message);
     }
     if (m_refine) reason = m_refine(event.plugin, turn.cause, reason);
     ended.text = OneLine(reason);
@@ -395,7 +395,7 @@ void RunEventSource::EndInit(const Where& where, const FrameEvent& event, Events
   events.push_back(std::move(ended));
 }
 
-/// Tells the result of an UnInit that has returned and was not told of yet.
+/// Adds the end of an UnInit that has returned, unless it was added before.
 void RunEventSource::EndUnInit(const Where& where, Result result, const std::string& reason,
                                Events& events) {
   Turn* turn = FindTurn(where);

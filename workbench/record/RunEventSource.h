@@ -17,7 +17,7 @@
 ///
 /// Not thread-safe: the caller serialises the calls, which come in the order of their times. What
 /// makes no sense (a plugin that SetPlugins did not name, a thread without a task, an end without a
-/// begin) is taken as it is; of a plugin that was not named only kReady is never told.
+/// begin) is accepted as it is; a plugin that was not named only gets no kReady.
 class RunEventSource {
  public:
   struct Where {
@@ -61,7 +61,7 @@ class RunEventSource {
     std::map<std::string, std::set<std::string>> waitsFor;    // of a plugin: those not counted yet
     std::map<std::string, std::vector<std::string>> waiters;  // of a plugin: those that wait for
                                                               // it, in the model's order
-    std::set<std::string> told;                               // the plugins that kReady was told of
+    std::set<std::string> ready;                              // whose kReady was added
     std::vector<std::string> done;                            // whose code has returned, in order
   };
 
@@ -72,10 +72,10 @@ class RunEventSource {
     std::string plugin;
     Step step = Step::kNone;
     std::string path;               // of the library that is loaded
-    std::string words;              // the loader's; in Init, the last line of the plugin's own
+    std::string message;            // of the loader; in Init, the last line that the plugin logged
     std::string reason;             // why Init or UnInit will have failed; empty: not known yet
     FrameEvent cause;               // the line that gave the reason
-    std::int64_t milliseconds = 0;  // what UnInit cost, once it has returned
+    std::int64_t milliseconds = 0;  // how long UnInit took, once it has returned
   };
 
   static void OnPhase(const Where& where, const FrameEvent& event, Events& events);
@@ -84,9 +84,10 @@ class RunEventSource {
 
   // Who waits for whom.
   void Open(const Where& where, Order& order, Events& events) const;
-  void TellReady(const Where& where, Order& order, const std::string& plugin,
-                 const std::string& last, Events& events) const;
-  void TellBegun(const Where& where, Order& order, const std::string& plugin, Events& events) const;
+  void AddReady(const Where& where, Order& order, const std::string& plugin,
+                const std::string& last, Events& events) const;
+  void AddMissingReady(const Where& where, Order& order, const std::string& plugin,
+                       Events& events) const;
   void Count(const Where& where, Order& order, const FrameEvent& event, RunEvent::Result result,
              const std::string& reason, Events& events);
 
