@@ -75,7 +75,7 @@ LogState& TheLog() {
   va_copy(again, arguments);
   // NOLINTNEXTLINE(clang-analyzer-valist.Uninitialized): the caller has begun it
   const int length = std::vsnprintf(nullptr, 0, format, arguments);
-  std::string text = format;  // still tells more than nothing, should an argument be no text
+  std::string text = format;  // kept when an argument cannot be converted
   if (length >= 0) {
     text.resize(static_cast<std::size_t>(length) + 1);
     std::vsnprintf(text.data(), text.size(), format, again);
@@ -102,7 +102,8 @@ void Write(int level, const std::string& module, const std::string& text) {
     if (toFile) sinks->file->log(message);
     isInFileOrCounted = true;
     if (toConsole) sinks->console->log(message);
-  } catch (const std::exception&) {  // no memory, or a console that is gone: observers come next
+  } catch (const std::exception&) {  // no memory, or no console any more: the observer is called
+                                     // all the same
     if (!isInFileOrCounted) ++log.lostLines;
   }
 }
@@ -117,9 +118,9 @@ void LogLoaderMessage(const char* text) noexcept {
   IKPXFormatLog(5, "platform.os", "%s", text);
 }
 
-/// The loader speaks through this log from the moment that the library is there.
+/// Set when this library is loaded: the layers below the log do not know it.
 // NOLINTNEXTLINE(cert-err58-cpp): it throws nothing
-[[maybe_unused]] const bool g_loaderSpeaks = (SetLoaderLog(&LogLoaderMessage), true);
+[[maybe_unused]] const bool g_isLoaderLogSet = (SetLoaderLog(&LogLoaderMessage), true);
 
 }  // namespace
 
@@ -133,7 +134,7 @@ void IKPXFormatLog(int level, const char* module, const char* format, ...) noexc
     Write(level, moduleText, text);
     Observe(level, moduleText, text);
   } catch (...) {
-    // Nowhere to say it: the line is lost.
+    // There is nowhere to report it: the line is lost.
   }
   va_end(arguments);
 }

@@ -24,8 +24,8 @@ struct LogConfig {
 void ConfigureLog(const LogConfig& config);
 
 /// How many lines the process could not write to its log files, on a full disk for example. Before
-/// the first line that can be written again the file gets one of module "base.log" that tells how
-/// many are missing there. Any thread.
+/// the first line that can be written again the file gets one of module "base.log" with the number
+/// of lines missing there. Any thread.
 std::uint64_t LostLogLines();
 
 /// Called with every line, on the thread that logs it, several at once; the texts are as they were

@@ -44,9 +44,9 @@ void LogFile::sink_it_(const spdlog::details::log_msg& message) {
   } catch (const std::bad_alloc&) {
     m_error = ENOMEM;
   } catch (const std::exception&) {
-    m_error = EIO;  // the system did not even give the file's size
+    m_error = EIO;  // the system refused the file's size
   }
-  ++m_unsaid;
+  ++m_unreported;
   ++m_lost;
 }
 
@@ -77,11 +77,11 @@ bool LogFile::Write(const spdlog::details::log_msg& message) {
   formatter_->format(message, line);
   if (!m_file && !Open()) return false;
   if (IsFullFor(line.size()) && !PutAside(message)) return false;
-  if (m_unsaid > 0) {
+  if (m_unreported > 0) {
     const std::string text =
-        "log lines lost here: " + std::to_string(m_unsaid) + " (" + Reason(m_error) + ")";
+        "log lines lost here: " + std::to_string(m_unreported) + " (" + Reason(m_error) + ")";
     if (!WriteNotice(text, message)) return false;
-    m_unsaid = 0;
+    m_unreported = 0;
   }
   return Append(line);
 }
@@ -120,8 +120,9 @@ bool LogFile::IsFullFor(std::size_t bytes) {
   return m_size > 0 && m_size + bytes > m_fullAt;
 }
 
-/// Gives the file's name free; false when no file is open afterwards. A refused rename is told in
-/// the file, before `next`, and loses nothing: the oldest file is removed only when all have moved.
+/// Renames the full file and opens a new one; false when no file is open afterwards. A refused
+/// rename is reported in the file, before `next`, and loses nothing: the oldest file is removed
+/// only when all have been renamed.
 bool LogFile::PutAside(const spdlog::details::log_msg& next) {
   m_file.reset();  // Windows renames no open file
   std::size_t number = 1;

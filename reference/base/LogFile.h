@@ -51,7 +51,7 @@ class LogFile final : public spdlog::sinks::base_sink<std::mutex> {
   std::unique_ptr<std::FILE, Close> m_file;  // null while it cannot be opened
   std::size_t m_size = 0;
   std::size_t m_fullAt;
-  bool m_isMidLine = false;    // the last line was written in part
-  std::uint64_t m_unsaid = 0;  // lost lines that no line tells of yet
-  int m_error = 0;             // why the last of them was lost
+  bool m_isMidLine = false;        // the last line was written in part
+  std::uint64_t m_unreported = 0;  // lost lines that no notice in the file counts yet
+  int m_error = 0;                 // why the last of them was lost
 };
