@@ -6,7 +6,7 @@
 
 #include "sdk/lpc/lpc.h"
 
-/// All that the open local-procedure-call framework was told since its last TevLPCFrameInit.
+/// All that the open local-procedure-call framework was given since its last TevLPCFrameInit.
 struct LpcRecord {
   bool up = false;
   std::string name;

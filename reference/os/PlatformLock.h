@@ -4,7 +4,7 @@
 
 #include "sdk/xrt/lock.h"
 
-// One platform lock object inside a lock's state, which must not move while the lock lives. All
+// One platform lock object inside a lock's state, which must not move while the lock exists. All
 // return 0 or the system's error number. A lock that is not `recursive` must not be taken again by
 // its holder.
 

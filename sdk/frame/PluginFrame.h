@@ -3,8 +3,9 @@
 #include <cstdint>
 
 // What TevPluginFrame exports for its host. A host loads the library by path and looks the entries
-// up by these names. Life order: Frame_Init, Frame_Start, Frame_Stop, Frame_UnInit, each once, on
-// one thread; nothing guards against another order. Nothing is ever thrown out of an entry.
+// up by these names. Order of the calls: Frame_Init, Frame_Start, Frame_Stop, Frame_UnInit, each
+// once, on one thread; nothing guards against another order. Nothing is ever thrown out of an
+// entry.
 
 extern "C" {
 

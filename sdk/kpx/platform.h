@@ -15,7 +15,7 @@ using StartedPluginMap = std::map<std::string, void*>;
 /// Called once by the platform, on a thread of its own, when its start is done; fills the map.
 using KPXStartFinishFn = bool (*)(StartedPluginMap* started);
 
-// The platform's life, in this order, on the host's thread.
+// Called in this order, on the host's thread.
 
 /// Brings the platform up. Returns 0 on success.
 std::int32_t KPX_Init();

@@ -17,7 +17,7 @@ struct ExecutableInfo {
   bool Flag = false;
 };
 
-/// What the local-procedure-call framework is told of the product.
+/// What the local-procedure-call framework is given of the product.
 struct PlatformInfo {
   std::int32_t Mode = 2;
   std::string Edition = "OverseaNeutral";
@@ -28,7 +28,7 @@ struct PlatformInfo {
 /// Brings the framework up under `name`. Returns 0 on success. The host's thread.
 std::int32_t TevLPCFrameInit(const std::string& name, const PlatformInfo& info);
 
-/// Tells the framework that the plugins have started. Any thread.
+/// Notifies the framework that the plugins have started. Any thread.
 void TevLPCFrameNotifyStartPlugins(const std::string& text);
 
 /// Takes the framework down. Returns 0 on success. The host's thread.

@@ -28,7 +28,7 @@ using ULONGLONG = std::uint64_t;
 extern "C" {
 
 /// Loads the dynamic library at `path` with all its symbols bound at once, private to its handle.
-/// Returns its handle, to be given back with FreeLibrary, or null; GetLastError then tells the
+/// Returns its handle, to be given back with FreeLibrary, or null; GetLastError then gives the
 /// reason as one of the codes below, and the loader's own words go to the log.
 /// Any thread. Never throws.
 HMODULE LoadLibraryW(const wchar_t* path);

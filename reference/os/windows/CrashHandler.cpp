@@ -32,7 +32,7 @@ bool g_canRecover = false;
 }
 
 /// The one thread of ours that a hanging report cannot stop. The system ends it before the
-/// libraries are told of an exit, so that the report of an exit has no time limit.
+/// libraries are notified of an exit, so that the report of an exit has no time limit.
 DWORD WINAPI EndHangingReport(void*) {
   WaitForSingleObject(g_reportBegun, INFINITE);
   Sleep(kReportMilliseconds);
