@@ -21,11 +21,11 @@ std::set<std::string> ListedExports() {
   return names;
 }
 
-TEST(Exports, AreTheLifeOfTheFrameAndTheLockHelpersAndNothingElse) {
+TEST(Exports, AreTheSevenEntriesAndTheLockHelpersAlone) {
   EXPECT_EQ(ListedExports(), ExportedNames(TEV_FRAME));
 }
 
-TEST(Exports, TheSevenLifeEntriesAreUnmangled) {
+TEST(Exports, TheSevenEntriesAreUnmangled) {
   const std::set<std::string> exports = ExportedNames(TEV_FRAME);
   for (const char* entry : {"Frame_Init", "Frame_Start", "Frame_Stop", "Frame_UnInit",
                             "Frame_GetLastError", "Frame_GetVersion", "Frame_Gtest"}) {
