@@ -23,7 +23,7 @@ struct XmlStep {
   std::string attribute;
 };
 
-/// Writes down every step that is made while it lives.
+/// Writes down every step that is made while it exists.
 class XmlRecorder {
  public:
   /// Appends to `steps`, which must outlive this.

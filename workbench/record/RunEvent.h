@@ -27,8 +27,8 @@ struct RunEvent {
     kPhaseEnd,     // phase; milliseconds where the frame measured them
     kReady,        // phase (start or stop), plugin: nothing that it waits for is left. text: the
                    // last plugin that it waited for; empty for none
-    kPosted,       // task: the pool took it. Which plugin's it is, the first event on the thread of
-                   // its kTaskBegin tells
+    kPosted,       // task: the pool took it. The first event on the thread of its kTaskBegin names
+                   // its plugin
     kTaskBegin,    // task
     kLoadBegin,    // plugin, task; task 0: the thread runs none that is known
     kLoadEnd,      // plugin, result (kOk, kFailed); text: why it failed

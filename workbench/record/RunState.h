@@ -41,7 +41,7 @@ struct PluginRun {
   std::string stopReason;         // why its stop was refused, one line
 };
 
-/// A run as its events tell it, up to the last one applied: of a run that goes on, or of a record.
+/// A run as its events describe it, up to the last one applied: a run that goes on, or a record's.
 ///
 /// Not thread-safe.
 class RunState {
