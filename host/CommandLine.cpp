@@ -165,7 +165,7 @@ std::optional<Request> ReadCommandLine(HostContext& context, ExitStatus& status)
   }
   const std::string wrong = WhatIsWrong(request.options);
   if (wrong.empty()) return request;
-  std::cerr << "HUB: " << wrong << std::endl;
+  context.output.WriteError(wrong);
   status = kUsage;
   return std::nullopt;
 }

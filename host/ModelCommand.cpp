@@ -1,6 +1,5 @@
 #include <CLI/CLI.hpp>
 #include <cstdlib>
-#include <iostream>
 
 #include "host/CommandLine.h"
 #include "host/Commands.h"
@@ -12,13 +11,11 @@
 #include "host/RunMonitor.h"
 #include "reference/kpx/PlatformRecord.h"
 #include "reference/lpc/LpcRecord.h"
-
 #include "workbench/output/Text.h"
 
 namespace {
 
 constexpr std::chrono::milliseconds kTick{50};
-constexpr std::chrono::seconds kLongestWrite{5};
 
 template <typename Value>
 Json OrNull(const std::optional<Value>& value) {
@@ -33,17 +30,14 @@ std::int32_t Initialise(const FrameLibrary& frame, HostContext& context) {
   driver.Begin([&] { result = InitialiseFrame(frame); });
   while (!driver.WaitForEnd(kTick)) {
     if (const auto request = context.stop.WaitFor(std::chrono::milliseconds(0))) {
-      std::cerr << "HUB: stopped by " << Name(*request) << " before the product was read"
-                << std::endl;
+      context.output.WriteError("stopped by " + std::string(Name(*request)) +
+                                " before the product was read");
+      context.output.Flush();
       AnnounceExit();
       std::_Exit(kCutShort);
     }
   }
   return result;
-}
-
-void Say(const std::string& sentence) {
-  std::cerr << "HUB: " << Escaped(sentence) << std::endl;
 }
 
 ExitStatus Run(const Options&, HostContext& context) {
@@ -60,14 +54,17 @@ ExitStatus Run(const Options&, HostContext& context) {
   context.output.Write(model.dump(2, ' ', false, Json::error_handler_t::replace) + "\n");
   if (result == 0) frame.UnInit();  // nothing was started, so there is nothing to stop
   if (result != 0) {
-    for (const std::string& sentence : FailureSentences(monitor.Notes())) Say(sentence);
+    for (const std::string& sentence : FailureSentences(monitor.Notes())) {
+      context.output.WriteError(Escaped(sentence));
+    }
   } else if (platform.productModel) {
-    for (const Finding& finding : ProductFindings(*platform.productModel, monitor.Notes()))
-      Say(finding.text);
+    for (const Finding& finding : ProductFindings(*platform.productModel, monitor.Notes())) {
+      context.output.WriteError(Escaped(finding.text));
+    }
   }
-  context.output.Flush(kLongestWrite);
+  context.output.Flush();
   if (!context.output.Error().empty()) {
-    std::cerr << "HUB: standard output cannot be written: " << context.output.Error() << std::endl;
+    context.output.WriteError("standard output cannot be written: " + context.output.Error());
     return kFrameFailed;
   }
   return result == 0 ? kOk : kFrameFailed;

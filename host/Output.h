@@ -1,17 +1,13 @@
 #pragma once
 
 #include <chrono>
-#include <condition_variable>
-#include <mutex>
 #include <string>
 
+#include "host/BackgroundWriter.h"
 #include "reference/os/Terminal.h"
 
-/// HUB's standard output, written on a thread of its own: a reader that has stopped reading must
-/// hold up neither the plugins nor a stop request.
-///
-/// Made once, at the begin of main, and never destroyed: its thread may hang in a write while the
-/// process ends. Any thread may write. To be flushed before the process ends.
+/// HUB's two streams, each written in the background: standard output, which nobody else writes to,
+/// and standard error. Made once, at the begin of main, and never destroyed. Any thread.
 class Output {
  public:
   /// Takes standard output; see OwnOutput.
@@ -20,29 +16,24 @@ class Output {
   Output(const Output&) = delete;
   Output& operator=(const Output&) = delete;
 
-  /// Texts are written in the order of the calls.
-  void Write(const std::string& text);
+  /// Writes to standard output.
+  void Write(const std::string& text) { m_writer.Write(text); }
 
-  /// Waits until everything is written, at most so long. What is not written then counts as failed,
-  /// and nothing more is tried.
-  void Flush(std::chrono::milliseconds limit);
+  /// Writes to standard error "HUB: " and the sentence as a line.
+  void WriteError(const std::string& sentence) { m_errors.Write("HUB: " + sentence + "\n"); }
 
-  /// Why something could not be written; empty: nothing of the kind.
-  std::string Error() const;
+  /// Waits until everything is written, for a few seconds at most. What is not written then is
+  /// lost.
+  void Flush();
+
+  /// Why something could not be written to standard output; empty: nothing of the kind.
+  std::string Error() const { return m_writer.Error(); }
 
   bool IsTerminal() const { return m_output.IsTerminal(); }
   int Columns() const { return m_output.Columns(); }
 
  private:
-  void Run();
-
   OwnOutput m_output;
-
-  mutable std::mutex m_mutex;
-  std::condition_variable m_changed;
-
-  // Guarded by m_mutex.
-  std::string m_waiting;
-  std::string m_error;
-  bool m_writing = false;
+  BackgroundWriter& m_writer;
+  BackgroundWriter& m_errors;
 };

@@ -24,7 +24,6 @@
 namespace {
 
 constexpr std::chrono::milliseconds kTick{50};
-constexpr std::chrono::seconds kLongestWrite{5};
 constexpr double kLastTasksSeconds = 0.2;
 
 double SecondsSince(std::int64_t beginNs) {
@@ -155,7 +154,7 @@ Verdict ProductRun::End() {
   end.totals = CountTotals(m_monitor.State());
   end.text = verdict.sentence;
   m_monitor.Add(std::move(end));
-  m_context.output.Flush(kLongestWrite);
+  m_context.output.Flush();
   SetCrashRecord({});
   return verdict;
 }

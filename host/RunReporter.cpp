@@ -2,8 +2,6 @@
 
 #include <fmt/format.h>
 
-#include <chrono>
-#include <iostream>
 #include <utility>
 
 #include "host/RunHeads.h"
@@ -23,7 +21,6 @@ constexpr char kModule[] = "host";
 constexpr int kProgress = 3;
 constexpr int kTolerated = 4;
 constexpr int kFailure = 5;
-constexpr std::chrono::seconds kLongestWrite{5};
 
 const char* Word(Finding::Severity severity) {
   switch (severity) {
@@ -69,7 +66,7 @@ void RunReporter::Say(const Finding& finding) {
   if (InTable()) {
     m_screen.Say(std::string(Word(finding.severity)) + ": " + text);
   } else {
-    std::cerr << "HUB: " << Word(finding.severity) << ": " << text << std::endl;
+    m_output.WriteError(std::string(Word(finding.severity)) + ": " + text);
   }
 }
 
@@ -83,9 +80,8 @@ void RunReporter::SayError(const std::vector<std::string>& sentences) {
   for (const std::string& sentence : sentences) {
     m_monitor.Add(EventOf({Finding::Severity::kError, sentence}));
     IKPXFormatLog(kFailure, kModule, "%s", sentence.c_str());
-    std::cerr << "HUB: " << Escaped(sentence) << "\n";
+    m_output.WriteError(Escaped(sentence));
   }
-  std::cerr << std::flush;
 }
 
 void RunReporter::SayUp(std::int64_t milliseconds) {
@@ -121,7 +117,7 @@ bool RunReporter::FoundLoss() {
 bool RunReporter::ReportLoss(bool& said, bool isLost, const std::string& what) {
   if (!isLost || std::exchange(said, true)) return false;
   const std::string text = what + " cannot be written: a part of it is lost";
-  std::cerr << "HUB: " << text << std::endl;
+  m_output.WriteError(text);
   m_monitor.Add(EventOf({Finding::Severity::kError, text}));
   return true;
 }
@@ -141,5 +137,5 @@ void RunReporter::ShowEnd(const RunHead& head, const RunClock& clock, const RunF
     const TableStyle style{m_screen.Columns(), m_screen.Colored(), m_options.all};
     m_output.Write("\n" + RunTable(state, verdict, style));
   }
-  m_output.Flush(kLongestWrite);
+  m_output.Flush();
 }

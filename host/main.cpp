@@ -1,6 +1,5 @@
 // HUB: the host program. Loads the frame as a site's host does and shows people what goes on.
 
-#include <chrono>
 #include <exception>
 #include <filesystem>
 #include <iostream>
@@ -19,8 +18,6 @@
 namespace fs = std::filesystem;
 
 namespace {
-
-constexpr std::chrono::seconds kLongestWrite{5};
 
 /// Makes `bin` the folder of the running executable, which keeps its own name.
 void UseProductFolder(const std::string& bin) {
@@ -56,23 +53,31 @@ ExitStatus Main(HostContext& context) {
   return request->run(request->options, context);
 }
 
+int Hub(Output& output, const std::vector<std::string>& commandLine) {
+  int status = kFrameFailed;
+  try {
+    StopSignal stop;
+    SuppressErrorDialogs();
+    HostContext context{stop, output, commandLine};
+    status = Main(context);
+  } catch (const UsageError& error) {
+    status = kUsage;
+    output.WriteError(error.what());
+  } catch (const std::exception& error) {
+    output.WriteError(error.what());
+  }
+  output.Flush();
+  AnnounceExit();
+  return status;
+}
+
 }  // namespace
 
 int main(int argc, char** argv) {
-  int status = kFrameFailed;
   try {
-    Output& output = *new Output;
-    StopSignal stop;
-    SuppressErrorDialogs();
-    HostContext context{stop, output, std::vector<std::string>(argv, argv + argc)};
-    status = Main(context);
-    output.Flush(kLongestWrite);
-  } catch (const UsageError& error) {
-    status = kUsage;
-    std::cerr << "HUB: " << error.what() << std::endl;
+    return Hub(*new Output, std::vector<std::string>(argv, argv + argc));
   } catch (const std::exception& error) {
-    std::cerr << "HUB: " << error.what() << std::endl;
+    std::cerr << "HUB: " << error.what() << std::endl;  // there is no Output
+    return kFrameFailed;
   }
-  AnnounceExit();
-  return status;
 }

@@ -48,3 +48,8 @@ CrashText& CrashText::AddHex(std::uint64_t number) noexcept {
   } while (number != 0);
   return Add("0x").Add({digits + at, sizeof(digits) - at});
 }
+
+bool WriteCrashText(SystemFile file, std::string_view text) noexcept {
+  constexpr int longestWait = 2000;
+  return WriteWhole(file, text, longestWait);
+}

@@ -28,8 +28,6 @@ class CrashText {
   char m_text[kLongest + 1] = {};  // ends with 0 at all times
 };
 
-/// Writes all of `text` to an open file; false when that fails. Async-signal-safe.
+/// Writes all of `text`. False when that fails, or when nobody has read for two seconds, so that a
+/// crash report does not wait for ever; see WriteWhole.
 bool WriteCrashText(SystemFile file, std::string_view text) noexcept;
-
-/// The process's standard error. Async-signal-safe.
-SystemFile StandardError() noexcept;

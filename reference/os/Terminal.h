@@ -40,7 +40,6 @@ class OwnOutput {
   SystemFile File() const { return m_file; }
 
  private:
-  bool WriteAll(std::string_view text);
   void Fail(int code);
 
   // Written by the constructor, constant afterwards.

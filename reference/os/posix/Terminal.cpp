@@ -1,7 +1,6 @@
 #include "reference/os/Terminal.h"
 
 #include <fcntl.h>
-#include <poll.h>
 #include <sys/ioctl.h>
 #include <unistd.h>
 
@@ -44,24 +43,9 @@ OwnOutput::~OwnOutput() {
 
 bool OwnOutput::Write(std::string_view text) {
   const std::lock_guard<std::mutex> lock(m_mutex);
-  return !m_failed && WriteAll(text);
-}
-
-bool OwnOutput::WriteAll(std::string_view text) {
-  const int file = static_cast<int>(m_file);
-  while (!text.empty()) {
-    const ssize_t written = write(file, text.data(), text.size());
-    if (written >= 0) {
-      text.remove_prefix(static_cast<std::size_t>(written));
-    } else if (errno == EAGAIN) {  // whoever shares the file made it non-blocking
-      pollfd ready = {file, POLLOUT, 0};
-      poll(&ready, 1, -1);
-    } else if (errno != EINTR) {
-      Fail(errno);
-      return false;
-    }
-  }
-  return true;
+  if (m_failed) return false;
+  if (!WriteWhole(m_file, text, kForEver)) Fail(errno);
+  return !m_failed;
 }
 
 void OwnOutput::Fail(int code) {

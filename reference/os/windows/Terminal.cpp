@@ -57,8 +57,8 @@ bool TurnSequencesOn(HANDLE file) {
   return SetConsoleMode(file, mode | ENABLE_VIRTUAL_TERMINAL_PROCESSING) != 0;
 }
 
-/// The console takes UTF-16 whatever its code page is; the error of the system, or 0.
-DWORD WriteToConsole(HANDLE console, std::string_view text) {
+/// The console takes UTF-16 whatever its code page is.
+bool WriteToConsole(HANDLE console, std::string_view text) {
   const int size = static_cast<int>(text.size());
   std::wstring wide(text.size(), L'\0');  // never longer than in UTF-8
   wide.resize(
@@ -67,21 +67,10 @@ DWORD WriteToConsole(HANDLE console, std::string_view text) {
   for (std::size_t at = 0; at < wide.size();) {
     DWORD written = 0;
     const auto count = static_cast<DWORD>(std::min(most, wide.size() - at));
-    if (WriteConsoleW(console, &wide[at], count, &written, nullptr) == 0) return GetLastError();
+    if (WriteConsoleW(console, &wide[at], count, &written, nullptr) == 0) return false;
     at += written;
   }
-  return 0;
-}
-
-DWORD WriteToFile(HANDLE file, std::string_view text) {
-  while (!text.empty()) {
-    constexpr std::size_t most = 1U << 30U;
-    const auto count = static_cast<DWORD>(std::min(most, text.size()));
-    DWORD written = 0;
-    if (WriteFile(file, text.data(), count, &written, nullptr) == 0) return GetLastError();
-    text.remove_prefix(written);
-  }
-  return 0;
+  return true;
 }
 
 }  // namespace
@@ -114,14 +103,11 @@ OwnOutput::~OwnOutput() {
 
 bool OwnOutput::Write(std::string_view text) {
   const std::lock_guard<std::mutex> lock(m_mutex);
-  return !m_failed && WriteAll(text);
-}
-
-bool OwnOutput::WriteAll(std::string_view text) {
-  const HANDLE file = HandleOf(m_file);
-  const DWORD error = m_isTerminal ? WriteToConsole(file, text) : WriteToFile(file, text);
-  if (error != 0) Fail(static_cast<int>(error));
-  return error == 0;
+  if (m_failed) return false;
+  const bool written =
+      m_isTerminal ? WriteToConsole(HandleOf(m_file), text) : WriteWhole(m_file, text, kForEver);
+  if (!written) Fail(static_cast<int>(GetLastError()));
+  return written;
 }
 
 void OwnOutput::Fail(int code) {
