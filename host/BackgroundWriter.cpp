@@ -20,9 +20,9 @@ void BackgroundWriter::Write(const std::string& text) {
 
 void BackgroundWriter::Flush(std::chrono::milliseconds limit) {
   std::unique_lock<std::mutex> lock(m_mutex);
-  const bool written =
-      m_changed.wait_for(lock, limit, [this] { return m_waiting.empty() && !m_writing; });
-  if (!written && m_error.empty()) m_error = "nobody reads it";
+  const bool over = m_changed.wait_for(
+      lock, limit, [this] { return !m_error.empty() || (m_waiting.empty() && !m_writing); });
+  if (!over) m_error = "nobody reads it";
 }
 
 std::string BackgroundWriter::Error() const {

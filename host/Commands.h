@@ -16,6 +16,7 @@ class App;
 
 /// HUB's exit statuses; docs/hub.md says what each promises.
 enum ExitStatus : int {
+  kBySignal = -1,  // the system's own, of a process that a crash ends
   kOk = 0,
   kFrameFailed = 1,
   kUsage = 2,

@@ -5,6 +5,7 @@
 #include <atomic>
 #include <chrono>
 #include <cstdint>
+#include <cstdlib>
 #include <cstring>
 #include <string>
 #include <string_view>
@@ -19,6 +20,9 @@
 #include "reference/os/Threads.h"
 
 namespace {
+
+constexpr std::chrono::milliseconds kBetweenLooks{10};
+constexpr std::int64_t kLongestAnswerNs = 3'000'000'000;
 
 constexpr char kLoading[] = "loading";
 constexpr char kInInit[] = "in Init";
@@ -64,6 +68,27 @@ std::atomic<bool> g_crashed{false};
 
 std::atomic<SystemFile> g_record{kNoFile};
 FixedText g_recordPath;
+
+/// The crash as it is written. Written by the reporting thread before it sets g_reported.
+struct CrashFacts {
+  CrashText sentence;
+  FixedText plugin;
+  const char* phase = "";
+  std::int64_t nanoseconds = 0;
+  std::uint64_t thread = 0;
+  std::int64_t exitStatus = -1;  // -1: the signal's
+};
+CrashFacts g_crash;
+std::atomic<bool> g_reported{false};
+
+// Written by SetCrashOutput, before any plugin's code runs.
+SystemFile g_output = kNoFile;
+CrashOutput g_outputKind = CrashOutput::kNothing;
+std::uint64_t g_runThread = 0;
+
+/// Who writes the end of the run to standard output.
+enum class LastOutput { kNobody, kRun, kCrashReport, kWritten };
+std::atomic<LastOutput> g_lastOutput{LastOutput::kNobody};
 
 void BeginCode(const std::string& plugin, const char* phase) {
   t_code.phase = nullptr;
@@ -111,27 +136,27 @@ void AddSeconds(CrashText& text, std::int64_t nanoseconds) {
   text.AddNumber(tenths / 10).Add(".").AddNumber(tenths % 10).Add(" s");
 }
 
-/// Whose code it was, as the end of the sentence. Gives the plugin's name in `plugin`.
-void AddWhose(CrashText& text, const Crash& crash, std::string_view& plugin) {
+/// Whose code it was, as the end of the sentence, and the plugin's name.
+void AddWhose(CrashText& text, FixedText& plugin, const Crash& crash) {
   const MappedLibrary* library = LibraryAt(crash.address);
   const bool isThreads = t_code.phase != nullptr && library != nullptr &&
                          library->plugin.View() == t_code.plugin.View();
   if (library != nullptr && library->unmapped && !isThreads) {
-    plugin = library->plugin.View();
+    plugin = library->plugin;
     text.Add(" in code of ")
-        .AddEscaped(plugin)
+        .AddEscaped(plugin.View())
         .Add(", whose library was unmapped at its stop: a thread of it still ran");
     return;
   }
   if (t_code.phase != nullptr) {
-    plugin = t_code.plugin.View();
-    text.Add(" in ").AddEscaped(plugin).Add(", ").Add(t_code.phase).Add(" for ");
+    plugin = t_code.plugin;
+    text.Add(" in ").AddEscaped(plugin.View()).Add(", ").Add(t_code.phase).Add(" for ");
     AddSeconds(text, SteadyNanoseconds() - t_code.sinceNs);
     return;
   }
   if (library != nullptr) {
-    plugin = library->plugin.View();
-    text.Add(" in ").AddEscaped(plugin).Add(", on a thread of its own");
+    plugin = library->plugin;
+    text.Add(" in ").AddEscaped(plugin.View()).Add(", on a thread of its own");
     return;
   }
   text.Add(" on a thread that runs no plugin's Init or UnInit");
@@ -150,9 +175,9 @@ void AddJson(CrashText& line, std::string_view text) {
   }
 }
 
-/// A plugin's ID inside a JSON string: it is UTF-8, as the model file that it comes from.
-void AddJsonID(CrashText& line, std::string_view id) {
-  for (const char c : id) {
+/// A text in UTF-8 inside a JSON string.
+void AddJsonUtf8(CrashText& line, std::string_view text) {
+  for (const char c : text) {
     if (c == '"' || c == '\\') line.Add("\\");
     line.Add({&c, 1});
   }
@@ -167,55 +192,118 @@ void CloseRecordToOthers() {
   }
 }
 
-bool IsOfTheStart(std::string_view phase) {
-  return phase == kLoading || phase == kInInit;
+const char* PhaseOf(const char* code) {
+  if (code == nullptr) return "";
+  const bool isOfTheStart = std::strcmp(code, kLoading) == 0 || std::strcmp(code, kInInit) == 0;
+  return isOfTheStart ? RunPhase::kStart : RunPhase::kStop;
 }
 
-void WriteRecord(std::string_view sentence, std::string_view plugin) {
-  const SystemFile record = g_record;
-  if (record == kNoFile) return;
-  CloseRecordToOthers();
+void TakeFacts(const Crash& crash) {
+  constexpr std::size_t longestWhat = 500;  // of an exception's text; the rest must fit behind it
+  g_crash.sentence.AddEscaped(std::string_view(crash.what).substr(0, longestWhat));
+  AddWhose(g_crash.sentence, g_crash.plugin, crash);
+  g_crash.phase = PhaseOf(t_code.phase);
+  g_crash.nanoseconds = SteadyNanoseconds();
+  g_crash.thread = ThreadNumber();
+  const bool isExit = crash.kind == Crash::Kind::kExit || crash.kind == Crash::Kind::kImmediateExit;
+  g_crash.exitStatus = isExit ? static_cast<int>(kCutShort) : -1;
+}
+
+/// The line of the record.
+void WriteEvent(SystemFile file) {
   CrashText line;
-  line.Add(R"({"record":"event","event":"crash","ns":)").AddNumber(SteadyNanoseconds());
-  line.Add(R"(,"thread":)").AddNumber(static_cast<std::int64_t>(ThreadNumber()));
-  if (t_code.phase != nullptr) {
-    line.Add(R"(,"phase":")").Add(IsOfTheStart(t_code.phase) ? "start" : "stop").Add("\"");
-  }
-  if (!plugin.empty()) {
+  line.Add(R"({"record":"event","event":"crash","ns":)").AddNumber(g_crash.nanoseconds);
+  line.Add(R"(,"thread":)").AddNumber(static_cast<std::int64_t>(g_crash.thread));
+  if (*g_crash.phase != '\0') line.Add(R"(,"phase":")").Add(g_crash.phase).Add("\"");
+  if (!g_crash.plugin.View().empty()) {
     line.Add(R"(,"plugin":")");
-    AddJsonID(line, plugin);
+    AddJsonUtf8(line, g_crash.plugin.View());
     line.Add("\"");
   }
   line.Add(R"(,"text":")");
-  AddJson(line, sentence);
+  AddJson(line, g_crash.sentence.View());
   line.Add("\"}\n");
-  WriteCrashText(record, line.View());
+  WriteCrashText(file, line.View());
+}
+
+void WriteRecord() {
+  const SystemFile record = g_record;
+  if (record == kNoFile) return;
+  CloseRecordToOthers();
+  WriteEvent(record);
+}
+
+/// What `run --json` prints, without what takes heap and locks.
+void WriteObject(SystemFile file) {
+  CrashText begin;
+  begin.Add(R"({"schema":2,"product":null,"status":"crashed","sentence":"crashed: )");
+  AddJson(begin, g_crash.sentence.View());
+  begin.Add(R"(","exitStatus":)");
+  CrashText end;
+  if (g_crash.exitStatus < 0) {
+    end.Add("null");
+  } else {
+    end.AddNumber(g_crash.exitStatus);
+  }
+  end.Add(R"(,"totals":null,"Frame_Init":null,"Frame_Start":null,"CallbackResult":null,)")
+      .Add(R"("LoadState":null,"Handles":null,"Timing":null,"Notified":null,"phases":null,)")
+      .Add(R"("plugins":null,"findings":null,"record":)");
+  if (g_recordPath.View().empty()) {
+    end.Add("null}\n");
+  } else {
+    end.Add("\"");
+    AddJsonUtf8(end, g_recordPath.View());
+    end.Add("\"}\n");
+  }
+  if (WriteCrashText(file, begin.View())) WriteCrashText(file, end.View());
+}
+
+bool WaitFor(LastOutput state) {
+  const std::int64_t begin = SteadyNanoseconds();
+  while (g_lastOutput != state) {
+    if (SteadyNanoseconds() - begin > kLongestAnswerNs) return false;
+    std::this_thread::sleep_for(kBetweenLooks);
+  }
+  return true;
+}
+
+/// Lets the run's thread write the end of the run to standard output, and does what is left of it.
+void CompleteOutput(const Crash& crash) {
+  g_reported = true;
+  const bool runCanWrite = !crash.alone && g_runThread != ThreadNumber();
+  if (runCanWrite && WaitFor(LastOutput::kWritten)) return;
+  LastOutput nobody = LastOutput::kNobody;
+  if (!g_lastOutput.compare_exchange_strong(nobody, LastOutput::kCrashReport)) return;
+  if (g_output == kNoFile) return;
+  if (g_outputKind == CrashOutput::kObject) WriteObject(g_output);
+  if (g_outputKind == CrashOutput::kEvent) WriteEvent(g_output);
+}
+
+/// False when nobody reads it.
+bool WriteStandardError() {
+  CrashText text;
+  text.Add("\nHUB: the process ends: ").Add(g_crash.sentence.View()).Add("\n");
+  if (!WriteCrashText(StandardError(), text.View())) return false;
+  if (g_recordPath.View().empty()) return true;
+  CrashText record;
+  record.Add("HUB: the record of this run: ").Add(g_recordPath.View()).Add("\n");
+  return WriteCrashText(StandardError(), record.View());
 }
 
 /// The record first: standard error may be a pipe that nobody reads.
 void Report(const Crash& crash) noexcept {
-  constexpr std::size_t longestWhat = 500;  // of an exception's text; the rest must fit behind it
   g_crashed = true;
-  std::string_view plugin;
-  CrashText sentence;
-  sentence.AddEscaped(std::string_view(crash.what).substr(0, longestWhat));
-  AddWhose(sentence, crash, plugin);
-  WriteRecord(sentence.View(), plugin);
-  CrashText text;
-  text.Add("\nHUB: the process ends: ").Add(sentence.View()).Add("\n");
-  WriteCrashText(StandardError(), text.View());
-  if (!g_recordPath.View().empty()) {
-    CrashText record;
-    record.Add("HUB: the record of this run: ").Add(g_recordPath.View()).Add("\n");
-    WriteCrashText(StandardError(), record.View());
-  }
-  WriteCrashStack(StandardError());
+  TakeFacts(crash);
+  WriteRecord();
+  if (WriteStandardError()) WriteCrashStack(StandardError());
+  CompleteOutput(crash);
 }
 
 }  // namespace
 
 void InstallCrashReport() {
   InstallCrashHandler(&Report, kCutShort);
+  std::atexit(&ReportUnexpectedExit);
 }
 
 void SetCrashRecord(const std::filesystem::path& record) {
@@ -223,6 +311,35 @@ void SetCrashRecord(const std::filesystem::path& record) {
   if (before != kNoFile) CloseFile(before);
   g_recordPath.Set(LocalFromPath(record));
   if (!record.empty()) g_record = OpenForAppending(record);
+}
+
+void SetCrashOutput(SystemFile output, CrashOutput kind) {
+  g_output = output;
+  g_outputKind = kind;
+  g_runThread = ThreadNumber();
+}
+
+std::optional<RunEvent> ReportedCrash() {
+  if (!g_crashed) return std::nullopt;
+  while (!g_reported) std::this_thread::sleep_for(kBetweenLooks);
+  RunEvent crash;
+  crash.kind = RunEvent::Kind::kCrash;
+  crash.nanoseconds = g_crash.nanoseconds;
+  crash.thread = g_crash.thread;
+  crash.phase = g_crash.phase;
+  crash.plugin = g_crash.plugin.View();
+  crash.text = g_crash.sentence.View();
+  crash.number = g_crash.exitStatus;
+  return crash;
+}
+
+bool ClaimLastOutput() {
+  LastOutput nobody = LastOutput::kNobody;
+  return g_lastOutput.compare_exchange_strong(nobody, LastOutput::kRun);
+}
+
+void LastOutputIsWritten() {
+  g_lastOutput = LastOutput::kWritten;
 }
 
 void AnnounceExit() {

@@ -1,13 +1,19 @@
 #pragma once
 
 #include <filesystem>
+#include <optional>
 #include <string>
 
 #include "reference/os/CrashHandler.h"
 #include "workbench/record/FrameEvent.h"
+#include "workbench/record/RunEvent.h"
 
 // What HUB says when the process ends by a crash or by an exit that is not its own: which plugin's
 // code ran on that thread, in which phase and for how long, the stack, and where the record lies.
+//
+// The thread that crashed writes that to the record and to standard error. What belongs on standard
+// output the run's thread writes, which may use the heap and waits in ReportedCrash meanwhile; the
+// thread that crashed waits for it, some seconds at most, and then writes the little that it can.
 
 /// Installs the crash handler. At the begin of main.
 void InstallCrashReport();
@@ -18,6 +24,23 @@ void AnnounceExit();
 
 /// Where the crash's line goes to, and what the sentence calls the record; empty: nowhere.
 void SetCrashRecord(const std::filesystem::path& record);
+
+/// What standard output says of a crash when the run's thread cannot write it.
+enum class CrashOutput { kNothing, kObject, kEvent };
+
+/// The calling thread is the run's from now on. `output`: HUB's own standard output.
+void SetCrashOutput(SystemFile output, CrashOutput kind);
+
+/// The crash that ends the process, its number the exit status, -1 where the signal is it; none:
+/// there is none. Waits until the thread that crashed has written its report. The run's thread.
+std::optional<RunEvent> ReportedCrash();
+
+/// To be called before the end of the run is written to standard output, by the run's thread; false
+/// when the thread that crashed has begun to do so.
+bool ClaimLastOutput();
+
+/// The end of the run stands on standard output.
+void LastOutputIsWritten();
 
 /// Permission to write a line of the record. Once the process has crashed there is none, so that
 /// the crash's line stays the last one. Any thread; held for the write alone.

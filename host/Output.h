@@ -29,6 +29,9 @@ class Output {
   /// Why something could not be written to standard output; empty: nothing of the kind.
   std::string Error() const { return m_writer.Error(); }
 
+  /// Standard output itself, for a crash report.
+  SystemFile File() const { return m_output.File(); }
+
   bool IsTerminal() const { return m_output.IsTerminal(); }
   int Columns() const { return m_output.Columns(); }
 

@@ -72,13 +72,16 @@ ExitStatus ProductRun::Run() {
   }
   const Verdict verdict = End();
   // What still runs must not run on into the process's own end.
-  if (m_facts.unfinishedTasks != 0) EndProcess(verdict.exitStatus);
+  if (MayStillRun()) EndProcess(verdict.exitStatus);
   return verdict.exitStatus;
 }
 
 void ProductRun::Begin() {
   m_head = MakeRunHead(m_clock, m_bin, m_context.commandLine);
   SetCrashRecord(m_record.File());
+  SetCrashOutput(m_context.output.File(), m_options.json     ? CrashOutput::kObject
+                                          : m_options.events ? CrashOutput::kEvent
+                                                             : CrashOutput::kNothing);
   m_monitor.Begin(m_head);
   m_reporter.LogHead(m_head);
   for (const Finding& finding : m_record.Findings()) m_reporter.Say(finding);
@@ -114,6 +117,11 @@ bool ProductRun::Start() {
   return result == 0;
 }
 
+/// Whether code of a plugin may still run: a task, or a thread of one whose stop was refused.
+bool ProductRun::MayStillRun() const {
+  return m_facts.unfinishedTasks != 0 || CountTotals(m_monitor.State()).stopRefused != 0;
+}
+
 /// From the start of the plugins to the stop request.
 void ProductRun::Stay() {
   Await([this] { return m_stopAsked || StartCallbackResult(); });
@@ -144,9 +152,17 @@ Verdict ProductRun::End() {
   m_facts.unfinishedTasks = UnfinishedTasks();
   m_reporter.FoundLoss();
   Verdict verdict = Judge(m_facts, m_monitor.State());
+  if (!ClaimLastOutput()) EndProcess(verdict.exitStatus);
   m_reporter.ShowEnd(m_head, m_clock, m_facts, verdict);
   // When the end itself could not be written, the status and the record still say so.
   if (m_reporter.FoundLoss()) verdict = Judge(m_facts, m_monitor.State());
+  if (!m_monitor.State().Crash()) AddEnd(verdict);
+  m_context.output.Flush();
+  LastOutputIsWritten();
+  return verdict;
+}
+
+void ProductRun::AddEnd(const Verdict& verdict) {
   RunEvent end;
   end.kind = RunEvent::Kind::kEnd;
   end.status = verdict.status;
@@ -154,9 +170,6 @@ Verdict ProductRun::End() {
   end.totals = CountTotals(m_monitor.State());
   end.text = verdict.sentence;
   m_monitor.Add(std::move(end));
-  m_context.output.Flush();
-  SetCrashRecord({});
-  return verdict;
 }
 
 /// Begins `call` on the driver's thread and waits for its end.
@@ -175,6 +188,7 @@ void ProductRun::Await(const std::function<bool()>& over) {
 }
 
 void ProductRun::Tick() {
+  if (auto crash = ReportedCrash()) EndByCrash(std::move(*crash));
   while (const auto request = m_context.stop.WaitFor(std::chrono::milliseconds(0))) {
     OnStopRequest(*request);
   }
@@ -228,6 +242,13 @@ void ProductRun::CheckStopLimit() {
 /// Ends the process in the middle of the run, with everything said that is known.
 void ProductRun::Leave(const std::string& why) {
   m_reporter.SayError({why});
+  EndProcess(End().exitStatus);
+}
+
+/// Says on standard output, as far as it still can, how the crash ends the run. The process ends by
+/// the thread that crashed.
+void ProductRun::EndByCrash(RunEvent crash) {
+  m_monitor.Add(std::move(crash));
   EndProcess(End().exitStatus);
 }
 

@@ -39,6 +39,8 @@ class ProductRun {
   void Stay();
   void Stop();
   Verdict End();
+  void AddEnd(const Verdict& verdict);
+  bool MayStillRun() const;
 
   // Waiting, during which stop requests, limits and the screen are looked after.
   void Call(const char* name, std::function<void()> call);
@@ -50,6 +52,7 @@ class ProductRun {
   bool StartTimeIsUp() const;
   void CheckStopLimit();
   [[noreturn]] void Leave(const std::string& why);
+  [[noreturn]] void EndByCrash(RunEvent crash);
 
   void SayFindings(const ProductModel& model);
   void SayNotes();

@@ -98,7 +98,7 @@ nlohmann::ordered_json RunJson(const RunHead& head, const RunClock& clock, const
                      {"path", head.path}};
   json["status"] = verdict.status;
   json["sentence"] = verdict.sentence;
-  json["exitStatus"] = static_cast<int>(verdict.exitStatus);
+  json["exitStatus"] = OrNull(static_cast<std::int64_t>(verdict.exitStatus));
   json["totals"] = Totals(CountTotals(state));
   json["Frame_Init"] = OrNull(facts.initResult);
   json["Frame_Start"] = OrNull(facts.startResult);

@@ -77,8 +77,10 @@ void RunMonitor::SetPlugins(const std::vector<PluginHead>& plugins) {
 void RunMonitor::Add(RunEvent event) {
   const std::lock_guard<std::mutex> lock(m_mutex);
   const RunEventSource::Where here = Here();
-  event.nanoseconds = here.nanoseconds;
-  event.thread = here.thread;
+  if (event.thread == 0) {
+    event.nanoseconds = here.nanoseconds;
+    event.thread = here.thread;
+  }
   Take({std::move(event)});
 }
 

@@ -38,7 +38,7 @@ class RunMonitor {
   /// Names the plugins, with what their starts wait for, before Frame_Start.
   void SetPlugins(const std::vector<PluginHead>& plugins);
 
-  /// Adds an event of the host's own: its time and thread are set here.
+  /// Adds an event of the host's own: its time and thread are set here when it has no thread.
   void Add(RunEvent event);
 
   RunState State() const;

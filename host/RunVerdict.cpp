@@ -152,6 +152,10 @@ std::string ReasonText(const PluginRun& plugin) {
 }
 
 Verdict Judge(const RunFacts& facts, const RunState& state) {
+  if (const auto& crash = state.Crash()) {
+    const bool byExit = crash->number == kCutShort;
+    return {"crashed", byExit ? kCutShort : kBySignal, "crashed: " + crash->text};
+  }
   const bool initFailed = facts.initResult && *facts.initResult != 0;
   const bool startFailed = facts.startResult && *facts.startResult != 0;
   if (initFailed || startFailed || facts.callbackResult == false) {

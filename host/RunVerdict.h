@@ -22,13 +22,13 @@ struct RunFacts {
 
 /// How a run ended, in the words of `run --json`, as an exit status and as a sentence.
 struct Verdict {
-  std::string status;  // up, degraded, failed, cut-short, left-behind
+  std::string status;  // up, degraded, failed, cut-short, left-behind, crashed
   ExitStatus exitStatus = kOk;
   std::string sentence;
 };
 
-/// Judges a run that is over. The worst that is true counts: failed, left behind, cut short,
-/// degraded.
+/// Judges a run that is over. The worst that is true counts: crashed, failed, left behind, cut
+/// short, degraded.
 Verdict Judge(const RunFacts& facts, const RunState& state);
 
 /// How many plugins there are, and what has become of them.

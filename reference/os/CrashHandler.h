@@ -17,6 +17,7 @@ struct Crash {
   std::int64_t code = 0;          // the signal, the exception's code, the exit status if known
   const char* what = "";          // in one line: "SIGSEGV at address 0x10", "exit(0)", "abort()"
   const void* address = nullptr;  // of the instruction that crashed; null when there is none
+  bool alone = false;             // all other threads have been ended
 };
 
 /// Called at most once, on the thread that crashed or called exit, in whatever state the process
@@ -33,6 +34,11 @@ using CrashReportFn = void (*)(const Crash& crash) noexcept;
 /// end as if this had never been called. What cannot be reported: SIGKILL, the plain system call
 /// that ends a process, and on Windows TerminateProcess and abort() of another C runtime.
 void InstallCrashHandler(CrashReportFn report, int exitStatus);
+
+/// Reports an exit that the program did not announce; to be registered with std::atexit by the
+/// executable itself. What a library registers is called later: on Windows when the system has
+/// ended all other threads.
+void ReportUnexpectedExit();
 
 /// From now on an exit is the program's own. Any thread.
 void ExpectExit();

@@ -1,9 +1,10 @@
-# cmake -DHUB=program -DPRODUCT=folder|library|none -DARGUMENTS=list -DSTATUS=number -DFORMAT=json|events
+# cmake -DHUB=program -DPRODUCT=folder|library|none -DARGUMENTS=list -DSTATUS=how -DFORMAT=json|events
 #       -DSCHEMAS=folder -DWORK=folder -P real_run.cmake
 #
 # Runs HUB and validates what it prints: with --json one object, with --events lines like those of a
 # flight record. PRODUCT: the folder of a whole product, a plugin's library that a product is made
-# of, or "none" for a folder in which there is nothing to read. HUB has to end with STATUS.
+# of, or "none" for a folder in which there is nothing to read. HUB has to end with STATUS,
+# a number or the name of a signal.
 
 cmake_minimum_required(VERSION 3.25)
 
@@ -27,7 +28,7 @@ set(ENV{XDG_STATE_HOME} "${WORK}/state")
 set(output "${WORK}/output.${FORMAT}")
 execute_process(COMMAND "${HUB}" run --bin "${product}/bin" --${FORMAT} ${ARGUMENTS}
   RESULT_VARIABLE status OUTPUT_FILE "${output}" ERROR_VARIABLE errors)
-if(NOT status EQUAL STATUS)
+if(NOT status STREQUAL STATUS)
   message(SEND_ERROR "HUB ended with ${status}, not ${STATUS}:\n${errors}")
 endif()
 

@@ -88,6 +88,49 @@ TEST(Crash, InCodeThatWasUnmappedIsToldAsSuch) {
   ExpectEndedByMemoryFault(result);
 }
 
+/// What HUB prints on standard output when `fixture` ends the process.
+HubResult OutputOfTheCrash(const std::string& fixture, const std::string& format) {
+  MadeProduct product;
+  return Among(product, fixture).Run(format + " --no-record");
+}
+
+TEST(Crash, LeavesAWholeObjectThatNamesThePlugin) {
+  const HubResult result = OutputOfTheCrash("init_crashes", "--json");
+  ExpectEndedByMemoryFault(result);
+  const json run = result.Json();
+  EXPECT_EQ("crashed", run["status"]);
+  EXPECT_THAT(run["sentence"], HasSubstr(std::string("crashed: ") + kNullPointerSentence));
+  EXPECT_EQ(nullptr, run["exitStatus"]);
+  ASSERT_EQ(3U, run["plugins"].size());
+  EXPECT_EQ("bad.server", run["plugins"][1]["id"]);
+  EXPECT_EQ("in-init", run["plugins"][1]["state"]);
+  EXPECT_EQ(run["sentence"], "crashed: " + run["plugins"][1]["reason"].get<std::string>());
+}
+
+TEST(Crash, ByExitLeavesAnObjectWithItsStatus) {
+  for (const std::string fixture : {"init_exits", "init_exits_at_once"}) {
+    const HubResult result = OutputOfTheCrash(fixture, "--json");
+    EXPECT_EQ(4, result.status);
+    EXPECT_EQ("crashed", result.Json()["status"]);
+    EXPECT_EQ(4, result.Json()["exitStatus"]);
+  }
+}
+
+TEST(Crash, IsTheLastEvent) {
+  const std::vector<json> events = OutputOfTheCrash("init_aborts", "--events").Events();
+  ASSERT_FALSE(events.empty());
+  EXPECT_EQ("crash", events.back()["event"]);
+  EXPECT_EQ("start", events.back()["phase"]);
+  EXPECT_EQ("bad.server", events.back()["plugin"]);
+  EXPECT_THAT(events.back()["text"], HasSubstr(kAbortSentence));
+}
+
+TEST(Crash, IsTheLastLineOfTheTable) {
+  const HubResult result = OutputOfTheCrash("init_crashes", "");
+  EXPECT_THAT(result.output, MatchesRegex("(.|\n)*\nbad.server +NOT RETURNED .* in Init for "
+                                          "0(.|\n)*\ncrashed: .*bad.server, in Init for .*\n"));
+}
+
 TEST(Crash, IsRecalledByTheNextRunOfTheProduct) {
   TemporaryFolder state;
   HubSettings settings;

@@ -43,7 +43,8 @@ struct RunEvent {
     kUp,           // every plugin has been counted; milliseconds since Frame_Start
     kStopRequest,  // text: who or what asked
     kFinding,      // severity, text: what was said on the screen
-    kCrash,        // plugin (empty: none), phase (empty: none), text: the sentence
+    kCrash,        // plugin (empty: none), phase (empty: none), text: the sentence; number, not in
+                   // the record: the exit status, -1 where a signal ends the process
     kEnd           // status, number: the exit status, totals, text: the sentence
   };
   enum class Result { kNone, kOk, kFailed, kNotLoaded, kRefused };

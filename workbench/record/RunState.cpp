@@ -113,7 +113,7 @@ void RunState::Apply(const RunEvent& event) {
       m_findings.push_back(event);
       break;
     case Kind::kCrash:
-      if (!m_crash) m_crash = event;
+      ApplyCrash(event);
       break;
     case Kind::kEnd:
       m_end = event;
@@ -122,6 +122,15 @@ void RunState::Apply(const RunEvent& event) {
       ApplyToPlugin(event);
       break;
   }
+}
+
+void RunState::ApplyCrash(const RunEvent& event) {
+  if (m_crash) return;
+  m_crash = event;
+  const auto position = m_positions.find(event.plugin);
+  if (event.plugin.empty() || position == m_positions.end()) return;
+  PluginRun& plugin = m_plugins[position->second];
+  (event.phase == RunPhase::kStop ? plugin.stopReason : plugin.reason) = event.text;
 }
 
 void RunState::ApplyToPlugin(const RunEvent& event) {

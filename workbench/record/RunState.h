@@ -37,8 +37,8 @@ struct PluginRun {
   std::int64_t startedAtNs = -1;  // when its load task began; -1: it has not
   std::uint64_t thread = 0;       // that ran its start; 0: none has
   std::string waitedFor;          // the last plugin that its start waited for; empty: none
-  std::string reason;             // why its start failed, one line
-  std::string stopReason;         // why its stop was refused, one line
+  std::string reason;             // why its start failed, or how it crashed; one line
+  std::string stopReason;         // why its stop was refused, or how it crashed in it; one line
 };
 
 /// A run as its events describe it, up to the last one applied: a run that goes on, or a record's.
@@ -77,6 +77,7 @@ class RunState {
  private:
   PluginRun& Plugin(const std::string& id);
   void ApplyToPlugin(const RunEvent& event);
+  void ApplyCrash(const RunEvent& event);
   void ApplyCount(const RunEvent& event);
   void BeginPhase(const RunEvent& event);
   void EndPhase(const RunEvent& event);

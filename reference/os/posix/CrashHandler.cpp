@@ -154,14 +154,6 @@ void OnTerminate() {
   EndBy(SIGABRT);
 }
 
-/// Catches what does not pass through the exit functions of ours: the end of main or of the last
-/// thread.
-void OnExit(int status, void*) {
-  if (ExitIsReported()) {
-    ReportExit(Crash::Kind::kExit, status, "exit", __builtin_return_address(0));
-  }
-}
-
 }  // namespace
 
 bool RunGuarded(unsigned seconds, void (*action)(void*), void* argument) noexcept {
@@ -209,7 +201,6 @@ void InstallCrashHandler(CrashReportFn report, int exitStatus) {
   PrepareStack();
   UseAlternateStack();
   g_terminateBefore = std::set_terminate(&OnTerminate);
-  on_exit(&OnExit, nullptr);
   g_process = getpid();
   for (const FatalSignal& fatal : kFatalSignals) {
     struct sigaction action = {};
@@ -219,6 +210,14 @@ void InstallCrashHandler(CrashReportFn report, int exitStatus) {
     sigemptyset(&action.sa_mask);
     sigaction(fatal.number, &action, nullptr);
     Unblock(fatal.number);
+  }
+}
+
+/// Only what does not pass through the exit functions of ours comes here: the end of the process's
+/// last thread.
+void ReportUnexpectedExit() {
+  if (ExitIsReported()) {
+    ReportExit(Crash::Kind::kExit, 0, "exit", __builtin_return_address(0));
   }
 }
 

@@ -56,15 +56,15 @@ bool BecomeReporter() noexcept {
   EndWith(endCode);
 }
 
-/// Reports what has no exception of the system's.
+/// Reports what has no exception of the system's. `alone`: all other threads have been ended.
 [[noreturn]] void ReportCall(Crash::Kind kind, int code, const char* what, const void* caller,
-                             DWORD endCode) noexcept {
+                             DWORD endCode, bool alone = false) noexcept {
   if (!BecomeReporter()) EndWith(g_endCode);
   RtlCaptureContext(&g_stackBegin.context);
   g_stackBegin.caller = caller;
-  // In an exit all other threads have been ended, with whatever locks they held.
-  g_stackBegin.withNames = kind != Crash::Kind::kExit;
+  g_stackBegin.withNames = !alone;  // the others may have held locks
   Crash crash;
+  crash.alone = alone;
   crash.kind = kind;
   crash.code = code;
   crash.what = what;
@@ -180,15 +180,21 @@ void InstallCrashHandler(CrashReportFn report, int exitStatus) {
   g_report = report;
 }
 
+void ReportUnexpectedExit() {
+  if (g_exitExpected == 0) {
+    ReportCall(Crash::Kind::kExit, 0, "exit()", nullptr, g_exitStatus);
+  }
+}
+
 void ExpectExit() {
   InterlockedExchange(&g_exitExpected, 1);
 }
 
-/// Called by the system. All ways of an exit lead here, when the other threads have been ended.
+/// Called by the system, when the other threads have been ended. All ways of an exit lead here.
 extern "C" BOOL WINAPI DllMain(HINSTANCE, DWORD reason, void* processEnds) {
   if (reason == DLL_PROCESS_DETACH && processEnds != nullptr && g_report != nullptr &&
       g_exitExpected == 0) {
-    ReportCall(Crash::Kind::kExit, 0, "exit() or ExitProcess()", nullptr, g_exitStatus);
+    ReportCall(Crash::Kind::kExit, 0, "_exit() or ExitProcess()", nullptr, g_exitStatus, true);
   }
   return TRUE;
 }

@@ -1,0 +1,86 @@
+// A standard error that nobody reads holds up neither a run nor the report of a crash.
+
+#include <fcntl.h>
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <csignal>
+#include <filesystem>
+#include <string>
+
+#include "tests/system/MadeProduct.h"
+
+using testing::HasSubstr;
+
+namespace {
+
+/// A pipe that is full and that nobody reads.
+class FullPipe {
+ public:
+  FullPipe() : m_name((m_folder.Path() / "pipe").string()) {
+    EXPECT_EQ(0, mkfifo(m_name.c_str(), 0600));
+    m_open = open(m_name.c_str(), O_RDWR | O_NONBLOCK | O_CLOEXEC);
+    const std::string page(4096, 'x');
+    while (write(m_open, page.data(), page.size()) > 0) {
+    }
+  }
+  ~FullPipe() { close(m_open); }
+  FullPipe(const FullPipe&) = delete;
+  FullPipe& operator=(const FullPipe&) = delete;
+
+  const std::string& Name() const { return m_name; }
+
+ private:
+  TemporaryFolder m_folder;
+  std::string m_name;
+  int m_open = -1;
+};
+
+/// Runs HUB with its standard error led to a full pipe.
+HubResult RunUnheard(MadeProduct& product, const std::string& arguments) {
+  const FullPipe pipe;
+  const TemporaryFolder folder;
+  HubSettings settings;
+  settings.program = "/bin/sh";
+  const std::string command =
+      "exec \"" TEV_HUB "\" " + product.Arguments(arguments) + " 2>\"" + pipe.Name() + "\"";
+  return RunHub("\"" + folder.Write("command", command) + "\"", settings);
+}
+
+TEST(StandardErrorThatNobodyReads, DelaysNeitherTheStopNorTheObject) {
+  MadeProduct product;
+  product.Plugin("a.server");
+  const std::string full = product.Site().Path("full").string();
+  std::filesystem::create_symlink("/dev/full", full);
+  // The lost record is said on standard error when the run begins.
+  const HubResult result = RunUnheard(product, "--json --seconds 0.5 --record \"" + full + "\"");
+  EXPECT_EQ(3, result.status);
+  EXPECT_EQ("stopped", result.Json()["plugins"][0]["state"]);
+  EXPECT_THAT(result.Json()["sentence"], HasSubstr("cannot be written"));
+}
+
+TEST(StandardErrorThatNobodyReads, LeavesACrashItsObjectAndItsStatus) {
+  MadeProduct product;
+  const HubResult result =
+      RunUnheard(product.Plugin("bad.server", "init_crashes"), "--json --no-record");
+  EXPECT_EQ(SIGSEGV, result.signal);
+  EXPECT_EQ("crashed", result.Json()["status"]);
+  EXPECT_EQ("bad.server", result.Json()["plugins"][0]["id"]);
+}
+
+TEST(Crash, OfTheRunsOwnThreadStillLeavesAnObject) {
+  MadeProduct product;
+  HubProcess hub(product.Plugin("hangs.server", "init_hangs").Arguments("--json"));
+  ASSERT_TRUE(hub.AwaitRecord("init-begin"));
+  ASSERT_EQ(0, kill(hub.Id(), SIGQUIT));
+  const HubResult result = hub.Wait();
+  EXPECT_EQ(SIGQUIT, result.signal);
+  EXPECT_EQ("crashed", result.Json()["status"]);
+  EXPECT_THAT(result.Json()["sentence"], HasSubstr("crashed: SIGQUIT sent by process "));
+  EXPECT_EQ(nullptr, result.Json()["plugins"]);
+  EXPECT_THAT(result.Json()["record"], HasSubstr(".jsonl"));
+}
+
+}  // namespace
