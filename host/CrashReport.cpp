@@ -306,11 +306,9 @@ void InstallCrashReport() {
   std::atexit(&ReportUnexpectedExit);
 }
 
-void SetCrashRecord(const std::filesystem::path& record) {
-  const SystemFile before = g_record.exchange(kNoFile);
-  if (before != kNoFile) CloseFile(before);
+void SetCrashRecord(const std::filesystem::path& file, const std::filesystem::path& record) {
   g_recordPath.Set(LocalFromPath(record));
-  if (!record.empty()) g_record = OpenForAppending(record);
+  if (!file.empty()) g_record = OpenForAppending(file);
 }
 
 void SetCrashOutput(SystemFile output, CrashOutput kind) {

@@ -22,8 +22,9 @@ void InstallCrashReport();
 /// the crash ends the process with its own status.
 void AnnounceExit();
 
-/// Where the crash's line goes to, and what the sentence calls the record; empty: nowhere.
-void SetCrashRecord(const std::filesystem::path& record);
+/// `file`: where the crash's line goes to; `record`: what the sentence calls the record. Each may
+/// be empty. Called once.
+void SetCrashRecord(const std::filesystem::path& file, const std::filesystem::path& record);
 
 /// What standard output says of a crash when the run's thread cannot write it.
 enum class CrashOutput { kNothing, kObject, kEvent };

@@ -78,7 +78,7 @@ ExitStatus ProductRun::Run() {
 
 void ProductRun::Begin() {
   m_head = MakeRunHead(m_clock, m_bin, m_context.commandLine);
-  SetCrashRecord(m_record.File());
+  SetCrashRecord(m_record.CrashFile(), m_record.File());
   SetCrashOutput(m_context.output.File(), m_options.json     ? CrashOutput::kObject
                                           : m_options.events ? CrashOutput::kEvent
                                                              : CrashOutput::kNothing);
@@ -170,6 +170,7 @@ void ProductRun::AddEnd(const Verdict& verdict) {
   end.totals = CountTotals(m_monitor.State());
   end.text = verdict.sentence;
   m_monitor.Add(std::move(end));
+  m_record.End();
 }
 
 /// Begins `call` on the driver's thread and waits for its end.

@@ -2,6 +2,7 @@
 
 #include <exception>
 #include <system_error>
+#include <utility>
 
 #include "reference/os/LocalText.h"
 #include "reference/os/ProcessInfo.h"
@@ -15,18 +16,11 @@ constexpr char kWithoutRecord[] = "; --no-record runs without one, --record FILE
 
 }  // namespace
 
-std::optional<std::string> TornOff(const FlightRecord& record) {
-  std::optional<std::string> how = "without a last word: it was killed, or the machine went down";
-  for (const RunEvent& event : record.events) {
-    if (event.kind == RunEvent::Kind::kEnd) how.reset();
-    if (event.kind == RunEvent::Kind::kCrash) how = "so: " + event.text;
-  }
-  return how;
-}
-
 RunRecord::RunRecord(const Options& options, const fs::path& bin, const RunClock& clock) {
   try {
-    if (!options.record.empty()) m_writer.emplace(PathFromLocal(options.record));
+    if (!options.record.empty()) {
+      m_writer.emplace(fs::absolute(PathFromLocal(options.record)));
+    }
   } catch (const std::runtime_error& error) {
     throw UsageError(error.what());
   }
@@ -41,11 +35,23 @@ RunRecord::RunRecord(const Options& options, const fs::path& bin, const RunClock
 }
 
 void RunRecord::WriteLine(const std::string& line) {
-  if (m_writer) m_writer->WriteLine(line);
+  if (m_writer) {
+    m_writer->WriteLine(line);
+  } else if (m_unrecorded && !std::exchange(m_headIsWritten, true)) {
+    m_unrecorded->WriteLine(line);
+  }
+}
+
+void RunRecord::End() {
+  if (m_lastRun) m_lastRun->End();
 }
 
 fs::path RunRecord::File() const {
   return m_writer ? m_writer->File() : fs::path();
+}
+
+fs::path RunRecord::CrashFile() const {
+  return m_unrecorded ? m_unrecorded->File() : File();
 }
 
 std::size_t RunRecord::LostLines() const {
@@ -63,31 +69,25 @@ void RunRecord::OpenInStateFolder(const Options& options, const fs::path& bin,
   const fs::path file = folder.NewRecord(clock.UtcText(clock.nanoseconds),
                                          static_cast<std::int64_t>(ProcessNumber()));
   TakeLock(folder.Path() / "lock");
-  if (m_alone) RecallLastRun(folder);
-  if (options.noRecord || !options.record.empty()) return;
-  m_writer.emplace(file);
-  folder.Prune();
+  if (!options.noRecord && options.record.empty()) {
+    m_writer.emplace(file);
+    folder.Prune();
+  }
+  if (m_lock) RememberRun(folder);
 }
 
 void RunRecord::TakeLock(const fs::path& file) {
   m_lock = FileLock::TryLock(file);
-  m_alone = m_lock.has_value();
-  if (m_alone) return;
+  if (m_lock) return;
   m_findings.push_back({Finding::Severity::kWarning,
                         "another HUB runs this product at the same time; both use its files"});
 }
 
-void RunRecord::RecallLastRun(const RecordFolder& folder) {
-  const std::optional<fs::path> last = folder.Last();
-  if (!last) return;
-  try {
-    const FlightRecord record = ReadFlightRecord(*last);
-    if (const auto how = TornOff(record)) {
-      m_findings.push_back({Finding::Severity::kNote,
-                            "the last run of this product, begun " + record.head.time + ", ended " +
-                                *how + " (its record: " + LocalFromPath(*last) + ")"});
-    }
-  } catch (const std::exception&) {
-    // A record that cannot be read says nothing about the last run.
+void RunRecord::RememberRun(const RecordFolder& folder) {
+  m_lastRun.emplace(folder.Path());
+  if (const auto sentence = m_lastRun->Recall()) {
+    m_findings.push_back({Finding::Severity::kNote, *sentence});
   }
+  if (!m_writer) m_unrecorded.emplace(m_lastRun->Unrecorded());
+  m_lastRun->Begin(File());
 }

@@ -7,6 +7,7 @@
 #include <vector>
 
 #include "host/Commands.h"
+#include "host/LastRun.h"
 #include "host/RunClock.h"
 #include "reference/os/FileLock.h"
 #include "workbench/product/Findings.h"
@@ -27,8 +28,15 @@ class RunRecord {
 
   void WriteLine(const std::string& line);
 
-  /// The record's path; empty when there is none.
+  /// The run has ended in order, and its record says so.
+  void End();
+
+  /// The record's full path; empty when there is none.
   std::filesystem::path File() const;
+
+  /// Where a crash adds its line: the record, or without one what the next run recalls. Empty:
+  /// nowhere.
+  std::filesystem::path CrashFile() const;
   std::size_t LostLines() const;
 
   /// What is to be said at the begin: that another HUB runs the product, how its last run ended
@@ -39,14 +47,12 @@ class RunRecord {
   void OpenInStateFolder(const Options& options, const std::filesystem::path& bin,
                          const RunClock& clock);
   void TakeLock(const std::filesystem::path& file);
-  void RecallLastRun(const RecordFolder& folder);
+  void RememberRun(const RecordFolder& folder);
 
   std::optional<FileLock> m_lock;
   std::optional<RecordWriter> m_writer;
-  bool m_alone = false;  // nobody else holds the product's lock
+  std::optional<LastRun> m_lastRun;          // none: somebody else holds the product's lock
+  std::optional<RecordWriter> m_unrecorded;  // of a run without a record: takes the head
+  bool m_headIsWritten = false;
   std::vector<Finding> m_findings;
 };
-
-/// How an earlier run ended, when it ended by itself neither well nor badly but was torn off: "by
-/// SIGSEGV in a.server". None for a run that has an end.
-std::optional<std::string> TornOff(const FlightRecord& record);

@@ -81,14 +81,6 @@ TEST_F(RecordFolders, ThatCannotBeMadeAreToldByTheirName) {
   }
 }
 
-TEST_F(RecordFolders, FindTheNewestRecord) {
-  EXPECT_EQ(std::nullopt, runs.Last());
-  for (const int second : {3, 11, 7}) Touch(Run(second));
-  Touch(runs.Path() / "zzz.jsonl");
-  Touch(runs.Path() / "20261121T184659.123Z-77.jsonl.bak");
-  EXPECT_EQ(Run(11), runs.Last());
-}
-
 TEST_F(RecordFolders, KeepTheNewestRecordsAndAllOtherFiles) {
   std::vector<std::string> expected;
   for (int second = 25; second > 0; --second) {

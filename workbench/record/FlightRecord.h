@@ -81,9 +81,6 @@ class RecordFolder {
   /// std::runtime_error with a sentence when it cannot.
   std::filesystem::path NewRecord(const std::string& time, std::int64_t pid) const;
 
-  /// The newest record; none when there is none, or the folder cannot be read.
-  std::optional<std::filesystem::path> Last() const;
-
   /// Removes the oldest records, so that kKept are left: those of runs that go on are among the
   /// newest. One that cannot be removed stays.
   void Prune() const;

@@ -80,12 +80,6 @@ fs::path RecordFolder::NewRecord(const std::string& time, std::int64_t pid) cons
   return m_path / (name + "-" + std::to_string(pid) + ".jsonl");
 }
 
-std::optional<fs::path> RecordFolder::Last() const {
-  const std::vector<fs::path> records = Records(m_path);
-  if (records.empty()) return std::nullopt;
-  return records.front();
-}
-
 void RecordFolder::Prune() const {
   const std::vector<fs::path> records = Records(m_path);
   for (std::size_t i = kKept; i < records.size(); ++i) {

@@ -1,0 +1,53 @@
+#include "host/LastRun.h"
+
+#include <exception>
+#include <fstream>
+#include <system_error>
+
+#include "reference/os/LocalText.h"
+
+namespace fs = std::filesystem;
+
+namespace {
+
+constexpr char kTheLastRun[] = "the last run of this product";
+constexpr char kKilled[] = "without an end: it was killed, or the machine went down";
+
+}  // namespace
+
+std::optional<std::string> HowItBroke(const FlightRecord& record) {
+  std::optional<std::string> how = kKilled;
+  for (const RunEvent& event : record.events) {
+    if (event.kind == RunEvent::Kind::kEnd) how.reset();
+    if (event.kind == RunEvent::Kind::kCrash) how = "so: " + event.text;
+  }
+  return how;
+}
+
+std::optional<std::string> LastRun::Recall() const {
+  std::string name;
+  if (!std::getline(std::ifstream(Memory(), std::ios::binary), name)) return std::nullopt;
+  const fs::path file = fs::u8path(name);
+  const std::string place =
+      file == Unrecorded() ? " (it kept no record)" : " (its record: " + LocalFromPath(file) + ")";
+  try {
+    const FlightRecord record = ReadFlightRecord(file);
+    const auto how = HowItBroke(record);
+    if (!how) return std::nullopt;
+    return kTheLastRun + (", begun " + record.head.time) + ", ended " + *how + place;
+  } catch (
+      const std::exception&) {  // it was killed before it wrote anything, or its record is gone
+    return kTheLastRun + (std::string(" ended ") + kKilled) + place;
+  }
+}
+
+void LastRun::Begin(const fs::path& record) const {
+  const fs::path& file = record.empty() ? Unrecorded() : record;
+  std::ofstream(Memory(), std::ios::binary) << file.u8string() << "\n";
+}
+
+void LastRun::End() const {
+  std::error_code ignored;
+  fs::remove(Memory(), ignored);
+  fs::remove(Unrecorded(), ignored);
+}
