@@ -3,7 +3,9 @@
 #include <fmt/format.h>
 
 #include <algorithm>
+#include <cstdint>
 #include <iterator>
+#include <string_view>
 
 namespace {
 
@@ -11,12 +13,13 @@ namespace {
 struct Character {
   std::size_t bytes = 1;
   char32_t code = 0xFFFD;
+  bool valid = false;
 };
 
-Character CharacterAt(const std::string& text, std::size_t at) {
+Character CharacterAt(std::string_view text, std::size_t at) {
   const auto byte = [&](std::size_t i) { return static_cast<unsigned char>(text[i]); };
   const unsigned char first = byte(at);
-  if (first < 0x80) return {1, first};
+  if (first < 0x80) return {1, first, true};
   const std::size_t length = first >= 0xF0 ? 4 : first >= 0xE0 ? 3 : 2;
   if (first < 0xC2 || first > 0xF4 || at + length > text.size()) return {};
   char32_t code = first & (0xFFU >> (length + 1));
@@ -24,7 +27,10 @@ Character CharacterAt(const std::string& text, std::size_t at) {
     if ((byte(at + i) & 0xC0U) != 0x80U) return {};
     code = code << 6U | (byte(at + i) & 0x3FU);
   }
-  return {length, code};
+  const bool tooLong = code < (length == 4 ? 0x10000U : length == 3 ? 0x800U : 0x80U);
+  const bool surrogate = code >= 0xD800 && code <= 0xDFFF;
+  if (tooLong || surrogate || code > 0x10FFFF) return {};
+  return {length, code, true};
 }
 
 struct Range {
@@ -58,8 +64,13 @@ std::size_t ColumnsOf(char32_t code) {
   return Within(kTwoColumns, code) ? 2 : 1;
 }
 
-/// The longest begin of `text` that takes at most `columns`.
-std::string Begin(const std::string& text, std::size_t columns) {
+/// What a terminal may execute beside the control bytes of ASCII: the C1 control characters, line
+/// and paragraph separators, and what turns the direction of the text behind it.
+constexpr Range kExecuted[] = {
+    {0x0080, 0x009F}, {0x2028, 0x2029}, {0x202A, 0x202E}, {0x2066, 0x2069}};
+
+/// How many bytes of `text` take at most `columns`, whole characters with their marks.
+std::size_t BytesWithin(std::string_view text, std::size_t columns) {
   std::size_t taken = 0;
   std::size_t at = 0;
   while (at < text.size()) {
@@ -68,7 +79,26 @@ std::string Begin(const std::string& text, std::size_t columns) {
     if (taken > columns) break;
     at += character.bytes;
   }
-  return text.substr(0, at);
+  return at;
+}
+
+/// Where the line that begins `text`, of which more than `columns` is left, is broken. `next`: how
+/// many columns the lines behind it have for a word.
+std::size_t BreakOf(std::string_view text, std::size_t columns, std::size_t next) {
+  const std::size_t most = BytesWithin(text, columns);
+  if (text[most] == ' ') return most;
+  const std::size_t word = text.substr(0, most).rfind(' ') + 1;
+  const bool behindAnother = text.find_first_not_of(' ') < word;
+  const std::size_t held = word + BytesWithin(text.substr(word), next);
+  const bool nextHoldsIt =
+      held == text.size() || text.substr(word, held + 1 - word).find(' ') != std::string_view::npos;
+  if (behindAnother && nextHoldsIt) return word;
+  if (most > 0) return most;
+  return BytesWithin(text, ColumnsOf(CharacterAt(text, 0).code));
+}
+
+std::string_view WithoutTrailingBlanks(std::string_view text) {
+  return text.substr(0, text.find_last_not_of(' ') + 1);
 }
 
 }  // namespace
@@ -86,8 +116,28 @@ std::size_t Columns(const std::string& text) {
 std::string CutToColumns(const std::string& text, std::size_t columns) {
   constexpr std::size_t dots = 3;
   if (Columns(text) <= columns) return text;
-  if (columns <= dots) return Begin(text, columns);
-  return Begin(text, columns - dots) + "...";
+  if (columns <= dots) return text.substr(0, BytesWithin(text, columns));
+  return text.substr(0, BytesWithin(text, columns - dots)) + "...";
+}
+
+std::vector<std::string> Wrapped(const std::string& text, std::size_t columns, std::size_t indent) {
+  if (columns == 0) return {text};
+  const std::string blanks(std::min(indent, columns - 1), ' ');
+  std::vector<std::string> lines;
+  std::string_view rest = WithoutTrailingBlanks(text);
+  std::size_t room = columns;
+  while (BytesWithin(rest, room) < rest.size()) {
+    const std::size_t end = BreakOf(rest, room, columns - blanks.size());
+    lines.push_back((lines.empty() ? "" : blanks) +
+                    std::string(WithoutTrailingBlanks(rest.substr(0, end))));
+    rest.remove_prefix(end);
+    rest.remove_prefix(std::min(rest.find_first_not_of(' '), rest.size()));
+    room = columns - blanks.size();
+  }
+  if (lines.empty() || !rest.empty()) {
+    lines.push_back((lines.empty() ? "" : blanks) + std::string(rest));
+  }
+  return lines;
 }
 
 std::string PadRight(const std::string& text, std::size_t columns) {
@@ -102,15 +152,24 @@ std::string PadLeft(const std::string& text, std::size_t columns) {
 
 std::string Escaped(const std::string& text) {
   std::string escaped;
-  for (const char c : text) {
-    const auto byte = static_cast<unsigned char>(c);
-    if (byte >= 0x20 && byte != 0x7f) {
-      escaped += c;
+  for (std::size_t at = 0; at < text.size();) {
+    const Character character = CharacterAt(text, at);
+    if (!character.valid || character.code < 0x20 || character.code == 0x7f) {
+      fmt::format_to(std::back_inserter(escaped), "\\x{:02x}",
+                     static_cast<unsigned char>(text[at]));
+    } else if (Within(kExecuted, character.code)) {
+      fmt::format_to(std::back_inserter(escaped), "\\u{:04x}",
+                     static_cast<std::uint32_t>(character.code));
     } else {
-      fmt::format_to(std::back_inserter(escaped), "\\x{:02x}", byte);
+      escaped.append(text, at, character.bytes);
     }
+    at += character.bytes;
   }
   return escaped;
+}
+
+std::string ShownID(const std::string& id) {
+  return id.empty() ? "(no ID)" : Escaped(id);
 }
 
 std::string JoinNames(const std::vector<std::string>& names, std::size_t most) {
@@ -119,7 +178,7 @@ std::string JoinNames(const std::vector<std::string>& names, std::size_t most) {
   for (std::size_t i = 0; i < shown; ++i) {
     const bool last = i + 1 == names.size();
     if (i > 0) text += last ? " and " : ", ";
-    text += names[i].empty() ? "(no ID)" : Escaped(names[i]);
+    text += ShownID(names[i]);
   }
   if (shown < names.size()) text += fmt::format(" and {} more", names.size() - shown);
   return text;
