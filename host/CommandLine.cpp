@@ -2,9 +2,11 @@
 
 #include <CLI/CLI.hpp>
 #include <algorithm>
+#include <cstdint>
 #include <filesystem>
 #include <fstream>
 #include <iostream>
+#include <limits>
 #include <memory>
 #include <set>
 #include <sstream>
@@ -14,6 +16,7 @@
 
 #include "reference/os/LocalText.h"
 #include "reference/os/ProcessPath.h"
+#include "workbench/output/Text.h"
 
 namespace fs = std::filesystem;
 
@@ -35,6 +38,10 @@ constexpr char kFooter[] =
 
 std::vector<Command> Commands() {
   return {RunCommand(), ModelCommand()};
+}
+
+std::string Quoted(const std::string& word) {
+  return "\"" + Escaped(word) + "\"";
 }
 
 /// Whether a file written there would damage the product that lies around `bin`.
@@ -69,7 +76,14 @@ std::string WhyNotReplaced(const fs::path& file) {
 /// What is wrong with a request that the command line's grammar allows; empty when nothing is.
 std::string WhatIsWrong(const Options& options) {
   if (options.json && options.events) return "--json and --events: only one of them";
-  if (options.noRecord && !options.record.empty()) return "--record and --no-record: only one";
+  if (options.noRecord && !options.record.empty())
+    return "--record and --no-record: only one of them";
+  for (const auto& [option, value] :
+       {std::pair("--bin", options.bin), std::pair("--log", options.log),
+        std::pair("--record", options.record)}) {
+    if (value.rfind("--", 0) != 0) continue;
+    return std::string(option) + " needs a value, and " + Quoted(value) + " is an option";
+  }
   std::error_code error;
   const fs::path bin =
       options.bin.empty() ? PathFromLocal(ProcessPath()).parent_path() : PathFromLocal(options.bin);
@@ -91,10 +105,88 @@ std::string WhatIsWrong(const Options& options) {
   return why.empty() ? why : "--record: " + options.record + " " + why;
 }
 
+bool LooksLikeAnOption(const std::string& word) {
+  return word.size() > 1 && word.front() == '-';
+}
+
+/// What is wrong with a command line that names no command.
+std::string NoCommand(const std::vector<std::string>& words) {
+  std::vector<std::string> names;
+  for (const Command& command : Commands()) names.emplace_back(command.name);
+  const std::string commands = JoinNames(names, names.size());
+  if (words.empty()) return "no command is given; there are " + commands + " (HUB --help)";
+  return Quoted(words.front()) +
+         (LooksLikeAnOption(words.front()) ? " stands where the command belongs"
+                                           : " is no command") +
+         "; there are " + commands + " (HUB --help)";
+}
+
+/// What is wrong with a word that nothing takes.
+std::string NotTaken(const CLI::App& app, const CLI::App& command,
+                     const std::vector<std::string>& words) {
+  const std::string name = command.get_name();
+  const std::string help = " (HUB " + name + " --help)";
+  const std::string word = app.remaining(true).front();
+  const auto isOne = [&](const std::string& other) { return other == word || other == name; };
+  if (*std::find_if(words.begin(), words.end(), isOne) == word) {
+    return Quoted(word) + " stands before the command: first " + name + ", then its options" + help;
+  }
+  return Quoted(word) +
+         (LooksLikeAnOption(word) ? " is no option of " : " belongs to no option of ") + name +
+         help;
+}
+
+/// The option of `command` that the parser's sentence is about; it names it before any value.
+const CLI::Option* OptionIn(const std::string& sentence, const CLI::App& command) {
+  const std::size_t begin = sentence.find("--");
+  if (begin == std::string::npos) return nullptr;
+  const std::size_t end = sentence.find_first_not_of("abcdefghijklmnopqrstuvwxyz-", begin);
+  return command.get_option_no_throw(sentence.substr(begin, end - begin));
+}
+
+/// What is wrong with the value of an option, or that it has one or none.
+std::string WrongValue(const CLI::ParseError& error, const CLI::Option& option,
+                       const CLI::App& command) {
+  const std::string name = option.get_name();
+  if (option.get_expected_max() == 0) return name + " takes no value";
+  const std::vector<std::string>& values = option.results();
+  if (values.size() > 1) return name + " is given " + Count(values.size(), "time");
+  if (dynamic_cast<const CLI::ArgumentMismatch*>(&error) != nullptr) {
+    return name + " needs a value: " + name + " " + option.get_type_name();
+  }
+  const std::string sentence = error.what();
+  const bool ours = sentence.find(": \"") == name.size();
+  if (ours || values.empty()) return Escaped(sentence);
+  return name + ": " + Quoted(values.front()) + " is none of its values (HUB " +
+         command.get_name() + " --help)";
+}
+
+/// What is wrong with a command line that the parser refuses: one sentence.
+std::string WrongUse(const CLI::ParseError& error, const CLI::App& app,
+                     const std::vector<std::string>& words) {
+  const std::vector<const CLI::App*> commands =
+      app.get_subcommands([](const CLI::App* command) { return command->parsed(); });
+  if (commands.empty()) return NoCommand(words);
+  const CLI::App& command = *commands.front();
+  if (dynamic_cast<const CLI::ExtrasError*>(&error) != nullptr)
+    return NotTaken(app, command, words);
+  const CLI::Option* option = OptionIn(error.what(), command);
+  return option == nullptr ? error.what() : WrongValue(error, *option, command);
+}
+
 }  // namespace
 
 CLI::Validator Between(int least, int most) {
-  return CLI::Range(least, most).description("");  // the help line says it in words
+  return CLI::Validator(
+      [least, most](const std::string& text) {
+        std::int64_t number = 0;
+        const bool good =
+            CLI::detail::lexical_cast(text, number) && number >= least && number <= most;
+        return good ? std::string()
+                    : Quoted(text) + " is no whole number from " + std::to_string(least) + " to " +
+                          std::to_string(most);
+      },
+      std::string());  // the help line says it in words
 }
 
 void AddProductOptions(CLI::App& command, Options& options) {
@@ -110,6 +202,7 @@ void AddProductOptions(CLI::App& command, Options& options) {
           "--module", options.module,
           "The running module that the platform\nreports (default: 1; 2: the distributed one)")
       ->type_name("N")
+      ->check(Between(std::numeric_limits<int>::min(), std::numeric_limits<int>::max()))
       ->group(product);
 
   const std::string log = "The log";
@@ -151,19 +244,20 @@ std::optional<Request> ReadCommandLine(HostContext& context, ExitStatus& status)
     command.addOptions(added, request.options);
     added.callback([&request, run = command.run] { request.run = run; });
   }
+  const std::vector<std::string> words(context.commandLine.begin() + 1, context.commandLine.end());
+  std::string wrong;
   try {
-    std::vector<std::string> arguments(context.commandLine.rbegin(),
-                                       context.commandLine.rend() - 1);
-    app.parse(arguments);
-  } catch (const CLI::ParseError& error) {
+    app.parse(std::vector<std::string>(words.rbegin(), words.rend()));
+    wrong = WhatIsWrong(request.options);
+  } catch (const CLI::Success& asked) {
     std::ostringstream output;
-    std::ostringstream errors;
-    status = app.exit(error, output, errors) == 0 ? kOk : kUsage;
+    app.exit(asked, output);
+    status = kOk;
     context.output.Write(output.str());
-    std::cerr << errors.str();
     return std::nullopt;
+  } catch (const CLI::ParseError& error) {
+    wrong = WrongUse(error, app, words);
   }
-  const std::string wrong = WhatIsWrong(request.options);
   if (wrong.empty()) return request;
   context.output.WriteError(wrong);
   status = kUsage;

@@ -3,6 +3,7 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <fstream>
 #include <map>
 #include <regex>
@@ -212,14 +213,31 @@ TEST(Log, OfAHigherLevelHasOnlyItsLines) {
 
 TEST(CommandLine, WrongUseEndsWithTwoAndSaysWhy) {
   const std::map<std::string, std::string> cases = {
-      {"", "subcommand is required"},
-      {"fly", "subcommand is required"},
-      {"run --seconds soon", "\"soon\" is no number of seconds from 0 up"},
-      {"run --seconds -1", "\"-1\" is no number of seconds from 0 up"},
-      {"run --seconds nan", "\"nan\" is no number of seconds from 0 up"},
-      {"run --workers 0", "--workers"},
+      {"", "HUB: no command is given; there are run and model (HUB --help)"},
+      {"fly", "HUB: \"fly\" is no command; there are run and model (HUB --help)"},
+      {"--nope",
+       "HUB: \"--nope\" stands where the command belongs; there are run and model (HUB --help)"},
+      {"--bin x run",
+       "HUB: \"--bin\" stands before the command: first run, then its options (HUB "
+       "run --help)"},
+      {"run --nope 1", "HUB: \"--nope\" is no option of run (HUB run --help)"},
+      {"model --json", "HUB: \"--json\" is no option of model (HUB model --help)"},
+      {"run model", "HUB: \"model\" belongs to no option of run (HUB run --help)"},
+      {"run -- x", "HUB: \"x\" belongs to no option of run (HUB run --help)"},
+      {"run --log", "HUB: --log needs a value: --log FILE"},
+      {"run --log --json", "HUB: --log needs a value, and \"--json\" is an option"},
+      {"run --bin a --bin b", "HUB: --bin is given 2 times"},
+      {"run --no-record=x", "HUB: --no-record takes no value"},
+      {"run --module two",
+       "HUB: --module: \"two\" is no whole number from -2147483648 to 2147483647"},
+      {"run --log-level 7", "HUB: --log-level: \"7\" is no whole number from 0 to 6"},
+      {"run --color green", "HUB: --color: \"green\" is none of its values (HUB run --help)"},
+      {"run --seconds soon", "HUB: --seconds: \"soon\" is no number of seconds from 0 up"},
+      {"run --seconds -1", "HUB: --seconds: \"-1\" is no number of seconds from 0 up"},
+      {"run --seconds nan", "HUB: --seconds: \"nan\" is no number of seconds from 0 up"},
+      {"run --workers 0", "HUB: --workers: \"0\" is no whole number from 1 to 10000"},
       {"run --json --events", "--json and --events: only one of them"},
-      {"run --record r.jsonl --no-record", "--record and --no-record: only one"},
+      {"run --record r.jsonl --no-record", "--record and --no-record: only one of them"},
       {"run --bin there-is-no-such-folder", "--bin: there-is-no-such-folder does not exist"},
       {"run --bin \"" TEV_SITE "/Product.xml\"", "is no folder"},
       {"run --bin \"" TEV_SITE "/bin\" --log \"" TEV_SITE "/Product.xml\"",
@@ -229,12 +247,12 @@ TEST(CommandLine, WrongUseEndsWithTwoAndSaysWhy) {
       {"run --record \"" TEV_SITE "/bin/META_INFO\"", "is no file"},
       {"run --record \"" TEV_EXPORTS "\"", "is there and is no flight record"},
       {"run --log same.log --record same.log", "cannot be both"},
-      {"run --bin \"" TEV_SITE "/bin\" --log no-such-folder-here/x.log/", "no-such-folder-here"},
-      {"model --json", "--json"}};
+      {"run --bin \"" TEV_SITE "/bin\" --log no-such-folder-here/x.log/", "no-such-folder-here"}};
   for (const auto& one : cases) {
     const HubResult result = RunHub(one.first);
     EXPECT_EQ(2, result.status) << one.first;
     EXPECT_THAT(result.errors, HasSubstr(one.second)) << one.first;
+    EXPECT_EQ(1, std::count(result.errors.begin(), result.errors.end(), '\n')) << result.errors;
     EXPECT_EQ("", result.output) << one.first;
   }
 }
