@@ -52,7 +52,7 @@ TEST_F(BeforeStart, CycleIsSaidWithItsLinesAndWhoWaits) {
               ElementsAre("E a \xE2\x86\x92 b \xE2\x86\x92 c \xE2\x86\x92 a: these wait for each "
                           "other for ever (a depends on b: bin/META_INFO/a/a.xml:3; b depends on "
                           "c: bin/META_INFO/b/b.xml:2; c depends on a: bin/META_INFO/c/c.xml:2); "
-                          "2 others wait behind them: w1, w2"));
+                          "2 others wait behind them: w1 and w2"));
 }
 
 TEST_F(BeforeStart, SelfDependencyIsSaidAndAtMostFiveNamesOfWhoWaits) {
@@ -80,7 +80,8 @@ TEST_F(BeforeStart, LongCycleIsShortened) {
                             "E p1 \xE2\x86\x92 p2 \xE2\x86\x92 p3 \xE2\x86\x92 p4 \xE2\x86\x92 "
                             "p5 \xE2\x86\x92 p6 \xE2\x86\x92 p7 \xE2\x86\x92 p8 \xE2\x86\x92 "
                             "p9 \xE2\x86\x92 p10 \xE2\x86\x92 (3 more) \xE2\x86\x92 p1: "));
-  EXPECT_THAT(found[0], testing::EndsWith("p10 depends on p11: bin/META_INFO/p10/p10.xml:2)"));
+  EXPECT_THAT(found[0],
+              testing::EndsWith("p10 depends on p11: bin/META_INFO/p10/p10.xml:2; and 3 more)"));
 }
 
 TEST_F(BeforeStart, LineIsThatOfTheDescriptionThatTheFrameKeeps) {
@@ -105,11 +106,9 @@ TEST_F(BeforeStart, LineIsThatOfTheDescriptionThatTheFrameKeeps) {
 TEST_F(BeforeStart, SubPlatformWithoutIDIsSaidWithItsLine) {
   model.SubPlatforms = {{"", ""}, {"sub", ""}};
   subPlatforms = "<SubPlatforms>\n<SubPlatform/>\n<SubPlatform ID='sub'/></SubPlatforms>";
-  EXPECT_THAT(
-      Found(),
-      ElementsAre(
-          "E Product.xml:2: a <SubPlatform> without an ID: a sub platform without an ID has no "
-          "library, and its stop is never counted, so that the stop never ends by itself"));
+  EXPECT_THAT(Found(), ElementsAre("E Product.xml:2: a <SubPlatform> without an ID: it has no "
+                                   "library, and its stop is never counted, so that the stop never "
+                                   "ends by itself"));
 }
 
 TEST_F(BeforeStart, SecondSectionOfSubPlatformsIsSaidOnce) {
@@ -119,9 +118,9 @@ TEST_F(BeforeStart, SecondSectionOfSubPlatformsIsSaidOnce) {
       "<SubPlatforms><SubPlatform ID='c'/><SubPlatform ID='d'/></SubPlatforms>";
   EXPECT_THAT(Found(),
               ElementsAre("E Product.xml:2: a second section with <SubPlatform>: the frame reads "
-                          "only one such section right; put all of them into the first: a sub "
-                          "platform without an ID has no library, and its stop is never counted, "
-                          "so that the stop never ends by itself"));
+                          "only one such section right; put all entries into the first; till then "
+                          "there is a sub platform without an ID: its stop is never counted, so "
+                          "that the stop never ends by itself"));
 }
 
 }  // namespace

@@ -191,8 +191,8 @@ TEST_F(ModelFileSentences, NamePlaceOfSecondSectionOnce) {
              "<Plugins><Plugin ID='a'/></Plugins></ProductDescription>");
   EXPECT_THAT(Unreadable(),
               ElementsAre("Product.xml:4: a second section with <Plugin>: the frame reads only one "
-                          "such section right; put all of them into the first; the product cannot "
-                          "be read"));
+                          "such section right; put all entries into the first; the product "
+                          "cannot be read"));
 }
 
 TEST_F(FileFindingsTest, AreNoneForProductWithOrWithoutAddons) {
@@ -268,13 +268,24 @@ TEST_F(FileFindingsTest, NameMissingCatalogueOnlyWhenSomethingIsInstalled) {
   EXPECT_THAT(
       FileFindings(),
       ElementsAre("E ProductAddons.xml does not exist, and there is no ProductAddons.data beside "
-                  "it that could stand in; no addon is read, not even the 1 that "
+                  "it that could stand in; no addon is read, not even the one that "
                   "bin/TevAddons/InstalledProducts.xml lists",
                   "W ProductTools.xml does not exist, and there is no ProductTools.data beside it "
-                  "that could stand in; no tool is read, not even the 1 that "
+                  "that could stand in; no tool is read, not even the one that "
                   "bin/TevAddons/InstalledProducts.xml lists"));
   tree.Write("bin/TevAddons/InstalledProducts.xml", "<InstalledProductsDescription/>");
   EXPECT_THAT(FileFindings(), IsEmpty());
+}
+
+TEST_F(FileFindingsTest, CountAddonsThatAreInstalledWithoutCatalogue) {
+  tree.Write("bin/TevAddons/InstalledProducts.xml",
+             "<InstalledProductsDescription><Addons><Addon ID='a'/><Addon ID='b'/></Addons>"
+             "</InstalledProductsDescription>");
+  EXPECT_THAT(
+      FileFindings(),
+      ElementsAre("E ProductAddons.xml does not exist, and there is no ProductAddons.data beside "
+                  "it that could stand in; no addon is read, not even the 2 that "
+                  "bin/TevAddons/InstalledProducts.xml lists"));
 }
 
 TEST_F(FileFindingsTest, NameVersionThatKeepsAddonsAway) {
@@ -282,7 +293,7 @@ TEST_F(FileFindingsTest, NameVersionThatKeepsAddonsAway) {
   tree.Write("Product.xml", "<ProductDescription><Version>2.6</Version></ProductDescription>");
   EXPECT_THAT(FileFindings(),
               ElementsAre("E Product.xml: its Version has no three parts; no addon is read, not "
-                          "even the 1 that bin/TevAddons/InstalledProducts.xml lists"));
+                          "even the one that bin/TevAddons/InstalledProducts.xml lists"));
 }
 
 TEST_F(FileFindingsTest, OfBrokenProductSayNothingMoreOfAddons) {

@@ -114,10 +114,12 @@ std::string NotEvenInstalled(const std::vector<ModelFile>& files, const std::str
   if (count == 0) return std::string();
   const ModelFile& product = files.front();
   if (catalogue == nullptr && product.state != State::kGood) return std::string();  // told already
-  return (catalogue == nullptr ? names.fromPath(product.read) + ": its Version has no three parts"
-                               : WhyUnreadable(*catalogue, names)) +
-         "; no " + what + " is read, not even the " + std::to_string(count) + " that " +
-         names.fromPath(installed->read) + " lists";
+  const std::string why = catalogue == nullptr
+                              ? names.fromPath(product.read) + ": its Version has no three parts"
+                              : WhyUnreadable(*catalogue, names);
+  return why + "; no " + what + " is read, not even the " +
+         (count == 1 ? "one" : std::to_string(count)) + " that " + names.fromPath(installed->read) +
+         " lists";
 }
 
 }  // namespace
@@ -126,7 +128,7 @@ std::string EntryWithoutID(const ModelFileEntry& listed, const LocalNames& names
   const std::string place = Place(listed.file, listed.line, names);
   if (listed.hidden) {
     return place + ": a second section with <" + listed.element +
-           ">: the frame reads only one such section right; put all of them into the first";
+           ">: the frame reads only one such section right; put all entries into the first";
   }
   const bool vowel = listed.element.find_first_of("AEIOU") == 0;
   return place + ": " + (vowel ? "an" : "a") + " <" + listed.element + "> without an ID";

@@ -19,11 +19,14 @@ std::string Shown(const std::string& id) {
   return id.empty() ? "(no ID)" : id;
 }
 
-/// "x, y, z", or five of them "and N more".
+/// "x, y and z", or five of them "and N more".
 std::string NameList(const std::vector<std::string>& ids) {
   std::string text;
   const std::size_t shown = std::min(ids.size(), kMostNames);
-  for (std::size_t i = 0; i < shown; ++i) text += (i == 0 ? "" : ", ") + Shown(ids[i]);
+  for (std::size_t i = 0; i < shown; ++i) {
+    const bool last = i > 0 && i + 1 == ids.size();
+    text += (i == 0 ? "" : last ? " and " : ", ") + Shown(ids[i]);
+  }
   if (shown < ids.size()) text += " and " + std::to_string(ids.size() - shown) + " more";
   return text;
 }
@@ -40,6 +43,7 @@ std::string DeclarationText(const std::vector<std::string>& cycle, const Depende
     if (line == lines.end()) continue;
     text += ": " + names.fromPath(line->second.file) + ":" + std::to_string(line->second.line);
   }
+  if (shown < cycle.size()) text += "; and " + std::to_string(cycle.size() - shown) + " more";
   return text;
 }
 
@@ -59,10 +63,12 @@ std::string CycleFinding(const StartGraph& graph, const std::vector<std::string>
          WaitingText(WaitingBehind(graph, cycle), alone);
 }
 
-constexpr char kNeverCounted[] =
-    ": a sub platform without an ID has no library, and its stop is never counted, so that the "
-    "stop "
-    "never ends by itself";
+std::string NamelessFinding(const ModelFileEntry& entry, const LocalNames& names) {
+  const std::string text = EntryWithoutID(entry, names);
+  const std::string never = "its stop is never counted, so that the stop never ends by itself";
+  if (!entry.hidden) return text + ": it has no library, and " + never;
+  return text + "; till then there is a sub platform without an ID: " + never;
+}
 
 }  // namespace
 
@@ -94,7 +100,7 @@ std::vector<Finding> FindingsBeforeStart(const fs::path& bin, const ProductModel
   }
   if (nameless) {
     for (const ModelFileEntry& entry : SubPlatformsWithoutID(files)) {
-      std::string text = EntryWithoutID(entry, names) + kNeverCounted;
+      std::string text = NamelessFinding(entry, names);
       // Each entry that a second section hides has the same one.
       if (findings.empty() || findings.back().text != text) {
         findings.push_back({Severity::kError, std::move(text)});
