@@ -18,7 +18,6 @@
 #include "reference/os/LocalText.h"
 #include "sdk/base/log.h"
 #include "sdk/base/path.h"
-#include "workbench/output/Text.h"
 #include "workbench/product/StartGraph.h"
 
 namespace {
@@ -254,8 +253,9 @@ void ProductRun::EndByCrash(RunEvent crash) {
 }
 
 void ProductRun::SayFindings(const ProductModel& model) {
-  const auto cycles = FindCycles(MakeStartGraph(model));
-  if (!cycles.empty()) m_reporter.SetCycle(Escaped(CycleText(cycles.front())));
+  std::vector<std::string> cycles;
+  for (const auto& cycle : FindCycles(MakeStartGraph(model))) cycles.push_back(CycleText(cycle));
+  m_reporter.SetCycles(std::move(cycles));
   for (const Finding& finding : ProductFindings(model, m_monitor.Notes())) m_reporter.Say(finding);
 }
 

@@ -98,9 +98,9 @@ void RunReporter::SayUp(std::int64_t milliseconds) {
 void RunReporter::ShowProgress() {
   const RunState state = m_monitor.State();
   const std::int64_t now = SteadyNanoseconds();
-  const std::string line = WaitingLine(state, m_cycle, now);
+  const std::string line = WaitingLine(state, m_cycles, now);
   if (InTable()) m_screen.Update(state, line);
-  if (m_waitingLog.IsDue(WaitedFor(state, m_cycle), now)) {
+  if (m_waitingLog.IsDue(WaitedFor(state, m_cycles), now)) {
     IKPXFormatLog(kProgress, kModule, "%s", line.c_str());
   }
 }

@@ -2,6 +2,7 @@
 
 #include <cstdint>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "host/Commands.h"
@@ -23,8 +24,8 @@ class RunReporter {
   RunReporter(const Options& options, HostContext& context, const RunRecord& record,
               RunMonitor& monitor);
 
-  /// The cycle that plugins wait in, as it is to be shown.
-  void SetCycle(const std::string& cycle) { m_cycle = cycle; }
+  /// The cycles that plugins wait in, as they are to be shown.
+  void SetCycles(std::vector<std::string> cycles) { m_cycles = std::move(cycles); }
 
   /// The run's first line in the log.
   void LogHead(const RunHead& head);
@@ -60,7 +61,7 @@ class RunReporter {
   RunMonitor& m_monitor;
   Screen m_screen;
 
-  std::string m_cycle;
+  std::vector<std::string> m_cycles;
   WaitingLog m_waitingLog;
   bool m_outputLost = false;
   bool m_logLost = false;

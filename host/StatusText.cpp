@@ -3,6 +3,8 @@
 #include <fmt/format.h>
 
 #include <algorithm>
+#include <limits>
+#include <set>
 
 #include "host/RunVerdict.h"
 #include "workbench/output/Text.h"
@@ -27,23 +29,71 @@ bool Done(const RunState& state, const PluginRun& plugin) {
   return Stopping(state) ? plugin.stopCounted : plugin.startCounted;
 }
 
+/// Whether the stop waits for a plugin that the frame never counts.
+bool NeverCounted(const RunState& state, const PluginRun& plugin) {
+  return Stopping(state) && plugin.head.kind == "platform" && plugin.head.id.empty();
+}
+
 /// Whether the frame only has to look again for some plugin to begin.
 bool SomebodyIsReady(const RunState& state) {
-  return std::any_of(state.Plugins().begin(), state.Plugins().end(), [](const PluginRun& plugin) {
-    return IsStarted(plugin.head) && plugin.state == State::kReady;
+  std::set<std::string> keptUp;  // at the stop: what plugins that are not done depend on
+  for (const PluginRun& plugin : state.Plugins()) {
+    if (!Stopping(state) || Done(state, plugin)) continue;
+    keptUp.insert(plugin.head.dependsOn.begin(), plugin.head.dependsOn.end());
+  }
+  return std::any_of(state.Plugins().begin(), state.Plugins().end(), [&](const PluginRun& plugin) {
+    if (!IsStarted(plugin.head) || Done(state, plugin)) return false;
+    if (!Stopping(state)) return plugin.state == State::kReady;
+    return !NeverCounted(state, plugin) && keptUp.count(plugin.head.id) == 0;
   });
 }
 
+/// What is waited for when no plugin runs: it never ends.
+std::string WaitedForEver(const RunState& state, const std::vector<std::string>& cycles) {
+  if (!OnlyWaiting(state) || SomebodyIsReady(state)) return std::string();
+  std::string text;
+  if (!cycles.empty()) {
+    text = cycles.size() == 1 ? "waiting for the cycle " : "waiting for the cycles ";
+    text += JoinNames(cycles, kMostNames);
+  }
+  if (std::any_of(state.Plugins().begin(), state.Plugins().end(),
+                  [&](const PluginRun& plugin) { return NeverCounted(state, plugin); })) {
+    text += text.empty() ? "waiting for " : ", and for ";
+    text += "a sub platform without an ID, whose stop is never counted";
+  }
+  return text;
+}
+
 template <typename Text>
-std::string Waited(const RunState& state, const std::string& cycle, Text text) {
+std::string Waited(const RunState& state, const std::vector<std::string>& cycles, Text text) {
   std::vector<std::string> names;
   for (const PluginRun& plugin : state.Plugins()) {
     if (Running(plugin)) names.push_back(text(plugin));
   }
-  if (!names.empty()) return "waiting for " + JoinNames(names, kMostNames);
-  if (!cycle.empty() && OnlyWaiting(state) && !SomebodyIsReady(state))
-    return "waiting for the cycle " + cycle;
-  return std::string();
+  if (names.empty()) return WaitedForEver(state, cycles);
+  return "waiting for " + JoinNames(names, kMostNames);
+}
+
+/// "16 of 20 started, 1 failed"; at the stop, of those that have something to stop, "9 of 18
+/// stopped, 1 refused".
+std::string DoneText(const RunState& state) {
+  const bool stopping = Stopping(state);
+  std::size_t all = 0;
+  std::size_t well = 0;
+  std::size_t badly = 0;
+  for (const PluginRun& plugin : state.Plugins()) {
+    if (!IsStarted(plugin.head)) continue;
+    const bool done = Done(state, plugin);
+    const bool isWell =
+        stopping ? plugin.state == State::kStopped : plugin.started == State::kStarted;
+    const bool isBad = stopping ? plugin.state == State::kStopRefused : !isWell;
+    if (done && !isWell && !isBad) continue;  // there was nothing to stop
+    ++all;
+    if (done) ++(isWell ? well : badly);
+  }
+  std::string text = fmt::format("{} of {} {}", well, all, stopping ? "stopped" : "started");
+  if (badly != 0) text += fmt::format(", {} {}", badly, stopping ? "refused" : "failed");
+  return text;
 }
 
 std::string Milliseconds(std::int64_t ms) {
@@ -73,24 +123,24 @@ std::size_t CountStopped(const RunState& state) {
                     [](const PluginRun& plugin) { return plugin.stopCounted; }));
 }
 
-std::string WaitedFor(const RunState& state, const std::string& cycle) {
-  return Waited(state, cycle, [](const PluginRun& plugin) { return plugin.head.id; });
+std::string WaitedFor(const RunState& state, const std::vector<std::string>& cycles) {
+  return Waited(state, cycles, [](const PluginRun& plugin) { return plugin.head.id; });
 }
 
-std::string WaitingLine(const RunState& state, const std::string& cycle, std::int64_t nowNs) {
-  std::string waited = Waited(state, cycle, [nowNs](const PluginRun& plugin) {
-    return fmt::format("{} ({:.1f} s)", plugin.head.id.empty() ? "(no ID)" : plugin.head.id,
+std::string WaitingLine(const RunState& state, const std::vector<std::string>& cycles,
+                        std::int64_t nowNs) {
+  const std::string waited = Waited(state, cycles, [nowNs](const PluginRun& plugin) {
+    return fmt::format("{} ({:.1f} s)", ShownID(plugin.head.id),
                        static_cast<double>(nowNs - plugin.sinceNs) * 1e-9);
   });
-  if (waited.empty()) return waited;
-  std::size_t all = 0;
-  std::size_t done = 0;
-  for (const PluginRun& plugin : state.Plugins()) {
-    if (!IsStarted(plugin.head)) continue;
-    ++all;
-    if (Done(state, plugin)) ++done;
-  }
-  return fmt::format("{} of {} {}; {}", done, all, Stopping(state) ? "stopped" : "done", waited);
+  return waited.empty() ? waited : DoneText(state) + "; " + waited;
+}
+
+std::size_t NameColumns(std::size_t columns) {
+  constexpr std::size_t usual = 24;       // of a terminal of 80
+  constexpr std::size_t besideName = 80;  // that the other cells of the table and a reason take
+  if (columns == 0) return std::numeric_limits<std::size_t>::max();
+  return columns > besideName + usual ? columns - besideName : std::min(usual, columns / 2);
 }
 
 std::string EventText(const PluginRun& plugin) {

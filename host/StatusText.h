@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstddef>
 #include <cstdint>
 #include <string>
 #include <vector>
@@ -12,13 +13,14 @@
 /// are waited for.
 ///
 /// Those whose library is being loaded or whose Init or UnInit is running; when there are none,
-/// `cycle` ("a → b → a"; empty: there is none), if one of its plugins is still waited for. At most
-/// five names. Nobody while the frame only has to look again.
-std::string WaitedFor(const RunState& state, const std::string& cycle);
+/// those that are waited for for ever: `cycles` (each as "a → b → a"), and at the stop a sub
+/// platform without an ID. At most five names. Nobody while the frame only has to look again.
+std::string WaitedFor(const RunState& state, const std::vector<std::string>& cycles);
 
-/// That line with what is done and how long each has taken: "17 of 20 done; waiting for
-/// video.server (1.2 s)". Empty when nobody is waited for.
-std::string WaitingLine(const RunState& state, const std::string& cycle, std::int64_t nowNs);
+/// That line with what is done and how long each has taken: "16 of 20 started, 1 failed; waiting
+/// for video.server (1.2 s)". Empty when nobody is waited for.
+std::string WaitingLine(const RunState& state, const std::vector<std::string>& cycles,
+                        std::int64_t nowNs);
 
 /// Decides when the log is told whom the run waits for: when that changes, and once a minute.
 /// Not thread-safe.
@@ -38,6 +40,10 @@ bool OnlyWaiting(const RunState& state);
 
 /// How many plugins have been counted in the stop.
 std::size_t CountStopped(const RunState& state);
+
+/// How many columns of a terminal that has `columns` a plugin's name may take beside other things;
+/// of 0 columns, as many as it has.
+std::size_t NameColumns(std::size_t columns);
 
 /// What has just become of a plugin, as a line without its name; empty when it is not worth one.
 std::string EventText(const PluginRun& plugin);

@@ -9,10 +9,12 @@
 /// Builds the state of a run, event by event; each call is a millisecond later than the one before.
 class RunBuilder {
  public:
-  RunBuilder& Plugin(const std::string& id, const std::string& kind = "server") {
+  RunBuilder& Plugin(const std::string& id, const std::string& kind = "server",
+                     const std::vector<std::string>& dependsOn = {}) {
     PluginHead head;
     head.id = id;
     head.kind = kind;
+    head.dependsOn = dependsOn;
     m_state.AddPlugin(head);
     return *this;
   }
@@ -63,6 +65,11 @@ class RunBuilder {
 
   RunBuilder& Stopped(const std::string& id, std::int64_t ms = 3) {
     return UnInitEnd(id, RunEvent::Result::kOk, ms, "");
+  }
+
+  /// A plugin that the stop counts though it had nothing to stop.
+  RunBuilder& NothingToStop(const std::string& id) {
+    return Counted("stop", id, RunEvent::Result::kNotLoaded);
   }
 
   RunBuilder& StopRefused(const std::string& id, const std::string& reason) {

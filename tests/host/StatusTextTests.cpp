@@ -6,8 +6,10 @@
 
 namespace {
 
-constexpr char kNoCycle[] = "";
-constexpr char kCycle[] = "x \u2192 y \u2192 x";
+using Cycles = std::vector<std::string>;
+
+const Cycles kNoCycle;
+const Cycles kCycle = {"x \u2192 y \u2192 x"};
 
 RunBuilder Starting() {
   RunBuilder run;
@@ -16,21 +18,22 @@ RunBuilder Starting() {
   return run;
 }
 
-std::string Line(const RunBuilder& run, const std::string& cycle = kNoCycle) {
-  return WaitingLine(run.State(), cycle, run.Now() + 1'500'000'000);
+std::string Line(const RunBuilder& run, const Cycles& cycles = kNoCycle) {
+  return WaitingLine(run.State(), cycles, run.Now() + 1'500'000'000);
 }
 
 TEST(WaitingLine, NamesThoseInInitAndHowLongTheyHaveBeen) {
   RunBuilder run = Starting();
   run.Started("a").InInit("b");
-  EXPECT_EQ("1 of 7 done; waiting for b (1.5 s)", Line(run));
+  EXPECT_EQ("1 of 7 started; waiting for b (1.5 s)", Line(run));
 }
 
 TEST(WaitingLine, NamesFiveAndCountsTheRest) {
   RunBuilder run = Starting();
   for (const char* id : {"a", "b", "c", "d", "e", "f", "g"}) run.InInit(id);
   EXPECT_EQ(
-      "0 of 7 done; waiting for a (1.5 s), b (1.5 s), c (1.5 s), d (1.5 s), e (1.5 s) and 2 more",
+      "0 of 7 started; waiting for a (1.5 s), b (1.5 s), c (1.5 s), d (1.5 s), e (1.5 s) and 2 "
+      "more",
       Line(run));
   EXPECT_EQ("waiting for a, b, c, d, e and 2 more", WaitedFor(run.State(), kNoCycle));
 }
@@ -45,19 +48,72 @@ TEST(WaitingLine, IsEmptyWhileTheFrameOnlyHasToLookAgain) {
 TEST(WaitingLine, NamesTheCycleOnlyWhenNobodyIsInInit) {
   RunBuilder run = Starting();
   run.InInit("a");
-  EXPECT_EQ("0 of 7 done; waiting for a (1.5 s)", Line(run, kCycle));
+  EXPECT_EQ("0 of 7 started; waiting for a (1.5 s)", Line(run, kCycle));
   RunBuilder stuck = Starting();
   stuck.Started("a");
-  EXPECT_EQ("1 of 7 done; waiting for the cycle x \u2192 y \u2192 x", Line(stuck, kCycle));
+  EXPECT_EQ("1 of 7 started; waiting for the cycle x \u2192 y \u2192 x", Line(stuck, kCycle));
 }
 
-TEST(WaitingLine, OfTheStopCountsTheStopped) {
-  RunBuilder run;
-  run.Plugin("a").Plugin("b").Started("a").Started("b").Up();
+TEST(WaitingLine, NamesEveryCycle) {
+  RunBuilder run = Starting();
+  EXPECT_EQ("waiting for the cycles x \u2192 y \u2192 x and z \u2192 z",
+            WaitedFor(run.State(), {kCycle.front(), "z \u2192 z"}));
+}
+
+TEST(WaitingLine, CountsFailuresByThemselves) {
+  RunBuilder run = Starting();
+  run.Started("a").InitFailed("b", "x").NotLoaded("c", "y").InInit("d");
+  EXPECT_EQ("1 of 7 started, 2 failed; waiting for d (1.5 s)", Line(run));
+}
+
+RunBuilder Stopping(RunBuilder run) {
+  run.Up();
   run.Phase(RunEvent::Kind::kPhaseBegin, RunPhase::kFrameStop);
-  run.Phase(RunEvent::Kind::kPhaseBegin, RunPhase::kStop);
+  return run.Phase(RunEvent::Kind::kPhaseBegin, RunPhase::kStop);
+}
+
+TEST(WaitingLine, OfTheStopCountsThoseThatHaveSomethingToStop) {
+  RunBuilder run;
+  for (const char* id : {"a", "b", "c", "d"}) run.Plugin(id);
+  run = Stopping(run.Started("a").Started("b").NotLoaded("c", "x").Started("d"));
   run.Stopped("b").InUnInit("a");
-  EXPECT_EQ("1 of 2 stopped; waiting for a (1.5 s)", Line(run));
+  EXPECT_EQ("1 of 4 stopped; waiting for a (1.5 s)", Line(run));
+  run.NothingToStop("c").StopRefused("d", "y");
+  EXPECT_EQ("1 of 3 stopped, 1 refused; waiting for a (1.5 s)", Line(run));
+}
+
+TEST(WaitingLine, OfTheStopNamesTheCycleOnceNothingElseCanEnd) {
+  RunBuilder run;
+  run.Plugin("x", "server", {"y", "base"}).Plugin("y", "server", {"x"}).Plugin("base");
+  run.Plugin("other");
+  run = Stopping(run.Started("base").Started("other"));
+  EXPECT_EQ("", Line(run, kCycle));
+  run.Stopped("other");
+  EXPECT_EQ("1 of 4 stopped; waiting for the cycle x \u2192 y \u2192 x", Line(run, kCycle));
+}
+
+TEST(WaitingLine, OfTheStopNamesASubPlatformWithoutAnID) {
+  RunBuilder run;
+  run.Plugin("a").Plugin("", "platform").Started("a").NotLoaded("", "x");
+  EXPECT_EQ("", Line(run));
+  run = Stopping(run);
+  EXPECT_EQ("", Line(run));
+  run.Stopped("a");
+  EXPECT_EQ("1 of 2 stopped; waiting for a sub platform without an ID, whose stop is never counted",
+            Line(run));
+  EXPECT_EQ(
+      "waiting for the cycle x \u2192 y \u2192 x, and for a sub platform without an ID, whose stop "
+      "is never counted",
+      WaitedFor(run.State(), kCycle));
+}
+
+TEST(NameColumns, LeaveRoomForTheRestOfTheLine) {
+  EXPECT_EQ(24U, NameColumns(80));
+  EXPECT_EQ(24U, NameColumns(104));
+  EXPECT_EQ(120U, NameColumns(200));
+  EXPECT_EQ(24U, NameColumns(60));
+  EXPECT_EQ(10U, NameColumns(20));
+  EXPECT_LT(1000000U, NameColumns(0));
 }
 
 TEST(OnlyWaiting, IsFalseOutsideOfAPhaseAndWhenAllAreDone) {

@@ -58,7 +58,7 @@ TEST(CycleOfDependencies, IsWaitedForAndTheStopLeavesAfterItsLimit) {
 TEST(CycleOfDependencies, IsShownAsWhatIsWaitedFor) {
   MadeProduct product;
   HubProcess hub(Cycle(product).Arguments("--stop-timeout 1"));
-  EXPECT_TRUE(hub.AwaitOutput(std::string("1 of 4 done; waiting for the cycle ") + kCycle));
+  EXPECT_TRUE(hub.AwaitOutput(std::string("1 of 4 started; waiting for the cycle ") + kCycle));
   hub.AskToStop(StopKind::kTerminate);
   EXPECT_EQ(4, hub.Wait().status);
 }
@@ -93,7 +93,7 @@ TEST(PluginThatHangs, InInitIsNamedAndLeftBehindAfterTheStopsLimit) {
   MadeProduct product;
   product.Plugin("hangs.server", "init_hangs").Plugin("a.server");
   HubProcess hub(product.Arguments("--seconds 2 --stop-timeout 1"));
-  EXPECT_TRUE(hub.AwaitOutput("1 of 2 done; waiting for hangs.server (1."));
+  EXPECT_TRUE(hub.AwaitOutput("1 of 2 started; waiting for hangs.server (1."));
   const HubResult result = hub.Wait();
   EXPECT_EQ(4, result.status);
   EXPECT_THAT(result.output, HasSubstr("NOT RETURNED"));
@@ -107,7 +107,7 @@ TEST(PluginThatHangs, IsNamedInTheLogToo) {
   const std::string log = LocalFromPath(product.Site().Path("hub.log"));
   product.Run("--seconds 1 --stop-timeout 0.5 --log \"" + log + "\"");
   EXPECT_THAT(product.Site().Read("hub.log"),
-              HasSubstr("[host] 0 of 1 done; waiting for hangs.server (0."));
+              HasSubstr("[host] 0 of 1 started; waiting for hangs.server (0."));
 }
 
 TEST(PluginThatHangs, InUnInitIsNamedAndLeftBehindAfterTheStopsLimit) {

@@ -84,7 +84,7 @@ TEST(SampleProduct, ShowsTheFailingAndTheMissingPluginFirst) {
     names.push_back(line.substr(0, line.find(' ')));
   EXPECT_EQ("backup.server", names[2]);
   EXPECT_EQ("license.server", names[3]);
-  EXPECT_THAT(result.output, HasSubstr("17 of 20 done; waiting for video.server ("));
+  EXPECT_THAT(result.output, HasSubstr("15 of 20 started, 2 failed; waiting for video.server ("));
   EXPECT_THAT(result.output,
               HasSubstr("\ndegraded: 18 of 20 plugins started; license.server failed "
                         "in Init; backup.server was not loaded\n"));

@@ -148,7 +148,7 @@ TEST(Screen, KeepsTheLastLineWithinTheTerminalAndColorsTheTable) {
     EXPECT_LT(end - at, Terminal::kColumns) << shown.substr(at, end - at);
   }
   EXPECT_GT(redrawn, 10U);
-  EXPECT_THAT(shown, HasSubstr("waiting for a.plugin.with.a.long.name.serve...\r\x1b[K"));
+  EXPECT_THAT(shown, HasSubstr("waiting for a.plugin.with.a.lo...\r\x1b[K"));
   EXPECT_THAT(shown, HasSubstr("\x1b[31mb.plugin.with"));
   settings.environment = {{"NO_COLOR", "1"}};
   product.Run("--seconds 0.2 --stop-timeout 0", settings);
