@@ -36,11 +36,25 @@ std::size_t CountAll(const RunState& state) {
   return Names(state, [](const PluginRun&) { return true; }).size();
 }
 
+bool NeverBegan(const PluginRun& plugin) {
+  return plugin.started == State::kWaiting && plugin.startedAtNs < 0;
+}
+
+/// What became of the start of the only plugin.
+std::string TheOnePlugin(const RunState& state) {
+  const auto isIt = [](const PluginRun& plugin) { return IsStarted(plugin.head); };
+  const auto plugin = std::find_if(state.Plugins().begin(), state.Plugins().end(), isIt);
+  if (plugin->started == State::kStarted) return "the one plugin started";
+  if (plugin->started != State::kWaiting) return "the one plugin did not start";
+  return NeverBegan(*plugin) ? "the start of the one plugin had not begun"
+                             : "the one plugin had not returned from its Init";
+}
+
 std::string StartedText(const RunState& state) {
   const std::size_t all = CountAll(state);
   const std::size_t started = StartedAs(state, State::kStarted).size();
   if (all == 0) return "there are no plugins to start";
-  if (all == 1) return started == 1 ? "the one plugin started" : "the one plugin did not start";
+  if (all == 1) return TheOnePlugin(state);
   if (started == all) return fmt::format("all {} plugins started", all);
   return fmt::format("{} of {} started", started, Count(all, "plugin"));
 }
@@ -69,6 +83,44 @@ std::string ErrorsText(const RunState& state) {
   return fmt::format("; {} (and {})", errors.front(), Count(errors.size() - 1, "more error"));
 }
 
+/// Those that are left in the stop and that `plugin` waits for: to begin, what it depends on; to
+/// stop, what depends on it.
+std::vector<std::string> HeldUpBy(const RunState& state, const PluginRun& plugin) {
+  const auto has = [](const std::vector<std::string>& ids, const std::string& id) {
+    return std::find(ids.begin(), ids.end(), id) != ids.end();
+  };
+  return Names(state, [&](const PluginRun& other) {
+    if (NeverBegan(plugin)) return !other.startCounted && has(plugin.head.dependsOn, other.head.id);
+    return !other.stopCounted && has(other.head.dependsOn, plugin.head.id);
+  });
+}
+
+/// "; a.server never started: it waits for b.server", and so on for those that the stop
+/// waits for though no code of theirs runs; with each what it waits for itself.
+std::string WaitingForEver(const RunState& state) {
+  std::string text;
+  std::size_t left = 0;
+  for (const PluginRun& plugin : state.Plugins()) {
+    if (!IsStarted(plugin.head) || plugin.stopCounted) continue;
+    if (++left > kMostNames) continue;
+    const std::vector<std::string> others = HeldUpBy(state, plugin);
+    const std::string name = ShownID(plugin.head.id);
+    const bool itself = others.size() == 1 && others.front() == plugin.head.id;
+    const std::string these = itself ? "itself" : JoinNames(others, kMostNames);
+    if (plugin.head.id.empty() && plugin.head.kind == "platform") {
+      text += "; the stop of a sub platform without an ID is never counted";
+    } else if (others.empty()) {
+      text += "; the stop of " + name + " was not counted";
+    } else if (NeverBegan(plugin)) {
+      text += "; " + name + " never started: it waits for " + these;
+    } else {
+      text += "; " + name + " was not stopped: it waits for the stop of " + these;
+    }
+  }
+  if (left > kMostNames) text += "; and " + Count(left - kMostNames, "more plugin");
+  return text;
+}
+
 std::string LeftBehindText(const RunFacts& facts, const RunState& state) {
   const auto inInit = [](const PluginRun& p) {
     return p.state == State::kInInit || p.state == State::kLoading;
@@ -78,11 +130,7 @@ std::string LeftBehindText(const RunFacts& facts, const RunState& state) {
                             "have not returned from their Init") +
                      Clause(Names(state, inUnInit), "has not returned from its UnInit",
                             "have not returned from their UnInit");
-  if (text.empty() && facts.unfinishedTasks == 0) {
-    const auto waiting = [](const PluginRun& p) { return !p.stopCounted; };
-    text = Clause(Names(state, waiting), "can never be stopped: what it waits for never ends",
-                  "can never be stopped: what they wait for never ends");
-  }
+  if (text.empty() && facts.unfinishedTasks == 0) text = WaitingForEver(state);
   if (text.empty() && !facts.pendingCall.empty()) {
     text = "; " + facts.pendingCall + " has not returned";
   }
@@ -173,5 +221,5 @@ Verdict Judge(const RunFacts& facts, const RunState& state) {
   }
   const std::string trouble = Trouble(state) + ErrorsText(state);
   if (!trouble.empty()) return {"degraded", kDegraded, "degraded: " + StartedText(state) + trouble};
-  return {"up", kOk, "up: " + StartedText(state) + ""};
+  return {"up", kOk, "up: " + StartedText(state)};
 }

@@ -101,6 +101,24 @@ TEST(Verdict, IsCutShortWhenStoppedBeforeItWasUp) {
             Judged(facts, run));
 }
 
+TEST(Verdict, OfTheOnePluginThatWasCutShortSaysHowFarItWas) {
+  RunFacts facts = Well();
+  facts.stoppedBy = "SIGINT";
+  RunBuilder run;
+  run.Plugin("a");
+  EXPECT_EQ(
+      "4 cut-short | cut short: stopped by SIGINT before it was up; the start of the one plugin "
+      "had "
+      "not begun",
+      Judged(facts, run));
+  run.InInit("a");
+  EXPECT_EQ(
+      "4 cut-short | cut short: stopped by SIGINT before it was up; the one plugin had not "
+      "returned "
+      "from its Init",
+      Judged(facts, run));
+}
+
 TEST(Verdict, IsLeftBehindWithThePluginsThatHaveNotReturned) {
   RunBuilder run;
   run.Plugin("a").Plugin("b").Plugin("c").Started("a").InInit("b").Started("c").InUnInit("c");
@@ -113,14 +131,50 @@ TEST(Verdict, IsLeftBehindWithThePluginsThatHaveNotReturned) {
       Judged(facts, run));
 }
 
-TEST(Verdict, IsLeftBehindWithPluginsThatWaitForEachOther) {
-  RunBuilder run;
-  run.Plugin("a").Plugin("b").Plugin("c").Started("c").Stopped("c");
+RunFacts InFrameStop() {
   RunFacts facts = Well();
   facts.pendingCall = "Frame_Stop";
+  return facts;
+}
+
+TEST(Verdict, OfACycleSaysWhatEachPluginWaitsFor) {
+  RunBuilder run;
+  run.Plugin("a", "server", {"b", "base"}).Plugin("b", "server", {"a"}).Plugin("base");
+  run.Plugin("c", "server", {"c"}).Plugin("other").Started("base").Started("other");
+  run.Stopped("other");
   EXPECT_EQ(
-      "4 left-behind | left behind: a and b can never be stopped: what they wait for never ends",
-      Judged(facts, run));
+      "4 left-behind | left behind: a never started: it waits for b; b never started: it waits for "
+      "a; base was not stopped: it waits for the stop of a; c never started: it waits for itself",
+      Judged(InFrameStop(), run));
+}
+
+TEST(Verdict, OfASubPlatformWithoutAnIDSaysThatItIsNeverCounted) {
+  RunBuilder run;
+  run.Plugin("a").Plugin("", "platform").Started("a").NotLoaded("", "x").Stopped("a");
+  EXPECT_EQ(
+      "4 left-behind | left behind: the stop of a sub platform without an ID is never counted",
+      Judged(InFrameStop(), run));
+}
+
+TEST(Verdict, OfALongCycleSaysItOfFivePluginsAndCountsTheRest) {
+  RunBuilder run;
+  for (int i = 0; i < 7; ++i) {
+    run.Plugin("p" + std::to_string(i), "server", {"p" + std::to_string((i + 1) % 7)});
+  }
+  EXPECT_EQ(
+      "4 left-behind | left behind: p0 never started: it waits for p1; p1 never started: it waits "
+      "for p2; p2 never started: it waits for p3; p3 never started: it waits for p4; p4 never "
+      "started: it waits for p5; and 2 more plugins",
+      Judged(InFrameStop(), run));
+}
+
+TEST(Verdict, OfAStopThatWasLeftAtOnceSaysWhatWasNotCounted) {
+  RunBuilder run;
+  run.Plugin("a").Plugin("b", "server", {"a"}).Started("a").Started("b");
+  EXPECT_EQ(
+      "4 left-behind | left behind: a was not stopped: it waits for the stop of b; the stop of b "
+      "was not counted",
+      Judged(InFrameStop(), run));
 }
 
 TEST(Verdict, IsLeftBehindWithTheCallOfTheFrameThatHasNotReturned) {

@@ -46,8 +46,8 @@ TEST(CycleOfDependencies, IsWaitedForAndTheStopLeavesAfterItsLimit) {
   const json run = result.Json();
   EXPECT_EQ("left-behind", run["status"]);
   EXPECT_EQ(
-      "left behind: a.server and b.server can never be stopped: what they wait for never ends "
-      "(stopped by --seconds 1)",
+      "left behind: a.server never started: it waits for b.server; b.server never started: it "
+      "waits for a.server (stopped by --seconds 1)",
       run["sentence"]);
   EXPECT_EQ("waiting", run["plugins"][0]["state"]);
   const std::string lines = product.Site().Read("run.jsonl");
@@ -86,7 +86,8 @@ TEST(SubPlatformWithoutAnId, IsNamedAndNeverCountedInTheStop) {
   const HubResult result = product.Run("--seconds 1 --stop-timeout 1");
   EXPECT_EQ(4, result.status);
   EXPECT_THAT(result.output, HasSubstr("Product.xml:2"));
-  EXPECT_THAT(result.output, HasSubstr("(no ID) can never be stopped"));
+  EXPECT_THAT(result.output,
+              HasSubstr("the stop of a sub platform without an ID is never counted"));
 }
 
 TEST(PluginThatHangs, InInitIsNamedAndLeftBehindAfterTheStopsLimit) {
