@@ -6,6 +6,7 @@
 #include <cstdint>
 #include <vector>
 
+#include "host/StatusText.h"
 #include "workbench/output/Text.h"
 
 namespace {
@@ -13,7 +14,8 @@ namespace {
 using State = PluginRun::State;
 
 constexpr std::size_t kMostRows = 40;
-constexpr std::size_t kCellsWidth = 14 + 1 + 9 + 3 + 14 + 1 + 9 + 3;  // behind the name
+constexpr std::size_t kCostWidth = 9;  // "100000 ms"
+constexpr std::size_t kLeastNameWidth = 8;
 constexpr std::size_t kLeastReasonWidth = 24;
 
 constexpr char kRed[] = "\x1b[31m";
@@ -56,75 +58,86 @@ std::string WithoutTrailingBlanks(std::string line) {
   return line;
 }
 
-/// `text` in lines of at most `columns`, broken at blanks where there are any.
-std::vector<std::string> Wrapped(const std::string& text, std::size_t columns) {
-  std::vector<std::string> lines(1);
-  for (std::size_t at = 0; at < text.size();) {
-    const std::size_t end = std::min(text.find(' ', at), text.size());
-    const std::string word = text.substr(at, end - at);
-    std::string& line = lines.back();
-    if (line.empty()) {
-      line = word;
-    } else if (Columns(line) + 1 + Columns(word) <= columns) {
-      line += " " + word;
-    } else {
-      lines.push_back(word);
-    }
-    at = end + 1;
-  }
-  return lines;
+/// The widths of the cells and of the gaps between them.
+struct Layout {
+  std::size_t name;
+  std::size_t nameGap;
+  std::size_t state;
+  std::size_t gap;
+
+  std::size_t CellsBegin() const { return name + nameGap; }
+  std::size_t CellsEnd() const { return CellsBegin() + 2 * (state + 1 + kCostWidth) + gap; }
+  std::size_t ReasonBegin() const { return CellsEnd() + gap; }
+};
+
+/// The usual layout, or on a terminal that is too narrow for it one with smaller gaps. Longer names
+/// are cut, so that the cells stay in line.
+Layout LayoutFor(std::size_t longestName, std::size_t columns) {
+  const Layout usual = {std::min(longestName, NameColumns(columns)), 2, 14, 3};
+  if (columns == 0 || usual.CellsEnd() <= columns) return usual;
+  Layout narrow = {0, 1, 12, 1};
+  const std::size_t cells = narrow.CellsEnd();
+  const std::size_t left = columns > cells ? columns - cells : 0;
+  narrow.name = std::min(longestName, std::max(left, kLeastNameWidth));
+  return narrow;
 }
 
 class Table {
  public:
-  Table(std::size_t nameWidth, const TableStyle& style) : m_nameWidth(nameWidth), m_style(style) {}
+  Table(std::size_t longestName, const TableStyle& style)
+      : m_layout(LayoutFor(longestName, style.columns)), m_style(style) {}
 
   void Row(const std::string& name, const std::string& start, const std::string& startCost,
            const std::string& stop, const std::string& stopCost, const std::string& reason,
            bool attention = false) {
-    const std::string cells = PadRight(start, 14) + " " + PadLeft(startCost, 9) + "   " +
-                              PadRight(stop, 14) + " " + PadLeft(stopCost, 9) + "   ";
-    const std::string shownName = PadRight(name, m_nameWidth) + "  ";
-    const std::vector<std::string> lines = ReasonLines(reason);
-    const std::string first = WithoutTrailingBlanks(shownName + cells + lines.front());
-    Line(attention ? Colored(first, kRed) : first);
-    for (std::size_t i = 1; i < lines.size(); ++i) Line(Indent() + lines[i]);
+    const std::string gap(m_layout.gap, ' ');
+    const std::string cells =
+        PadRight(CutToColumns(name, m_layout.name), m_layout.CellsBegin()) +
+        PadRight(start, m_layout.state) + " " + PadLeft(startCost, kCostWidth) + gap +
+        PadRight(stop, m_layout.state) + " " + PadLeft(stopCost, kCostWidth) + gap;
+    std::vector<std::string> lines;
+    if (ReasonBesideCells()) {
+      lines = Wrapped(cells + reason, m_style.columns, m_layout.ReasonBegin());
+    } else {
+      const std::string indent(kSentenceIndent, ' ');
+      if (!reason.empty()) lines = Wrapped(indent + reason, m_style.columns, kSentenceIndent);
+      lines.insert(lines.begin(), CutToColumns(WithoutTrailingBlanks(cells), m_style.columns));
+    }
+    lines.front() = WithoutTrailingBlanks(lines.front());
+    if (attention) lines.front() = Colored(lines.front(), kRed);
+    Add(lines);
   }
 
-  void Rule() { Line(std::string(RuleWidth(), '-')); }
-  void Line(const std::string& line) { m_text += line + "\n"; }
+  void Rule() {
+    const std::size_t whole = m_layout.ReasonBegin() + 1;
+    Add({std::string(m_style.columns == 0 ? whole : std::min(whole, m_style.columns), '-')});
+  }
 
-  std::string Colored(const std::string& text, const char* color) const {
-    return m_style.color ? color + text + kPlain : text;
+  void Sentence(const std::string& text, const char* color = nullptr) {
+    std::vector<std::string> lines = Wrapped(text, m_style.columns, kSentenceIndent);
+    if (color != nullptr) {
+      for (std::string& line : lines) line = Colored(line, color);
+    }
+    Add(lines);
   }
 
   const std::string& Text() const { return m_text; }
 
  private:
-  std::size_t RuleWidth() const {
-    const std::size_t whole = m_nameWidth + 2 + kCellsWidth + 1;
-    return m_style.columns == 0 ? whole : std::min(whole, m_style.columns);
+  void Add(const std::vector<std::string>& lines) {
+    for (const std::string& line : lines) m_text += line + "\n";
   }
 
-  /// Where a reason begins, if there is room for one; else it stands on lines of its own.
+  std::string Colored(const std::string& text, const char* color) const {
+    return m_style.color ? color + text + kPlain : text;
+  }
+
+  /// Whether there is room for a reason behind the cells; else it stands on lines of its own.
   bool ReasonBesideCells() const {
-    return m_style.columns == 0 ||
-           m_style.columns >= m_nameWidth + 2 + kCellsWidth + kLeastReasonWidth;
+    return m_style.columns == 0 || m_style.columns >= m_layout.ReasonBegin() + kLeastReasonWidth;
   }
 
-  std::string Indent() const {
-    return ReasonBesideCells() ? std::string(m_nameWidth + 2 + kCellsWidth, ' ')
-                               : std::string(4, ' ');
-  }
-
-  std::vector<std::string> ReasonLines(const std::string& reason) const {
-    if (m_style.columns == 0) return {reason};
-    std::vector<std::string> lines = Wrapped(reason, m_style.columns - Indent().size());
-    if (!ReasonBesideCells() && !reason.empty()) lines.insert(lines.begin(), std::string());
-    return lines;
-  }
-
-  const std::size_t m_nameWidth;
+  const Layout m_layout;
   const TableStyle& m_style;
   std::string m_text;
 };
@@ -140,10 +153,6 @@ std::vector<const PluginRun*> Sorted(const RunState& state) {
   return plugins;
 }
 
-std::string ShownName(const PluginRun& plugin) {
-  return plugin.head.id.empty() ? "(no ID)" : Escaped(plugin.head.id);
-}
-
 std::int64_t PhaseMs(const RunState& state, const char* name) {
   const RunState::Phase* phase = state.FindPhase(name);
   return phase == nullptr || phase->endNs < 0 ? -1 : (phase->endNs - phase->beginNs) / 1'000'000;
@@ -157,14 +166,13 @@ const char* VerdictColor(ExitStatus status) {
 
 std::string RunTable(const RunState& state, const Verdict& verdict, const TableStyle& style) {
   const std::vector<const PluginRun*> plugins = Sorted(state);
-  std::size_t nameWidth = Columns("Plugin");
-  for (const PluginRun* plugin : plugins) {
-    nameWidth = std::max(nameWidth, Columns(ShownName(*plugin)));
-  }
   const std::string total = Count(plugins.size(), "plugin");
-  nameWidth = std::max(nameWidth, Columns(total));
+  std::size_t longestName = std::max(Columns("Plugin"), Columns(total));
+  for (const PluginRun* plugin : plugins) {
+    longestName = std::max(longestName, Columns(ShownID(plugin->head.id)));
+  }
 
-  Table table(nameWidth, style);
+  Table table(longestName, style);
   table.Row("Plugin", "Start", "Init", "Stop", "UnInit", "Reason");
   table.Rule();
   std::size_t folded = 0;
@@ -175,16 +183,18 @@ std::string RunTable(const RunState& state, const Verdict& verdict, const TableS
       ++folded;
       continue;
     }
-    table.Row(ShownName(plugin), StartText(plugin), Milliseconds(plugin.initMs), StopText(plugin),
-              Milliseconds(plugin.uninitMs), ReasonText(plugin), attention);
+    table.Row(ShownID(plugin.head.id), StartText(plugin), Milliseconds(plugin.initMs),
+              StopText(plugin), Milliseconds(plugin.uninitMs), Escaped(ReasonText(plugin)),
+              attention);
   }
   if (folded != 0) {
-    table.Line(fmt::format("and {} that need no attention (--all shows them)",
-                           Count(folded, "more plugin")));
+    table.Sentence(fmt::format("and {} that {} no attention (--all shows {})",
+                               Count(folded, "more plugin"), folded == 1 ? "needs" : "need",
+                               folded == 1 ? "it" : "them"));
   }
   table.Rule();
   table.Row(total, "total", Milliseconds(PhaseMs(state, RunPhase::kStart)), "total",
             Milliseconds(PhaseMs(state, RunPhase::kStop)), "");
-  table.Line(table.Colored(Escaped(verdict.sentence), VerdictColor(verdict.exitStatus)));
+  table.Sentence(Escaped(verdict.sentence), VerdictColor(verdict.exitStatus));
   return table.Text();
 }

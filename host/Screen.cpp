@@ -1,21 +1,28 @@
 #include "host/Screen.h"
 
+#include <algorithm>
 #include <cstdlib>
 
-#include "host/RunVerdict.h"
 #include "host/StatusText.h"
 #include "workbench/output/Text.h"
 
 namespace {
 
 constexpr std::chrono::seconds kBetweenWaitingLines{1};
-constexpr std::size_t kNameColumns = 24;
+constexpr std::size_t kUsualNameColumns = 24;
 constexpr char kClearLine[] = "\r\x1b[K";
 
 bool IsSet(const char* variable) {
   // NOLINTNEXTLINE(concurrency-mt-unsafe): nobody changes the environment
   const char* value = std::getenv(variable);
   return value != nullptr && *value != '\0';
+}
+
+/// `text` as lines, each with its line feed.
+std::string Lines(const std::string& text, std::size_t columns, std::size_t indent) {
+  std::string lines;
+  for (const std::string& line : Wrapped(text, columns, indent)) lines += line + "\n";
+  return lines;
 }
 
 bool WantsColor(Color color, bool onTerminal) {
@@ -56,9 +63,9 @@ void Screen::Finish(const RunState& state) {
   ClearWaitingLine();
 }
 
-void Screen::Say(const std::string& lines) {
+void Screen::Say(const std::string& line) {
   ClearWaitingLine();
-  m_output.Write(lines + "\n");
+  m_output.Write(Lines(line, Columns(), kSentenceIndent));
 }
 
 void Screen::PrintEvents(const RunState& state) {
@@ -69,11 +76,19 @@ void Screen::PrintEvents(const RunState& state) {
     if (plugins[i].state == m_shown[i]) continue;
     m_shown[i] = plugins[i].state;
     const std::string text = EventText(plugins[i]);
-    if (text.empty()) continue;
-    const std::string name = plugins[i].head.id.empty() ? "(no ID)" : Escaped(plugins[i].head.id);
-    lines += (lines.empty() ? "" : "\n") + PadRight(name, kNameColumns) + " " + text;
+    if (!text.empty()) lines += EventLine(plugins[i], text);
   }
-  if (!lines.empty()) Say(lines);
+  if (lines.empty()) return;
+  ClearWaitingLine();
+  m_output.Write(lines);
+}
+
+std::string Screen::EventLine(const PluginRun& plugin, const std::string& text) const {
+  const std::size_t columns = Columns();
+  const std::size_t most = NameColumns(columns);
+  const std::size_t width = std::min(kUsualNameColumns, most);
+  const std::string name = PadRight(CutToColumns(ShownID(plugin.head.id), most), width);
+  return Lines(name + " " + Escaped(text), columns, width + 1);
 }
 
 void Screen::ClearWaitingLine() {

@@ -11,7 +11,8 @@
 /// Shows on HUB's own output what becomes of the plugins, while it happens.
 ///
 /// One line for each start and stop; and the plugins that are waited for: on a terminal in a last
-/// line that is drawn again and again, elsewhere as a line once a second. Not thread-safe.
+/// line that is drawn again and again, elsewhere as a line once a second. On a terminal nothing is
+/// wider than it: that last line is cut, all others are wrapped. Not thread-safe.
 class Screen {
  public:
   Screen(Output& output, Color color);
@@ -27,11 +28,12 @@ class Screen {
   /// Prints what is left, and takes the last line away.
   void Finish(const RunState& state);
 
-  /// Prints whole lines of the caller's between the others.
-  void Say(const std::string& lines);
+  /// Prints a line of the caller's between the others.
+  void Say(const std::string& line);
 
  private:
   void PrintEvents(const RunState& state);
+  std::string EventLine(const PluginRun& plugin, const std::string& text) const;
   void ClearWaitingLine();
 
   Output& m_output;

@@ -2,6 +2,8 @@
 
 #include <gtest/gtest.h>
 
+#include <sstream>
+
 #include "tests/host/RunBuilder.h"
 #include "workbench/output/Text.h"
 
@@ -47,6 +49,71 @@ TEST(Table, WrapsReasonsToTheTerminalsWidth) {
   EXPECT_NE(std::string::npos, wider.find("its UnInit returned\n" + indent + "false\n"));
 }
 
+std::vector<std::string> LinesOf(const std::string& text) {
+  std::vector<std::string> lines;
+  std::istringstream stream(text);
+  for (std::string line; std::getline(stream, line);) lines.push_back(line);
+  return lines;
+}
+
+/// A run with long names and reasons.
+RunBuilder LongTexts() {
+  RunBuilder run;
+  const std::string ascii = std::string(90, 'a') + "end.server";
+  std::string wide;
+  for (int i = 0; i < 50; ++i) wide += "\u6d4b";
+  run.Plugin(ascii).Plugin(wide).Plugin("short");
+  run.NotLoaded(ascii, "/a/path/" + std::string(120, 'p') + " does not exist");
+  run.InitFailed(wide, "its Init returned false, and its last own line is long").Started("short");
+  return run;
+}
+
+const Verdict kLongVerdict = {"degraded", kDegraded,
+                              "degraded: 1 of 3 plugins started; " + std::string(90, 'a') +
+                                  "end.server was not loaded and more is said of this run"};
+
+TEST(Table, IsNowhereWiderThanTheTerminal) {
+  for (const std::size_t columns : {1U, 20U, 40U, 59U, 60U, 70U, 79U, 80U, 104U, 105U, 200U}) {
+    for (const std::string& line :
+         LinesOf(RunTable(LongTexts().State(), kLongVerdict, {columns, false, false}))) {
+      EXPECT_LE(Columns(line), columns) << line;
+    }
+  }
+}
+
+TEST(Table, OfEightyColumnsCutsNamesAndKeepsItsCells) {
+  EXPECT_EQ(
+      "Plugin                    Start               Init   Stop              UnInit\n"
+      "    Reason\n"
+      "--------------------------------------------------------------------------------\n"
+      "aaaaaaaaaaaaaaaaaaaaa...  NOT LOADED                 -\n"
+      "    /a/path/pppppppppppppppppppppppppppppppppppppppppppppppppppppppppppppppppppp\n"
+      "    pppppppppppppppppppppppppppppppppppppppppppppppppppp does not exist\n"
+      "\u6d4b\u6d4b\u6d4b\u6d4b\u6d4b\u6d4b\u6d4b\u6d4b\u6d4b\u6d4b...   INIT FAILED         7 ms  "
+      " -\n"
+      "    its Init returned false, and its last own line is long\n"
+      "short                     started             5 ms   -\n"
+      "--------------------------------------------------------------------------------\n"
+      "3 plugins                 total                      total\n"
+      "degraded: 1 of 3 plugins started; aaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaa\n"
+      "    aaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaend.server was not loaded and\n"
+      "    more is said of this run\n",
+      RunTable(LongTexts().State(), kLongVerdict, {80, false, false}));
+}
+
+TEST(Table, OfSixtyColumnsHasSmallerGaps) {
+  const std::vector<std::string> lines =
+      LinesOf(RunTable(LongTexts().State(), kLongVerdict, {60, false, false}));
+  EXPECT_EQ("Plugin         Start             Init Stop            UnInit", lines.at(0));
+  EXPECT_EQ("aaaaaaaaaaa... NOT LOADED             -", lines.at(3));
+}
+
+TEST(Table, ColorsEachLineOfAVerdict) {
+  const std::string table = RunTable(FourPlugins().State(), kLongVerdict, {80, true, false});
+  EXPECT_NE(std::string::npos,
+            table.find("\x1b[0m\n\x1b[33m    more is said of this run\x1b[0m\n"));
+}
+
 TEST(Table, ColorsWhatNeedsAttentionAndTheVerdict) {
   RunBuilder run;
   run.Plugin("a").Plugin("b").NotLoaded("a", "x").Started("b");
@@ -83,6 +150,9 @@ TEST(Table, FoldsWhatIsWellBeyondFortyPlugins) {
             table.find("\nand 21 more plugins that need no attention (--all shows them)\n"));
   EXPECT_NE(std::string::npos, table.find("\nplugin-last  NOT LOADED"));
   EXPECT_EQ(61U, Rows(RunTable(run.State(), up, {0, false, true})));
+  EXPECT_NE(std::string::npos,
+            RunTable(ManyPlugins(41).State(), up, {})
+                .find("\nand 1 more plugin that needs no attention (--all shows it)\n"));
 }
 
 TEST(Table, ShowsNamesWithWideCharactersInLineAndEscapesControlBytes) {
@@ -91,6 +161,10 @@ TEST(Table, ShowsNamesWithWideCharactersInLineAndEscapesControlBytes) {
   const std::string table = RunTable(run.State(), kDegradedVerdict, {});
   EXPECT_NE(std::string::npos, table.find("\n\u6d4b\u8bd5       NEVER BEGUN"));
   EXPECT_NE(std::string::npos, table.find("\nx\\x1b[2Jy  NEVER BEGUN"));
+  run.NotLoaded("", "\xc2\x9b");
+  EXPECT_NE(
+      std::string::npos,
+      RunTable(run.State(), kDegradedVerdict, {}).find("-                          \\u009b\n"));
   const Verdict hostile = {"failed", kFrameFailed, "failed: \x1b[2J"};
   EXPECT_NE(std::string::npos, RunTable(run.State(), hostile, {}).find("\nfailed: \\x1b[2J\n"));
   EXPECT_NE(std::string::npos, table.find("\n(no ID)    NEVER BEGUN"));

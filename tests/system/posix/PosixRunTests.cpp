@@ -14,6 +14,7 @@
 #include <cstdint>
 #include <filesystem>
 #include <fstream>
+#include <regex>
 #include <set>
 #include <sstream>
 #include <string>
@@ -131,7 +132,7 @@ class Terminal {
   int m_open;
 };
 
-TEST(Screen, KeepsTheLastLineWithinTheTerminalAndColorsTheTable) {
+TEST(Screen, KeepsEachLineWithinTheTerminalAndColorsTheTable) {
   Terminal terminal;
   MadeProduct product;
   product.Plugin("a.plugin.with.a.long.name.server", "init_takes_two_seconds");
@@ -149,7 +150,15 @@ TEST(Screen, KeepsTheLastLineWithinTheTerminalAndColorsTheTable) {
   }
   EXPECT_GT(redrawn, 10U);
   EXPECT_THAT(shown, HasSubstr("waiting for a.plugin.with.a.lo...\r\x1b[K"));
-  EXPECT_THAT(shown, HasSubstr("\x1b[31mb.plugin.with"));
+  EXPECT_THAT(shown, HasSubstr("b.plugin.with.a.long.... INIT FAILED after 0 ms: its Init\r\n"
+                               "                         returned false\r\n"));
+  EXPECT_THAT(shown, HasSubstr("\x1b[31mb.plugin.wi... INIT FAILED "));
+  const std::regex sequences("\x1b\\[[0-9]*[mK]");
+  std::istringstream lines(std::regex_replace(shown, sequences, ""));
+  for (std::string line; std::getline(lines, line);) {
+    std::istringstream drawn(line);  // one over the other
+    while (std::getline(drawn, line, '\r')) EXPECT_LE(line.size(), Terminal::kColumns) << line;
+  }
   settings.environment = {{"NO_COLOR", "1"}};
   product.Run("--seconds 0.2 --stop-timeout 0", settings);
   EXPECT_THAT(terminal.Shown(), Not(HasSubstr("\x1b[3")));
