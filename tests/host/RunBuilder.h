@@ -25,6 +25,13 @@ class RunBuilder {
     return Apply(event);
   }
 
+  /// Nothing that the plugin's start waits for is left.
+  RunBuilder& Ready(const std::string& id) {
+    RunEvent event = Event(RunEvent::Kind::kReady, id);
+    event.phase = RunPhase::kStart;
+    return Apply(event);
+  }
+
   /// A plugin's whole start that ends well.
   RunBuilder& Started(const std::string& id, std::int64_t ms = 5) {
     InInit(id);

@@ -140,7 +140,10 @@ RunFacts InFrameStop() {
 TEST(Verdict, OfACycleSaysWhatEachPluginWaitsFor) {
   RunBuilder run;
   run.Plugin("a", "server", {"b", "base"}).Plugin("b", "server", {"a"}).Plugin("base");
-  run.Plugin("c", "server", {"c"}).Plugin("other").Started("base").Started("other");
+  run.Plugin("c", "server", {"c"})
+      .Plugin("other", "server", {"base"})
+      .Started("base")
+      .Started("other");
   run.Stopped("other");
   EXPECT_EQ(
       "4 left-behind | left behind: a never started: it waits for b; b never started: it waits for "

@@ -52,6 +52,8 @@ TEST(WaitingLine, NamesTheCycleOnlyWhenNobodyIsInInit) {
   RunBuilder stuck = Starting();
   stuck.Started("a");
   EXPECT_EQ("1 of 7 started; waiting for the cycle x \u2192 y \u2192 x", Line(stuck, kCycle));
+  stuck.Ready("b");
+  EXPECT_EQ("", Line(stuck, kCycle));
 }
 
 TEST(WaitingLine, NamesEveryCycle) {
@@ -90,6 +92,12 @@ TEST(WaitingLine, OfTheStopNamesTheCycleOnceNothingElseCanEnd) {
   EXPECT_EQ("", Line(run, kCycle));
   run.Stopped("other");
   EXPECT_EQ("1 of 4 stopped; waiting for the cycle x \u2192 y \u2192 x", Line(run, kCycle));
+}
+
+TEST(WaitingLine, OfTheStartDoesNotNameASubPlatformWithoutAnID) {
+  RunBuilder run = Starting();
+  run.Plugin("", "platform").NotLoaded("", "x");
+  EXPECT_EQ("waiting for the cycle x \u2192 y \u2192 x", WaitedFor(run.State(), kCycle));
 }
 
 TEST(WaitingLine, OfTheStopNamesASubPlatformWithoutAnID) {

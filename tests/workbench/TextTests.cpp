@@ -55,6 +55,7 @@ TEST(Wrapped, BreaksAWordThatNoLineHoldsWhereTheLineIsFull) {
   EXPECT_EQ((Lines{"a 012345", "  678901", "  23 b"}), Wrapped("a 01234567890123 b", 8, 2));
   EXPECT_EQ((Lines{"aaa", "  012345"}), Wrapped("aaa 012345", 8, 2));
   EXPECT_EQ((Lines{"   01", "  234"}), Wrapped("   01234", 5, 2));
+  EXPECT_EQ((Lines{"   01", "2"}), Wrapped("   012", 5, 0));  // no line is left empty
 }
 
 TEST(Wrapped, NeverBreaksInsideACharacterNorBeforeItsMarks) {
