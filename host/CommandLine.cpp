@@ -124,7 +124,7 @@ std::string NoCommand(const std::vector<std::string>& words) {
 /// What is wrong with a word that nothing takes.
 std::string NotTaken(const CLI::App& app, const CLI::App& command,
                      const std::vector<std::string>& words) {
-  const std::string name = command.get_name();
+  const std::string& name = command.get_name();
   const std::string help = " (HUB " + name + " --help)";
   const std::string word = app.remaining(true).front();
   const auto isOne = [&](const std::string& other) { return other == word || other == name; };

@@ -75,7 +75,7 @@ std::vector<std::string> Errors(const RunState& state) {
   return errors;
 }
 
-/// "; and 2 errors are said above"; nothing for none.
+/// "; the first error (and 2 more errors)"; nothing for none.
 std::string ErrorsText(const RunState& state) {
   const std::vector<std::string> errors = Errors(state);
   if (errors.empty()) return std::string();
@@ -95,27 +95,31 @@ std::vector<std::string> HeldUpBy(const RunState& state, const PluginRun& plugin
   });
 }
 
-/// "; a.server never started: it waits for b.server", and so on for those that the stop
-/// waits for though no code of theirs runs; with each what it waits for itself.
+/// "a.server never started: it waits for b.server": why the stop waits for `plugin` though no code
+/// of it runs.
+std::string WaitingFor(const RunState& state, const PluginRun& plugin) {
+  if (plugin.head.id.empty() && plugin.head.kind == "platform") {
+    return "the stop of a sub platform without an ID is never counted";
+  }
+  const std::string name = ShownID(plugin.head.id);
+  const std::vector<std::string> others = HeldUpBy(state, plugin);
+  if (others.empty()) return "the stop of " + name + " was not counted";
+  const bool itself = others.size() == 1 && others.front() == plugin.head.id;
+  return name +
+         (NeverBegan(plugin) ? " never started: it waits for "
+                             : " was not stopped: it waits for the stop of ") +
+         (itself ? "itself" : JoinNames(others, kMostNames));
+}
+
+/// That of each that the stop waits for, as clauses.
 std::string WaitingForEver(const RunState& state) {
   std::string text;
   std::size_t left = 0;
   for (const PluginRun& plugin : state.Plugins()) {
     if (!IsStarted(plugin.head) || plugin.stopCounted) continue;
     if (++left > kMostNames) continue;
-    const std::vector<std::string> others = HeldUpBy(state, plugin);
-    const std::string name = ShownID(plugin.head.id);
-    const bool itself = others.size() == 1 && others.front() == plugin.head.id;
-    const std::string these = itself ? "itself" : JoinNames(others, kMostNames);
-    if (plugin.head.id.empty() && plugin.head.kind == "platform") {
-      text += "; the stop of a sub platform without an ID is never counted";
-    } else if (others.empty()) {
-      text += "; the stop of " + name + " was not counted";
-    } else if (NeverBegan(plugin)) {
-      text += "; " + name + " never started: it waits for " + these;
-    } else {
-      text += "; " + name + " was not stopped: it waits for the stop of " + these;
-    }
+    text += "; ";
+    text += WaitingFor(state, plugin);
   }
   if (left > kMostNames) text += "; and " + Count(left - kMostNames, "more plugin");
   return text;
