@@ -30,13 +30,14 @@ json LastLine(const std::string& file) {
   return json::parse(last);
 }
 
-/// Runs `fixture` among others: the sentence on standard error, which the record's last line has
-/// too.
-HubResult RunToTheCrash(const std::string& fixture, const std::string& sentence) {
+/// Runs `fixture` among others, for `seconds` or until it crashes: the sentence on standard error,
+/// which the record's last line has too.
+HubResult RunToTheCrash(const std::string& fixture, const std::string& sentence,
+                        const std::string& seconds = "") {
   MadeProduct product;
   Among(product, fixture);
   const std::string record = LocalFromPath(product.Site().Path("run.jsonl"));
-  const HubResult result = product.Run("--record \"" + record + "\"");
+  const HubResult result = product.Run(seconds + " --record \"" + record + "\"");
   EXPECT_THAT(result.errors, HasSubstr("HUB: the process ends: " + sentence));
   EXPECT_THAT(result.errors, HasSubstr("HUB: the record of this run: " + record + "\n"));
   EXPECT_THAT(result.errors, HasSubstr("\n#0 "));
@@ -49,7 +50,28 @@ HubResult RunToTheCrash(const std::string& fixture, const std::string& sentence)
 }
 
 TEST(Crash, OfInitNamesThePluginThePhaseAndForHowLong) {
-  const HubResult result = RunToTheCrash("init_crashes", kNullPointerSentence);
+  const HubResult result = RunToTheCrash("init_crashes", NullPointerSentence("in Init"));
+  EXPECT_THAT(result.errors, HasSubstr("\n#0 Init "));
+  ExpectEndedByMemoryFault(result);
+}
+
+TEST(Crash, OfAStaticConstructorIsOneWhileLoading) {
+  const HubResult result = RunToTheCrash("constructor_crashes", NullPointerSentence("loading"));
+  EXPECT_THAT(result.errors, HasSubstr("\n#0 WriteNowhere "));
+  ExpectEndedByMemoryFault(result);
+}
+
+TEST(Crash, OfUnInitNamesThePhase) {
+  const HubResult result =
+      RunToTheCrash("uninit_crashes", NullPointerSentence("in UnInit"), "--seconds 1");
+  EXPECT_THAT(result.errors, HasSubstr("\n#0 UnInit "));
+  ExpectEndedByMemoryFault(result);
+}
+
+TEST(Crash, OfAStaticDestructorIsOneWhileBeingUnmapped) {
+  const HubResult result =
+      RunToTheCrash("destructor_crashes", NullPointerSentence("being unmapped"), "--seconds 1");
+  EXPECT_THAT(result.errors, HasSubstr("\n#0 WriteNowhere "));
   ExpectEndedByMemoryFault(result);
 }
 

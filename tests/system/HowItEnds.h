@@ -1,10 +1,13 @@
 #pragma once
 
+#include <string>
+
 #include "tests/system/HubProcess.h"
 
 // What the system shows of a process that ended by a crash.
 
-extern const char* const kNullPointerSentence;
+/// Of `bad.server`, in this phase: "in Init".
+std::string NullPointerSentence(const std::string& phase);
 extern const char* const kAbortSentence;
 
 void ExpectEndedByMemoryFault(const HubResult& result);

@@ -3,8 +3,11 @@
 #include <gtest/gtest.h>
 #include <signal.h>
 
-const char* const kNullPointerSentence = "SIGSEGV at address 0x0 in bad.server, in Init for 0.";
 const char* const kAbortSentence = "SIGABRT: abort() was called in bad.server, in Init for 0.";
+
+std::string NullPointerSentence(const std::string& phase) {
+  return "SIGSEGV at address 0x0 in bad.server, " + phase + " for 0.";
+}
 
 void ExpectEndedByMemoryFault(const HubResult& result) {
   EXPECT_EQ(SIGSEGV, result.signal);
