@@ -9,7 +9,7 @@
 #include <regex>
 #include <set>
 #include <sstream>
-#include <thread>
+#include <vector>
 
 #include "reference/os/LocalText.h"
 #include "tests/system/MadeProduct.h"
@@ -160,55 +160,6 @@ TEST(Run, WithOneWorkerStartsAllPluginsOnOneThread) {
   const json run = result.Json();
   for (const json& plugin : run["plugins"]) threads.insert(plugin["thread"]);
   EXPECT_EQ(1U, threads.size());
-}
-
-TEST(Log, HasOneLineForEachCallInItsFixedForm) {
-  SiteCopy site;
-  const std::string file = LocalFromPath(site.Path("hub.log"));
-  ASSERT_EQ(0, RunHub("model --bin " + site.Bin() + " --log \"" + file + "\"").status);
-  std::istringstream lines(site.Read("hub.log"));
-  const std::regex form(
-      R"(\d{4}-\d\d-\d\d \d\d:\d\d:\d\d\.\d{3}[+-]\d\d:\d\d \[[3-6]\] \[\d+\] \[[A-Za-z.]+\] .*)");
-  const std::regex frame(
-      R"(.* \[\d\] \[\d+\] \[platform\.PluginFrame\] \[(PluginFrame|TevModelParse)::[A-Za-z_:~]+\])"
-      R"(.*\[\.\.\\\.\.\\src\\(PluginFrame|private)\\[A-Za-z]+\.cpp\(\d+\)\])");
-  int count = 0;
-  for (std::string line; std::getline(lines, line); ++count) {
-    EXPECT_TRUE(std::regex_match(line, form)) << line;
-    if (line.find("[platform.PluginFrame]") != std::string::npos) {
-      EXPECT_TRUE(std::regex_match(line, frame)) << line;
-    }
-  }
-  EXPECT_GT(count, 50);
-}
-
-TEST(Log, OfARunBeginsWithItsHeadAndEndsWithItsVerdict) {
-  MadeProduct product;
-  product.Plugin("a.server");
-  const std::string file = LocalFromPath(product.Site().Path("hub.log"));
-  ASSERT_EQ(0, product.Run("--seconds 0.5 --log \"" + file + "\"").status);
-  const std::string log = product.Site().Read("hub.log");
-  const std::string head = log.substr(0, log.find('\n'));
-  EXPECT_TRUE(std::regex_search(
-      head, std::regex(R"( \[3\] \[\d+\] \[host\] HUB \S+, frame \S+, platform \S+, pid \d+ on )")))
-      << head;
-  EXPECT_THAT(head, HasSubstr("product NVX 2.6.0 in "));
-  EXPECT_THAT(head, HasSubstr("--seconds 0.5"));
-  EXPECT_THAT(log, HasSubstr(" [host] up: the one plugin started\n"));
-}
-
-TEST(Log, OfAHigherLevelHasOnlyItsLines) {
-  SiteCopy site;
-  const std::string file = LocalFromPath(site.Path("hub.log"));
-  ASSERT_EQ(3,
-            RunHub("run --seconds 4 --log-level 5 --bin " + site.Bin() + " --log \"" + file + "\"")
-                .status);
-  std::istringstream lines(site.Read("hub.log"));
-  int count = 0;
-  for (std::string line; std::getline(lines, line); ++count) {
-    EXPECT_TRUE(std::regex_search(line, std::regex(R"( \[[56]\] )"))) << line;
-  }
-  EXPECT_GT(count, 2);
 }
 
 TEST(CommandLine, WrongUseEndsWithTwoAndSaysWhy) {
