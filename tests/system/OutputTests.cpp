@@ -13,6 +13,7 @@
 using nlohmann::json;
 using testing::HasSubstr;
 using testing::Not;
+using testing::StartsWith;
 
 namespace {
 
@@ -20,6 +21,31 @@ std::set<std::string> Keys(const json& object) {
   std::set<std::string> keys;
   for (const auto& item : object.items()) keys.insert(item.key());
   return keys;
+}
+
+/// The members of the object, whatever ended the run.
+const std::set<std::string> kMembers = {
+    "schema",         "product",   "status",  "sentence", "exitStatus", "Frame_Init",
+    "Frame_Start",    "LoadState", "Handles", "Timing",   "Notified",   "phases",
+    "CallbackResult", "plugins",   "record",  "findings", "totals"};
+
+/// Starts the product, stops it once it is up, and returns what HUB left behind.
+HubResult RunUntilUp(MadeProduct& product, const std::string& arguments) {
+  HubProcess hub(product.Arguments(arguments));
+  EXPECT_TRUE(hub.AwaitRecord("\"event\":\"up\""));
+  hub.AskToStop(StopKind::kTerminate);
+  return hub.Wait();
+}
+
+/// How many plugins the table at the end of `output` has a row for.
+int Rows(const std::string& output) {
+  const std::size_t table = output.find("\n\nPlugin ");
+  if (table == std::string::npos) return -1;
+  int rows = 0;
+  for (std::size_t at = table; (at = output.find("\nplugin", at)) != std::string::npos; ++at) {
+    ++rows;
+  }
+  return rows;
 }
 
 TEST(RunJson, IsAWholeObjectAlthoughAPluginPrints) {
@@ -32,22 +58,39 @@ TEST(RunJson, IsAWholeObjectAlthoughAPluginPrints) {
 }
 
 TEST(RunJson, HasTheSameMembersWhateverEndedTheRun) {
-  const std::set<std::string> members = {
-      "schema",         "product",   "status",  "sentence", "exitStatus", "Frame_Init",
-      "Frame_Start",    "LoadState", "Handles", "Timing",   "Notified",   "phases",
-      "CallbackResult", "plugins",   "record",  "findings", "totals"};
   MadeProduct good;
-  EXPECT_EQ(members, Keys(good.Plugin("a.server").Run("--json --seconds 0.5").Json()));
+  EXPECT_EQ(kMembers, Keys(good.Plugin("a.server").Run("--json --seconds 0.5").Json()));
   SiteCopy broken;
   broken.Remove("Product.xml");
   const HubResult failed = RunHub("run --json --bin " + broken.Bin());
   EXPECT_EQ(1, failed.status);
-  EXPECT_EQ(members, Keys(failed.Json()));
+  EXPECT_EQ(kMembers, Keys(failed.Json()));
   EXPECT_EQ("failed", failed.Json()["status"]);
   EXPECT_EQ(nullptr, failed.Json()["Frame_Start"]);
   MadeProduct left;
   left.Plugin("a.server", "uninit_hangs");
-  EXPECT_EQ(members, Keys(left.Run("--json --seconds 0.5 --stop-timeout 1").Json()));
+  EXPECT_EQ(kMembers, Keys(left.Run("--json --seconds 0.5 --stop-timeout 1").Json()));
+}
+
+TEST(RunJson, IsAWholeObjectAfterASecondStopRequest) {
+  MadeProduct product;
+  product.Plugin("a.server").Plugin("hangs.server", "uninit_hangs", DependsOn("a.server"));
+  HubProcess hub(product.Arguments("--json"));
+  ASSERT_TRUE(hub.AwaitRecord("\"event\":\"up\""));
+  hub.AskToStop(StopKind::kInterrupt);
+  ASSERT_TRUE(hub.AwaitRecord("\"event\":\"uninit-begin\""));
+  hub.AskToStop(StopKind::kTerminate);
+  const HubResult result = hub.Wait();
+  EXPECT_EQ(4, result.status);
+  EXPECT_THAT(result.errors, HasSubstr("a second request: leaving without what has not returned"));
+  const json run = result.Json();
+  EXPECT_EQ(kMembers, Keys(run));
+  EXPECT_EQ("left-behind", run["status"]);
+  EXPECT_EQ(4, run["exitStatus"]);
+  EXPECT_THAT(
+      run["sentence"].get<std::string>(),
+      StartsWith("left behind: hangs.server has not returned from its UnInit (stopped by "));
+  EXPECT_EQ("in-uninit", run["plugins"][1]["state"]);
 }
 
 TEST(RunJson, TellsOfEachPluginWhatItWaitedForAndWhatItCost) {
@@ -101,6 +144,20 @@ TEST(Table, HasColorsOnlyWhenAskedFor) {
   const HubResult colored = product.Run("--seconds 0.5 --color always");
   EXPECT_THAT(colored.output, HasSubstr("\x1b[31ma.server"));
   EXPECT_THAT(colored.output, Not(HasSubstr("\x1b[K")));
+}
+
+TEST(Table, OfManyPluginsIsFoldedUnlessAllAreAskedFor) {
+  MadeProduct product;
+  for (int i = 0; i < 60; ++i) product.Plugin("plugin" + std::to_string(i) + ".server");
+  const HubResult folded = RunUntilUp(product, "");
+  EXPECT_EQ(0, folded.status) << folded.errors;
+  EXPECT_EQ(40, Rows(folded.output));
+  EXPECT_THAT(folded.output,
+              HasSubstr("\nand 20 more plugins that need no attention (--all shows them)\n"));
+  const HubResult all = RunUntilUp(product, "--all");
+  EXPECT_EQ(0, all.status) << all.errors;
+  EXPECT_EQ(60, Rows(all.output));
+  EXPECT_THAT(all.output, Not(HasSubstr("that need no attention")));
 }
 
 TEST(SecondHub, OnTheSameProductSaysSo) {
