@@ -18,6 +18,7 @@
 #include <set>
 #include <sstream>
 #include <string>
+#include <vector>
 
 #include "tests/system/MadeProduct.h"
 
@@ -37,6 +38,27 @@ HubResult RunInShell(const std::string& command) {
 
 std::string Hub(MadeProduct& product, const std::string& arguments) {
   return "\"" TEV_HUB "\" " + product.Arguments(arguments);
+}
+
+/// What /proc says of one thread's signals, as bits.
+struct Signals {
+  std::uint64_t blocked = 0;
+  std::uint64_t ignored = 0;
+};
+
+/// Beyond these are those of the C library's own, which it ignores in what it spawns.
+constexpr std::uint64_t kStandardSignals = 0x7FFFFFFF;
+
+/// As the fixture starts_a_child has written them: of the child and of the plugin's thread.
+std::vector<Signals> ReadSignals(const std::string& text) {
+  std::vector<Signals> all(2);
+  std::istringstream lines(text);
+  for (Signals& signals : all) {
+    std::string name;
+    lines >> name >> std::hex >> signals.blocked >> name >> signals.ignored;
+  }
+  EXPECT_FALSE(lines.fail()) << text;
+  return all;
 }
 
 TEST(OutputThatCannotBeWritten, IsSaidOnceAndDegradesTheRun) {
@@ -94,6 +116,20 @@ TEST(ClosedStandardStreams, NeverLetAPluginPrintIntoTheRecord) {
   RunInShell(Hub(product, "--seconds 0.5 --record \"" + record + "\" <&- >&- 2>&-"));
   EXPECT_THAT(product.Site().Read("run.jsonl"),
               AllOf(HasSubstr("\"event\":\"end\""), Not(HasSubstr("printed by"))));
+}
+
+TEST(OutputThatCannotBeWritten, OfTheModelIsSaidAndFails) {
+  MadeProduct product;
+  product.Plugin("a.server");
+  const std::string model = "\"" TEV_HUB "\" model --bin " + product.Site().Bin();
+  const std::string full = product.Site().Path("full").string();
+  std::filesystem::create_symlink("/dev/full", full);
+  const HubResult noSpace = RunInShell(model + " >\"" + full + "\"");
+  EXPECT_EQ(1, noSpace.status);
+  EXPECT_EQ("HUB: standard output cannot be written: No space left on device\n", noSpace.errors);
+  const HubResult closed = RunInShell(model + " >&-");
+  EXPECT_EQ(1, closed.status);
+  EXPECT_EQ("HUB: standard output cannot be written: Bad file descriptor\n", closed.errors);
 }
 
 /// A terminal of 60 columns and what is shown on it.
@@ -164,6 +200,25 @@ TEST(Screen, KeepsEachLineWithinTheTerminalAndColorsTheTable) {
   EXPECT_THAT(terminal.Shown(), Not(HasSubstr("\x1b[3")));
 }
 
+TEST(SecondHub, OnTheSameProductUnderAnotherNameSaysSo) {
+  TemporaryFolder state;
+  HubSettings settings;
+  settings.state = state.Path();
+  MadeProduct product;
+  HubProcess first(product.Plugin("a.server").Arguments(""), settings);
+  ASSERT_TRUE(first.AwaitOutput("Up after"));
+  const TemporaryFolder links;
+  std::filesystem::create_directory_symlink(product.Site().Path(""), links.Path() / "link");
+  const HubResult second =
+      RunHub("run --seconds 0.5 --bin \"" + links / "link/bin" + "\"", settings);
+  EXPECT_EQ(0, second.status) << second.errors;
+  EXPECT_THAT(second.output,
+              HasSubstr("warning: another HUB runs this product at the same time; both use its "
+                        "files\n"));
+  first.AskToStop(StopKind::kTerminate);
+  EXPECT_EQ(0, first.Wait().status);
+}
+
 TEST(Threads, AreNamedAfterThePluginWhoseCodeTheyRun) {
   MadeProduct product;
   product.Plugin("hangs.server", "init_hangs");
@@ -208,16 +263,46 @@ TEST(ChildOfAPlugin, HasTheSignalsOfAFreshProcess) {
   settings.environment = {{"TEV_CHILD_STATUS", product.Site().Path("child").string()}};
   const HubResult result = product.Run("--seconds 1", settings);
   EXPECT_EQ(0, result.status) << result.output;
-  std::istringstream child(product.Site().Read("child"));
-  std::string name;
-  std::uint64_t blocked = 1;
-  std::uint64_t ignored = 1;
-  child >> name >> std::hex >> blocked >> name >> ignored;
-  // Beyond the standard signals are those of the C library's own, which it ignores in what it
-  // spawns.
-  constexpr std::uint64_t standard = 0x7FFFFFFF;
-  EXPECT_EQ(0U, blocked);
-  EXPECT_EQ(0U, ignored & standard);
+  for (const Signals& signals : ReadSignals(product.Site().Read("child"))) {
+    EXPECT_EQ(0U, signals.blocked);
+    EXPECT_EQ(0U, signals.ignored & kStandardSignals);
+  }
+}
+
+TEST(ChildOfAPlugin, HasNoSignalBlockedAlthoughHubWasStartedWithAllBlocked) {
+  MadeProduct product;
+  product.Plugin("a.server", "starts_a_child");
+  HubSettings settings;
+  settings.environment = {{"TEV_CHILD_STATUS", product.Site().Path("child").string()}};
+  sigset_t all;
+  sigset_t before;
+  sigfillset(&all);
+  ASSERT_EQ(0, pthread_sigmask(SIG_SETMASK, &all, &before));
+  HubProcess hub(product.Arguments(""), settings);
+  ASSERT_EQ(0, pthread_sigmask(SIG_SETMASK, &before, nullptr));
+  ASSERT_TRUE(hub.AwaitOutput("Up after"));
+  hub.AskToStop(StopKind::kTerminate);
+  const HubResult result = hub.Wait();
+  EXPECT_EQ(0, result.status) << result.output;
+  for (const Signals& signals : ReadSignals(product.Site().Read("child"))) {
+    EXPECT_EQ(0U, signals.blocked);
+  }
+}
+
+TEST(StopRequest, ByAHangUpThatIsIgnoredFromTheStartIsNone) {
+  MadeProduct product;
+  product.Plugin("a.server");
+  HubSettings settings;
+  settings.program = "/bin/sh";
+  const std::string command = product.Site().Path("command").string();  // as nohup starts a program
+  product.Site().Write("command", "trap '' HUP\nexec " + Hub(product, ""));
+  HubProcess hub("\"" + command + "\"", settings);
+  ASSERT_TRUE(hub.AwaitOutput("Up after"));
+  hub.AskToStop(StopKind::kHangUp);
+  hub.AskToStop(StopKind::kTerminate);
+  const HubResult result = hub.Wait();
+  EXPECT_EQ(0, result.status) << result.errors;
+  EXPECT_THAT(result.output, HasSubstr("\nStopping (SIGTERM).\n"));
 }
 
 TEST(StopRequest, WhileAFileIsReadForEverIsKeptAndASecondOneLeaves) {
