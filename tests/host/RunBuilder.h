@@ -15,8 +15,20 @@ class RunBuilder {
     head.id = id;
     head.kind = kind;
     head.dependsOn = dependsOn;
+    return Plugin(head);
+  }
+
+  RunBuilder& Plugin(const PluginHead& head) {
     m_state.AddPlugin(head);
     return *this;
+  }
+
+  /// Nothing is left that the start of `id` waits for; `last` was the last one.
+  RunBuilder& Ready(const std::string& id, const std::string& last) {
+    RunEvent event = Event(RunEvent::Kind::kReady, id);
+    event.phase = RunPhase::kStart;
+    event.text = last;
+    return Apply(event);
   }
 
   RunBuilder& Phase(RunEvent::Kind kind, const std::string& phase) {
