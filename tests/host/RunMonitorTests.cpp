@@ -1,0 +1,152 @@
+#include "host/RunMonitor.h"
+
+#include <gtest/gtest.h>
+
+#include <nlohmann/json.hpp>
+#include <sstream>
+
+#include "reference/os/Threads.h"
+#include "sdk/base/log.h"
+#include "tests/reference/ThreadPoolTest.h"
+
+namespace {
+
+using Json = nlohmann::ordered_json;
+
+constexpr char kFrame[] = "platform.PluginFrame";
+
+/// Logs `words` as the frame does.
+void LogAsFrame(int level, const std::string& words) {
+  IKPXFormatLog(level, kFrame, "[CPluginManager::SinglePluginLoad]%s[..\\..\\src\\x.cpp(1)]",
+                words.c_str());
+}
+
+/// A monitor, and the record that it writes.
+class Monitor : public ThreadPool {
+ protected:
+  /// The record's lines, of the events without what differs from run to run.
+  std::vector<std::string> Lines() {
+    std::vector<std::string> lines;
+    std::istringstream record(m_record);
+    for (std::string line; std::getline(record, line);) {
+      Json json = Json::parse(line);
+      json.erase("record");
+      json.erase("ns");
+      json.erase("thread");
+      lines.push_back(json.dump());
+    }
+    return lines;
+  }
+
+  /// A member of all events, in their order.
+  template <typename Value>
+  std::vector<Value> OfEvents(const char* member) {
+    std::vector<Value> values;
+    std::istringstream record(m_record);
+    for (std::string line; std::getline(record, line);) {
+      const Json json = Json::parse(line);
+      if (json["record"] == "event") values.push_back(json[member]);
+    }
+    return values;
+  }
+
+  static PluginHead Head(const std::string& id) {
+    PluginHead head;
+    head.id = id;
+    head.kind = "server";
+    return head;
+  }
+
+  std::string m_record;
+  RunMonitor m_monitor{[this](const std::string& lines) { m_record += lines + "\n"; }};
+};
+
+using Texts = std::vector<std::string>;
+
+TEST_F(Monitor, WritesTheHeadAndThePluginsFirst) {
+  RunHead head;
+  head.product = "NVX";
+  m_monitor.Begin(head);
+  m_monitor.SetPlugins({Head("a"), Head("b")});
+  EXPECT_EQ(RecordLine(head) + "\n" + RecordLine(Head("a")) + "\n" + RecordLine(Head("b")) + "\n",
+            m_record);
+  ASSERT_EQ(2U, m_monitor.State().Plugins().size());
+  EXPECT_EQ("b", m_monitor.State().Plugins()[1].head.id);
+}
+
+TEST_F(Monitor, MakesEventsOfTheFramesLinesAsTheyAreLogged) {
+  LogAsFrame(3, "[Plugin Load]Plugin [a] SinglePluginLoad Begin.");
+  LogAsFrame(3, "[Plugin]start frame plugin Being path= [bin/a.dll]");
+  EXPECT_EQ((Texts{R"({"event":"load-begin","plugin":"a","task":0})"}), Lines());
+  LogAsFrame(3, "[Plugin]start frame plugin end success.path= [bin/a.dll]");
+  LogAsFrame(3, "[Plugin Load]Plugin Init begin.[a]");
+  IKPXFormatLog(3, "licence", "expired");
+  IKPXFormatLog(3, "host", "0 of 1 done; waiting for a (1.0 s)");
+  LogAsFrame(5, "[Plugin Load]Plugin Init end (failed). [a] cost time [7]ms.");
+  LogAsFrame(5, "[Plugin Load]Plugin [a] SinglePluginLoad End. count[1].");
+  EXPECT_EQ((Texts{R"({"event":"load-begin","plugin":"a","task":0})",
+                   R"({"event":"load-end","plugin":"a","result":"ok"})",
+                   R"({"event":"init-begin","plugin":"a"})",
+                   R"({"event":"init-end","plugin":"a","result":"failed","ms":7,)"
+                   R"("reason":"its Init returned false: [licence] expired"})",
+                   R"({"event":"counted","phase":"start","plugin":"a","result":"failed",)"
+                   R"("count":1})"}),
+            Lines());
+  EXPECT_EQ(std::vector<std::uint64_t>(5, ThreadNumber()), OfEvents<std::uint64_t>("thread"));
+  const auto times = OfEvents<std::int64_t>("ns");
+  EXPECT_TRUE(std::is_sorted(times.begin(), times.end()));
+  EXPECT_EQ(PluginRun::State::kInitFailed, m_monitor.State().Find("a")->started);
+}
+
+TEST_F(Monitor, MakesEventsOfThePoolsTasks) {
+  std::uint64_t thread = 0;
+  ASSERT_TRUE(Grant(1, 1));
+  ASSERT_TRUE(Post([&thread] {
+    thread = ThreadNumber();
+    LogAsFrame(3, "[Plugin Load]Plugin [a] SinglePluginLoad Begin.");
+    LogAsFrame(3, "[Plugin]start frame plugin Being path= [bin/a.dll]");
+  }));
+  ASSERT_TRUE(EverythingIsDone());
+  EXPECT_EQ((Texts{R"({"event":"posted","task":1})", R"({"event":"task-begin","task":1})",
+                   R"({"event":"load-begin","plugin":"a","task":1})",
+                   R"({"event":"task-end","task":1})"}),
+            Lines());
+  EXPECT_EQ((std::vector<std::uint64_t>{ThreadNumber(), thread, thread, thread}),
+            OfEvents<std::uint64_t>("thread"));
+  const auto times = OfEvents<std::int64_t>("ns");
+  EXPECT_TRUE(std::is_sorted(times.begin(), times.end()));
+}
+
+TEST_F(Monitor, AddsTheHostsEventsWithTimeAndThread) {
+  RunEvent request;
+  request.kind = RunEvent::Kind::kStopRequest;
+  request.text = "SIGTERM";
+  m_monitor.Add(request);
+  EXPECT_EQ(Texts{R"({"event":"stop-request","text":"SIGTERM"})"}, Lines());
+  EXPECT_EQ(std::vector<std::uint64_t>{ThreadNumber()}, OfEvents<std::uint64_t>("thread"));
+  EXPECT_LT(0, OfEvents<std::int64_t>("ns")[0]);
+  ASSERT_EQ(1U, m_monitor.State().StopRequests().size());
+}
+
+TEST_F(Monitor, KeepsAsNotesWhatIsNoPluginsStartOrStop) {
+  LogAsFrame(5, "wrror type [bin/META_INFO/b/b.xml]");
+  LogAsFrame(3, "[Frame_Init]----KPX_Init end, cost time [0]ms.----");
+  LogAsFrame(6, "[PluginManager Init]----no plugins----");
+  LogAsFrame(5, "the step ended with an exception [no disk]");
+  std::vector<std::string> notes;
+  for (const FrameEvent& note : m_monitor.Notes()) notes.push_back(note.path + note.reason);
+  EXPECT_EQ((Texts{"bin/META_INFO/b/b.xml", "no plugins", "no disk"}), notes);
+}
+
+TEST(MonitorWithoutARecord, KeepsTheStateAllTheSame) {
+  ConfigureLog({0, ""});
+  RunMonitor monitor({});
+  PluginHead head;
+  head.id = "a";
+  monitor.SetPlugins({head});
+  LogAsFrame(3, "[Plugin Load]Plugin [a] SinglePluginLoad Begin.");
+  LogAsFrame(3, "[Plugin Load]Plugin Init begin.[a]");
+  EXPECT_EQ(PluginRun::State::kInInit, monitor.State().Find("a")->state);
+}
+
+}  // namespace
