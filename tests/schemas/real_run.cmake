@@ -5,6 +5,13 @@
 # flight record. PRODUCT: the folder of a whole product, a plugin's library that a product is made
 # of, or "none" for a folder in which there is nothing to read. HUB has to end with STATUS,
 # a number or the name of a signal.
+# cmake -DHUB=program -DPRODUCT=folder|library|none -DARGUMENTS=list -DSTATUS=status
+#       -DFORMAT=json|events|table -DLAST=end|crash -DSCHEMAS=folder -DWORK=folder -P real_run.cmake
+#
+# Runs HUB and validates its flight record and what it prints: with --json one object, with --events
+# lines like those of a record, else nothing. PRODUCT: the folder of a whole product, a plugin's
+# library that a product is made of, or "none" for a folder in which there is nothing to read. HUB
+# has to end with STATUS, a number or a signal's name, and the record with an event LAST.
 
 cmake_minimum_required(VERSION 3.25)
 
@@ -26,18 +33,32 @@ endif()
 
 set(ENV{XDG_STATE_HOME} "${WORK}/state")
 set(output "${WORK}/output.${FORMAT}")
-execute_process(COMMAND "${HUB}" run --bin "${product}/bin" --${FORMAT} ${ARGUMENTS}
+set(record "${WORK}/run.jsonl")
+if(NOT FORMAT STREQUAL "table")
+  list(APPEND ARGUMENTS --${FORMAT})
+endif()
+execute_process(COMMAND "${HUB}" run --bin "${product}/bin" --record "${record}" ${ARGUMENTS}
   RESULT_VARIABLE status OUTPUT_FILE "${output}" ERROR_VARIABLE errors)
 if(NOT status STREQUAL STATUS)
   message(SEND_ERROR "HUB ended with ${status}, not ${STATUS}:\n${errors}")
 endif()
 
-set(schema --lines "${SCHEMAS}/record.schema.json")
-if(FORMAT STREQUAL "json")
-  set(schema "${SCHEMAS}/run.schema.json")
+# validate(file, arguments of validate_json.py...)
+function(validate file)
+  execute_process(COMMAND "${CMAKE_CURRENT_LIST_DIR}/validate_json.py" ${ARGN} "${file}"
+    RESULT_VARIABLE result ERROR_VARIABLE faults)
+  if(NOT result EQUAL 0)
+    message(SEND_ERROR "What HUB wrote is not valid:\n${faults}")
+  endif()
+endfunction()
+
+validate("${record}" --lines "${SCHEMAS}/record.schema.json")
+file(READ "${record}" lines)
+if(NOT lines MATCHES "\n[^\n]*\"event\":\"${LAST}\"[^\n]*\n$")
+  message(SEND_ERROR "The record's last line is no ${LAST}:\n${lines}")
 endif()
-execute_process(COMMAND "${CMAKE_CURRENT_LIST_DIR}/validate_json.py" ${schema} "${output}"
-  RESULT_VARIABLE result ERROR_VARIABLE faults)
-if(NOT result EQUAL 0)
-  message(SEND_ERROR "What HUB printed is not valid:\n${faults}")
+if(FORMAT STREQUAL "json")
+  validate("${output}" "${SCHEMAS}/run.schema.json")
+elseif(FORMAT STREQUAL "events")
+  validate("${output}" --lines "${SCHEMAS}/record.schema.json")
 endif()
