@@ -2,8 +2,12 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
+#include <cstdint>
 #include <nlohmann/json.hpp>
 #include <sstream>
+#include <string>
+#include <vector>
 
 #include "reference/os/Threads.h"
 #include "sdk/base/log.h"
@@ -107,9 +111,11 @@ TEST_F(Monitor, MakesEventsOfThePoolsTasks) {
     LogAsFrame(3, "[Plugin]start frame plugin Being path= [bin/a.dll]");
   }));
   ASSERT_TRUE(EverythingIsDone());
-  EXPECT_EQ((Texts{R"({"event":"posted","task":1})", R"({"event":"task-begin","task":1})",
-                   R"({"event":"load-begin","plugin":"a","task":1})",
-                   R"({"event":"task-end","task":1})"}),
+  const std::string task = Json::parse(Lines().at(0)).at("task").dump();
+  EXPECT_EQ((Texts{R"({"event":"posted","task":)" + task + "}",
+                   R"({"event":"task-begin","task":)" + task + "}",
+                   R"({"event":"load-begin","plugin":"a","task":)" + task + "}",
+                   R"({"event":"task-end","task":)" + task + "}"}),
             Lines());
   EXPECT_EQ((std::vector<std::uint64_t>{ThreadNumber(), thread, thread, thread}),
             OfEvents<std::uint64_t>("thread"));
