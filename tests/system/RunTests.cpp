@@ -6,7 +6,6 @@
 #include <algorithm>
 #include <fstream>
 #include <map>
-#include <regex>
 #include <set>
 #include <sstream>
 #include <vector>
@@ -15,7 +14,6 @@
 #include "tests/system/MadeProduct.h"
 
 using nlohmann::json;
-using testing::AllOf;
 using testing::HasSubstr;
 
 namespace {

@@ -1,0 +1,147 @@
+// In which words HUB refuses a command line, and what it says of itself.
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <filesystem>
+#include <sstream>
+#include <string>
+
+#include "reference/os/LocalText.h"
+#include "tests/system/HubProcess.h"
+
+namespace fs = std::filesystem;
+using testing::HasSubstr;
+using testing::StartsWith;
+
+namespace {
+
+/// A product's folder, and other files that a command line may name.
+class CommandLine : public testing::Test {
+ protected:
+  CommandLine() {
+    fs::create_directories(folder.Path() / "site" / "bin");
+    folder.Write("site/Product.xml", "<ProductDescription/>");
+    folder.Write("a.file", "nothing that HUB wrote");
+  }
+
+  std::string Path(const std::string& name) const { return LocalFromPath(folder.Path() / name); }
+
+  /// What is said of arguments that are wrong use.
+  static std::string Refused(const std::string& arguments) {
+    const HubResult result = RunHub(arguments);
+    EXPECT_EQ(2, result.status) << arguments;
+    EXPECT_EQ("", result.output) << arguments;
+    return result.errors;
+  }
+
+  /// The same of these options of `run`.
+  std::string RunRefused(const std::string& options) const {
+    return Refused("run --bin \"" + Path("site/bin") + "\" " + options);
+  }
+  std::string RunRefused(const std::string& option, const std::string& file) const {
+    return RunRefused(option + " \"" + file + "\"");
+  }
+
+  const TemporaryFolder folder;
+};
+
+/// A sentence of the command line's grammar.
+std::string Grammar(const std::string& sentence) {
+  return sentence + "\nRun with --help for more information.\n";
+}
+
+TEST_F(CommandLine, WithoutACommandIsRefused) {
+  EXPECT_EQ(Grammar("A subcommand is required"), Refused(""));
+  EXPECT_EQ(Grammar("A subcommand is required"), Refused("fly"));
+}
+
+TEST_F(CommandLine, WithTwoOptionsThatExcludeEachOtherIsRefused) {
+  EXPECT_EQ("HUB: --json and --events: only one of them\n", RunRefused("--json --events"));
+  EXPECT_EQ("HUB: --record and --no-record: only one\n",
+            RunRefused("--no-record --record", Path("new.jsonl")));
+}
+
+TEST_F(CommandLine, WithSecondsThatAreNoneIsRefused) {
+  for (const std::string seconds : {"soon", "-1", "nan", "inf", "1s"}) {
+    EXPECT_EQ(Grammar("--seconds: \"" + seconds + "\" is no number of seconds from 0 up"),
+              RunRefused("--seconds " + seconds));
+  }
+  for (const std::string option : {"--start-timeout", "--stop-timeout"}) {
+    EXPECT_EQ(Grammar(option + ": \"-1\" is no number of seconds from 0 up"),
+              RunRefused(option + " -1"));
+  }
+}
+
+TEST_F(CommandLine, WithANumberOutOfItsBoundsIsRefused) {
+  const auto bounds = [this](const std::string& option, const std::string& number,
+                             const std::string& least, const std::string& most) {
+    EXPECT_EQ(Grammar(option + ": Value " + number + " not in range " + least + " to " + most),
+              RunRefused(option + " " + number));
+  };
+  bounds("--workers", "0", "1", "10000");
+  bounds("--workers", "10001", "1", "10000");
+  bounds("--log-level", "7", "0", "6");
+  bounds("--log-level", "-1", "0", "6");
+  bounds("--log-size", "0", "1", "1048576");
+  bounds("--log-files", "0", "1", "1000");
+  bounds("--log-files", "1001", "1", "1000");
+}
+
+TEST_F(CommandLine, WithAFolderThatIsNoneIsRefused) {
+  EXPECT_EQ("HUB: --bin: " + Path("nowhere") + " does not exist\n",
+            Refused("run --bin \"" + Path("nowhere") + "\""));
+  EXPECT_EQ("HUB: --bin: " + Path("a.file") + " is no folder\n",
+            Refused("model --bin \"" + Path("a.file") + "\""));
+}
+
+TEST_F(CommandLine, ThatWouldWriteOverTheProductsFilesIsRefused) {
+  for (const std::string name : {"site/Product.xml", "site/bin/META_INFO/new.DATA",
+                                 "site/bin/a.server.dll", "site/bin/HUB.exe", "site/bin/lib.so"}) {
+    for (const std::string option : {"--log", "--record"}) {
+      EXPECT_EQ("HUB: " + option + ": " + Path(name) +
+                    " is one of the product's own files, or could pass for one\n",
+                RunRefused(option, Path(name)));
+    }
+  }
+}
+
+TEST_F(CommandLine, WithARecordInPlaceOfSomethingElseIsRefused) {
+  EXPECT_EQ("HUB: --record: " + Path("a.file") + " is there and is no flight record\n",
+            RunRefused("--record", Path("a.file")));
+  EXPECT_EQ("HUB: --record: " + Path("site") + " is no file\n",
+            RunRefused("--record", Path("site")));
+}
+
+TEST_F(CommandLine, WithOneFileForLogAndRecordIsRefused) {
+  const std::string other = LocalFromPath(folder.Path() / "site" / ".." / "both");
+  EXPECT_EQ("HUB: --log and --record: " + other + " cannot be both\n",
+            RunRefused("--log \"" + Path("both") + "\" --record", other));
+}
+
+TEST_F(CommandLine, WithALogThatCannotBeOpenedIsRefused) {
+  EXPECT_THAT(RunRefused("--log", Path("a.file/hub.log")),
+              StartsWith("HUB: the log cannot be written to " + Path("a.file/hub.log") + ": "));
+}
+
+TEST_F(CommandLine, WithAnOptionOfTheOtherCommandIsRefused) {
+  EXPECT_EQ(Grammar("The following argument was not expected: --json"),
+            Refused("model --bin \"" + Path("site/bin") + "\" --json"));
+}
+
+TEST_F(CommandLine, WithAnUnknownWayToColorIsRefused) {
+  EXPECT_THAT(RunRefused("--color blue"), StartsWith("--color: "));
+}
+
+TEST_F(CommandLine, OfHelpOrTheVersionFitsEightyColumns) {
+  EXPECT_EQ("HUB " TEV_VERSION "\n", RunHub("--version").output);
+  for (const std::string arguments : {"--help", "run --help", "model --help"}) {
+    const HubResult result = RunHub(arguments);
+    EXPECT_EQ(0, result.status);
+    EXPECT_THAT(result.output, HasSubstr("Examples:"));
+    std::istringstream lines(result.output);
+    for (std::string line; std::getline(lines, line);) EXPECT_LE(line.size(), 80U) << line;
+  }
+}
+
+}  // namespace
