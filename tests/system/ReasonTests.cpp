@@ -3,6 +3,7 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <string>
 
 #include "reference/os/LocalText.h"
@@ -32,9 +33,11 @@ std::string Local(const fs::path& path) {
   return LocalFromPath(preferred.make_preferred());
 }
 
-/// The file of a.server's library, as reasons name it.
+/// The file of a.server's library as the frame names it: with slashes on every system.
 std::string Library(MadeProduct& product) {
-  return Local(product.Site().Path("bin/a.server.dll"));
+  std::string file = LocalFromPath(product.Site().Path("bin/a.server.dll"));
+  std::replace(file.begin(), file.end(), '\\', '/');
+  return file;
 }
 
 TEST(Reason, OfAFailedInitIsWhatItDid) {
