@@ -10,5 +10,8 @@
 std::string NullPointerSentence(const std::string& phase);
 extern const char* const kAbortSentence;
 
+/// How the stack begins when this function crashed, which its library exports.
+std::string StackBegin(const std::string& function);
+
 void ExpectEndedByMemoryFault(const HubResult& result);
 void ExpectEndedByAbort(const HubResult& result);

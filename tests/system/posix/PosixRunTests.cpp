@@ -1,5 +1,5 @@
 // What only a POSIX system can be made to show: outputs that cannot be written, signals of
-// children, a stop request while a file is read for ever.
+// children, a stop request while a file is read for ever, a crash that no loader swallows.
 
 #include <fcntl.h>
 #include <gmock/gmock.h>
@@ -20,7 +20,9 @@
 #include <string>
 #include <vector>
 
+#include "tests/system/HowItEnds.h"
 #include "tests/system/MadeProduct.h"
+#include "tests/system/RunToTheCrash.h"
 
 using testing::AllOf;
 using testing::HasSubstr;
@@ -245,6 +247,19 @@ TEST(Crash, ByAStackOverflowIsReportedToo) {
       product.Plugin("deep.server", "init_overflows_the_stack").Run("--no-record");
   EXPECT_EQ(SIGSEGV, result.signal);
   EXPECT_THAT(result.errors, HasSubstr(": the stack overflowed in deep.server, in Init for "));
+}
+
+TEST(Crash, OfAStaticConstructorIsOneWhileLoading) {
+  const HubResult result = RunToTheCrash("constructor_crashes", NullPointerSentence("loading"));
+  EXPECT_THAT(result.errors, HasSubstr(StackBegin("WriteNowhere")));
+  ExpectEndedByMemoryFault(result);
+}
+
+TEST(Crash, OfAStaticDestructorIsOneWhileBeingUnmapped) {
+  const HubResult result =
+      RunToTheCrash("destructor_crashes", NullPointerSentence("being unmapped"), "--seconds 1");
+  EXPECT_THAT(result.errors, HasSubstr(StackBegin("WriteNowhere")));
+  ExpectEndedByMemoryFault(result);
 }
 
 TEST(Crash, ByAnyFatalSignalNamesThePlugin) {

@@ -11,6 +11,10 @@ std::string NullPointerSentence(const std::string& phase) {
          " for 0.";
 }
 
+std::string StackBegin(const std::string& function) {
+  return "\n#0 " + function + "+0x";
+}
+
 void ExpectEndedByMemoryFault(const HubResult& result) {
   EXPECT_EQ(0xC0000005U, static_cast<std::uint32_t>(result.status));
 }
