@@ -1,10 +1,3 @@
-# cmake -DHUB=program -DPRODUCT=folder|library|none -DARGUMENTS=list -DSTATUS=how -DFORMAT=json|events
-#       -DSCHEMAS=folder -DWORK=folder -P real_run.cmake
-#
-# Runs HUB and validates what it prints: with --json one object, with --events lines like those of a
-# flight record. PRODUCT: the folder of a whole product, a plugin's library that a product is made
-# of, or "none" for a folder in which there is nothing to read. HUB has to end with STATUS,
-# a number or the name of a signal.
 # cmake -DHUB=program -DPRODUCT=folder|library|none -DARGUMENTS=list -DSTATUS=status
 #       -DFORMAT=json|events|table -DLAST=end|crash -DSCHEMAS=folder -DWORK=folder -P real_run.cmake
 #

@@ -46,29 +46,42 @@ class CommandLine : public testing::Test {
   const TemporaryFolder folder;
 };
 
-/// A sentence of the command line's grammar.
-std::string Grammar(const std::string& sentence) {
-  return sentence + "\nRun with --help for more information.\n";
+TEST_F(CommandLine, WithoutACommandIsRefused) {
+  const std::string commands = "; there are run and model (HUB --help)\n";
+  EXPECT_EQ("HUB: no command is given" + commands, Refused(""));
+  EXPECT_EQ("HUB: \"fly\" is no command" + commands, Refused("fly"));
+  EXPECT_EQ("HUB: \"--nope\" stands where the command belongs" + commands, Refused("--nope"));
+  EXPECT_EQ(
+      "HUB: \"--bin\" stands before the command: first run, then its options (HUB run --help)\n",
+      Refused("--bin x run"));
 }
 
-TEST_F(CommandLine, WithoutACommandIsRefused) {
-  EXPECT_EQ(Grammar("A subcommand is required"), Refused(""));
-  EXPECT_EQ(Grammar("A subcommand is required"), Refused("fly"));
+TEST_F(CommandLine, WithAWordThatNothingTakesIsRefused) {
+  EXPECT_EQ("HUB: \"--nope\" is no option of run (HUB run --help)\n", Refused("run --nope 1"));
+  EXPECT_EQ("HUB: \"model\" belongs to no option of run (HUB run --help)\n", Refused("run model"));
+  EXPECT_EQ("HUB: \"x\" belongs to no option of run (HUB run --help)\n", Refused("run -- x"));
+}
+
+TEST_F(CommandLine, WithAValueTooFewOrTooManyIsRefused) {
+  EXPECT_EQ("HUB: --log needs a value: --log FILE\n", Refused("run --log"));
+  EXPECT_EQ("HUB: --log needs a value, and \"--json\" is an option\n", RunRefused("--log --json"));
+  EXPECT_EQ("HUB: --bin is given 2 times\n", Refused("run --bin a --bin b"));
+  EXPECT_EQ("HUB: --no-record takes no value\n", RunRefused("--no-record=x"));
 }
 
 TEST_F(CommandLine, WithTwoOptionsThatExcludeEachOtherIsRefused) {
   EXPECT_EQ("HUB: --json and --events: only one of them\n", RunRefused("--json --events"));
-  EXPECT_EQ("HUB: --record and --no-record: only one\n",
+  EXPECT_EQ("HUB: --record and --no-record: only one of them\n",
             RunRefused("--no-record --record", Path("new.jsonl")));
 }
 
 TEST_F(CommandLine, WithSecondsThatAreNoneIsRefused) {
   for (const std::string seconds : {"soon", "-1", "nan", "inf", "1s"}) {
-    EXPECT_EQ(Grammar("--seconds: \"" + seconds + "\" is no number of seconds from 0 up"),
+    EXPECT_EQ("HUB: --seconds: \"" + seconds + "\" is no number of seconds from 0 up\n",
               RunRefused("--seconds " + seconds));
   }
   for (const std::string option : {"--start-timeout", "--stop-timeout"}) {
-    EXPECT_EQ(Grammar(option + ": \"-1\" is no number of seconds from 0 up"),
+    EXPECT_EQ("HUB: " + option + ": \"-1\" is no number of seconds from 0 up\n",
               RunRefused(option + " -1"));
   }
 }
@@ -76,7 +89,8 @@ TEST_F(CommandLine, WithSecondsThatAreNoneIsRefused) {
 TEST_F(CommandLine, WithANumberOutOfItsBoundsIsRefused) {
   const auto bounds = [this](const std::string& option, const std::string& number,
                              const std::string& least, const std::string& most) {
-    EXPECT_EQ(Grammar(option + ": Value " + number + " not in range " + least + " to " + most),
+    EXPECT_EQ("HUB: " + option + ": \"" + number + "\" is no whole number from " + least + " to " +
+                  most + "\n",
               RunRefused(option + " " + number));
   };
   bounds("--workers", "0", "1", "10000");
@@ -86,6 +100,7 @@ TEST_F(CommandLine, WithANumberOutOfItsBoundsIsRefused) {
   bounds("--log-size", "0", "1", "1048576");
   bounds("--log-files", "0", "1", "1000");
   bounds("--log-files", "1001", "1", "1000");
+  bounds("--module", "two", "-2147483648", "2147483647");
 }
 
 TEST_F(CommandLine, WithAFolderThatIsNoneIsRefused) {
@@ -125,12 +140,13 @@ TEST_F(CommandLine, WithALogThatCannotBeOpenedIsRefused) {
 }
 
 TEST_F(CommandLine, WithAnOptionOfTheOtherCommandIsRefused) {
-  EXPECT_EQ(Grammar("The following argument was not expected: --json"),
+  EXPECT_EQ("HUB: \"--json\" is no option of model (HUB model --help)\n",
             Refused("model --bin \"" + Path("site/bin") + "\" --json"));
 }
 
 TEST_F(CommandLine, WithAnUnknownWayToColorIsRefused) {
-  EXPECT_THAT(RunRefused("--color blue"), StartsWith("--color: "));
+  EXPECT_EQ("HUB: --color: \"blue\" is neither auto, always nor never\n",
+            RunRefused("--color blue"));
 }
 
 TEST_F(CommandLine, OfHelpOrTheVersionFitsEightyColumns) {

@@ -4,7 +4,9 @@
 #include <gtest/gtest.h>
 
 #include <string>
+#include <vector>
 
+#include "reference/os/LocalText.h"
 #include "tests/system/HowItEnds.h"
 #include "tests/system/MadeProduct.h"
 #include "tests/system/RunToTheCrash.h"
@@ -12,6 +14,7 @@
 using nlohmann::json;
 using testing::ContainsRegex;
 using testing::HasSubstr;
+using testing::MatchesRegex;
 
 namespace {
 
@@ -75,7 +78,7 @@ TEST(Crash, LeavesAWholeObjectThatNamesThePlugin) {
   ExpectEndedByMemoryFault(result);
   const json run = result.Json();
   EXPECT_EQ("crashed", run["status"]);
-  EXPECT_THAT(run["sentence"], HasSubstr(std::string("crashed: ") + kNullPointerSentence));
+  EXPECT_THAT(run["sentence"], HasSubstr("crashed: " + NullPointerSentence("in Init")));
   EXPECT_EQ(nullptr, run["exitStatus"]);
   ASSERT_EQ(3U, run["plugins"].size());
   EXPECT_EQ("bad.server", run["plugins"][1]["id"]);
