@@ -1,34 +1,27 @@
 #include "host/LoadReasons.h"
 
+#include <algorithm>
+#include <vector>
+
 #include "host/PluginHeads.h"
 #include "reference/os/LocalText.h"
 #include "reference/os/ProcessPath.h"
-#include "sdk/base/path.h"
-#include "sdk/os/os.h"
 #include "workbench/product/Libraries.h"
 
-std::string BetterReason(const std::string&, const FrameEvent& event, const std::string& reason) {
-  if (event.kind == FrameEvent::Kind::kInitMissing) {
-    return event.reason.empty() ? reason : reason + "; it is " + event.reason;
-  }
-  if (event.kind != FrameEvent::Kind::kLoadFailed) return reason;
+std::string BetterLoadReason(const std::string& library, const std::string& message) {
   const LoadingProgram program{PathFromLocal(ProcessPath()), {}};
-  return WhyNotLoaded(PathFromLocal(event.path), reason, program, SystemNames());
+  const std::string reason = WhyNotLoaded(PathFromLocal(library), message, program, SystemNames());
+  return reason == message ? std::string() : reason;
 }
 
-std::string MangledExport(const std::string& library, const char* function) {
-  const HMODULE handle = LoadLibraryW(LocalToWide(library).c_str());
-  if (handle == nullptr) return std::string();
-  const std::string name = function;
-  std::string clause;
+std::string MangledExport(const std::string& library, const std::string& function) {
+  const std::vector<std::string> exported = ExportedNames(PathFromLocal(library));
   // As GCC and Clang, and as Microsoft's compiler name `bool Init()`.
   for (const std::string& mangled :
-       {"_Z" + std::to_string(name.size()) + name + "v", "?" + name + "@@YA_NXZ"}) {
-    if (GetProcAddress(handle, mangled.c_str()) != nullptr) {
-      clause = "exported as " + mangled + ": is extern \"C\" missing?";
-      break;
+       {"_Z" + std::to_string(function.size()) + function + "v", "?" + function + "@@YA_NXZ"}) {
+    if (std::find(exported.begin(), exported.end(), mangled) != exported.end()) {
+      return "exported as " + mangled + ": is extern \"C\" missing?";
     }
   }
-  FreeLibrary(handle);
-  return clause;
+  return std::string();
 }

@@ -2,15 +2,10 @@
 
 #include <string>
 
-#include "workbench/record/FrameEvent.h"
+/// Why `library` was not loaded, better than by `message`, the loader's: what is missing, what lies
+/// there in its place; empty when nothing better can be said. Reads files; any thread.
+std::string BetterLoadReason(const std::string& library, const std::string& message);
 
-/// A better reason why a plugin was not loaded than the loader's own words: what is missing, what
-/// lies there in its place; of a missing Init, what the event says of it. `reason` where there is
-/// none. Reads files; any thread.
-std::string BetterReason(const std::string& plugin, const FrameEvent& event,
-                         const std::string& reason);
-
-/// Under which mangled name `library`, which is loaded, exports `function`, as a clause that says
-/// what was probably forgotten; empty when it does not. Takes the loader's lock: never to be called
-/// under a lock that a plugin's code may wait for.
-std::string MangledExport(const std::string& library, const char* function);
+/// Under which mangled name `library` exports `function`, as a clause that says what was probably
+/// forgotten; empty when it does not. Reads the file; any thread.
+std::string MangledExport(const std::string& library, const std::string& function);

@@ -37,6 +37,26 @@ RunEventSource::Where Now() {
   return {SteadyNanoseconds(), ThreadNumber()};
 }
 
+/// The loader's last message on this thread.
+thread_local std::string t_loaderMessage;
+
+/// Adds a reason that is found in files; before the monitor's lock, for which all others wait.
+void AddReason(FrameEvent& event) {
+  switch (event.kind) {
+    case FrameEvent::Kind::kLoadBegin:
+      t_loaderMessage.clear();
+      return;
+    case FrameEvent::Kind::kLoadFailed:
+      event.reason = BetterLoadReason(event.path, t_loaderMessage);
+      return;
+    case FrameEvent::Kind::kInitMissing:
+      event.reason = MangledExport(LoadedLibrary(), "Init");
+      return;
+    default:
+      return;
+  }
+}
+
 /// So that `top` and a debugger show which plugin's code a thread runs.
 void NameThreadAfter(const FrameEvent& event) {
   const bool begins = event.kind == FrameEvent::Kind::kLoadTaskBegin ||
@@ -48,7 +68,6 @@ void NameThreadAfter(const FrameEvent& event) {
 }  // namespace
 
 RunMonitor::RunMonitor(LineSink sink) : m_sink(std::move(sink)) {
-  m_source.SetRefineReason(&BetterReason);
   SetLogObserver([this](int level, const std::string& module, const std::string& text) {
     OnLogLine(level, module, text);
   });
@@ -101,10 +120,8 @@ void RunMonitor::OnLogLine(int level, const std::string& module, const std::stri
     FollowPluginCode(*event);
     NameThreadAfter(*event);
   }
-  // Before the lock: this takes the loader's, which a library that logs while it is loaded holds.
-  if (event && event->kind == FrameEvent::Kind::kInitMissing) {
-    event->reason = MangledExport(LoadedLibrary(), "Init");
-  }
+  if (module == kLoaderModule) t_loaderMessage = text;
+  if (event) AddReason(*event);
   const std::lock_guard<std::mutex> lock(m_mutex);
   if (event) {
     if (IsNote(event->kind)) m_notes.push_back(*event);

@@ -2,6 +2,7 @@
 
 #include <fstream>
 #include <random>
+#include <sstream>
 
 #include "tests/support/TemporaryFolder.h"
 #include "tests/workbench/productLibraryBytes.h"
@@ -10,6 +11,8 @@
 using testing::Contains;
 using testing::ElementsAre;
 using testing::IsEmpty;
+using testing::IsSubsetOf;
+using testing::Not;
 using testing::Optional;
 
 namespace fs = std::filesystem;
@@ -295,6 +298,40 @@ TEST_F(WhyNotLoadedTest, PeNeedsWhatIsNowhere) {
       Why());
   system.Write("x.dll", "");
   EXPECT_EQ(kWords, Why());
+}
+
+std::string Content(const fs::path& file) {
+  std::ostringstream content;
+  content << std::ifstream(file, std::ios::binary).rdbuf();
+  return content.str();
+}
+
+TEST_F(Libraries, ExportWhatTheyDefineAndNotWhatTheyNeed) {
+  EXPECT_THAT(ExportedNames(TEV_ANSWERS), Contains("Answer"));
+  EXPECT_THAT(ExportedNames(TEV_NEEDS_A_LIBRARY), Not(Contains("Answer")));
+}
+
+TEST_F(Libraries, CutAnywhereExportNothingElse) {
+  const std::string whole = Content(TEV_ANSWERS);
+  const std::vector<std::string> exported = ExportedNames(TEV_ANSWERS);
+  for (std::size_t size = 0; size < whole.size(); size += 97) {
+    EXPECT_THAT(ExportedNames(folder.Write("library", whole.substr(0, size))), IsSubsetOf(exported))
+        << size;
+  }
+}
+
+TEST_F(Libraries, WithDamagedHeadersExportInBoundedTime) {
+  const std::string whole = Content(TEV_ANSWERS);
+  std::mt19937 random(7);
+  for (int i = 0; i < 300; ++i) {
+    std::string damaged = whole;
+    for (int j = 0; j < 20; ++j) {
+      // The headers of ELF sections are the last thing in the file.
+      const std::size_t at = j % 2 == 0 ? random() % 1024 : whole.size() - 1 - random() % 2048;
+      damaged[at] = static_cast<char>(random());
+    }
+    EXPECT_LE(ExportedNames(folder.Write("library", damaged)).size(), 1000000U);
+  }
 }
 
 }  // namespace

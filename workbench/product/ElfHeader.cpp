@@ -1,4 +1,4 @@
-// The parts of the ELF format that say what a library needs.
+// The parts of the ELF format that say what a library needs and exports.
 
 #include <algorithm>
 #include <cstddef>
@@ -16,10 +16,14 @@ constexpr std::uint64_t kDynamic = 2;  // of a segment
 constexpr std::uint64_t kEnd = 0;      // of a dynamic entry
 constexpr std::uint64_t kNeeded = 1;
 constexpr std::uint64_t kStringTable = 5;
+constexpr std::uint64_t kDynamicSymbols = 11;  // of a section
+constexpr std::uint64_t kUndefined = 0;        // section of a symbol that another library defines
 
 // More than any sound file has; a broken one may claim any number.
 constexpr std::uint64_t kMostSegments = 1000;
 constexpr std::uint64_t kMostEntries = 10000;
+constexpr std::uint64_t kMostSections = 70000;
+constexpr std::uint64_t kMostSymbols = 1000000;
 
 std::string MachineName(std::uint64_t machine) {
   static const std::map<std::uint64_t, std::string> names = {
@@ -34,10 +38,13 @@ struct Layout {
   std::size_t word;
   std::uint64_t programHeaders, programHeaderSize, programHeaderCount;  // in the file
   std::uint64_t segmentOffset, segmentAddress, segmentSize;             // in a segment
+  std::uint64_t sections, sectionEntrySize, sectionCount;               // in the file
+  std::uint64_t sectionOffset, sectionSize, sectionLink;                // in a section's header
+  std::uint64_t symbolSize, symbolSection;                              // in a symbol
 };
 
-constexpr Layout k32 = {4, 28, 42, 44, 4, 8, 16};
-constexpr Layout k64 = {8, 32, 54, 56, 8, 16, 32};
+constexpr Layout k32 = {4, 28, 42, 44, 4, 8, 16, 32, 46, 48, 16, 20, 24, 16, 14};
+constexpr Layout k64 = {8, 32, 54, 56, 8, 16, 32, 40, 58, 60, 24, 32, 40, 24, 6};
 
 struct Segment {
   std::uint64_t type;
@@ -69,13 +76,51 @@ std::uint64_t OffsetOf(const std::vector<Segment>& segments, std::uint64_t addre
   throw FileBytes::Broken();
 }
 
+struct Section {
+  std::uint64_t type;
+  std::uint64_t offset;
+  std::uint64_t size;
+  std::uint64_t link;  // of symbols: the section of their names
+};
+
+std::vector<Section> ReadSections(FileBytes& file, const Layout& layout) {
+  const std::uint64_t table = file.Number(layout.sections, layout.word);
+  const std::uint64_t size = file.Number(layout.sectionEntrySize, 2);
+  const std::uint64_t count = table == 0 ? 0 : file.Number(layout.sectionCount, 2);
+  if (count > kMostSections) throw FileBytes::Broken();
+  std::vector<Section> sections;
+  for (std::uint64_t i = 0; i < count; ++i) {
+    const std::uint64_t at = table + i * size;
+    sections.push_back({file.Number(at + 4, 4), file.Number(at + layout.sectionOffset, layout.word),
+                        file.Number(at + layout.sectionSize, layout.word),
+                        file.Number(at + layout.sectionLink, 4)});
+  }
+  return sections;
+}
+
+void ReadExports(FileBytes& file, const Layout& layout, LibraryHeader& header) {
+  const std::vector<Section> sections = ReadSections(file, layout);
+  for (const Section& symbols : sections) {
+    if (symbols.type != kDynamicSymbols) continue;
+    const std::uint64_t count = symbols.size / layout.symbolSize;
+    if (symbols.link >= sections.size() || count > kMostSymbols) throw FileBytes::Broken();
+    const std::uint64_t names = sections[symbols.link].offset;
+    for (std::uint64_t i = 1; i < count; ++i) {  // the first one is empty
+      const std::uint64_t at = symbols.offset + i * layout.symbolSize;
+      if (file.Number(at + layout.symbolSection, 2) == kUndefined) continue;
+      header.exported.push_back(file.Text(names + file.Number(at, 4)));
+    }
+  }
+}
+
 }  // namespace
 
-void ReadElf(FileBytes& file, LibraryHeader& header) {
+void ReadElf(FileBytes& file, LibraryPart part, LibraryHeader& header) {
   const Layout& layout = file.Number(4, 1) == kClass64 ? k64 : k32;
   file.UseBigEndian(file.Number(5, 1) == kBigEndian);
   header.machine = MachineName(file.Number(18, 2));
 
+  if (part == LibraryPart::kExports) return ReadExports(file, layout, header);
   const std::vector<Segment> segments = ReadSegments(file, layout);
   const auto dynamic = std::find_if(segments.begin(), segments.end(), [](const Segment& segment) {
     return segment.type == kDynamic;

@@ -35,7 +35,8 @@ class FileBytes {
 };
 
 struct LibraryHeader;
+enum class LibraryPart;
 
 // Each reads what its format has; the file's first bytes are that format's. Throws Broken.
-void ReadElf(FileBytes& file, LibraryHeader& header);
-void ReadPe(FileBytes& file, LibraryHeader& header);
+void ReadElf(FileBytes& file, LibraryPart part, LibraryHeader& header);
+void ReadPe(FileBytes& file, LibraryPart part, LibraryHeader& header);

@@ -166,6 +166,10 @@ std::optional<std::vector<std::string>> NeededLibraries(const fs::path& file) {
   return std::move(header.needed);
 }
 
+std::vector<std::string> ExportedNames(const fs::path& file) {
+  return ReadLibraryHeader(file, LibraryPart::kExports).exported;
+}
+
 std::string WhyNotLoaded(const fs::path& library, const std::string& loaderWords,
                          const LoadingProgram& program, const LocalNames& names) {
   std::error_code error;

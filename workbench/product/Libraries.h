@@ -14,6 +14,9 @@
 /// neither, or is cut short or broken where they stand.
 std::optional<std::vector<std::string>> NeededLibraries(const std::filesystem::path& file);
 
+/// The names that an ELF or PE library exports, in its order, as far as its headers can be read.
+std::vector<std::string> ExportedNames(const std::filesystem::path& file);
+
 /// Where a library is being loaded.
 struct LoadingProgram {
   std::filesystem::path executable;  // its machine is the one that a library must be for

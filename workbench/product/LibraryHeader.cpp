@@ -44,7 +44,7 @@ std::string FileBytes::Text(std::uint64_t offset) {
   return text;
 }
 
-LibraryHeader ReadLibraryHeader(const fs::path& file) {
+LibraryHeader ReadLibraryHeader(const fs::path& file, LibraryPart part) {
   using Format = LibraryHeader::Format;
   LibraryHeader header;
   FileBytes bytes(file);
@@ -56,10 +56,10 @@ LibraryHeader ReadLibraryHeader(const fs::path& file) {
     const std::string magic = bytes.Bytes(0, 4);
     if (magic == "\177ELF") {
       header.format = Format::kElf;
-      ReadElf(bytes, header);
+      ReadElf(bytes, part, header);
     } else if (magic.compare(0, 2, "MZ") == 0) {
       header.format = Format::kPe;
-      ReadPe(bytes, header);
+      ReadPe(bytes, part, header);
     }
   } catch (const FileBytes::Broken&) {
     header.broken = header.format != Format::kNone;

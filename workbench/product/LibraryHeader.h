@@ -18,6 +18,11 @@ struct LibraryHeader {
   bool broken = false;              // cut short or damaged; `needed` is then incomplete
   std::string machine;              // "x86-64"; empty when broken before it
   std::vector<std::string> needed;  // DT_NEEDED, or the imported libraries
+  std::vector<std::string> exported;
 };
 
-LibraryHeader ReadLibraryHeader(const std::filesystem::path& file);
+/// What is read besides format and machine.
+enum class LibraryPart { kNeeded, kExports };
+
+LibraryHeader ReadLibraryHeader(const std::filesystem::path& file,
+                                LibraryPart part = LibraryPart::kNeeded);

@@ -1,4 +1,4 @@
-// The parts of the PE format that say what a library imports.
+// The parts of the PE format that say what a library imports and exports.
 
 #include <cstddef>
 #include <map>
@@ -10,11 +10,13 @@ namespace {
 
 constexpr std::uint64_t kHeaderOffset = 0x3C;  // in the DOS header
 constexpr std::uint64_t k64Bit = 0x20B;        // magic of the optional header
-constexpr std::uint64_t kImports = 1;          // of the data directories
+constexpr std::uint64_t kExports = 0;          // of the data directories
+constexpr std::uint64_t kImports = 1;
 
 // More than any sound file has; a broken one may claim any number, or have no end.
 constexpr std::uint64_t kMostSections = 1000;
 constexpr std::uint64_t kMostImports = 10000;
+constexpr std::uint64_t kMostExports = 70000;
 
 std::string MachineName(std::uint64_t machine) {
   static const std::map<std::uint64_t, std::string> names = {
@@ -48,9 +50,32 @@ std::uint64_t OffsetOf(const std::vector<Section>& sections, std::uint64_t addre
   throw FileBytes::Broken();
 }
 
+void ReadImports(FileBytes& file, const std::vector<Section>& sections, std::uint64_t table,
+                 LibraryHeader& header) {
+  const std::uint64_t imports = OffsetOf(sections, table);
+  for (std::uint64_t i = 0;; ++i) {
+    if (i == kMostImports) throw FileBytes::Broken();
+    const std::uint64_t name = file.Number(imports + 20 * i + 12, 4);
+    if (name == 0) break;
+    header.needed.push_back(file.Text(OffsetOf(sections, name)));
+  }
+}
+
+void ReadExports(FileBytes& file, const std::vector<Section>& sections, std::uint64_t table,
+                 LibraryHeader& header) {
+  const std::uint64_t exports = OffsetOf(sections, table);
+  const std::uint64_t count = file.Number(exports + 24, 4);
+  if (count > kMostExports) throw FileBytes::Broken();
+  if (count == 0) return;
+  const std::uint64_t names = OffsetOf(sections, file.Number(exports + 32, 4));
+  for (std::uint64_t i = 0; i < count; ++i) {
+    header.exported.push_back(file.Text(OffsetOf(sections, file.Number(names + 4 * i, 4))));
+  }
+}
+
 }  // namespace
 
-void ReadPe(FileBytes& file, LibraryHeader& header) {
+void ReadPe(FileBytes& file, LibraryPart part, LibraryHeader& header) {
   const std::uint64_t pe = file.Number(kHeaderOffset, 4);
   if (file.Bytes(pe, 4) != std::string("PE\0\0", 4)) {
     header.format = LibraryHeader::Format::kNone;  // a program for DOS
@@ -62,16 +87,14 @@ void ReadPe(FileBytes& file, LibraryHeader& header) {
   const std::uint64_t optional = pe + 24;
   const bool is64 = file.Number(optional, 2) == k64Bit;
   const std::uint64_t directories = optional + (is64 ? 112 : 96);
-  if (file.Number(directories - 4, 4) <= kImports) return;
-  std::uint64_t imports = file.Number(directories + 8 * kImports, 4);
-  if (imports == 0) return;
-
+  const std::uint64_t directory = part == LibraryPart::kExports ? kExports : kImports;
+  if (file.Number(directories - 4, 4) <= directory) return;
+  const std::uint64_t table = file.Number(directories + 8 * directory, 4);
+  if (table == 0) return;
   const std::vector<Section> sections = ReadSections(file, optional + optionalSize, sectionCount);
-  imports = OffsetOf(sections, imports);
-  for (std::uint64_t i = 0;; ++i) {
-    if (i == kMostImports) throw FileBytes::Broken();
-    const std::uint64_t name = file.Number(imports + 20 * i + 12, 4);
-    if (name == 0) break;
-    header.needed.push_back(file.Text(OffsetOf(sections, name)));
+  if (part == LibraryPart::kExports) {
+    ReadExports(file, sections, table, header);
+  } else {
+    ReadImports(file, sections, table, header);
   }
 }

@@ -40,17 +40,18 @@ struct FrameEvent {
     kLoadTaskBegin,         // plugin
     kLoadBegin,             // path
     kLoadSucceeded,         // path
-    kLoadFailed,            // path; number: the system's error code
+    kLoadFailed,            // path; number: the system's error code; reason: not in the line, a
+                            // better one than the loader's message, found elsewhere
     kInitBegin,             // plugin
     kInitSucceeded,         // plugin, milliseconds
     kInitFailed,            // plugin, milliseconds
     kInitThrew,             // reason: the exception's text
     kInitThrewNoException,  // something that is no exception object
-    kInitMissing,
-    kStartCounted,        // plugin; number: the count
-    kStartFailedCounted,  // plugin; number: the count. Its Init failed
-    kStartAbandoned,      // plugin, reason; number: the count. Its task ran out of memory
-    kNotLoadedCounted,    // plugin; number: the count
+    kInitMissing,           // reason: not in the line, under which name it was probably exported
+    kStartCounted,          // plugin; number: the count
+    kStartFailedCounted,    // plugin; number: the count. Its Init failed
+    kStartAbandoned,        // plugin, reason; number: the count. Its task ran out of memory
+    kNotLoadedCounted,      // plugin; number: the count
 
     // Frame_Stop
     kFrameStopBegin,

@@ -70,6 +70,18 @@ std::string WithoutPath(const std::string& message, const std::string& path) {
   return end == std::string::npos ? message : message.substr(end + 2);
 }
 
+/// Why a library was not loaded. `message`: the loader's, empty for none.
+std::string NotLoaded(const FrameEvent& event, const std::string& message) {
+  if (!event.reason.empty()) return event.reason;
+  if (!message.empty()) return message;
+  return event.path + " " + LoadErrorText(event.number) + " (error " +
+         std::to_string(event.number) + ")";
+}
+
+std::string NoInit(const FrameEvent& event) {
+  return "its library exports no Init" + (event.reason.empty() ? "" : "; it is " + event.reason);
+}
+
 std::string Threw(const char* entry, const FrameEvent& event) {
   return std::string("its ") + entry +
          (event.reason.empty() ? " threw an exception without a text" : " threw: " + event.reason);
@@ -219,9 +231,8 @@ void RunEventSource::OnStartLine(const Where& where, const FrameEvent& event, Ev
     case Kind::kInitThrewNoException:
     case Kind::kInitMissing:
       if (turn == nullptr) return;
-      turn->cause = event;
       turn->reason = event.kind == Kind::kInitThrew     ? Threw("Init", event)
-                     : event.kind == Kind::kInitMissing ? "its library exports no Init"
+                     : event.kind == Kind::kInitMissing ? NoInit(event)
                                                         : ThrewNoException("Init");
       return;
     case Kind::kInitSucceeded:
@@ -368,11 +379,7 @@ void RunEventSource::EndLoad(const Where& where, const FrameEvent& event, Events
   ended.result = event.kind == Kind::kLoadSucceeded ? Result::kOk : Result::kFailed;
   if (ended.result == Result::kFailed) {
     m_start.done.push_back(turn->plugin);
-    std::string reason = turn->message.empty() ? event.path + " " + LoadErrorText(event.number) +
-                                                     " (error " + std::to_string(event.number) + ")"
-                                               : WithoutPath(turn->message, turn->path);
-    if (m_refine) reason = m_refine(turn->plugin, event, reason);
-    ended.text = OneLine(reason);
+    ended.text = OneLine(NotLoaded(event, WithoutPath(turn->message, turn->path)));
   }
   events.push_back(std::move(ended));
 }
@@ -386,10 +393,8 @@ void RunEventSource::EndInit(const Where& where, const FrameEvent& event, Events
   if (ended.result == Result::kFailed) {
     std::string reason = turn.reason;
     if (reason.empty()) {
-      turn.cause = event;
       reason = "its Init returned false" + (turn.message.empty() ? "" : ": " + turn.message);
     }
-    if (m_refine) reason = m_refine(event.plugin, turn.cause, reason);
     ended.text = OneLine(reason);
   }
   events.push_back(std::move(ended));

@@ -25,16 +25,9 @@ class RunEventSource {
     std::uint64_t thread = 0;
   };
 
-  /// May replace the reason why a plugin was not loaded or its Init failed. `event`: the line that
-  /// gave the reason, one of kLoadFailed, kInitMissing, kInitThrew, kInitThrewNoException and
-  /// kInitFailed, which stands for an Init that returned false.
-  using RefineReason = std::function<std::string(const std::string& plugin, const FrameEvent& event,
-                                                 const std::string& reason)>;
-
   /// Names the plugins of the model, with what each waits for, before the first event of the start.
   /// Of two with one ID the first one counts; executables and drivers are passed over.
   void SetPlugins(std::vector<PluginHead> plugins);
-  void SetRefineReason(RefineReason refine) { m_refine = std::move(refine); }
 
   // Each returns the events that come of it, none, one or several. Reasons are one line: their
   // control bytes are written as \xNN.
@@ -74,7 +67,6 @@ class RunEventSource {
     std::string path;               // of the library that is loaded
     std::string message;            // of the loader; in Init, the last line that the plugin logged
     std::string reason;             // why Init or UnInit will have failed; empty: not known yet
-    FrameEvent cause;               // the line that gave the reason
     std::int64_t milliseconds = 0;  // how long UnInit took, once it has returned
   };
 
@@ -100,7 +92,6 @@ class RunEventSource {
   void EndUnInit(const Where& where, RunEvent::Result result, const std::string& reason,
                  Events& events);
 
-  RefineReason m_refine;
   std::vector<std::string> m_plugins;  // in the model's order
   Order m_start{RunPhase::kStart};
   Order m_stop{RunPhase::kStop};
