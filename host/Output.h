@@ -19,8 +19,9 @@ class Output {
   /// Writes to standard output.
   void Write(const std::string& text) { m_writer.Write(text); }
 
-  /// Writes to standard error "HUB: " and the sentence as a line.
-  void WriteError(const std::string& sentence) { m_errors.Write("HUB: " + sentence + "\n"); }
+  /// Writes to standard error "HUB: " and the sentence: as a line, or on the terminal of standard
+  /// output as lines of its width, in order with what that shows.
+  void WriteError(const std::string& sentence);
 
   /// Waits until everything is written, for a few seconds at most. What is not written then is
   /// lost.

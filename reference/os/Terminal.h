@@ -33,6 +33,9 @@ class OwnOutput {
   /// Is it a terminal that understands cursor sequences? On Windows they have been turned on.
   bool IsTerminal() const { return m_isTerminal; }
 
+  /// Is it a terminal, and standard error the same one?
+  bool IsTerminalOfErrors() const { return m_isTerminalOfErrors; }
+
   /// The terminal's present width in columns; 80 when unknown.
   int Columns() const;
 
@@ -45,6 +48,7 @@ class OwnOutput {
   // Written by the constructor, constant afterwards.
   SystemFile m_file = kNoFile;
   bool m_isTerminal = false;
+  bool m_isTerminalOfErrors = false;
 
   std::mutex m_mutex;  // also keeps texts together
 

@@ -2,6 +2,7 @@
 
 #include <fcntl.h>
 #include <sys/ioctl.h>
+#include <sys/stat.h>
 #include <unistd.h>
 
 #include <cerrno>
@@ -21,6 +22,13 @@ bool OpenIfClosed(int descriptor) {
   return true;
 }
 
+bool AreOneTerminal(int one, int other) {
+  struct stat first = {};
+  struct stat second = {};
+  return isatty(one) == 1 && isatty(other) == 1 && fstat(one, &first) == 0 &&
+         fstat(other, &second) == 0 && first.st_rdev == second.st_rdev;
+}
+
 }  // namespace
 
 OwnOutput::OwnOutput() {
@@ -33,6 +41,7 @@ OwnOutput::OwnOutput() {
     m_file = fcntl(STDOUT_FILENO, F_DUPFD_CLOEXEC, STDERR_FILENO + 1);
     if (m_file == kNoFile) Refuse("standard output cannot be duplicated");
     m_isTerminal = isatty(STDOUT_FILENO) == 1;
+    m_isTerminalOfErrors = AreOneTerminal(STDOUT_FILENO, STDERR_FILENO);
   }
   if (dup2(STDERR_FILENO, STDOUT_FILENO) < 0) Refuse("standard output cannot be redirected");
 }

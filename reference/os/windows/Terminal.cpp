@@ -90,6 +90,9 @@ OwnOutput::OwnOutput() {
     }
     m_file = reinterpret_cast<SystemFile>(own);
     m_isTerminal = TurnSequencesOn(own);
+    DWORD mode = 0;  // a process has one console
+    m_isTerminalOfErrors =
+        m_isTerminal && GetConsoleMode(HandleOf(_get_osfhandle(kError)), &mode) != 0;
   }
   if (_dup2(kError, kOutput) != 0) Refuse("standard output cannot be redirected");
   SetStandardHandle(STD_INPUT_HANDLE, kInput);
