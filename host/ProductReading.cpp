@@ -28,6 +28,9 @@ std::string FrameWords(const std::vector<FrameEvent>& notes) {
     if (note.kind == FrameEvent::Kind::kStepThrew) {
       return "Frame_Init ended with an exception: " + note.reason;
     }
+    if (note.kind == FrameEvent::Kind::kStepThrewNoException) {
+      return "Frame_Init threw something that is no exception object";
+    }
     if (note.kind == FrameEvent::Kind::kPlatformInitFailed) return "the platform did not come up";
     if (!note.reason.empty()) words = "the frame refused the product: " + note.reason;
   }

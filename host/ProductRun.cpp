@@ -39,6 +39,9 @@ std::string StartFailure(const std::vector<FrameEvent>& notes) {
   for (const FrameEvent& note : notes) {
     if (note.kind == FrameEvent::Kind::kNoPoolForStart) return "there are no threads for them";
     if (note.kind == FrameEvent::Kind::kStepThrew) return note.reason;
+    if (note.kind == FrameEvent::Kind::kStepThrewNoException) {
+      return "a step threw something that is no exception object";
+    }
   }
   return PlatformError();
 }
@@ -234,8 +237,10 @@ void ProductRun::CheckStopLimit() {
   const RunState state = m_monitor.State();
   const bool stuck = UnfinishedTasks() == 0 && OnlyWaiting(state);
   if (m_stopLimit->Expired(SteadyNanoseconds(), CountStopped(state), stuck)) {
-    Leave(fmt::format("nothing has ended for {:g} s: leaving without what has not returned",
-                      m_stopLimit->Seconds()));
+    const std::string rest = stuck ? "what is left can never stop, and {:g} s have passed"
+                                   : "no plugin has ended for {:g} s";
+    Leave(fmt::format(fmt::runtime(rest), m_stopLimit->Seconds()) +
+          ": leaving without what has not returned");
   }
 }
 

@@ -22,6 +22,20 @@ CLI::Validator Seconds() {
       std::string());
 }
 
+/// One of the colours' names, which becomes the number that the option takes.
+CLI::Validator ColorName() {
+  return CLI::Validator(
+      [](std::string& text) {
+        const std::map<std::string, Color> colors = {
+            {"auto", Color::kAuto}, {"always", Color::kAlways}, {"never", Color::kNever}};
+        const auto color = colors.find(CLI::detail::to_lower(text));
+        if (color == colors.end()) return "\"" + text + "\" is neither auto, always nor never";
+        text = std::to_string(static_cast<int>(color->second));
+        return std::string();
+      },
+      std::string());
+}
+
 void AddOptions(CLI::App& command, Options& options) {
   AddProductOptions(command, options);
   const std::string limits = "How long";
@@ -55,13 +69,11 @@ void AddOptions(CLI::App& command, Options& options) {
   command.add_flag("--events", options.events, "A JSON object a line as things happen")
       ->group(shown);
   command.add_flag("--all", options.all, "Every plugin in the table, however many")->group(shown);
-  const std::map<std::string, Color> colors = {
-      {"auto", Color::kAuto}, {"always", Color::kAlways}, {"never", Color::kNever}};
   command
       .add_option("--color", options.color,
                   "auto, always or never; auto: on a terminal,\nunless NO_COLOR is set")
       ->type_name("WHEN")
-      ->transform(CLI::CheckedTransformer(colors, CLI::ignore_case).description(""))
+      ->transform(ColorName())
       ->group(shown);
 
   const std::string kept = "What it keeps";

@@ -56,8 +56,9 @@ std::string HeadLine(const RunHead& head) {
   for (const std::string& argument : head.commandLine) {
     command += (command.empty() ? "" : " ") + Quoted(argument);
   }
-  return fmt::format("HUB {}, frame {}, platform {}, pid {} on {}, product {} {} in {}: {}",
+  std::string product = head.product.empty() ? "(without a name)" : head.product;
+  if (!head.productVersion.empty()) product += " " + head.productVersion;
+  return fmt::format("HUB {}, frame {}, platform {}, pid {} on {}, product {} in {}: {}",
                      head.hubVersion, head.frameVersion, head.platformVersion, head.pid, head.host,
-                     head.product.empty() ? "(not readable)" : head.product, head.productVersion,
-                     head.path, command);
+                     product, head.path, command);
 }
