@@ -3,6 +3,9 @@
 
 #include <gmock/gmock.h>
 
+#include <map>
+#include <string>
+
 #include "tests/reference/CrashTest.h"
 
 namespace {
@@ -61,12 +64,17 @@ TEST(Crash, UncaughtExceptionIsReportedOnceWithTypeAndText) {
 }
 
 TEST(Crash, EveryExitIsReportedAndTheStatusIsTheInstallers) {
-  for (const char* way : {"exit", "exit_with_status", "exit_in_thread", "immediate_exit",
-                          "exit_process", "return_from_main"}) {
+  const std::map<std::string, std::string> ways = {
+      {"exit", "exit()"},
+      {"exit_with_status", "exit()"},
+      {"exit_in_thread", "exit()"},
+      {"return_from_main", "exit()"},
+      {"immediate_exit", "_exit() or ExitProcess()"},
+      {"exit_process", "_exit() or ExitProcess()"},
+  };
+  for (const auto& [way, exit] : ways) {
     const ProgramEnd program = End(way);
-    EXPECT_EQ("status 4; reported exit 0: exit() or ExitProcess(); report complete",
-              Summary(program))
-        << way;
+    EXPECT_EQ("status 4; reported exit 0: " + exit + "; report complete", Summary(program)) << way;
     EXPECT_THAT(program.errors, HasSubstr(" in reference_ends_badly.exe+0x")) << way;
   }
 }
