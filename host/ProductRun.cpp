@@ -5,6 +5,7 @@
 #include <algorithm>
 #include <chrono>
 #include <cstdlib>
+#include <iterator>
 #include <utility>
 #include <vector>
 
@@ -24,6 +25,7 @@ namespace {
 
 constexpr std::chrono::milliseconds kTick{50};
 constexpr double kLastTasksSeconds = 0.2;
+constexpr double kLongestDisplacement = 2;  // seconds
 
 double SecondsSince(std::int64_t beginNs) {
   return static_cast<double>(SteadyNanoseconds() - beginNs) * 1e-9;
@@ -199,9 +201,28 @@ void ProductRun::Tick() {
   if (!m_stopAsked && StartTimeIsUp()) {
     AskToStop(fmt::format("--start-timeout {:g}", *m_options.startTimeout));
   }
+  WatchDisplaced();
   m_reporter.ShowProgress();
   m_reporter.FoundLoss();
   CheckStopLimit();
+}
+
+/// Says that a stop request does not come here, once that has lasted: the C library itself ignores
+/// SIGINT while it waits for a command that a plugin runs.
+void ProductRun::WatchDisplaced() {
+  const std::vector<StopRequest> displaced = m_context.stop.Displaced();
+  for (auto since = m_displacedSince.begin(); since != m_displacedSince.end();) {
+    const bool goesOn = std::count(displaced.begin(), displaced.end(), since->first) != 0;
+    since = goesOn ? std::next(since) : m_displacedSince.erase(since);
+  }
+  for (const StopRequest request : displaced) {
+    const auto since = m_displacedSince.emplace(request, SteadyNanoseconds()).first;
+    if (SecondsSince(since->second) < kLongestDisplacement) continue;
+    if (!m_displacedSaid.insert(request).second) continue;
+    m_reporter.Say(
+        {Finding::Severity::kWarning, std::string("code of a plugin handles or ignores ") +
+                                          Name(request) + ": it does not stop HUB"});
+  }
 }
 
 void ProductRun::OnStopRequest(StopRequest request) {

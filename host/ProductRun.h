@@ -3,7 +3,9 @@
 #include <cstddef>
 #include <cstdint>
 #include <functional>
+#include <map>
 #include <optional>
+#include <set>
 #include <string>
 
 #include "host/Commands.h"
@@ -47,6 +49,7 @@ class ProductRun {
   void Await(const std::function<bool()>& over);
   void Tick();
   void OnStopRequest(StopRequest request);
+  void WatchDisplaced();
   void AskToStop(const std::string& who);
   bool TimeIsUp() const;
   bool StartTimeIsUp() const;
@@ -75,6 +78,8 @@ class ProductRun {
   bool m_signalled = false;              // by a signal
   std::optional<StopLimit> m_stopLimit;  // since the stop request
   std::size_t m_notesSaid = 0;
+  std::map<StopRequest, std::int64_t> m_displacedSince;  // requests that do not come here
+  std::set<StopRequest> m_displacedSaid;
 
   FrameDriver m_driver;  // destroyed first: its thread uses the others
 };

@@ -2,6 +2,7 @@
 
 #include <chrono>
 #include <optional>
+#include <vector>
 
 /// How a person or the system asked the program to stop: SIGINT, SIGTERM, SIGHUP; on Windows
 /// Ctrl-C, Ctrl-Break, and the end of the console or of the session.
@@ -28,6 +29,10 @@ class StopSignal {
   /// Waits for a request, at most `limit`. A request that came before the call is kept; each is
   /// returned once. Any thread.
   std::optional<StopRequest> WaitFor(std::chrono::milliseconds limit);
+
+  /// The requests that do not come here any more, since other code of the process has installed a
+  /// handler of its own or ignores the signal. None on Windows, where that cannot be known.
+  std::vector<StopRequest> Displaced() const;
 };
 
 /// Keeps the system from showing an error box for a library that cannot be loaded or a crash:

@@ -65,9 +65,9 @@ void OnStopSignal(int signal) {
 /// Unlike SIG_IGN not inherited by the program that a child executes.
 void DoNothing(int) {}
 
-bool IsIgnored(int signal) {
+bool HasHandler(int signal, void (*handler)(int)) {
   struct sigaction action = {};
-  return sigaction(signal, nullptr, &action) == 0 && action.sa_handler == SIG_IGN;
+  return sigaction(signal, nullptr, &action) == 0 && action.sa_handler == handler;
 }
 
 StopRequest RequestOf(unsigned char signal) {
@@ -88,7 +88,7 @@ StopSignal::StopSignal() {
   sigset_t unblocked;
   sigemptyset(&unblocked);
   for (const int signal : {SIGINT, SIGTERM, SIGHUP}) {
-    if (signal == SIGHUP && IsIgnored(signal)) continue;
+    if (signal == SIGHUP && HasHandler(signal, SIG_IGN)) continue;
     Install(signal, &OnStopSignal);
     sigaddset(&unblocked, signal);
   }
@@ -115,6 +115,16 @@ std::optional<StopRequest> StopSignal::WaitFor(std::chrono::milliseconds limit) 
     // A descriptor that other code has closed is always ready; without this the wait would spin.
     if ((ready.revents & POLLNVAL) != 0) poll(nullptr, 0, static_cast<int>(left.count()));
   }
+}
+
+std::vector<StopRequest> StopSignal::Displaced() const {
+  std::vector<StopRequest> displaced;
+  for (const int signal : {SIGINT, SIGTERM, SIGHUP}) {
+    const bool isIgnoredByNohup = signal == SIGHUP && HasHandler(signal, SIG_IGN);
+    if (isIgnoredByNohup || HasHandler(signal, &OnStopSignal)) continue;
+    displaced.push_back(RequestOf(static_cast<unsigned char>(signal)));
+  }
+  return displaced;
 }
 
 void SuppressErrorDialogs() {}

@@ -57,6 +57,10 @@ std::optional<StopRequest> StopSignal::WaitFor(std::chrono::milliseconds limit) 
   return static_cast<StopRequest>(which - WAIT_OBJECT_0);
 }
 
+std::vector<StopRequest> StopSignal::Displaced() const {
+  return {};
+}
+
 void SuppressErrorDialogs() {
   SetErrorMode(SEM_FAILCRITICALERRORS | SEM_NOGPFAULTERRORBOX | SEM_NOOPENFILEERRORBOX);
 }

@@ -334,6 +334,15 @@ TEST(StopRequest, WhileAFileIsReadForEverIsKeptAndASecondOneLeaves) {
   EXPECT_EQ("left-behind", result.Json()["status"]);
 }
 
+TEST(StopRequest, ThatAPluginIgnoresIsSaid) {
+  MadeProduct product;
+  HubProcess hub(product.Plugin("a.server", "init_ignores_sigterm").Arguments(""));
+  EXPECT_TRUE(hub.AwaitOutput(
+      "warning: code of a plugin handles or ignores SIGTERM: it does not stop HUB\n"));
+  hub.AskToStop(StopKind::kInterrupt);
+  EXPECT_EQ(0, hub.Wait().status);
+}
+
 TEST(StopRequest, EndsTheModelThatIsReadForEver) {
   SiteCopy site;
   site.Remove("Product.xml");
