@@ -11,7 +11,7 @@ namespace fs = std::filesystem;
 namespace {
 
 constexpr char kTheLastRun[] = "the last run of this product";
-constexpr char kKilled[] = "without an end: it was killed, or the machine went down";
+constexpr char kKilled[] = "before its end: it was killed, or the machine went down";
 
 }  // namespace
 
@@ -24,12 +24,13 @@ std::optional<std::string> HowItBroke(const FlightRecord& record) {
   return how;
 }
 
-std::optional<std::string> LastRun::Recall() const {
+std::optional<std::string> LastRun::Recall(const fs::path& next) const {
   std::string name;
   if (!std::getline(std::ifstream(Memory(), std::ios::binary), name)) return std::nullopt;
   const fs::path file = fs::u8path(name);
-  const std::string place =
-      file == Unrecorded() ? " (it kept no record)" : " (its record: " + LocalFromPath(file) + ")";
+  std::string place = " (its record: " + LocalFromPath(file) + ")";
+  if (file == Unrecorded()) place = " (it kept no record)";
+  if (file == next) place = " (this run replaces its record)";
   try {
     const FlightRecord record = ReadFlightRecord(file);
     const auto how = HowItBroke(record);

@@ -17,7 +17,8 @@ class LastRun {
   explicit LastRun(const std::filesystem::path& folder) : m_folder(folder) {}
 
   /// What is to be said of the run before, in a sentence; none when it has ended. Before Begin.
-  std::optional<std::string> Recall() const;
+  /// `next`: the record that is about to be written.
+  std::optional<std::string> Recall(const std::filesystem::path& next) const;
 
   /// `record`: of the run that begins, its full path; empty when it has none.
   void Begin(const std::filesystem::path& record) const;

@@ -17,21 +17,28 @@ constexpr char kWithoutRecord[] = "; --no-record runs without one, --record FILE
 }  // namespace
 
 RunRecord::RunRecord(const Options& options, const fs::path& bin, const RunClock& clock) {
+  fs::path file;  // in the state folder; empty: there is none
   try {
-    if (!options.record.empty()) {
-      m_writer.emplace(fs::absolute(PathFromLocal(options.record)));
-    }
-  } catch (const std::runtime_error& error) {
-    throw UsageError(error.what());
-  }
-  try {
-    OpenInStateFolder(options, bin, clock);
+    file = UseStateFolder(bin, clock);
   } catch (const std::exception& error) {
     if (!options.noRecord && options.record.empty()) {
       m_findings.push_back({Finding::Severity::kError,
                             std::string("no flight record: ") + error.what() + kWithoutRecord});
     }
   }
+  if (!options.record.empty()) file = fs::absolute(PathFromLocal(options.record));
+  if (options.noRecord) file.clear();
+  // Before the file is emptied: it may be the last run's record.
+  if (m_lastRun) Recall(file);
+  try {
+    if (!file.empty()) m_writer.emplace(file);
+    if (m_folder) m_folder->Prune();
+  } catch (const std::runtime_error& error) {
+    if (!options.record.empty()) throw UsageError(error.what());
+    m_findings.push_back({Finding::Severity::kError,
+                          std::string("no flight record: ") + error.what() + kWithoutRecord});
+  }
+  if (m_lastRun) Remember();
 }
 
 void RunRecord::WriteLine(const std::string& line) {
@@ -59,21 +66,18 @@ std::size_t RunRecord::LostLines() const {
 }
 
 /// The state folder has the product's lock and its last run, even when the record lies elsewhere.
-void RunRecord::OpenInStateFolder(const Options& options, const fs::path& bin,
-                                  const RunClock& clock) {
+/// Where this run's record is to lie in it.
+fs::path RunRecord::UseStateFolder(const fs::path& bin, const RunClock& clock) {
   const fs::path state = UserStateFolder();
   if (state.empty()) throw std::runtime_error("the user has no folder for it");
   std::error_code error;
   const fs::path resolved = fs::weakly_canonical(bin, error);  // one folder, however it is named
-  const RecordFolder folder(state, error ? bin : resolved);
-  const fs::path file = folder.NewRecord(clock.UtcText(clock.nanoseconds),
-                                         static_cast<std::int64_t>(ProcessNumber()));
+  const RecordFolder& folder = m_folder.emplace(state, error ? bin : resolved);
+  fs::path file = folder.NewRecord(clock.UtcText(clock.nanoseconds),
+                                   static_cast<std::int64_t>(ProcessNumber()));
   TakeLock(folder.Path() / "lock");
-  if (!options.noRecord && options.record.empty()) {
-    m_writer.emplace(file);
-    folder.Prune();
-  }
-  if (m_lock) RememberRun(folder);
+  if (m_lock) m_lastRun.emplace(folder.Path());
+  return file;
 }
 
 void RunRecord::TakeLock(const fs::path& file) {
@@ -83,11 +87,14 @@ void RunRecord::TakeLock(const fs::path& file) {
                         "another HUB runs this product at the same time; both use its files"});
 }
 
-void RunRecord::RememberRun(const RecordFolder& folder) {
-  m_lastRun.emplace(folder.Path());
-  if (const auto sentence = m_lastRun->Recall()) {
+/// `next`: where this run's record will lie.
+void RunRecord::Recall(const fs::path& next) {
+  if (const auto sentence = m_lastRun->Recall(next)) {
     m_findings.push_back({Finding::Severity::kNote, *sentence});
   }
+}
+
+void RunRecord::Remember() {
   if (!m_writer) m_unrecorded.emplace(m_lastRun->Unrecorded());
   m_lastRun->Begin(File());
 }

@@ -44,11 +44,12 @@ class RunRecord {
   const std::vector<Finding>& Findings() const { return m_findings; }
 
  private:
-  void OpenInStateFolder(const Options& options, const std::filesystem::path& bin,
-                         const RunClock& clock);
+  std::filesystem::path UseStateFolder(const std::filesystem::path& bin, const RunClock& clock);
   void TakeLock(const std::filesystem::path& file);
-  void RememberRun(const RecordFolder& folder);
+  void Recall(const std::filesystem::path& next);
+  void Remember();
 
+  std::optional<RecordFolder> m_folder;  // none: there is no state folder
   std::optional<FileLock> m_lock;
   std::optional<RecordWriter> m_writer;
   std::optional<LastRun> m_lastRun;          // none: somebody else holds the product's lock

@@ -37,7 +37,7 @@ std::optional<std::string> Recalled(const std::vector<RunEvent>& events) {
   const fs::path record = folder.Path() / "run.jsonl";
   WriteRecord(record, events);
   run.Begin(record);
-  auto sentence = run.Recall();
+  auto sentence = run.Recall({});
   const std::string place = " (its record: " + LocalFromPath(record) + ")";
   if (sentence) sentence->erase(sentence->find(place), place.size());
   return sentence;
@@ -45,7 +45,7 @@ std::optional<std::string> Recalled(const std::vector<RunEvent>& events) {
 
 TEST(LastRun, OfAProductThatNeverRanIsNone) {
   const TemporaryFolder folder;
-  EXPECT_EQ(std::nullopt, LastRun(folder.Path()).Recall());
+  EXPECT_EQ(std::nullopt, LastRun(folder.Path()).Recall({}));
 }
 
 TEST(LastRun, ThatCrashedIsRecalledByItsSentence) {
@@ -60,7 +60,7 @@ TEST(LastRun, ThatCrashedAfterItsEndIsRecalledToo) {
 
 TEST(LastRun, WithoutAnEndWasKilled) {
   EXPECT_EQ(
-      "the last run of this product, begun 2026-11-21T18:46:59.123Z, ended without an end: it was "
+      "the last run of this product, begun 2026-11-21T18:46:59.123Z, ended before its end: it was "
       "killed, or the machine went down",
       Recalled({Event(RunEvent::Kind::kUp)}));
 }
@@ -75,7 +75,7 @@ TEST(LastRun, ThatEndedIsForgotten) {
   WriteRecord(folder.Path() / "run.jsonl", {});
   run.Begin(folder.Path() / "run.jsonl");
   run.End();
-  EXPECT_EQ(std::nullopt, run.Recall());
+  EXPECT_EQ(std::nullopt, run.Recall({}));
 }
 
 TEST(LastRun, WithoutARecordIsRecalledByItsHead) {
@@ -86,9 +86,21 @@ TEST(LastRun, WithoutARecordIsRecalledByItsHead) {
   EXPECT_EQ(
       "the last run of this product, begun 2026-11-21T18:46:59.123Z, ended so: SIGSEGV in a (it "
       "kept no record)",
-      run.Recall());
+      run.Recall({}));
   run.End();
   EXPECT_FALSE(fs::exists(run.Unrecorded()));
+}
+
+TEST(LastRun, WhoseRecordIsReplacedIsRecalledWithoutItsPlace) {
+  const TemporaryFolder folder;
+  const LastRun run(folder.Path());
+  const fs::path record = folder.Path() / "run.jsonl";
+  WriteRecord(record, {Event(RunEvent::Kind::kCrash, "SIGSEGV in a")});
+  run.Begin(record);
+  EXPECT_EQ(
+      "the last run of this product, begun 2026-11-21T18:46:59.123Z, ended so: SIGSEGV in a (this "
+      "run replaces its record)",
+      run.Recall(record));
 }
 
 TEST(LastRun, WhoseRecordIsGoneWasKilled) {
@@ -97,10 +109,10 @@ TEST(LastRun, WhoseRecordIsGoneWasKilled) {
   const fs::path record = folder.Path() / "gone.jsonl";
   run.Begin(record);
   EXPECT_EQ(
-      "the last run of this product ended without an end: it was killed, or the machine went down "
+      "the last run of this product ended before its end: it was killed, or the machine went down "
       "(its record: " +
           LocalFromPath(record) + ")",
-      run.Recall());
+      run.Recall({}));
 }
 
 }  // namespace
