@@ -44,12 +44,20 @@ std::string Quoted(const std::string& word) {
   return "\"" + Escaped(word) + "\"";
 }
 
+/// The full path without links, of what need not exist.
+fs::path Resolved(const fs::path& path) {
+  std::error_code error;
+  const fs::path full = fs::absolute(path, error);
+  const fs::path resolved = fs::weakly_canonical(full, error);
+  return error ? full : resolved;
+}
+
 /// Whether a file written there would damage the product that lies around `bin`.
 bool IsOneOfTheProduct(const std::string& file, const fs::path& bin) {
   if (file.empty()) return false;
   std::error_code error;
-  const fs::path target = fs::weakly_canonical(PathFromLocal(file), error);
-  const fs::path product = fs::weakly_canonical(bin, error).parent_path();
+  const fs::path target = Resolved(PathFromLocal(file));
+  const fs::path product = Resolved(bin).parent_path();
   const auto both = std::mismatch(product.begin(), product.end(), target.begin(), target.end());
   if (both.first != product.end()) return false;  // it lies elsewhere
   static const std::set<std::string> own = {".xml", ".data", ".dll", ".exe", ".so"};
@@ -97,8 +105,7 @@ std::string WhatIsWrong(const Options& options) {
   }
   if (options.record.empty()) return std::string();
   const fs::path record = PathFromLocal(options.record);
-  if (!options.log.empty() && fs::weakly_canonical(record, error) ==
-                                  fs::weakly_canonical(PathFromLocal(options.log), error)) {
+  if (!options.log.empty() && Resolved(record) == Resolved(PathFromLocal(options.log))) {
     return "--log and --record: " + options.record + " cannot be both";
   }
   const std::string why = WhyNotReplaced(record);

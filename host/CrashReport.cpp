@@ -136,9 +136,16 @@ void AddSeconds(CrashText& text, std::int64_t nanoseconds) {
   text.AddNumber(tenths / 10).Add(".").AddNumber(tenths % 10).Add(" s");
 }
 
+/// The library whose code crashed, or called what did.
+const MappedLibrary* CrashedLibrary(const Crash& crash) {
+  const MappedLibrary* library = LibraryAt(crash.address);
+  if (library != nullptr || t_code.phase != nullptr) return library;
+  return LibraryAt(FindInCrashStack([](const void* code) { return LibraryAt(code) != nullptr; }));
+}
+
 /// Whose code it was, as the end of the sentence, and the plugin's name.
 void AddWhose(CrashText& text, FixedText& plugin, const Crash& crash) {
-  const MappedLibrary* library = LibraryAt(crash.address);
+  const MappedLibrary* library = CrashedLibrary(crash);
   const bool isThreads = t_code.phase != nullptr && library != nullptr &&
                          library->plugin.View() == t_code.plugin.View();
   if (library != nullptr && library->unmapped && !isThreads) {
@@ -162,24 +169,31 @@ void AddWhose(CrashText& text, FixedText& plugin, const Crash& crash) {
   text.Add(" on a thread that runs no plugin's Init or UnInit");
 }
 
-/// A text inside a JSON string. Texts from outside may be cut inside a character.
-void AddJson(CrashText& line, std::string_view text) {
-  for (const char c : text) {
-    const auto byte = static_cast<unsigned char>(c);
-    if (c == '"' || c == '\\') line.Add("\\");
-    if (byte < 0x20 || byte >= 0x7f) {
-      line.Add("?");
-    } else {
-      line.Add({&c, 1});
-    }
+/// How many bytes at the begin of `text` are one character in UTF-8; 0 for none.
+std::size_t CharacterBytes(std::string_view text) {
+  const auto first = static_cast<unsigned char>(text.front());
+  if (first < 0x80) return 1;
+  if (first < 0xC2 || first > 0xF4) return 0;
+  const std::size_t count = first < 0xE0 ? 2 : first < 0xF0 ? 3 : 4;
+  if (count > text.size()) return 0;
+  for (std::size_t i = 1; i < count; ++i) {
+    if ((static_cast<unsigned char>(text[i]) & 0xC0U) != 0x80U) return 0;
   }
+  return count;
 }
 
-/// A text in UTF-8 inside a JSON string.
-void AddJsonUtf8(CrashText& line, std::string_view text) {
-  for (const char c : text) {
-    if (c == '"' || c == '\\') line.Add("\\");
-    line.Add({&c, 1});
+/// A text inside a JSON string. It may be cut inside a character.
+void AddJson(CrashText& line, std::string_view text) {
+  while (!text.empty()) {
+    const std::size_t bytes = CharacterBytes(text);
+    const std::string_view character = text.substr(0, std::max<std::size_t>(bytes, 1));
+    if (bytes == 0 || static_cast<unsigned char>(character.front()) < 0x20) {
+      line.Add("\xEF\xBF\xBD");  // U+FFFD
+    } else {
+      if (character == "\"" || character == "\\") line.Add("\\");
+      line.Add(character);
+    }
+    text.remove_prefix(character.size());
   }
 }
 
@@ -217,7 +231,7 @@ void WriteEvent(SystemFile file) {
   if (*g_crash.phase != '\0') line.Add(R"(,"phase":")").Add(g_crash.phase).Add("\"");
   if (!g_crash.plugin.View().empty()) {
     line.Add(R"(,"plugin":")");
-    AddJsonUtf8(line, g_crash.plugin.View());
+    AddJson(line, g_crash.plugin.View());
     line.Add("\"");
   }
   line.Add(R"(,"text":")");
@@ -252,7 +266,7 @@ void WriteObject(SystemFile file) {
     end.Add("null}\n");
   } else {
     end.Add("\"");
-    AddJsonUtf8(end, g_recordPath.View());
+    AddJson(end, g_recordPath.View());
     end.Add("\"}\n");
   }
   if (WriteCrashText(file, begin.View())) WriteCrashText(file, end.View());
@@ -270,7 +284,7 @@ bool WaitFor(LastOutput state) {
 /// Lets the run's thread write the end of the run to standard output, and does what is left of it.
 void CompleteOutput(const Crash& crash) {
   g_reported = true;
-  const bool runCanWrite = !crash.alone && g_runThread != ThreadNumber();
+  const bool runCanWrite = g_runThread != 0 && !crash.alone && g_runThread != ThreadNumber();
   if (runCanWrite && WaitFor(LastOutput::kWritten)) return;
   LastOutput nobody = LastOutput::kNobody;
   if (!g_lastOutput.compare_exchange_strong(nobody, LastOutput::kCrashReport)) return;

@@ -1,6 +1,7 @@
 #include "host/LoadReasons.h"
 
 #include <algorithm>
+#include <exception>
 #include <vector>
 
 #include "host/PluginHeads.h"
@@ -9,9 +10,14 @@
 #include "workbench/product/Libraries.h"
 
 std::string BetterLoadReason(const std::string& library, const std::string& message) {
-  const LoadingProgram program{PathFromLocal(ProcessPath()), {}};
-  const std::string reason = WhyNotLoaded(PathFromLocal(library), message, program, SystemNames());
-  return reason == message ? std::string() : reason;
+  try {
+    const LoadingProgram program{PathFromLocal(ProcessPath()), {}};
+    const std::string reason =
+        WhyNotLoaded(PathFromLocal(library), message, program, SystemNames());
+    return reason == message ? std::string() : reason;
+  } catch (const std::exception&) {  // names in a damaged library that no path can have
+    return std::string();
+  }
 }
 
 std::string MangledExport(const std::string& library, const std::string& function) {

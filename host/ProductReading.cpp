@@ -60,6 +60,14 @@ std::vector<Finding> ProductFindings(const ProductModel& model,
     });
     if (isGood) findings.push_back(Error(names.fromPath(path) + kUnknownType));
   }
+  const bool isEmpty = model.ServerPluginDescriptions.empty() && model.SubPlatforms.empty() &&
+                       model.ExePluginDescriptions.empty() &&
+                       model.DriverPluginDescriptions.empty();
+  if (isEmpty && findings.empty()) {
+    const auto product = (bin / "../Product.xml").lexically_normal().make_preferred();
+    findings.push_back({Finding::Severity::kWarning,
+                        names.fromPath(product) + " lists no plugin: nothing is started"});
+  }
   return findings;
 }
 

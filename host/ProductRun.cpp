@@ -65,12 +65,11 @@ ProductRun::ProductRun(const Options& options, HostContext& context)
         if (const RecordPermit permit; permit) m_record.WriteLine(line);
         if (m_options.events) m_context.output.Write(line + "\n");
       }),
-      m_reporter(options, context, m_record, m_monitor),
-      m_frame(FrameLibrary::PathBesideProgram()) {}
+      m_reporter(options, context, m_record, m_monitor) {}
 
 ExitStatus ProductRun::Run() {
   Begin();
-  if (Initialise()) {
+  if (LoadFrame() && Initialise()) {
     if (!m_stopAsked && Start()) Stay();
     Stop();
   }
@@ -91,12 +90,23 @@ void ProductRun::Begin() {
   for (const Finding& finding : m_record.Findings()) m_reporter.Say(finding);
 }
 
+bool ProductRun::LoadFrame() {
+  try {
+    m_frame.emplace(FrameLibrary::PathBesideProgram());
+    return true;
+  } catch (const std::runtime_error& error) {
+    m_facts.failure = error.what();
+    m_reporter.SayError({m_facts.failure});
+    return false;
+  }
+}
+
 /// Frame_Init, and what is found in the product. False when there is nothing to start or to stop.
 bool ProductRun::Initialise() {
   std::int32_t result = -1;
   Call("Frame_Init", [this, &result] {
     AddPhase(RunEvent::Kind::kPhaseBegin, RunPhase::kFrameInit);
-    result = InitialiseFrame(m_frame);
+    result = InitialiseFrame(*m_frame);
     AddPhase(RunEvent::Kind::kPhaseEnd, RunPhase::kFrameInit);
   });
   m_facts.initResult = result;
@@ -115,7 +125,7 @@ bool ProductRun::Initialise() {
 bool ProductRun::Start() {
   std::int32_t result = -1;
   m_startNs = SteadyNanoseconds();
-  Call("Frame_Start", [this, &result] { result = m_frame.Start(); });
+  Call("Frame_Start", [this, &result] { result = m_frame->Start(); });
   m_facts.startResult = result;
   if (result != 0) m_facts.failure = "the platform did not start: " + PlatformError();
   return result == 0;
@@ -141,13 +151,13 @@ void ProductRun::Stay() {
 /// Frame_Stop, and Frame_UnInit.
 void ProductRun::Stop() {
   m_stopLimit.emplace(m_options.stopTimeout, SteadyNanoseconds());
-  if (m_facts.startResult) Call("Frame_Stop", [this] { m_frame.Stop(); });
+  if (m_facts.startResult) Call("Frame_Stop", [this] { m_frame->Stop(); });
   SayNotes();
   // A plugin is counted shortly before its task ends. One that is still in its Init is not waited
   // for: the stop has passed it by, and may have unmapped what it depends on.
   const std::int64_t stopped = SteadyNanoseconds();
   Await([stopped] { return UnfinishedTasks() == 0 || SecondsSince(stopped) > kLastTasksSeconds; });
-  Call("Frame_UnInit", [this] { m_frame.UnInit(); });
+  Call("Frame_UnInit", [this] { m_frame->UnInit(); });
   m_stopLimit.reset();
 }
 
@@ -160,9 +170,11 @@ Verdict ProductRun::End() {
   m_reporter.ShowEnd(m_head, m_clock, m_facts, verdict);
   // When the end itself could not be written, the status and the record still say so.
   if (m_reporter.FoundLoss()) verdict = Judge(m_facts, m_monitor.State());
+  if (auto crash = ReportedCrash()) m_monitor.Add(std::move(*crash));
   if (!m_monitor.State().Crash()) AddEnd(verdict);
   m_context.output.Flush();
   LastOutputIsWritten();
+  if (m_reporter.FoundLoss()) verdict = Judge(m_facts, m_monitor.State());
   return verdict;
 }
 
@@ -228,8 +240,10 @@ void ProductRun::WatchDisplaced() {
 void ProductRun::OnStopRequest(StopRequest request) {
   const std::string name = Name(request);
   if (std::exchange(m_signalled, true)) {
-    Leave(name + ", a second request: leaving without what has not returned");
+    Leave(name + ", a second request");
   }
+  if (m_stopAsked)
+    m_reporter.SayLine("It is stopping already; " + name + " again ends it at once.");
   AskToStop(name);
 }
 
@@ -260,14 +274,14 @@ void ProductRun::CheckStopLimit() {
   if (m_stopLimit->Expired(SteadyNanoseconds(), CountStopped(state), stuck)) {
     const std::string rest = stuck ? "what is left can never stop, and {:g} s have passed"
                                    : "no plugin has ended for {:g} s";
-    Leave(fmt::format(fmt::runtime(rest), m_stopLimit->Seconds()) +
-          ": leaving without what has not returned");
+    Leave(fmt::format(fmt::runtime(rest), m_stopLimit->Seconds()));
   }
 }
 
 /// Ends the process in the middle of the run, with everything said that is known.
 void ProductRun::Leave(const std::string& why) {
-  m_reporter.SayError({why});
+  m_facts.unfinishedTasks = UnfinishedTasks();
+  m_reporter.SayError({why + ": " + Judge(m_facts, m_monitor.State()).sentence});
   EndProcess(End().exitStatus);
 }
 

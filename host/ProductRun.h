@@ -25,8 +25,7 @@
 /// not returned or a call of the frame, ends the process instead.
 class ProductRun {
  public:
-  /// Throws std::runtime_error with a sentence when the frame's library cannot be loaded,
-  /// UsageError when the record that was asked for cannot be written.
+  /// Throws UsageError when the record that was asked for cannot be written.
   ProductRun(const Options& options, HostContext& context);
   ProductRun(const ProductRun&) = delete;
   ProductRun& operator=(const ProductRun&) = delete;
@@ -36,6 +35,7 @@ class ProductRun {
  private:
   // The run, in this order.
   void Begin();
+  bool LoadFrame();
   bool Initialise();
   bool Start();
   void Stay();
@@ -69,7 +69,7 @@ class ProductRun {
   RunRecord m_record;
   RunMonitor m_monitor;
   RunReporter m_reporter;
-  const FrameLibrary m_frame;
+  std::optional<FrameLibrary> m_frame;
   RunHead m_head;
   RunFacts m_facts;
 

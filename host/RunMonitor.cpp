@@ -177,7 +177,9 @@ void RunMonitor::Take(const std::vector<RunEvent>& events) {
   std::string lines;
   for (const RunEvent& event : events) {
     m_state.Apply(event);
-    if (m_sink) lines.append(lines.empty() ? "" : "\n").append(RecordLine(event));
+    if (!m_sink || m_sinkClosed) continue;
+    lines.append(lines.empty() ? "" : "\n").append(RecordLine(event));
+    m_sinkClosed = event.kind == RunEvent::Kind::kEnd || event.kind == RunEvent::Kind::kCrash;
   }
   if (!lines.empty()) m_sink(lines);
 }

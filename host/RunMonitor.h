@@ -63,6 +63,7 @@ class RunMonitor {
   RunEventSource m_source;
   RunState m_state;
   std::vector<FrameEvent> m_notes;
+  bool m_sinkClosed = false;  // by the end or the crash, which are the last line
 
   // Guarded by m_postedMutex: tasks that were posted and not taken yet.
   std::vector<std::pair<RunEventSource::Where, std::uint64_t>> m_posted;

@@ -117,6 +117,8 @@ bool RunReporter::FoundLoss() {
 bool RunReporter::ReportLoss(bool& said, bool isLost, const std::string& what) {
   if (!isLost || std::exchange(said, true)) return false;
   const std::string text = what + " cannot be written: a part of it is lost";
+  if (InTable()) m_screen.Finish(m_monitor.State());
+  IKPXFormatLog(kFailure, kModule, "%s", text.c_str());
   m_output.WriteError(text);
   m_monitor.Add(EventOf({Finding::Severity::kError, text}));
   return true;

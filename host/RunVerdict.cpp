@@ -126,14 +126,15 @@ std::string WaitingForEver(const RunState& state) {
 }
 
 std::string LeftBehindText(const RunFacts& facts, const RunState& state) {
-  const auto inInit = [](const PluginRun& p) {
-    return p.state == State::kInInit || p.state == State::kLoading;
-  };
+  const auto inInit = [](const PluginRun& p) { return p.state == State::kInInit; };
+  const auto loading = [](const PluginRun& p) { return p.state == State::kLoading; };
   const auto inUnInit = [](const PluginRun& p) { return p.state == State::kInUnInit; };
-  std::string text = Clause(Names(state, inInit), "has not returned from its Init",
-                            "have not returned from their Init") +
-                     Clause(Names(state, inUnInit), "has not returned from its UnInit",
-                            "have not returned from their UnInit");
+  std::string text =
+      Clause(Names(state, loading), "is still being loaded", "are still being loaded") +
+      Clause(Names(state, inInit), "has not returned from its Init",
+             "have not returned from their Init") +
+      Clause(Names(state, inUnInit), "has not returned from its UnInit",
+             "have not returned from their UnInit");
   if (text.empty() && facts.unfinishedTasks == 0) text = WaitingForEver(state);
   if (text.empty() && !facts.pendingCall.empty()) {
     text = "; " + facts.pendingCall + " has not returned";
@@ -210,12 +211,13 @@ Verdict Judge(const RunFacts& facts, const RunState& state) {
   }
   const bool initFailed = facts.initResult && *facts.initResult != 0;
   const bool startFailed = facts.startResult && *facts.startResult != 0;
-  if (initFailed || startFailed || facts.callbackResult == false) {
+  if (initFailed || startFailed || facts.callbackResult == false || !facts.failure.empty()) {
     return {"failed", kFrameFailed, "failed: " + facts.failure};
   }
   const std::string by = facts.stoppedBy.empty() ? "" : " (stopped by " + facts.stoppedBy + ")";
   if (!facts.pendingCall.empty() || facts.unfinishedTasks != 0) {
-    return {"left-behind", kCutShort, "left behind: " + LeftBehindText(facts, state) + by};
+    return {"left-behind", kCutShort,
+            "left behind: " + LeftBehindText(facts, state) + Trouble(state) + by};
   }
   if (!state.Up()) {
     return {"cut-short", kCutShort,

@@ -43,6 +43,10 @@ void ReportUnexpectedExit();
 /// From now on an exit is the program's own. Any thread.
 void ExpectExit();
 
+/// The innermost code of the calling thread's stack that `isWanted`; null for none. Only for a
+/// CrashReportFn.
+const void* FindInCrashStack(bool (*isWanted)(const void* code)) noexcept;
+
 /// Writes the stack of the calling thread, one line a frame: "#0 function at file:line in library".
 /// What is not known of a frame is left out. Only for a CrashReportFn; takes a few seconds at most,
 /// and a crash in it only cuts it short.

@@ -119,7 +119,13 @@ TEST_F(ProductReading, FindsADescriptionWithAnUnknownType) {
   EXPECT_EQ(Texts{Path("bin/META_INFO/b/b.xml") +
                   ": its Type is neither 1 (executable) nor 2 (library): the plugin is dropped"},
             Found({}, {note}));
-  EXPECT_EQ(Texts{}, Found({}, {}));
+}
+
+TEST_F(ProductReading, FindsAProductThatListsNoPlugin) {
+  EXPECT_EQ(Texts{Path("Product.xml") + " lists no plugin: nothing is started"}, Found({}, {}));
+  ProductModel model;
+  model.DriverPluginDescriptions.emplace_back();
+  EXPECT_EQ(Texts{}, Found(model, {}));
 }
 
 TEST_F(ProductReading, FindsADescriptionThatReadsAsEmptyOnce) {

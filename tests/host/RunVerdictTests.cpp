@@ -155,7 +155,8 @@ TEST(Verdict, OfASubPlatformWithoutAnIDSaysThatItIsNeverCounted) {
   RunBuilder run;
   run.Plugin("a").Plugin("", "platform").Started("a").NotLoaded("", "x").Stopped("a");
   EXPECT_EQ(
-      "4 left-behind | left behind: the stop of a sub platform without an ID is never counted",
+      "4 left-behind | left behind: the stop of a sub platform without an ID is never counted; "
+      "(no ID) was not loaded",
       Judged(InFrameStop(), run));
 }
 

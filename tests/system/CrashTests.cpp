@@ -58,6 +58,13 @@ TEST(Crash, OnAThreadOfThePluginsOwnNamesThePlugin) {
   ExpectEndedByMemoryFault(result);
 }
 
+TEST(Crash, ByAnExceptionOnAThreadOfThePluginsOwnNamesThePlugin) {
+  const HubResult result = RunToTheCrash("thread_throws", "");
+  EXPECT_THAT(result.errors,
+              HasSubstr("nobody catches this in bad.server, on a thread of its own"));
+  ExpectEndedByAbort(result);
+}
+
 TEST(Crash, InCodeThatWasUnmappedIsToldAsSuch) {
   MadeProduct product;
   Among(product, "thread_outlives_the_library");
@@ -139,6 +146,18 @@ TEST(Crash, IsRecalledWhereverItsRecordLies) {
   const TemporaryFolder folder;
   const std::string record = LocalFromPath(folder.Path() / "run.jsonl");
   EXPECT_THAT(NextRunOutput("--record \"" + record + "\""), ContainsRegex(kRecalled));
+}
+
+TEST(Crash, IsRecalledThoughTheNextRunReplacesItsRecord) {
+  MadeProduct product;
+  const TemporaryFolder state;
+  HubSettings settings;
+  settings.state = state.Path();
+  const std::string record = "--record \"" + LocalFromPath(state.Path() / "run.jsonl") + "\"";
+  product.Plugin("bad.server", "init_crashes").Run(record, settings);
+  const HubResult next = product.Plugin("bad.server").Run("--seconds 0.5 " + record, settings);
+  EXPECT_THAT(next.output,
+              ContainsRegex(std::string(kRecalled) + " \\(this run replaces its record\\)"));
 }
 
 TEST(Crash, IsRecalledThoughItKeptNoRecord) {

@@ -43,7 +43,7 @@ TEST(CycleOfDependencies, IsWaitedForAndTheStopLeavesAfterItsLimit) {
       Cycle(product).Run("--json --seconds 1 --stop-timeout 1 --record \"" + record + "\"");
   EXPECT_EQ(4, result.status);
   EXPECT_THAT(result.errors,
-              HasSubstr("what is left can never stop, and 1 s have passed: leaving"));
+              HasSubstr("what is left can never stop, and 1 s have passed: left behind: "));
   const json run = result.Json();
   EXPECT_EQ("left-behind", run["status"]);
   EXPECT_EQ(
@@ -71,7 +71,7 @@ TEST(CycleOfDependencies, LeavesTheStopAfterFiveSecondsByItself) {
   EXPECT_LT(std::chrono::steady_clock::now() - begin, std::chrono::seconds(40));
   EXPECT_EQ(4, result.status);
   EXPECT_THAT(result.errors,
-              HasSubstr("what is left can never stop, and 5 s have passed: leaving"));
+              HasSubstr("what is left can never stop, and 5 s have passed: left behind: "));
 }
 
 TEST(PluginThatDependsOnItself, IsNamedBeforeTheStart) {
@@ -178,7 +178,7 @@ TEST(StopRequest, ASecondOneLeavesAtOnceWithTheTableAndTheObject) {
   table.AskToStop(StopKind::kTerminate);
   const HubResult shown = table.Wait();
   EXPECT_EQ(4, shown.status);
-  EXPECT_THAT(shown.errors, HasSubstr("a second request: leaving without"));
+  EXPECT_THAT(shown.errors, HasSubstr("a second request: left behind: "));
   EXPECT_THAT(shown.output,
               HasSubstr("\nleft behind: hangs.server has not returned from its UnInit"));
 }
@@ -191,8 +191,8 @@ TEST(StopRequest, AfterTheTimeIsUpIsAFirstOne) {
   hub.AskToStop(StopKind::kInterrupt);
   const HubResult result = hub.Wait();
   EXPECT_EQ(4, result.status);
-  EXPECT_THAT(result.errors,
-              AllOf(Not(HasSubstr("second")), HasSubstr("no plugin has ended for 3 s: leaving")));
+  EXPECT_THAT(result.errors, AllOf(Not(HasSubstr("a second request")),
+                                   HasSubstr("no plugin has ended for 3 s: left behind: ")));
 }
 
 }  // namespace

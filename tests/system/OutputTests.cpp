@@ -82,7 +82,7 @@ TEST(RunJson, IsAWholeObjectAfterASecondStopRequest) {
   hub.AskToStop(StopKind::kTerminate);
   const HubResult result = hub.Wait();
   EXPECT_EQ(4, result.status);
-  EXPECT_THAT(result.errors, HasSubstr("a second request: leaving without what has not returned"));
+  EXPECT_THAT(result.errors, HasSubstr("a second request: left behind: "));
   const json run = result.Json();
   EXPECT_EQ(kMembers, Keys(run));
   EXPECT_EQ("left-behind", run["status"]);

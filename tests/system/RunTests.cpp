@@ -140,6 +140,7 @@ TEST(Run, AProductWithoutPluginsComesUpAndGoesDown) {
   MadeProduct product;
   const HubResult result = product.Run("--json --seconds 1");
   EXPECT_EQ(0, result.status) << result.errors;
+  EXPECT_THAT(result.errors, HasSubstr("Product.xml lists no plugin: nothing is started\n"));
   const json run = result.Json();
   EXPECT_EQ("up: there are no plugins to start", run["sentence"]);
   EXPECT_EQ(json::object(), run["LoadState"]);

@@ -24,6 +24,7 @@ constexpr std::uint64_t kMostSegments = 1000;
 constexpr std::uint64_t kMostEntries = 10000;
 constexpr std::uint64_t kMostSections = 70000;
 constexpr std::uint64_t kMostSymbols = 1000000;
+constexpr std::size_t kMostNameBytes = 1U << 26U;
 
 std::string MachineName(std::uint64_t machine) {
   static const std::map<std::uint64_t, std::string> names = {
@@ -105,10 +106,13 @@ void ReadExports(FileBytes& file, const Layout& layout, LibraryHeader& header) {
     const std::uint64_t count = symbols.size / layout.symbolSize;
     if (symbols.link >= sections.size() || count > kMostSymbols) throw FileBytes::Broken();
     const std::uint64_t names = sections[symbols.link].offset;
+    std::size_t nameBytes = 0;
     for (std::uint64_t i = 1; i < count; ++i) {  // the first one is empty
       const std::uint64_t at = symbols.offset + i * layout.symbolSize;
       if (file.Number(at + layout.symbolSection, 2) == kUndefined) continue;
       header.exported.push_back(file.Text(names + file.Number(at, 4)));
+      nameBytes += header.exported.back().size();
+      if (nameBytes > kMostNameBytes) throw FileBytes::Broken();
     }
   }
 }

@@ -103,6 +103,11 @@ bool IsNear(std::uintptr_t address, std::uintptr_t other) {
   return address - other + distance < 2 * distance;
 }
 
+/// Whether the sender's number is known.
+bool IsSent(const siginfo_t& info) {
+  return info.si_code == SI_USER || info.si_code == SI_QUEUE || info.si_code == SI_TKILL;
+}
+
 void Describe(CrashText& text, int signal, const siginfo_t& info, std::uintptr_t stackPointer) {
   for (const FatalSignal& fatal : kFatalSignals) {
     if (fatal.number == signal) text.Add(fatal.name);
@@ -112,7 +117,7 @@ void Describe(CrashText& text, int signal, const siginfo_t& info, std::uintptr_t
     const auto address = reinterpret_cast<std::uintptr_t>(info.si_addr);
     text.Add(" at address ").AddHex(address);
     if (IsNear(address, stackPointer)) text.Add(": the stack overflowed");
-  } else if (info.si_code <= 0 && info.si_pid != getpid()) {
+  } else if (IsSent(info) && info.si_pid != getpid()) {
     text.Add(" sent by process ").AddNumber(info.si_pid);
   } else if (signal == SIGABRT) {
     text.Add(": abort() was called");

@@ -203,6 +203,17 @@ void BeginStackAt(const void* caller) noexcept {
   g_caller = caller;
 }
 
+const void* FindInCrashStack(bool (*isWanted)(const void* code)) noexcept {
+  Progress progress = {};
+  RunGuarded(2, &TakeStack, &progress);
+  for (std::size_t i = 0; i < progress.stack.count; ++i) {
+    // NOLINTNEXTLINE(performance-no-int-to-ptr): the unwinder gives addresses as numbers
+    const auto* code = reinterpret_cast<const void*>(progress.stack.code[i]);
+    if (isWanted(code)) return code;
+  }
+  return nullptr;
+}
+
 void WriteCrashStack(SystemFile file) noexcept {
   Progress progress = {};
   progress.file = file;

@@ -22,6 +22,7 @@ struct Pipe {
 // Set before the handlers are installed, constant afterwards.
 std::atomic<pid_t> g_process{0};
 std::atomic<int> g_writeEnd{-1};
+std::atomic<bool> g_hangUpIsIgnored{false};  // by nohup
 
 [[noreturn]] void Fail(const char* what) {
   throw std::system_error(errno, std::generic_category(), what);
@@ -88,7 +89,10 @@ StopSignal::StopSignal() {
   sigset_t unblocked;
   sigemptyset(&unblocked);
   for (const int signal : {SIGINT, SIGTERM, SIGHUP}) {
-    if (signal == SIGHUP && HasHandler(signal, SIG_IGN)) continue;
+    if (signal == SIGHUP && HasHandler(signal, SIG_IGN)) {
+      g_hangUpIsIgnored = true;
+      continue;
+    }
     Install(signal, &OnStopSignal);
     sigaddset(&unblocked, signal);
   }
@@ -120,8 +124,8 @@ std::optional<StopRequest> StopSignal::WaitFor(std::chrono::milliseconds limit) 
 std::vector<StopRequest> StopSignal::Displaced() const {
   std::vector<StopRequest> displaced;
   for (const int signal : {SIGINT, SIGTERM, SIGHUP}) {
-    const bool isIgnoredByNohup = signal == SIGHUP && HasHandler(signal, SIG_IGN);
-    if (isIgnoredByNohup || HasHandler(signal, &OnStopSignal)) continue;
+    if (signal == SIGHUP && g_hangUpIsIgnored) continue;
+    if (HasHandler(signal, &OnStopSignal)) continue;
     displaced.push_back(RequestOf(static_cast<unsigned char>(signal)));
   }
   return displaced;

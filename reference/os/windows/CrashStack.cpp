@@ -119,6 +119,16 @@ void WriteFramesWithNames(void* argument) {
 
 }  // namespace
 
+const void* FindInCrashStack(bool (*isWanted)(const void* code)) noexcept {
+  Stack stack = {};
+  RunGuarded(&TakeStack, &stack);
+  for (std::size_t i = 0; i < stack.count; ++i) {
+    const auto* code = reinterpret_cast<const void*>(stack.code[i]);
+    if (isWanted(code)) return code;
+  }
+  return nullptr;
+}
+
 void WriteCrashStack(SystemFile file) noexcept {
   Stack stack = {};
   stack.file = file;
