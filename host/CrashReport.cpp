@@ -12,6 +12,7 @@
 #include <thread>
 
 #include "host/Commands.h"
+#include "host/FixedText.h"
 #include "host/RunClock.h"
 #include "reference/os/CrashText.h"
 #include "reference/os/LocalText.h"
@@ -27,17 +28,6 @@ constexpr std::int64_t kLongestAnswerNs = 3'000'000'000;
 constexpr char kLoading[] = "loading";
 constexpr char kInInit[] = "in Init";
 
-/// A text that a crash handler can read: no heap.
-class FixedText {
- public:
-  void Set(std::string_view text) { m_size = text.copy(m_text.data(), m_text.size()); }
-  std::string_view View() const { return {m_text.data(), m_size}; }
-
- private:
-  std::size_t m_size = 0;
-  std::array<char, 1024> m_text{};
-};
-
 /// The plugin's code that a thread runs. Written and read by that thread alone.
 struct PluginCode {
   FixedText plugin;
@@ -46,7 +36,7 @@ struct PluginCode {
 };
 
 thread_local PluginCode t_code;
-thread_local std::string t_path;  // of the library that was loaded last; not for the crash handler
+thread_local FixedText t_path;  // of the library that was loaded last
 
 /// Where a plugin's library is, or was, mapped. Never removed: that code of an unmapped one runs is
 /// worth telling.
@@ -383,7 +373,7 @@ void FollowPluginCode(const FrameEvent& event) {
       EnterUnmapped(false);
       return BeginCode(std::string(t_code.plugin.View()), "being unmapped");
     case Kind::kLoadBegin:
-      t_path = event.path;
+      t_path.Set(event.path);
       return;
     case Kind::kLoadSucceeded:
       return EnterMapped(event.path);
@@ -404,5 +394,5 @@ void FollowPluginCode(const FrameEvent& event) {
 }
 
 std::string LoadedLibrary() {
-  return t_path;
+  return std::string(t_path.View());
 }

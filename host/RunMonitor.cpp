@@ -3,6 +3,7 @@
 #include <utility>
 
 #include "host/CrashReport.h"
+#include "host/FixedText.h"
 #include "host/LoadReasons.h"
 #include "host/RunClock.h"
 #include "reference/base/Log.h"
@@ -38,16 +39,16 @@ RunEventSource::Where Now() {
 }
 
 /// The loader's last message on this thread.
-thread_local std::string t_loaderMessage;
+thread_local FixedText t_loaderMessage;
 
 /// Adds a reason that is found in files; before the monitor's lock, for which all others wait.
 void AddReason(FrameEvent& event) {
   switch (event.kind) {
     case FrameEvent::Kind::kLoadBegin:
-      t_loaderMessage.clear();
+      t_loaderMessage.Set({});
       return;
     case FrameEvent::Kind::kLoadFailed:
-      event.reason = BetterLoadReason(event.path, t_loaderMessage);
+      event.reason = BetterLoadReason(event.path, std::string(t_loaderMessage.View()));
       return;
     case FrameEvent::Kind::kInitMissing:
       event.reason = MangledExport(LoadedLibrary(), "Init");
@@ -120,7 +121,7 @@ void RunMonitor::OnLogLine(int level, const std::string& module, const std::stri
     FollowPluginCode(*event);
     NameThreadAfter(*event);
   }
-  if (module == kLoaderModule) t_loaderMessage = text;
+  if (module == kLoaderModule) t_loaderMessage.Set(text);
   if (event) AddReason(*event);
   const std::lock_guard<std::mutex> lock(m_mutex);
   if (event) {

@@ -12,6 +12,7 @@
 
 #include "reference/os/LocalText.h"
 #include "tests/system/MadeProduct.h"
+#include "workbench/output/Text.h"
 
 using nlohmann::json;
 using testing::HasSubstr;
@@ -130,7 +131,7 @@ TEST(Run, InAFolderWithBlanksAndLettersBeyondAsciiIsTheSame) {
   EXPECT_EQ(18U, result.Json()["LoadState"].size());
   site.Remove("Product.xml");
   const HubResult failed = RunHub("model --bin " + site.Bin());
-  EXPECT_EQ("HUB: " + LocalFromPath(site.Path("Product.xml").make_preferred()) +
+  EXPECT_EQ("HUB: " + Escaped(LocalFromPath(site.Path("Product.xml").make_preferred())) +
                 " does not exist, and there is no Product.data beside it that could stand in; the "
                 "product cannot be read\n",
             failed.errors);
