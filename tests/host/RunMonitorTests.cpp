@@ -155,4 +155,19 @@ TEST(MonitorWithoutARecord, KeepsTheStateAllTheSame) {
   EXPECT_EQ(PluginRun::State::kInInit, monitor.State().Find("a")->state);
 }
 
+TEST_F(Monitor, WritesNothingBehindTheEndOrTheCrash) {
+  for (const RunEvent::Kind last : {RunEvent::Kind::kEnd, RunEvent::Kind::kCrash}) {
+    std::string lines;
+    RunMonitor monitor([&lines](const std::string& line) { lines += line + "\n"; });
+    RunEvent event;
+    event.kind = last;
+    monitor.Add(event);
+    const std::string before = lines;
+    event.kind = RunEvent::Kind::kFinding;
+    monitor.Add(event);
+    EXPECT_EQ(before, lines);
+    EXPECT_EQ(1U, monitor.State().Findings().size());
+  }
+}
+
 }  // namespace

@@ -1,5 +1,7 @@
 #include "tests/system/MadeProduct.h"
 
+#include <gtest/gtest.h>
+
 #include <sstream>
 
 namespace fs = std::filesystem;
@@ -55,4 +57,19 @@ std::string DependsOn(const std::string& ids) {
 
 fs::path Fixture(const std::string& name) {
   return fs::path(TEV_FIXTURES) / (name + ".dll");
+}
+
+RunningProduct::RunningProduct() {
+  m_settings.state = m_state.Path();
+  m_hub = std::make_unique<HubProcess>(m_product.Plugin("a.server").Arguments(""), m_settings);
+  EXPECT_TRUE(m_hub->AwaitOutput("Up after"));
+}
+
+HubResult RunningProduct::RunAgain(const std::string& bin) const {
+  return RunHub("run --seconds 0.5 --bin " + bin, m_settings);
+}
+
+HubResult RunningProduct::Stop() {
+  m_hub->AskToStop(StopKind::kTerminate);
+  return m_hub->Wait();
 }

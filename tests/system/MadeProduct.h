@@ -1,6 +1,7 @@
 #pragma once
 
 #include <filesystem>
+#include <memory>
 #include <string>
 
 #include "tests/system/HubProcess.h"
@@ -41,3 +42,23 @@ std::string DependsOn(const std::string& ids);
 
 /// The file of a fixture.
 std::filesystem::path Fixture(const std::string& name);
+
+/// A product that a HUB runs, from the constructor on until Stop.
+class RunningProduct {
+ public:
+  RunningProduct();
+
+  /// What another HUB says of the same product that it finds as `bin`, and how it ends.
+  HubResult RunAgain(const std::string& bin) const;
+
+  /// Stops the first HUB.
+  HubResult Stop();
+
+  const SiteCopy& Site() { return m_product.Site(); }
+
+ private:
+  TemporaryFolder m_state;
+  HubSettings m_settings;
+  MadeProduct m_product;
+  std::unique_ptr<HubProcess> m_hub;
+};

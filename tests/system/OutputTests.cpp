@@ -161,18 +161,14 @@ TEST(Table, OfManyPluginsIsFoldedUnlessAllAreAskedFor) {
 }
 
 TEST(SecondHub, OnTheSameProductSaysSo) {
-  TemporaryFolder state;
-  HubSettings settings;
-  settings.state = state.Path();
-  MadeProduct product;
-  HubProcess first(product.Plugin("a.server").Arguments(""), settings);
-  ASSERT_TRUE(first.AwaitOutput("Up after"));
-  const HubResult second = product.Run("--seconds 0.5", settings);
+  RunningProduct first;
+  const HubResult second = first.RunAgain(first.Site().Bin());
   EXPECT_EQ(0, second.status) << second.errors;
-  EXPECT_THAT(second.output, HasSubstr("warning: another HUB runs this product"));
-  first.AskToStop(StopKind::kTerminate);
-  EXPECT_EQ(0, first.Wait().status);
-  EXPECT_THAT(product.Run("--seconds 0.5", settings).output, Not(HasSubstr("another HUB")));
+  EXPECT_THAT(second.output,
+              HasSubstr("warning: another HUB runs this product at the same time; both use its "
+                        "files\n"));
+  EXPECT_EQ(0, first.Stop().status);
+  EXPECT_THAT(first.RunAgain(first.Site().Bin()).output, Not(HasSubstr("another HUB")));
 }
 
 }  // namespace
