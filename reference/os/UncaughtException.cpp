@@ -20,6 +20,7 @@ void DescribeUncaughtException(CrashText& text) {
     throw;
   } catch (const std::exception& exception) {
     text.Add(": ").AddEscaped(exception.what());
-  } catch (...) {  // NOLINT(bugprone-empty-catch): its type is all that is known of it
+  } catch (...) {
+    return;  // its type is all that is known of it
   }
 }

@@ -28,12 +28,12 @@ class FrameTest : public testing::Test {
   Seam seam;
 };
 
-/// A test through the exported entries. The frame lives once in a process, so of several in one
-/// process only the first runs; ctest gives each a process of its own.
+/// A test through the exported entries. The frame starts its plugins once in a process, so of
+/// several tests in one process only the first can run; ctest runs each in a process of its own.
 class FrameLifeTest : public FrameTest {
  protected:
   void SetUp() override {
     static bool lived = false;
-    if (std::exchange(lived, true)) GTEST_SKIP() << "the frame has lived in this process";
+    if (std::exchange(lived, true)) GTEST_SKIP() << "needs a process of its own: run it by ctest";
   }
 };

@@ -1,12 +1,12 @@
 #include "reference/os/CrashHandler.h"
 
 #include <pthread.h>
-#include <setjmp.h>  // NOLINT(modernize-deprecated-headers): sigsetjmp is the system's own
-#include <signal.h>  // NOLINT(modernize-deprecated-headers): the system's own, not C's
 #include <sys/syscall.h>
 #include <unistd.h>
 
 #include <atomic>
+#include <csetjmp>
+#include <csignal>
 #include <cstdlib>
 #include <exception>
 

@@ -3,13 +3,13 @@
 #include <fcntl.h>
 #include <poll.h>
 #include <pthread.h>
-#include <signal.h>  // NOLINT(modernize-deprecated-headers): the system's own, not C's
 #include <unistd.h>
 
 #include <algorithm>
 #include <atomic>
 #include <cerrno>
 #include <climits>
+#include <csignal>
 #include <system_error>
 
 namespace {

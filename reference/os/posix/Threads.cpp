@@ -1,9 +1,10 @@
 #include "reference/os/Threads.h"
 
 #include <pthread.h>
-#include <signal.h>  // NOLINT(modernize-deprecated-headers): the system's own, not C's
 #include <sys/mman.h>
 #include <unistd.h>
+
+#include <csignal>
 
 #include "reference/os/posix/AlternateStack.h"
 

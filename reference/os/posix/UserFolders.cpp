@@ -13,7 +13,8 @@ namespace {
 
 /// The absolute path in an environment variable; empty when there is none.
 fs::path FromEnvironment(const char* name) {
-  const char* value = std::getenv(name);  // NOLINT(concurrency-mt-unsafe): the caller's contract
+  // NOLINTNEXTLINE(concurrency-mt-unsafe): UserStateFolder requires that nobody changes them
+  const char* value = std::getenv(name);
   const fs::path path = value == nullptr ? "" : value;
   return path.is_absolute() ? path : fs::path();
 }

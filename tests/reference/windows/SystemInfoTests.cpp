@@ -17,7 +17,7 @@ TEST(ThreadName, IsTheGivenOne) {
   const auto getDescription = reinterpret_cast<GetThreadDescriptionFn>(reinterpret_cast<void (*)()>(
       GetProcAddress(GetModuleHandleW(L"kernelbase.dll"), "GetThreadDescription")));
   NameThread("report.server");
-  if (getDescription == nullptr) GTEST_SKIP() << "this system has no names of threads";
+  ASSERT_NE(nullptr, getDescription);
   PWSTR name = nullptr;
   ASSERT_GE(getDescription(GetCurrentThread(), &name), 0);
   EXPECT_EQ(L"report.server", std::wstring(name));
