@@ -135,6 +135,7 @@ const MappedLibrary* CrashedLibrary(const Crash& crash) {
 
 /// Whose code it was, as the end of the sentence, and the plugin's name.
 void AddWhose(CrashText& text, FixedText& plugin, const Crash& crash) {
+  if (crash.sent) return;
   const MappedLibrary* library = CrashedLibrary(crash);
   const bool isThreads = t_code.phase != nullptr && library != nullptr &&
                          library->plugin.View() == t_code.plugin.View();

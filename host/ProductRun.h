@@ -18,7 +18,7 @@
 #include "host/RunVerdict.h"
 #include "host/StopLimit.h"
 
-/// One run of the product, from Frame_Init to Frame_UnInit, on the host's thread.
+/// One run of the product, from Frame_Init to Frame_UnInit, on the thread `run`.
 ///
 /// The frame's calls run on a driver's thread; this one waits for stop requests, watches the limits
 /// and shows what goes on. Used once. A run that would leave something behind, plugins that have

@@ -4,6 +4,7 @@
 #include <filesystem>
 #include <iostream>
 #include <string>
+#include <thread>
 #include <vector>
 
 #include "host/CommandLine.h"
@@ -13,6 +14,7 @@
 #include "reference/os/LibraryFolder.h"
 #include "reference/os/LocalText.h"
 #include "reference/os/ProcessPath.h"
+#include "reference/os/Threads.h"
 #include "reference/xrt/ExecutablePath.h"
 
 namespace fs = std::filesystem;
@@ -49,24 +51,22 @@ ExitStatus Main(HostContext& context) {
   SetUpLog(request->options);
   UseProductFolder(request->options.bin);
   SetRunningModule(request->options.module);
-  InstallCrashReport();
   return request->run(request->options, context);
 }
 
-int Hub(Output& output, const std::vector<std::string>& commandLine) {
+int Hub(HostContext& context) {
+  NameThread("run");
+  PrepareWorkerThread();
   int status = kFrameFailed;
   try {
-    StopSignal stop;
-    SuppressErrorDialogs();
-    HostContext context{stop, output, commandLine};
     status = Main(context);
   } catch (const UsageError& error) {
     status = kUsage;
-    output.WriteError(error.what());
+    context.output.WriteError(error.what());
   } catch (const std::exception& error) {
-    output.WriteError(error.what());
+    context.output.WriteError(error.what());
   }
-  output.Flush();
+  context.output.Flush();
   AnnounceExit();
   return status;
 }
@@ -75,9 +75,18 @@ int Hub(Output& output, const std::vector<std::string>& commandLine) {
 
 int main(int argc, char** argv) {
   try {
-    return Hub(*new Output, std::vector<std::string>(argv, argv + argc));
+    Output& output = *new Output;
+    StopSignal stop;
+    SuppressErrorDialogs();
+    InstallCrashReport();
+    HostContext context{stop, output, std::vector<std::string>(argv, argv + argc)};
+    // Signals that are sent to the process interrupt this thread, so that the run's own can still
+    // write how it ended.
+    int status = kFrameFailed;
+    std::thread([&] { status = Hub(context); }).join();
+    return status;
   } catch (const std::exception& error) {
-    std::cerr << "HUB: " << error.what() << std::endl;  // there is no Output
+    std::cerr << "HUB: " << error.what() << std::endl;  // there may be no Output
     return kFrameFailed;
   }
 }

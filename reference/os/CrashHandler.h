@@ -18,6 +18,7 @@ struct Crash {
   const char* what = "";          // in one line: "SIGSEGV at address 0x10", "exit(0)", "abort()"
   const void* address = nullptr;  // of the instruction that crashed; null when there is none
   bool alone = false;             // all other threads have been ended
+  bool sent = false;              // by another process: which thread that interrupted is chance
 };
 
 /// Called at most once, on the thread that crashed or called exit, in whatever state the process

@@ -103,9 +103,11 @@ bool IsNear(std::uintptr_t address, std::uintptr_t other) {
   return address - other + distance < 2 * distance;
 }
 
-/// Whether the sender's number is known.
+/// Whether another process sent the signal.
 bool IsSent(const siginfo_t& info) {
-  return info.si_code == SI_USER || info.si_code == SI_QUEUE || info.si_code == SI_TKILL;
+  const bool hasSender =
+      info.si_code == SI_USER || info.si_code == SI_QUEUE || info.si_code == SI_TKILL;
+  return hasSender && info.si_pid != getpid();
 }
 
 void Describe(CrashText& text, int signal, const siginfo_t& info, std::uintptr_t stackPointer) {
@@ -117,7 +119,7 @@ void Describe(CrashText& text, int signal, const siginfo_t& info, std::uintptr_t
     const auto address = reinterpret_cast<std::uintptr_t>(info.si_addr);
     text.Add(" at address ").AddHex(address);
     if (IsNear(address, stackPointer)) text.Add(": the stack overflowed");
-  } else if (IsSent(info) && info.si_pid != getpid()) {
+  } else if (IsSent(info)) {
     text.Add(" sent by process ").AddNumber(info.si_pid);
   } else if (signal == SIGABRT) {
     text.Add(": abort() was called");
@@ -134,6 +136,7 @@ void OnSignal(int signal, siginfo_t* info, void* context) {
   crash.kind = Crash::Kind::kSignal;
   crash.code = signal;
   crash.what = what.CStr();
+  crash.sent = IsSent(*info);
   // NOLINTNEXTLINE(performance-no-int-to-ptr): nothing is read there
   crash.address = reinterpret_cast<const void*>(interrupted.instruction);
   Report(crash, nullptr);

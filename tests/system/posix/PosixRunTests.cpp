@@ -23,6 +23,7 @@
 #include "tests/system/HowItEnds.h"
 #include "tests/system/MadeProduct.h"
 #include "tests/system/RunToTheCrash.h"
+#include "tests/system/posix/ThreadsOf.h"
 
 using testing::AllOf;
 using testing::HasSubstr;
@@ -218,16 +219,10 @@ TEST(Threads, AreNamedAfterThePluginWhoseCodeTheyRun) {
   HubProcess hub(product.Arguments("--stop-timeout 0"));
   ASSERT_TRUE(hub.AwaitRecord("init-begin"));
   std::multiset<std::string> names;
-  const std::filesystem::path tasks = "/proc/" + std::to_string(hub.Id()) + "/task";
-  for (const auto& task : std::filesystem::directory_iterator(tasks)) {
-    std::string name;
-    std::getline(std::ifstream(task.path() / "comm"), name);
-    names.insert(name);
-  }
-  EXPECT_EQ(1U, names.count("hangs.server"));
-  EXPECT_EQ(1U, names.count("frame"));
-  EXPECT_EQ(1U, names.count("platform"));
-  EXPECT_EQ(1U, names.count("output"));
+  for (const auto& thread : ThreadsOf(hub.Id())) names.insert(thread.first);
+  EXPECT_EQ((std::multiset<std::string>{"HUB", "errors", "frame", "hangs.server", "output",
+                                        "platform", "run"}),
+            names);
   hub.AskToStop(StopKind::kTerminate);
   EXPECT_EQ(4, hub.Wait().status);
 }

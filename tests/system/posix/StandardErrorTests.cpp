@@ -8,9 +8,11 @@
 
 #include <csignal>
 #include <filesystem>
+#include <functional>
 #include <string>
 
 #include "tests/system/MadeProduct.h"
+#include "tests/system/posix/ThreadsOf.h"
 
 using testing::HasSubstr;
 
@@ -70,15 +72,30 @@ TEST(StandardErrorThatNobodyReads, LeavesACrashItsObjectAndItsStatus) {
   EXPECT_EQ("bad.server", result.Json()["plugins"][0]["id"]);
 }
 
-TEST(Crash, OfTheRunsOwnThreadStillLeavesAnObject) {
+/// A run with a plugin in its Init that is ended by SIGQUIT, sent by `send`.
+HubResult RunToSigquit(const std::function<int(const HubProcess& hub)>& send) {
   MadeProduct product;
   HubProcess hub(product.Plugin("hangs.server", "init_hangs").Arguments("--json"));
-  ASSERT_TRUE(hub.AwaitRecord("init-begin"));
-  ASSERT_EQ(0, kill(hub.Id(), SIGQUIT));
-  const HubResult result = hub.Wait();
+  EXPECT_TRUE(hub.AwaitRecord("init-begin"));
+  EXPECT_EQ(0, send(hub));
+  HubResult result = hub.Wait();
   EXPECT_EQ(SIGQUIT, result.signal);
   EXPECT_EQ("crashed", result.Json()["status"]);
-  EXPECT_THAT(result.Json()["sentence"], HasSubstr("crashed: SIGQUIT sent by process "));
+  EXPECT_EQ("crashed: SIGQUIT sent by process " + std::to_string(getpid()),
+            result.Json()["sentence"]);
+  return result;
+}
+
+TEST(Crash, BySigquitFromOutsideLeavesTheWholeObject) {
+  const HubResult result =
+      RunToSigquit([](const HubProcess& hub) { return kill(hub.Id(), SIGQUIT); });
+  EXPECT_EQ("in-init", result.Json()["plugins"][0]["state"]);
+}
+
+TEST(Crash, OfTheRunsOwnThreadStillLeavesAnObject) {
+  const HubResult result = RunToSigquit([](const HubProcess& hub) {
+    return tgkill(hub.Id(), ThreadsOf(hub.Id()).find("run")->second, SIGQUIT);
+  });
   EXPECT_EQ(nullptr, result.Json()["plugins"]);
   EXPECT_THAT(result.Json()["record"], HasSubstr(".jsonl"));
 }

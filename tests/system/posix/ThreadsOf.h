@@ -1,0 +1,9 @@
+#pragma once
+
+#include <sys/types.h>
+
+#include <map>
+#include <string>
+
+/// The threads of a process: their numbers by their names.
+std::multimap<std::string, pid_t> ThreadsOf(pid_t process);
