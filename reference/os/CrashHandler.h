@@ -30,10 +30,11 @@ using CrashReportFn = void (*)(const Crash& crash) noexcept;
 /// process ends: by the signal or with the exception's code where there is one (for abort() and
 /// std::terminate SIGABRT, on Windows 0xC0000409), else with `exitStatus`.
 ///
-/// Called once, at the begin of main on its thread, after OwnOutput. On other threads an overflow
-/// of the stack is reported only after PrepareWorkerThread. Children of a fork report nothing and
-/// end as if this had never been called. What cannot be reported: SIGKILL, the plain system call
-/// that ends a process, and on Windows TerminateProcess and abort() of another C runtime.
+/// Called once, at the begin of main on its thread, after OwnOutput. An overflow of the stack is
+/// reported on that thread and on every one that is created by pthread_create, under a sanitizer
+/// only after PrepareWorkerThread. Children of a fork report nothing and end as if this had never
+/// been called. What cannot be reported: SIGKILL, the plain system call that ends a process, and on
+/// Windows TerminateProcess and abort() of another C runtime.
 void InstallCrashHandler(CrashReportFn report, int exitStatus);
 
 /// Reports an exit that the program did not announce; to be registered with std::atexit by the

@@ -6,10 +6,10 @@
 // The calling thread, as the system knows it.
 
 /// Prepares the calling thread to run plugin code: its signal mask is emptied, which its child
-/// processes inherit, and it can report an overflow of its stack (an alternate signal stack, freed
-/// when the thread ends; on Windows a reserve at the end of its stack). For the first thing that a
-/// thread does; further calls only empty the mask. Never fails: without memory for the alternate
-/// stack an overflow ends the process without a report.
+/// processes inherit, and under a sanitizer too it can report an overflow of its stack (an
+/// alternate signal stack, freed when the thread ends; without memory for it an overflow ends the
+/// process without a report). For the first thing that a thread does; further calls only empty the
+/// mask. On Windows there is nothing to prepare.
 void PrepareWorkerThread();
 
 /// Names the calling thread, for debuggers and `top`. What is too long for the system is cut, on

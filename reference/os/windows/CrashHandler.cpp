@@ -27,6 +27,12 @@ StackBegin g_stackBegin;
 CONTEXT g_recovery = {};
 bool g_canRecover = false;
 
+/// Keeps of the calling thread's stack what reporting its overflow needs.
+void ReserveStack() noexcept {
+  ULONG reserve = 64 * 1024;
+  SetThreadStackGuarantee(&reserve);
+}
+
 [[noreturn]] void EndWith(DWORD code) noexcept {
   while (true) TerminateProcess(GetCurrentProcess(), code);
 }
@@ -172,8 +178,7 @@ void InstallCrashHandler(CrashReportFn report, int exitStatus) {
   g_reportBegun = CreateEventW(nullptr, TRUE, FALSE, nullptr);
   const HANDLE thread = CreateThread(nullptr, 0, &EndHangingReport, nullptr, 0, nullptr);
   if (thread != nullptr) CloseHandle(thread);
-  ULONG reserve = 64 * 1024;  // for the report of an overflow of this thread's stack
-  SetThreadStackGuarantee(&reserve);
+  ReserveStack();
   std::set_terminate(&OnTerminate);
   std::signal(SIGABRT, &OnAbort);
   SetUnhandledExceptionFilter(&OnException);
@@ -190,8 +195,10 @@ void ExpectExit() {
   InterlockedExchange(&g_exitExpected, 1);
 }
 
-/// Called by the system, when the other threads have been ended. All ways of an exit lead here.
+/// Called by the system at the begin of every thread, those of plugins as well, and when all
+/// threads but this one have been ended: all ways of an exit lead here.
 extern "C" BOOL WINAPI DllMain(HINSTANCE, DWORD reason, void* processEnds) {
+  if (reason == DLL_THREAD_ATTACH) ReserveStack();
   if (reason == DLL_PROCESS_DETACH && processEnds != nullptr && g_report != nullptr &&
       g_exitExpected == 0) {
     ReportCall(Crash::Kind::kExit, 0, "_exit() or ExitProcess()", nullptr, g_exitStatus, true);

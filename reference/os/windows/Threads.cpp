@@ -3,10 +3,7 @@
 #include "reference/os/LocalText.h"
 #include "sdk/os/os.h"
 
-void PrepareWorkerThread() {
-  ULONG reserve = 64 * 1024;  // what reporting a crash needs of the stack
-  SetThreadStackGuarantee(&reserve);
-}
+void PrepareWorkerThread() {}  // DllMain has prepared it, as every thread
 
 void NameThread(const std::string& name) {
   using SetThreadDescriptionFn = HRESULT(WINAPI*)(HANDLE, PCWSTR);

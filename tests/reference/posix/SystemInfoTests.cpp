@@ -33,9 +33,14 @@ std::string Named(const std::string& name) {
   return result;
 }
 
-bool HasAlternateStack() {
+stack_t AlternateStack() {
   stack_t stack = {};
   sigaltstack(nullptr, &stack);
+  return stack;
+}
+
+bool HasAlternateStack() {
+  const stack_t stack = AlternateStack();
   return (stack.ss_flags & SS_DISABLE) == 0 && stack.ss_size >= 256 * 1024;
 }
 
@@ -53,26 +58,23 @@ TEST(ThreadNumber, IsTheSystems) {
   std::thread([] { EXPECT_EQ(static_cast<std::uint64_t>(gettid()), ThreadNumber()); }).join();
 }
 
-/// Looks for an alternate stack when its thread has nearly ended.
-struct LateProbe {
-  ~LateProbe() { *result = HasAlternateStack(); }
-  bool* result;
-};
-
 TEST(WorkerThread, ItsAlternateStackIsNotUsedAfterItWasFreed) {
   const bool before = HasAlternateStack();
   bool after = !before;
-  std::thread([&after] {
-    thread_local const LateProbe probe{&after};
-    EXPECT_NE(nullptr, probe.result);
+  pthread_key_t atTheEnd{};  // called when the objects of the thread have been destroyed
+  ASSERT_EQ(0, pthread_key_create(&atTheEnd, [](void* result) {
+              *static_cast<bool*>(result) = HasAlternateStack();
+            }));
+  std::thread([&] {
+    pthread_setspecific(atTheEnd, &after);
     PrepareWorkerThread();
   }).join();
+  pthread_key_delete(atTheEnd);
   EXPECT_EQ(before, after);
 }
 
 TEST(WorkerThread, HasAnEmptyMaskAndAnAlternateStackOfItsOwn) {
-  const bool before = HasAlternateStack();
-  std::thread([before] {
+  std::thread([] {
     sigset_t mask;
     sigfillset(&mask);
     pthread_sigmask(SIG_SETMASK, &mask, nullptr);
@@ -81,9 +83,13 @@ TEST(WorkerThread, HasAnEmptyMaskAndAnAlternateStackOfItsOwn) {
     EXPECT_TRUE(HasAlternateStack());
     pthread_sigmask(SIG_SETMASK, nullptr, &mask);
     EXPECT_EQ(1, sigisemptyset(&mask));
-    std::thread([before] { EXPECT_EQ(before, HasAlternateStack()); }).join();
+    const void* stack = AlternateStack().ss_sp;
+    std::thread([stack] {
+      PrepareWorkerThread();
+      EXPECT_TRUE(HasAlternateStack());
+      EXPECT_NE(stack, AlternateStack().ss_sp);
+    }).join();
   }).join();
-  EXPECT_EQ(before, HasAlternateStack());
 }
 
 TEST(ProcessInfo, IsTheSystems) {

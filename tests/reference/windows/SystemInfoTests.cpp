@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 
 #include <string>
+#include <thread>
 
 #include "reference/os/LocalText.h"
 #include "reference/os/ProcessInfo.h"
@@ -28,10 +29,9 @@ TEST(ThreadNumber, IsTheSystems) {
   EXPECT_EQ(GetCurrentThreadId(), ThreadNumber());
 }
 
-TEST(WorkerThread, HasAReserveForAnOverflowOfItsStack) {
-  PrepareWorkerThread();
+TEST(EveryThread, HasAReserveForAnOverflowOfItsStack) {
   ULONG reserve = 0;  // changes nothing, and returns what is set
-  SetThreadStackGuarantee(&reserve);
+  std::thread([&reserve] { SetThreadStackGuarantee(&reserve); }).join();
   EXPECT_EQ(64U * 1024, reserve);
 }
 
