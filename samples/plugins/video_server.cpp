@@ -54,18 +54,25 @@ class Recorder {
 
 std::unique_ptr<Recorder> g_recorder;
 
+/// False without devices. Lets go of them again: a stop does not wait for an Init that runs, and
+/// may unmap their code while this one waits for the recorder.
+bool AddRecordings(Video& video) {
+  const auto devices = board::Find<DeviceService>();
+  if (!devices) return false;
+  int recording = 0;
+  for (const DeviceService::Device& camera : devices->OfKind("camera")) {
+    video.Add(camera.id, 0, 3600, ++recording);
+    video.Add(camera.id, 7200, 10800, ++recording);
+  }
+  return true;
+}
+
 }  // namespace
 
 bool Init() {
-  const auto devices = board::Find<DeviceService>();
-  if (!devices) return false;
-  g_recorder = std::make_unique<Recorder>();
   const auto video = std::make_shared<Video>();
-  int recording = 0;
-  for (const DeviceService::Device& camera : devices->OfKind("camera")) {
-    video->Add(camera.id, 0, 3600, ++recording);
-    video->Add(camera.id, 7200, 10800, ++recording);
-  }
+  if (!AddRecordings(*video)) return false;
+  g_recorder = std::make_unique<Recorder>();
   board::Publish<VideoService>(video);
   return g_recorder->WaitForHeartbeat(std::chrono::seconds(10)) &&
          video->RecordingAt("cam-1", 7300) == 2 && video->RecordingAt("cam-1", 5000) == -1;

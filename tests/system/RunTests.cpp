@@ -71,6 +71,12 @@ TEST(SampleProduct, RunsToTheEndAndIsDegradedOnPurpose) {
   EXPECT_EQ(started.size() + 1, run["Handles"].size());  // the one whose Init failed is loaded too
 }
 
+TEST(SampleProduct, SurvivesAStopWhileItsSlowPluginIsInInit) {
+  const HubResult result = RunHub("run --json --bin \"" TEV_SITE "/bin\" --seconds 1");
+  EXPECT_EQ(4, result.status) << result.errors;
+  EXPECT_NE("crashed", result.Json()["status"]);
+}
+
 TEST(SampleProduct, ShowsTheFailingAndTheMissingPluginFirst) {
   const HubResult result = RunHub("run --bin \"" TEV_SITE "/bin\" --seconds 4");
   EXPECT_EQ(3, result.status) << result.errors;
