@@ -25,6 +25,11 @@ void BackgroundWriter::Flush(std::chrono::milliseconds limit) {
   if (!over) m_error = "nobody reads it";
 }
 
+bool BackgroundWriter::IsBehind() const {
+  const std::lock_guard<std::mutex> lock(m_mutex);
+  return !m_waiting.empty();
+}
+
 std::string BackgroundWriter::Error() const {
   const std::lock_guard<std::mutex> lock(m_mutex);
   return m_error;

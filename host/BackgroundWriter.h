@@ -28,6 +28,9 @@ class BackgroundWriter {
   /// Waits until everything is written, at most so long. What is not written then counts as failed.
   void Flush(std::chrono::milliseconds limit);
 
+  /// Whether what was written before still waits for the reader.
+  bool IsBehind() const;
+
   /// Why something could not be written; empty: nothing of the kind.
   std::string Error() const;
 

@@ -18,28 +18,27 @@ FrameDriver::~FrameDriver() {
 void FrameDriver::Begin(std::function<void()> call) {
   {
     const std::lock_guard<std::mutex> lock(m_mutex);
-    m_call = std::move(call);
-    m_busy = true;
+    m_calls.push(std::move(call));
   }
   m_changed.notify_all();
 }
 
 bool FrameDriver::WaitForEnd(std::chrono::milliseconds limit) {
   std::unique_lock<std::mutex> lock(m_mutex);
-  return m_changed.wait_for(lock, limit, [this] { return !m_busy; });
+  return m_changed.wait_for(lock, limit, [this] { return m_calls.empty(); });
 }
 
 void FrameDriver::Run() {
   NameThread("frame");
   std::unique_lock<std::mutex> lock(m_mutex);
   while (true) {
-    m_changed.wait(lock, [this] { return m_ending || m_call; });
-    if (!m_call) return;
-    const std::function<void()> call = std::exchange(m_call, nullptr);
+    m_changed.wait(lock, [this] { return m_ending || !m_calls.empty(); });
+    if (m_calls.empty()) return;
+    const std::function<void()>& call = m_calls.front();
     lock.unlock();
     call();
     lock.lock();
-    m_busy = false;
+    m_calls.pop();
     m_changed.notify_all();
   }
 }

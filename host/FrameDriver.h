@@ -4,13 +4,15 @@
 #include <condition_variable>
 #include <functional>
 #include <mutex>
+#include <queue>
 #include <thread>
 
-/// The thread that drives the frame: every call of its entries is made here, in order, so that the
-/// host's own thread stays free for stop requests and the screen however long a call takes.
+/// The thread that drives the frame: every call of its entries is made here, in order, and so is
+/// all reading of the product's files, so that the run's own thread stays free for stop requests
+/// and the screen however long a call takes.
 ///
-/// One thread uses it. The destructor waits for the call that is running; a program that leaves a
-/// call behind ends without destroying its driver.
+/// One thread uses it. The destructor waits for the calls that have begun; a program that leaves
+/// one behind ends without destroying its driver.
 class FrameDriver {
  public:
   FrameDriver();
@@ -18,10 +20,10 @@ class FrameDriver {
   FrameDriver(const FrameDriver&) = delete;
   FrameDriver& operator=(const FrameDriver&) = delete;
 
-  /// Begins `call` on the driver's thread. None may be running. What it throws ends the program.
+  /// Begins `call` on the driver's thread, after those before it. What it throws ends the program.
   void Begin(std::function<void()> call);
 
-  /// Waits for the last call's return, at most so long. False when it has not returned yet.
+  /// Waits for the return of all calls, at most so long. False when one has not returned yet.
   bool WaitForEnd(std::chrono::milliseconds limit);
 
  private:
@@ -31,8 +33,7 @@ class FrameDriver {
   std::condition_variable m_changed;
 
   // Guarded by m_mutex.
-  std::function<void()> m_call;
-  bool m_busy = false;
+  std::queue<std::function<void()>> m_calls;  // the running one in front
   bool m_ending = false;
 
   std::thread m_thread;

@@ -1,5 +1,8 @@
 #include <CLI/CLI.hpp>
+#include <cstdint>
 #include <cstdlib>
+#include <string>
+#include <vector>
 
 #include "host/CommandLine.h"
 #include "host/Commands.h"
@@ -22,12 +25,44 @@ Json OrNull(const std::optional<Value>& value) {
   return value ? Json(*value) : Json();
 }
 
-/// Initialises the frame on the driver's thread. A stop request ends the process: a file that is
-/// read for ever has no other end.
-std::int32_t Initialise(const FrameLibrary& frame, HostContext& context) {
-  FrameDriver driver;
+/// What the frame made of the product.
+struct Reading {
   std::int32_t result = -1;
-  driver.Begin([&] { result = InitialiseFrame(frame); });
+  Json model;
+  std::vector<std::string> sentences;  // on what is wrong with it
+};
+
+/// Initialises the frame, copies what it handed over, and un-initialises it: nothing was started,
+/// so there is nothing to stop.
+Reading Read(const FrameLibrary& frame, const RunMonitor& monitor) {
+  Reading reading;
+  reading.result = InitialiseFrame(frame);
+  const PlatformRecord platform = SnapshotPlatform();
+  reading.model = {{"Frame_Init", reading.result},
+                   {"ProductModel", OrNull(platform.productModel)},
+                   {"Addons", OrNull(platform.addons)},
+                   {"Tools", OrNull(platform.tools)},
+                   {"PluginsInfo", OrNull(platform.plugins)},
+                   {"PlatformInfo", OrNull(SnapshotLpc().info)}};
+  if (reading.result != 0) {
+    reading.sentences = FailureSentences(monitor.Notes());
+    return reading;
+  }
+  frame.UnInit();
+  if (!platform.productModel) return reading;
+  for (const Finding& finding : ProductFindings(*platform.productModel, monitor.Notes())) {
+    reading.sentences.push_back(finding.text);
+  }
+  return reading;
+}
+
+/// Reads on a driver's thread. A stop request ends the process: a file that is read for ever has no
+/// other end.
+Reading ReadUnlessStopped(const FrameLibrary& frame, const RunMonitor& monitor,
+                          HostContext& context) {
+  FrameDriver driver;
+  Reading reading;
+  driver.Begin([&] { reading = Read(frame, monitor); });
   while (!driver.WaitForEnd(kTick)) {
     if (const auto request = context.stop.WaitFor(std::chrono::milliseconds(0))) {
       context.output.WriteError("stopped by " + std::string(Name(*request)) +
@@ -37,37 +72,23 @@ std::int32_t Initialise(const FrameLibrary& frame, HostContext& context) {
       std::_Exit(kCutShort);
     }
   }
-  return result;
+  return reading;
 }
 
 ExitStatus Run(const Options&, HostContext& context) {
-  RunMonitor monitor({});
+  const RunMonitor monitor({});
   const FrameLibrary frame(FrameLibrary::PathBesideProgram());
-  const std::int32_t result = Initialise(frame, context);
-  const PlatformRecord platform = SnapshotPlatform();
-  const Json model = {{"Frame_Init", result},
-                      {"ProductModel", OrNull(platform.productModel)},
-                      {"Addons", OrNull(platform.addons)},
-                      {"Tools", OrNull(platform.tools)},
-                      {"PluginsInfo", OrNull(platform.plugins)},
-                      {"PlatformInfo", OrNull(SnapshotLpc().info)}};
-  context.output.Write(model.dump(2, ' ', false, Json::error_handler_t::replace) + "\n");
-  if (result == 0) frame.UnInit();  // nothing was started, so there is nothing to stop
-  if (result != 0) {
-    for (const std::string& sentence : FailureSentences(monitor.Notes())) {
-      context.output.WriteError(Escaped(sentence));
-    }
-  } else if (platform.productModel) {
-    for (const Finding& finding : ProductFindings(*platform.productModel, monitor.Notes())) {
-      context.output.WriteError(Escaped(finding.text));
-    }
+  const Reading reading = ReadUnlessStopped(frame, monitor, context);
+  context.output.Write(reading.model.dump(2, ' ', false, Json::error_handler_t::replace) + "\n");
+  for (const std::string& sentence : reading.sentences) {
+    context.output.WriteError(Escaped(sentence));
   }
   context.output.Flush();
   if (!context.output.Error().empty()) {
     context.output.WriteError("standard output cannot be written: " + context.output.Error());
     return kFrameFailed;
   }
-  return result == 0 ? kOk : kFrameFailed;
+  return reading.result == 0 ? kOk : kFrameFailed;
 }
 
 }  // namespace

@@ -27,6 +27,9 @@ class Output {
   /// lost.
   void Flush();
 
+  /// Whether standard output still waits for its reader.
+  bool IsBehind() const { return m_writer.IsBehind(); }
+
   /// Why something could not be written to standard output; empty: nothing of the kind.
   std::string Error() const { return m_writer.Error(); }
 

@@ -44,6 +44,14 @@ std::int32_t InitialiseFrame(const FrameLibrary& frame) {
   return frame.Init();
 }
 
+ProductName NameOfProduct() {
+  try {
+    return ReadProductName(PathFromLocal(GetCurExeDir()), SystemNames());
+  } catch (const std::bad_alloc&) {
+    return {};
+  }
+}
+
 std::vector<Finding> ProductFindings(const ProductModel& model,
                                      const std::vector<FrameEvent>& notes) {
   const LocalNames names = SystemNames();

@@ -8,10 +8,15 @@
 #include "host/FrameLibrary.h"
 #include "src/model/ProductModel.h"
 #include "workbench/product/Findings.h"
+#include "workbench/product/ProductName.h"
 #include "workbench/record/FrameEvent.h"
 
 /// Frame_Init, with what the XML parser says led to the log. On any thread, the frame's.
 std::int32_t InitialiseFrame(const FrameLibrary& frame);
+
+/// What Product.xml calls the product; both empty when it cannot be read, or when it is too large
+/// for the parser: Frame_Init is about to fail on it too, and says so.
+ProductName NameOfProduct();
 
 /// What is wrong with the product that was read, although the frame went on: cycles, files that
 /// read as empty, plugins that are lost. `notes`: what the frame logged while it read.

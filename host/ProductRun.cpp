@@ -24,6 +24,8 @@
 namespace {
 
 constexpr std::chrono::milliseconds kTick{50};
+constexpr std::chrono::seconds kLongestNameReading{2};
+constexpr char kReadingOfFiles[] = "the reading of the product's files";
 constexpr double kLastTasksSeconds = 0.2;
 constexpr double kLongestDisplacement = 2;  // seconds
 
@@ -80,7 +82,7 @@ ExitStatus ProductRun::Run() {
 }
 
 void ProductRun::Begin() {
-  m_head = MakeRunHead(m_clock, m_bin, m_context.commandLine);
+  m_head = MakeRunHead(m_clock, m_bin, m_context.commandLine, ReadName());
   SetCrashRecord(m_record.CrashFile(), m_record.File());
   SetCrashOutput(m_context.output.File(), m_options.json     ? CrashOutput::kObject
                                           : m_options.events ? CrashOutput::kEvent
@@ -101,6 +103,13 @@ bool ProductRun::LoadFrame() {
   }
 }
 
+/// What Product.xml calls the product, for the head. None when its folder does not answer, which
+/// Frame_Init is about to wait for as well.
+ProductName ProductRun::ReadName() {
+  m_driver.Begin([this] { m_name = NameOfProduct(); });
+  return m_driver.WaitForEnd(kLongestNameReading) ? m_name : ProductName();
+}
+
 /// Frame_Init, and what is found in the product. False when there is nothing to start or to stop.
 bool ProductRun::Initialise() {
   std::int32_t result = -1;
@@ -114,10 +123,7 @@ bool ProductRun::Initialise() {
     ExplainFailure();
     return false;
   }
-  if (const auto model = SnapshotPlatform().productModel) {
-    m_monitor.SetPlugins(PluginHeads(*model, m_bin));
-    SayFindings(*model);
-  }
+  SayFindings();
   return true;
 }
 
@@ -189,9 +195,10 @@ void ProductRun::AddEnd(const Verdict& verdict) {
   m_record.End();
 }
 
-/// Begins `call` on the driver's thread and waits for its end.
-void ProductRun::Call(const char* name, std::function<void()> call) {
-  m_facts.pendingCall = name;
+/// Begins `call` on the driver's thread and waits for its end. `what`: what has not returned if a
+/// stop request ends the waiting.
+void ProductRun::Call(const char* what, std::function<void()> call) {
+  m_facts.pendingCall = what;
   m_driver.Begin(std::move(call));
   while (!m_driver.WaitForEnd(kTick)) Tick();
   m_facts.pendingCall.clear();
@@ -292,11 +299,19 @@ void ProductRun::EndByCrash(RunEvent crash) {
   EndProcess(End().exitStatus);
 }
 
-void ProductRun::SayFindings(const ProductModel& model) {
+/// Says what is wrong with the product that was read.
+void ProductRun::SayFindings() {
+  const auto model = SnapshotPlatform().productModel;
+  if (!model) return;
   std::vector<std::string> cycles;
-  for (const auto& cycle : FindCycles(MakeStartGraph(model))) cycles.push_back(CycleText(cycle));
+  for (const auto& cycle : FindCycles(MakeStartGraph(*model))) cycles.push_back(CycleText(cycle));
   m_reporter.SetCycles(std::move(cycles));
-  for (const Finding& finding : ProductFindings(model, m_monitor.Notes())) m_reporter.Say(finding);
+  std::vector<Finding> findings;
+  Call(kReadingOfFiles, [&] {
+    m_monitor.SetPlugins(PluginHeads(*model, m_bin));
+    findings = ProductFindings(*model, m_monitor.Notes());
+  });
+  for (const Finding& finding : findings) m_reporter.Say(finding);
 }
 
 /// Says what the frame has noted since the last call.
@@ -309,7 +324,8 @@ void ProductRun::SayNotes() {
 
 /// Says why Frame_Init failed, all of it.
 void ProductRun::ExplainFailure() {
-  const std::vector<std::string> sentences = FailureSentences(m_monitor.Notes());
+  std::vector<std::string> sentences;
+  Call(kReadingOfFiles, [&] { sentences = FailureSentences(m_monitor.Notes()); });
   m_reporter.SayError(sentences);
   m_facts.failure = sentences.front();
   if (sentences.size() > 1) m_facts.failure += fmt::format(" (and {} more)", sentences.size() - 1);

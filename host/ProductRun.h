@@ -17,6 +17,7 @@
 #include "host/RunReporter.h"
 #include "host/RunVerdict.h"
 #include "host/StopLimit.h"
+#include "workbench/product/ProductName.h"
 
 /// One run of the product, from Frame_Init to Frame_UnInit, on the thread `run`.
 ///
@@ -45,7 +46,7 @@ class ProductRun {
   bool MayStillRun() const;
 
   // Waiting, during which stop requests, limits and the screen are looked after.
-  void Call(const char* name, std::function<void()> call);
+  void Call(const char* what, std::function<void()> call);
   void Await(const std::function<bool()>& over);
   void Tick();
   void OnStopRequest(StopRequest request);
@@ -57,7 +58,8 @@ class ProductRun {
   [[noreturn]] void Leave(const std::string& why);
   [[noreturn]] void EndByCrash(RunEvent crash);
 
-  void SayFindings(const ProductModel& model);
+  ProductName ReadName();
+  void SayFindings();
   void SayNotes();
   void ExplainFailure();
   void AddPhase(RunEvent::Kind kind, const char* phase);
@@ -70,6 +72,7 @@ class ProductRun {
   RunMonitor m_monitor;
   RunReporter m_reporter;
   std::optional<FrameLibrary> m_frame;
+  ProductName m_name;  // written on the driver's thread
   RunHead m_head;
   RunFacts m_facts;
 

@@ -2,13 +2,8 @@
 
 #include <fmt/format.h>
 
-#include <new>
-
-#include "host/PluginHeads.h"
-#include "reference/os/LocalText.h"
 #include "reference/os/ProcessInfo.h"
 #include "sdk/kpx/platform.h"
-#include "workbench/product/ProductName.h"
 
 namespace {
 
@@ -27,7 +22,7 @@ std::string Quoted(const std::string& argument) {
 }  // namespace
 
 RunHead MakeRunHead(const RunClock& clock, const std::string& bin,
-                    const std::vector<std::string>& commandLine) {
+                    const std::vector<std::string>& commandLine, const ProductName& product) {
   RunHead head;
   head.time = clock.UtcText(clock.nanoseconds);
   head.zone = clock.ZoneText();
@@ -39,13 +34,8 @@ RunHead MakeRunHead(const RunClock& clock, const std::string& bin,
   head.frameVersion = TEV_VERSION;  // both come from one build
   head.platformVersion = PlatformVersion();
   head.commandLine = commandLine;
-  try {
-    const ProductName product = ReadProductName(PathFromLocal(bin), SystemNames());
-    head.product = product.name;
-    head.productVersion = product.version;
-  } catch (const std::bad_alloc&) {
-    // A text too large for the parser; Frame_Init is about to fail on it too, and says so.
-  }
+  head.product = product.name;
+  head.productVersion = product.version;
   head.path = bin;
   head.cores = UsableCores();
   return head;

@@ -135,7 +135,8 @@ std::string LeftBehindText(const RunFacts& facts, const RunState& state) {
              "have not returned from their Init") +
       Clause(Names(state, inUnInit), "has not returned from its UnInit",
              "have not returned from their UnInit");
-  if (text.empty() && facts.unfinishedTasks == 0) text = WaitingForEver(state);
+  const bool stopping = facts.pendingCall == "Frame_Stop";
+  if (text.empty() && stopping && facts.unfinishedTasks == 0) text = WaitingForEver(state);
   if (text.empty() && !facts.pendingCall.empty()) {
     text = "; " + facts.pendingCall + " has not returned";
   }

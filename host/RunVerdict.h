@@ -17,7 +17,7 @@ struct RunFacts {
   std::string failure;                      // why it failed, in a sentence without a full stop
   std::string stoppedBy;                    // "SIGINT", "--start-timeout 5", ...; empty: nobody
   std::size_t unfinishedTasks = 0;          // that the run leaves behind
-  std::string pendingCall;                  // of the frame, that the run leaves behind: its name
+  std::string pendingCall;  // what the run leaves behind: an entry of the frame, ...
 };
 
 /// How a run ended, in the words of `run --json`, as an exit status and as a sentence.

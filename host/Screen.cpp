@@ -48,6 +48,8 @@ void Screen::Update(const RunState& state, const std::string& waiting) {
   if (waiting.empty()) {
     ClearWaitingLine();
     m_lastWaitingLine = now;
+  } else if (m_output.IsBehind()) {
+    // Nobody reads it: the next line replaces this one.
   } else if (m_onTerminal) {
     // One column is left free: a full line would wrap, and then not be drawn over.
     m_output.Write(kClearLine + CutToColumns(waiting, Columns() - 1));

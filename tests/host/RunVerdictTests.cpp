@@ -187,6 +187,11 @@ TEST(Verdict, IsLeftBehindWithTheCallOfTheFrameThatHasNotReturned) {
   facts.stoppedBy = "SIGTERM";
   EXPECT_EQ("4 left-behind | left behind: Frame_Init has not returned (stopped by SIGTERM)",
             Judged(facts, RunBuilder()));
+  facts.pendingCall = "the reading of the product's files";
+  EXPECT_EQ(
+      "4 left-behind | left behind: the reading of the product's files has not returned (stopped "
+      "by SIGTERM)",
+      Judged(facts, RunBuilder().Plugin("a")));
 }
 
 TEST(Verdict, IsLeftBehindWithTasksThatNoPluginIsKnownToRun) {

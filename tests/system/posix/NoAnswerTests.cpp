@@ -1,0 +1,45 @@
+// A product in a folder that does not answer, as a network's may. Not under a sanitizer, which must
+// be loaded before what the test preloads.
+
+#include <gtest/gtest.h>
+
+#include <string>
+
+#include "tests/system/MadeProduct.h"
+
+namespace {
+
+/// The run of a product, of which Product.xml can be read so often, until it is asked to stop
+/// twice, the first time behind `text` in the record.
+HubResult RunUntilNoAnswer(int readings, const std::string& text) {
+  MadeProduct product;
+  HubSettings settings;
+  settings.environment = {{"LD_PRELOAD", TEV_HANGS_ON_OPEN},
+                          {"TEV_HANGS_ON", "Product.xml"},
+                          {"TEV_HANGS_AFTER", std::to_string(readings)}};
+  HubProcess hub(product.Plugin("a.server").Arguments("--json"), settings);
+  EXPECT_TRUE(hub.AwaitRecord(text));
+  hub.AskToStop(StopKind::kTerminate);
+  EXPECT_TRUE(hub.AwaitRecord("stop-request"));
+  hub.AskToStop(StopKind::kTerminate);
+  return hub.Wait();
+}
+
+std::string Sentence(const std::string& what) {
+  return "left behind: " + what + " has not returned (stopped by SIGTERM)";
+}
+
+TEST(ProductThatDoesNotAnswer, DelaysNoStopRequestThoughItHasNoNameYet) {
+  const HubResult result = RunUntilNoAnswer(0, "\"head\"");
+  EXPECT_EQ(4, result.status);
+  EXPECT_EQ(Sentence("Frame_Init"), result.Json()["sentence"]);
+  EXPECT_EQ(nullptr, result.Json()["product"]["name"]);
+}
+
+TEST(ProductThatDoesNotAnswer, DelaysNoStopRequestWhileItsFilesAreLookedAt) {
+  const HubResult result = RunUntilNoAnswer(2, "phase-end");
+  EXPECT_EQ(4, result.status);
+  EXPECT_EQ(Sentence("the reading of the product's files"), result.Json()["sentence"]);
+}
+
+}  // namespace
