@@ -74,8 +74,8 @@ std::string Waited(const RunState& state, const std::vector<std::string>& cycles
   return "waiting for " + JoinNames(names, kMostNames);
 }
 
-/// "16 of 20 started, 1 failed"; at the stop, of those that have something to stop, "9 of 18
-/// stopped, 1 refused".
+/// "16 of 20 started, 1 failed; "; at the stop, of those that have something to stop, "9 of 18
+/// stopped, 1 refused; ", or nothing where there are none.
 std::string DoneText(const RunState& state) {
   const bool stopping = Stopping(state);
   std::size_t all = 0;
@@ -91,9 +91,10 @@ std::string DoneText(const RunState& state) {
     ++all;
     if (done) ++(isWell ? well : badly);
   }
+  if (all == 0) return std::string();
   std::string text = fmt::format("{} of {} {}", well, all, stopping ? "stopped" : "started");
   if (badly != 0) text += fmt::format(", {} {}", badly, stopping ? "refused" : "failed");
-  return text;
+  return text + "; ";
 }
 
 std::string Milliseconds(std::int64_t ms) {
@@ -133,7 +134,7 @@ std::string WaitingLine(const RunState& state, const std::vector<std::string>& c
     return fmt::format("{} ({:.1f} s)", ShownID(plugin.head.id),
                        static_cast<double>(nowNs - plugin.sinceNs) * 1e-9);
   });
-  return waited.empty() ? waited : DoneText(state) + "; " + waited;
+  return waited.empty() ? waited : DoneText(state) + waited;
 }
 
 std::size_t NameColumns(std::size_t columns) {

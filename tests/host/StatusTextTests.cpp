@@ -84,6 +84,12 @@ TEST(WaitingLine, OfTheStopCountsThoseThatHaveSomethingToStop) {
   EXPECT_EQ("1 of 3 stopped, 1 refused; waiting for a (1.5 s)", Line(run));
 }
 
+TEST(WaitingLine, OfTheStopCountsNothingWhenNoneHasSomethingToStop) {
+  RunBuilder run = Stopping(RunBuilder().Plugin("a").InInit("a"));
+  run.NothingToStop("a");
+  EXPECT_EQ("waiting for a (1.5 s)", Line(run));
+}
+
 TEST(WaitingLine, OfTheStopNamesTheCycleOnceNothingElseCanEnd) {
   RunBuilder run;
   run.Plugin("x", "server", {"y", "base"}).Plugin("y", "server", {"x"}).Plugin("base");
