@@ -24,10 +24,15 @@ std::optional<std::string> HowItBroke(const FlightRecord& record) {
   return how;
 }
 
-std::optional<std::string> LastRun::Recall(const fs::path& next) const {
+fs::path LastRun::Record() const {
   std::string name;
-  if (!std::getline(std::ifstream(Memory(), std::ios::binary), name)) return std::nullopt;
-  const fs::path file = fs::u8path(name);
+  std::getline(std::ifstream(Memory(), std::ios::binary), name);
+  return fs::u8path(name);
+}
+
+std::optional<std::string> LastRun::Recall(const fs::path& next) const {
+  const fs::path file = Record();
+  if (file.empty()) return std::nullopt;
   std::string place = " (its record: " + LocalFromPath(file) + ")";
   if (file == Unrecorded()) place = " (it kept no record)";
   if (file == next) place = " (this run replaces its record)";

@@ -16,6 +16,9 @@ class LastRun {
  public:
   explicit LastRun(const std::filesystem::path& folder) : m_folder(folder) {}
 
+  /// The record of the run that goes on, or that has not ended; empty for none.
+  std::filesystem::path Record() const;
+
   /// What is to be said of the run before, in a sentence; none when it has ended. Before Begin.
   /// `next`: the record that is about to be written.
   std::optional<std::string> Recall(const std::filesystem::path& next) const;

@@ -32,7 +32,7 @@ RunRecord::RunRecord(const Options& options, const fs::path& bin, const RunClock
   if (m_lastRun) Recall(file);
   try {
     if (!file.empty()) m_writer.emplace(file);
-    if (m_folder) m_folder->Prune();
+    if (m_folder) m_folder->Prune(LastRun(m_folder->Path()).Record());
   } catch (const std::runtime_error& error) {
     if (!options.record.empty()) throw UsageError(error.what());
     m_findings.push_back({Finding::Severity::kError,

@@ -81,23 +81,23 @@ TEST_F(RecordFolders, ThatCannotBeMadeAreToldByTheirName) {
   }
 }
 
-TEST_F(RecordFolders, KeepTheNewestRecordsAndAllOtherFiles) {
+TEST_F(RecordFolders, KeepTheNewestRecordsTheSparedOneAndAllOtherFiles) {
   std::vector<std::string> expected;
   for (int second = 25; second > 0; --second) {
     Touch(Run(second));
-    if (second > 5) expected.push_back(Run(second).filename().string());
+    if (second > 5 || second == 2) expected.push_back(Run(second).filename().string());
   }
   for (const char* other : {"notes.txt", "20261121T184601.123Z-77.jsonl.old", "0.jsonl"}) {
     Touch(runs.Path() / other);
     expected.emplace_back(other);
   }
   std::sort(expected.begin(), expected.end());
-  runs.Prune();
+  runs.Prune(Run(2));
   EXPECT_EQ(expected, Files());
 }
 
 TEST_F(RecordFolders, ThatAreNotThereHaveNothingToPrune) {
-  runs.Prune();
+  runs.Prune({});
   EXPECT_FALSE(fs::exists(runs.Path()));
 }
 

@@ -81,9 +81,9 @@ class RecordFolder {
   /// std::runtime_error with a sentence when it cannot.
   std::filesystem::path NewRecord(const std::string& time, std::int64_t pid) const;
 
-  /// Removes the oldest records, so that kKept are left: those of runs that go on are among the
-  /// newest. One that cannot be removed stays.
-  void Prune() const;
+  /// Removes the oldest records, so that kKept are left, and `spared` too, which may be the record
+  /// of a run that goes on. One that cannot be removed stays.
+  void Prune(const std::filesystem::path& spared) const;
 
  private:
   std::filesystem::path m_path;

@@ -80,10 +80,10 @@ fs::path RecordFolder::NewRecord(const std::string& time, std::int64_t pid) cons
   return m_path / (name + "-" + std::to_string(pid) + ".jsonl");
 }
 
-void RecordFolder::Prune() const {
+void RecordFolder::Prune(const fs::path& spared) const {
   const std::vector<fs::path> records = Records(m_path);
   for (std::size_t i = kKept; i < records.size(); ++i) {
     std::error_code ignored;
-    fs::remove(records[i], ignored);
+    if (records[i] != spared) fs::remove(records[i], ignored);
   }
 }
