@@ -2,6 +2,7 @@
 
 #include <stdexcept>
 
+#include "host/LoadReasons.h"
 #include "reference/os/ProcessPath.h"
 #include "sdk/base/path.h"
 #include "sdk/os/os.h"
@@ -23,8 +24,10 @@ FrameLibrary::FrameLibrary(const std::string& path) {
   const HMODULE library = LoadLibraryW(LocalToWide(path).c_str());
   const DWORD error = library == nullptr ? GetLastError() : 0;
   if (library == nullptr) {
-    throw std::runtime_error(path + ": the frame's library cannot be loaded (error " +
-                             std::to_string(error) + "); it belongs beside HUB");
+    const std::string why = BetterLoadReason(path, "");
+    throw std::runtime_error(
+        "the frame's library, which belongs beside HUB: " +
+        (why.empty() ? path + " cannot be loaded (error " + std::to_string(error) + ")" : why));
   }
   LookUp(m_init, library, "Frame_Init", path);
   LookUp(m_start, library, "Frame_Start", path);
