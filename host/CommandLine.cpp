@@ -72,7 +72,8 @@ bool IsOneOfTheProduct(const std::string& file, const fs::path& bin) {
 std::string WhyNotReplaced(const fs::path& file) {
   std::error_code error;
   const fs::file_type type = fs::status(file, error).type();
-  if (type == fs::file_type::fifo || type == fs::file_type::directory) return "is no file";
+  if (type == fs::file_type::fifo) return "is a pipe";
+  if (type == fs::file_type::directory) return "is a directory";
   if (type != fs::file_type::regular || fs::file_size(file, error) == 0) return std::string();
   const std::string head = R"({"record":"head")";
   std::string begin(head.size(), '\0');
@@ -183,6 +184,12 @@ std::string WrongUse(const CLI::ParseError& error, const CLI::App& app,
 
 }  // namespace
 
+CLI::Validator Path() {
+  return CLI::Validator(
+      [](const std::string& text) { return text.empty() ? std::string("\"\" is no path") : ""; },
+      std::string());
+}
+
 CLI::Validator Between(int least, int most) {
   return CLI::Validator(
       [least, most](const std::string& text) {
@@ -203,6 +210,7 @@ void AddProductOptions(CLI::App& command, Options& options) {
                   "Folder of META_INFO and the plugin libraries,\n"
                   "instead of the executable's own")
       ->type_name("DIR")
+      ->check(Path())
       ->group(product);
   command
       .add_option(
@@ -215,6 +223,7 @@ void AddProductOptions(CLI::App& command, Options& options) {
   const std::string log = "The log";
   command.add_option("--log", options.log, "Append every log line to this file")
       ->type_name("FILE")
+      ->check(Path())
       ->group(log);
   command
       .add_option("--log-level", options.logLevel,

@@ -10,6 +10,9 @@ class App;
 class Validator;
 }  // namespace CLI
 
+/// Accepts every text but the empty one, which a script passes whose variable is not set.
+CLI::Validator Path();
+
 /// Accepts whole numbers from `least` to `most`.
 CLI::Validator Between(int least, int most);
 

@@ -82,6 +82,7 @@ void AddOptions(CLI::App& command, Options& options) {
                   "Write the flight record to this file\n"
                   "(default: one in the user's state folder)")
       ->type_name("FILE")
+      ->check(Path())
       ->group(kept);
   command.add_flag("--no-record", options.noRecord, "Write no flight record")->group(kept);
 }

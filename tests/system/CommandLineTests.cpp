@@ -69,6 +69,12 @@ TEST_F(CommandLine, WithAValueTooFewOrTooManyIsRefused) {
   EXPECT_EQ("HUB: --no-record takes no value\n", RunRefused("--no-record=x"));
 }
 
+TEST_F(CommandLine, WithAnEmptyPathIsRefused) {
+  EXPECT_EQ("HUB: --bin: \"\" is no path\n", Refused("run --bin \"\""));
+  EXPECT_EQ("HUB: --log: \"\" is no path\n", RunRefused("--log \"\""));
+  EXPECT_EQ("HUB: --record: \"\" is no path\n", RunRefused("--record \"\""));
+}
+
 TEST_F(CommandLine, WithTwoOptionsThatExcludeEachOtherIsRefused) {
   EXPECT_EQ("HUB: --json and --events: only one of them\n", RunRefused("--json --events"));
   EXPECT_EQ("HUB: --record and --no-record: only one of them\n",
@@ -124,7 +130,7 @@ TEST_F(CommandLine, ThatWouldWriteOverTheProductsFilesIsRefused) {
 TEST_F(CommandLine, WithARecordInPlaceOfSomethingElseIsRefused) {
   EXPECT_EQ("HUB: --record: " + Path("a.file") + " is there and is no flight record\n",
             RunRefused("--record", Path("a.file")));
-  EXPECT_EQ("HUB: --record: " + Path("site") + " is no file\n",
+  EXPECT_EQ("HUB: --record: " + Path("site") + " is a directory\n",
             RunRefused("--record", Path("site")));
 }
 
