@@ -54,8 +54,12 @@ class RunBuilder {
     return Counted("start", id, RunEvent::Result::kOk);
   }
 
+  RunBuilder& Loading(const std::string& id) {
+    return Apply(Event(RunEvent::Kind::kLoadBegin, id));
+  }
+
   RunBuilder& InInit(const std::string& id) {
-    Apply(Event(RunEvent::Kind::kLoadBegin, id));
+    Loading(id);
     return Apply(Event(RunEvent::Kind::kInitBegin, id));
   }
 
@@ -70,7 +74,7 @@ class RunBuilder {
   }
 
   RunBuilder& NotLoaded(const std::string& id, const std::string& reason) {
-    Apply(Event(RunEvent::Kind::kLoadBegin, id));
+    Loading(id);
     RunEvent end = Event(RunEvent::Kind::kLoadEnd, id);
     end.result = RunEvent::Result::kFailed;
     end.text = reason;

@@ -131,6 +131,29 @@ TEST(Verdict, IsLeftBehindWithThePluginsThatHaveNotReturned) {
       Judged(facts, run));
 }
 
+TEST(Verdict, IsLeftBehindWithAPluginWhoseLibraryIsBeingLoaded) {
+  RunBuilder run;
+  run.Plugin("a").Plugin("b").Started("a").Loading("b");
+  RunFacts facts = Well();
+  facts.unfinishedTasks = 1;
+  facts.stoppedBy = "SIGTERM";
+  EXPECT_EQ("4 left-behind | left behind: b is still being loaded (stopped by SIGTERM)",
+            Judged(facts, run));
+}
+
+TEST(Verdict, IsLeftBehindWithSeveralPluginsInEachStepOfTheirs) {
+  RunBuilder run;
+  run.Plugin("a").Plugin("b").Plugin("c").Plugin("d").Plugin("e").Plugin("f");
+  run.Loading("a").Loading("b").InInit("c").InInit("d");
+  run.Started("e").Started("f").InUnInit("e").InUnInit("f");
+  RunFacts facts = Well();
+  facts.unfinishedTasks = 6;
+  EXPECT_EQ(
+      "4 left-behind | left behind: a and b are still being loaded; c and d have not returned from "
+      "their Init; e and f have not returned from their UnInit",
+      Judged(facts, run));
+}
+
 RunFacts InFrameStop() {
   RunFacts facts = Well();
   facts.pendingCall = "Frame_Stop";
