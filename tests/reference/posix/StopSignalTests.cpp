@@ -26,6 +26,13 @@ std::string Next(StopSignal& stop, milliseconds limit) {
   return request ? Name(*request) : "none";
 }
 
+/// The names of the requests that do not come here any more.
+std::string DisplacedOf(const StopSignal& stop) {
+  std::string names;
+  for (const StopRequest request : stop.Displaced()) names += Name(request) + std::string(" ");
+  return names;
+}
+
 /// Forks a child that runs `action`. Its exit status, or minus the signal that ended it.
 template <typename Action>
 int InChild(Action action) {
@@ -85,11 +92,25 @@ TEST(StopSignal, WorksThoughTheSignalsWereBlockedAtTheStart) {
   EXPECT_EQ("SIGTERM", Next(stop, kLong));
 }
 
-TEST(StopSignal, IgnoredHangUpStaysIgnored) {
+TEST(StopSignal, RequestIsDisplacedWhileOtherCodeHandlesOrIgnoresItsSignal) {
+  signal(SIGHUP, SIG_DFL);  // whoever runs the tests may ignore it
+  StopSignal stop;
+  EXPECT_EQ("", DisplacedOf(stop));
+  signal(SIGTERM, SIG_IGN);
+  EXPECT_EQ("SIGTERM ", DisplacedOf(stop));
+  signal(SIGINT, SIG_DFL);
+  signal(SIGHUP, [](int) {});
+  EXPECT_EQ("SIGINT SIGTERM SIGHUP ", DisplacedOf(stop));
+  StopSignal again;
+  EXPECT_EQ("", DisplacedOf(again));
+}
+
+TEST(StopSignal, IgnoredHangUpStaysIgnoredAndIsNotDisplaced) {
   signal(SIGHUP, SIG_IGN);
   StopSignal stop;
   raise(SIGHUP);
   EXPECT_EQ("none", Next(stop, milliseconds(0)));
+  EXPECT_EQ("", DisplacedOf(stop));
   signal(SIGHUP, SIG_DFL);
 }
 
