@@ -16,6 +16,8 @@ using testing::StartsWith;
 
 namespace {
 
+constexpr char kOneOfTheProduct[] = " is one of the product's own files, or could pass for one\n";
+
 /// A product's folder, and other files that a command line may name.
 class CommandLine : public testing::Test {
  protected:
@@ -28,8 +30,8 @@ class CommandLine : public testing::Test {
   std::string Path(const std::string& name) const { return LocalFromPath(folder.Path() / name); }
 
   /// What is said of arguments that are wrong use.
-  static std::string Refused(const std::string& arguments) {
-    const HubResult result = RunHub(arguments);
+  static std::string Refused(const std::string& arguments, const HubSettings& settings = {}) {
+    const HubResult result = RunHub(arguments, settings);
     EXPECT_EQ(2, result.status) << arguments;
     EXPECT_EQ("", result.output) << arguments;
     return result.errors;
@@ -41,6 +43,13 @@ class CommandLine : public testing::Test {
   }
   std::string RunRefused(const std::string& option, const std::string& file) const {
     return RunRefused(option + " \"" + file + "\"");
+  }
+
+  /// The same of a HUB that runs in this folder.
+  HubSettings In(const std::string& place) const {
+    HubSettings settings;
+    settings.folder = folder.Path() / place;
+    return settings;
   }
 
   const TemporaryFolder folder;
@@ -120,11 +129,32 @@ TEST_F(CommandLine, ThatWouldWriteOverTheProductsFilesIsRefused) {
   for (const std::string name : {"site/Product.xml", "site/bin/META_INFO/new.DATA",
                                  "site/bin/a.server.dll", "site/bin/HUB.exe", "site/bin/lib.so"}) {
     for (const std::string option : {"--log", "--record"}) {
-      EXPECT_EQ("HUB: " + option + ": " + Path(name) +
-                    " is one of the product's own files, or could pass for one\n",
+      EXPECT_EQ("HUB: " + option + ": " + Path(name) + kOneOfTheProduct,
                 RunRefused(option, Path(name)));
     }
   }
+}
+
+TEST_F(CommandLine, ThatNamesTheProductsFilesByRelativePathsIsRefused) {
+  const auto expectRefused = [this](const std::string& place, const std::string& bin,
+                                    const std::string& file) {
+    for (const std::string option : {"--log", "--record"}) {
+      EXPECT_EQ("HUB: " + option + ": " + file + kOneOfTheProduct,
+                Refused("run --bin \"" + bin + "\" " + option + " " + file, In(place)));
+    }
+  };
+  expectRefused("site", Path("site/bin"), "new.xml");
+  expectRefused("site", "bin", "new.xml");
+  expectRefused("site/bin", ".", "../new.data");
+  expectRefused("", "site/bin/", "site/nowhere/../new.dll");
+  expectRefused("", "site/bin", Path("site/new.so"));
+}
+
+TEST_F(CommandLine, ThatWouldWriteOverTheFilesAroundHubItselfIsRefused) {
+  HubSettings settings = In("site");
+  settings.program = CopyHubWithoutFrame(folder.Path() / "site" / "bin");
+  EXPECT_EQ(std::string("HUB: --log: new.xml") + kOneOfTheProduct,
+            Refused("run --log new.xml", settings));
 }
 
 TEST_F(CommandLine, WithARecordInPlaceOfSomethingElseIsRefused) {
@@ -138,6 +168,11 @@ TEST_F(CommandLine, WithOneFileForLogAndRecordIsRefused) {
   const std::string other = LocalFromPath(folder.Path() / "site" / ".." / "both");
   EXPECT_EQ("HUB: --log and --record: " + other + " cannot be both\n",
             RunRefused("--log \"" + Path("both") + "\" --record", other));
+  const std::string run = "run --bin site/bin ";
+  EXPECT_EQ("HUB: --log and --record: " + Path("both") + " cannot be both\n",
+            Refused(run + "--log both --record \"" + Path("both") + "\"", In("")));
+  EXPECT_EQ("HUB: --log and --record: both cannot be both\n",
+            Refused(run + "--log \"" + Path("both") + "\" --record both", In("")));
 }
 
 TEST_F(CommandLine, WithALogThatCannotBeOpenedIsRefused) {

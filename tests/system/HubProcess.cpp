@@ -5,6 +5,7 @@
 #include <boost/process/env.hpp>
 #include <boost/process/environment.hpp>
 #include <boost/process/io.hpp>
+#include <boost/process/start_dir.hpp>
 #include <chrono>
 #include <fstream>
 #include <sstream>
@@ -47,6 +48,10 @@ bp::environment Environment(const HubSettings& settings, const fs::path& state) 
   return environment;
 }
 
+std::string StartFolder(const HubSettings& settings) {
+  return LocalFromPath(settings.folder.empty() ? fs::current_path() : settings.folder);
+}
+
 }  // namespace
 
 std::vector<nlohmann::json> HubResult::Events() const {
@@ -61,7 +66,8 @@ HubProcess::HubProcess(const std::string& arguments, const HubSettings& settings
       m_process("\"" + settings.program + "\" " + arguments,
                 bp::std_in<bp::null, bp::std_out>(settings.output.empty() ? m_folder / "out"
                                                                           : settings.output),
-                bp::std_err > m_folder / "err", Environment(settings, m_state)) {}
+                bp::std_err > m_folder / "err", bp::start_dir(StartFolder(settings)),
+                Environment(settings, m_state)) {}
 
 HubProcess::~HubProcess() {
   std::error_code ignored;
@@ -107,6 +113,19 @@ HubResult HubProcess::Wait() {
 
 HubResult RunHub(const std::string& arguments, const HubSettings& settings) {
   return HubProcess(arguments, settings).Wait();
+}
+
+std::string CopyHubWithoutFrame(const fs::path& folder) {
+  const fs::path hub = PathFromLocal(TEV_HUB);
+  const fs::path frame = PathFromLocal(TEV_FRAME);
+  for (const auto& file : fs::directory_iterator(hub.parent_path())) {
+    const bool isLibrary = file.path().extension() == frame.extension();
+    if (file.path().filename() == hub.filename() ||
+        (isLibrary && file.path().filename() != frame.filename())) {
+      fs::copy_file(file.path(), folder / file.path().filename());
+    }
+  }
+  return LocalFromPath(folder / hub.filename());
 }
 
 SiteCopy::SiteCopy(const fs::path& name) : m_root(m_folder.Path() / name) {

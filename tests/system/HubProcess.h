@@ -31,7 +31,8 @@ struct HubSettings {
   std::string program = TEV_HUB;
   std::filesystem::path state;  // the user's state folder; empty: one of the process's own
   std::vector<std::pair<std::string, std::string>> environment;
-  std::string output;  // a file for standard output; empty: kept for the result
+  std::filesystem::path folder;  // that it runs in; empty: the test's own
+  std::string output;            // a file for standard output; empty: kept for the result
 };
 
 /// HUB as a process, from the constructor on. One that is still running is killed with it.
@@ -69,6 +70,9 @@ class HubProcess {
 
 /// Runs HUB with these arguments to its end.
 HubResult RunHub(const std::string& arguments, const HubSettings& settings = {});
+
+/// Copies HUB and the libraries beside it, without the frame's, to `folder`. The program there.
+std::string CopyHubWithoutFrame(const std::filesystem::path& folder);
 
 /// A copy of the sample product in a folder of its own, to be broken by a test.
 class SiteCopy {
