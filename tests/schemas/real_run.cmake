@@ -1,5 +1,6 @@
 # cmake -DHUB=program -DPRODUCT=folder|library|none -DARGUMENTS=list -DSTATUS=status
-#       -DFORMAT=json|events|table -DLAST=end|crash -DSCHEMAS=folder -DWORK=folder -P real_run.cmake
+#       -DFORMAT=json|events|table -DLAST=end|crash -DSCHEMAS=folder -DWORK=folder
+#       [-DLEFT_OUT=library] -P real_run.cmake
 #
 # Runs HUB and validates its flight record and what it prints: with --json one object, with --events
 # lines like those of a record, else nothing. PRODUCT: the folder of a whole product, a plugin's
@@ -22,6 +23,14 @@ elseif(NOT PRODUCT STREQUAL "none")
   file(WRITE "${WORK}/bin/META_INFO/a.server/a.server.xml"
     "<Plugin><Type>2</Type><ID>a.server</ID></Plugin>")
   file(COPY_FILE "${PRODUCT}" "${WORK}/bin/a.server.dll")
+endif()
+
+if(LEFT_OUT)
+  cmake_path(GET HUB PARENT_PATH folder)
+  file(GLOB libraries "${folder}/*.so")
+  list(REMOVE_ITEM libraries "${LEFT_OUT}")
+  file(COPY "${HUB}" ${libraries} DESTINATION "${WORK}/hub")
+  set(HUB "${WORK}/hub/HUB")
 endif()
 
 set(ENV{XDG_STATE_HOME} "${WORK}/state")

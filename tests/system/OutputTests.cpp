@@ -72,6 +72,25 @@ TEST(RunJson, HasTheSameMembersWhateverEndedTheRun) {
   EXPECT_EQ(kMembers, Keys(left.Run("--json --seconds 0.5 --stop-timeout 1").Json()));
 }
 
+TEST(RunJson, IsAWholeObjectWithoutTheFramesLibrary) {
+  const SiteCopy site;
+  HubSettings settings;
+  settings.program = CopyHubWithoutFrame(site.Path("bin"));
+  const HubResult result = RunHub("run --json", settings);
+  const std::string sentence =
+      "the frame's library, which belongs beside HUB: " +
+      LocalFromPath(site.Path("bin") / PathFromLocal(TEV_FRAME).filename()) + " does not exist";
+  EXPECT_EQ(1, result.status);
+  EXPECT_EQ("HUB: " + sentence + "\n", result.errors);
+  const json run = result.Json();
+  EXPECT_EQ(kMembers, Keys(run));
+  EXPECT_EQ("failed", run["status"]);
+  EXPECT_EQ("failed: " + sentence, run["sentence"]);
+  EXPECT_EQ(1, run["exitStatus"]);
+  EXPECT_EQ(nullptr, run["Frame_Init"]);
+  EXPECT_EQ(json::array({{{"severity", "error"}, {"text", sentence}}}), run["findings"]);
+}
+
 TEST(RunJson, IsAWholeObjectAfterASecondStopRequest) {
   MadeProduct product;
   product.Plugin("a.server").Plugin("hangs.server", "uninit_hangs", DependsOn("a.server"));
