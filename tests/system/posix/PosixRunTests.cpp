@@ -20,11 +20,13 @@
 #include <string>
 #include <vector>
 
+#include "tests/support/posix/FileSizeLimit.h"
 #include "tests/system/HowItEnds.h"
 #include "tests/system/MadeProduct.h"
 #include "tests/system/RunToTheCrash.h"
 #include "tests/system/posix/ThreadsOf.h"
 
+using nlohmann::json;
 using testing::AllOf;
 using testing::HasSubstr;
 using testing::Not;
@@ -78,6 +80,42 @@ TEST(OutputThatCannotBeWritten, IsSaidOnceAndDegradesTheRun) {
     EXPECT_THAT(product.Site().Read("run.jsonl"),
                 AllOf(HasSubstr("cannot be written"), HasSubstr("\"status\":\"degraded\"")));
   }
+}
+
+TEST(OutputThatCannotBeWritten, IsFoundWhenItsOnlyTextIsTheObject) {
+  MadeProduct product;
+  product.Plugin("a.server");
+  const std::string record = product.Site().Path("run.jsonl").string();
+  const HubResult result =
+      RunInShell(Hub(product, "--json --seconds 0.5 --record \"" + record + "\" >/dev/full"));
+  EXPECT_EQ(3, result.status);
+  const std::string sentence =
+      "standard output (No space left on device) cannot be written: a part of it is lost";
+  EXPECT_EQ("HUB: " + sentence + "\n", result.errors);
+  const std::string lines = product.Site().Read("run.jsonl");
+  const json end = json::parse(lines.substr(lines.rfind('\n', lines.size() - 2)));
+  EXPECT_EQ("degraded: the one plugin started; " + sentence, end["text"]);
+  EXPECT_EQ("degraded", end["status"]);
+  EXPECT_EQ(3, end["exitStatus"]);
+}
+
+TEST(OutputThatCannotBeWritten, IsFoundWhenItsLastLineAloneIsLost) {
+  MadeProduct product;
+  const std::string arguments =
+      product.Plugin("a.server").Arguments("--events --no-record --seconds 1");
+  const std::string whole = RunHub(arguments).output;
+  // Two runs' events differ by the digits of their numbers alone, by less than half of the last.
+  const std::size_t size = (whole.rfind('\n', whole.size() - 2) + whole.size()) / 2;
+  HubResult result;
+  {
+    const FileSizeLimit limit(size);
+    result = RunHub(arguments);
+  }
+  EXPECT_EQ(3, result.status);
+  EXPECT_EQ("HUB: standard output (File too large) cannot be written: a part of it is lost\n",
+            result.errors);
+  EXPECT_EQ(size, result.output.size());
+  EXPECT_THAT(result.output, HasSubstr("\n{\"record\":\"event\",\"event\":\"end\","));
 }
 
 TEST(OutputThatCannotBeWritten, ByAReaderThatHasGoneEndsNothing) {
