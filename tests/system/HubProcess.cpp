@@ -66,8 +66,8 @@ HubProcess::HubProcess(const std::string& arguments, const HubSettings& settings
       m_process("\"" + settings.program + "\" " + arguments,
                 bp::std_in<bp::null, bp::std_out>(settings.output.empty() ? m_folder / "out"
                                                                           : settings.output),
-                bp::std_err > m_folder / "err", bp::start_dir(StartFolder(settings)),
-                Environment(settings, m_state)) {}
+                bp::std_err > (settings.errors.empty() ? m_folder / "err" : settings.errors),
+                bp::start_dir(StartFolder(settings)), Environment(settings, m_state)) {}
 
 HubProcess::~HubProcess() {
   std::error_code ignored;

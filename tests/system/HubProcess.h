@@ -33,6 +33,7 @@ struct HubSettings {
   std::vector<std::pair<std::string, std::string>> environment;
   std::filesystem::path folder;  // that it runs in; empty: the test's own
   std::string output;            // a file for standard output; empty: kept for the result
+  std::string errors;            // the same for standard error
 };
 
 /// HUB as a process, from the constructor on. One that is still running is killed with it.

@@ -241,6 +241,33 @@ TEST(Screen, KeepsEachLineWithinTheTerminalAndColorsTheTable) {
   EXPECT_THAT(terminal.Shown(), Not(HasSubstr("\x1b[3")));
 }
 
+/// What stands on the terminal above the table when all that was shown is drawn, with milliseconds
+/// as "N ms".
+std::string AboveTheTable(const std::string& shown) {
+  const std::string lines = shown.substr(0, shown.find("\r\nPlugin "));
+  const std::regex drawnOver("[^\n]*\r\x1b\\[K");
+  const std::regex milliseconds("[0-9]+ ms");
+  return std::regex_replace(std::regex_replace(lines, drawnOver, ""), milliseconds, "N ms");
+}
+
+TEST(Screen, HasErrorsOnTheSameTerminalInTheirOrderAndWithinItsWidth) {
+  Terminal terminal;
+  MadeProduct product;
+  product.Plugin("hangs.server", "uninit_hangs");
+  HubSettings settings;
+  settings.output = terminal.Name();
+  settings.errors = terminal.Name();
+  EXPECT_EQ(4, product.Run("--seconds 1 --stop-timeout 1 --color never", settings).status);
+  EXPECT_EQ(
+      "hangs.server             started in N ms\r\n"
+      "Up after N ms. Stops by itself; Ctrl-C stops it now.\r\n"
+      "Stopping (--seconds 1).\r\n"
+      "HUB: no plugin has ended for 1 s: left behind: hangs.server\r\n"
+      "    has not returned from its UnInit (stopped by --seconds\r\n"
+      "    1)\r\n",
+      AboveTheTable(terminal.Shown()));
+}
+
 TEST(SecondHub, OnTheSameProductUnderAnotherNameSaysSo) {
   RunningProduct first;
   const TemporaryFolder links;
