@@ -61,19 +61,26 @@ bool IsOneOfTheProduct(const std::string& file, const fs::path& bin) {
   const auto both = std::mismatch(product.begin(), product.end(), target.begin(), target.end());
   if (both.first != product.end()) return false;  // it lies elsewhere
   static const std::set<std::string> own = {".xml", ".data", ".dll", ".exe", ".so"};
-  std::string extension = LocalFromPath(target.extension());
-  for (char& c : extension) {
+  std::string name = LocalFromPath(target.filename());
+  for (char& c : name) {
     if (c >= 'A' && c <= 'Z') c = static_cast<char>(c - 'A' + 'a');
   }
-  return own.count(extension) != 0;
+  const bool isVersioned = name.find(".so.") != std::string::npos;
+  return isVersioned || own.count(LocalFromPath(PathFromLocal(name).extension())) != 0;
+}
+
+/// Why nothing can be appended there; empty when it can. A pipe hangs whoever opens or fills it.
+std::string WhyNotWritten(const fs::path& file) {
+  std::error_code error;
+  const fs::file_type type = fs::status(file, error).type();
+  if (type == fs::file_type::fifo) return "is a pipe";
+  return type == fs::file_type::directory ? "is a directory" : "";
 }
 
 /// Why a flight record cannot take the place of what is there now; empty when it can.
 std::string WhyNotReplaced(const fs::path& file) {
   std::error_code error;
   const fs::file_type type = fs::status(file, error).type();
-  if (type == fs::file_type::fifo) return "is a pipe";
-  if (type == fs::file_type::directory) return "is a directory";
   if (type != fs::file_type::regular || fs::file_size(file, error) == 0) return std::string();
   const std::string head = R"({"record":"head")";
   std::string begin(head.size(), '\0');
@@ -103,6 +110,8 @@ std::string WhatIsWrong(const Options& options) {
     if (IsOneOfTheProduct(file, bin)) {
       return option + file + " is one of the product's own files, or could pass for one";
     }
+    const std::string why = file.empty() ? file : WhyNotWritten(PathFromLocal(file));
+    if (!why.empty()) return option + file + " " + why;
   }
   if (options.record.empty()) return std::string();
   const fs::path record = PathFromLocal(options.record);

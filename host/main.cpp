@@ -47,7 +47,12 @@ void SetUpLog(const Options& options) {
 ExitStatus Main(HostContext& context) {
   ExitStatus status = kOk;
   const std::optional<Request> request = ReadCommandLine(context, status);
-  if (!request) return status;
+  if (!request) {
+    context.output.Flush();
+    if (context.output.Error().empty()) return status;
+    context.output.WriteError("standard output cannot be written: " + context.output.Error());
+    return kFrameFailed;
+  }
   SetUpLog(request->options);
   UseProductFolder(request->options.bin);
   SetRunningModule(request->options.module);

@@ -126,8 +126,9 @@ TEST_F(CommandLine, WithAFolderThatIsNoneIsRefused) {
 }
 
 TEST_F(CommandLine, ThatWouldWriteOverTheProductsFilesIsRefused) {
-  for (const std::string name : {"site/Product.xml", "site/bin/META_INFO/new.DATA",
-                                 "site/bin/a.server.dll", "site/bin/HUB.exe", "site/bin/lib.so"}) {
+  for (const std::string name :
+       {"site/Product.xml", "site/bin/META_INFO/new.DATA", "site/bin/a.server.dll",
+        "site/bin/HUB.exe", "site/bin/lib.so", "site/bin/libz.so.1"}) {
     for (const std::string option : {"--log", "--record"}) {
       EXPECT_EQ("HUB: " + option + ": " + Path(name) + kOneOfTheProduct,
                 RunRefused(option, Path(name)));

@@ -159,6 +159,24 @@ TEST(ClosedStandardStreams, NeverLetAPluginPrintIntoTheRecord) {
               AllOf(HasSubstr("\"event\":\"end\""), Not(HasSubstr("printed by"))));
 }
 
+TEST(OutputThatCannotBeWritten, OfTheHelpIsSaidAndFails) {
+  const HubResult result = RunInShell("exec \"" TEV_HUB "\" --help > /dev/full");
+  EXPECT_EQ(1, result.status);
+  EXPECT_EQ("HUB: standard output cannot be written: No space left on device\n", result.errors);
+}
+
+TEST(OutputThatCannotBeWritten, IsALogThatIsAPipe) {
+  SiteCopy site;
+  ASSERT_EQ(0, mkfifo(site.Path("pipe").c_str(), 0600));
+  const std::string pipe = site.Path("pipe").string();
+  for (const char* command : {"run", "model"}) {
+    const HubResult result =
+        RunHub(std::string(command) + " --bin " + site.Bin() + " --log \"" + pipe + "\"");
+    EXPECT_EQ(2, result.status);
+    EXPECT_EQ("HUB: --log: " + pipe + " is a pipe\n", result.errors);
+  }
+}
+
 TEST(OutputThatCannotBeWritten, OfTheModelIsSaidAndFails) {
   MadeProduct product;
   product.Plugin("a.server");
@@ -370,6 +388,17 @@ TEST(StopRequest, ByAHangUpThatIsIgnoredFromTheStartIsNone) {
   const HubResult result = hub.Wait();
   EXPECT_EQ(0, result.status) << result.errors;
   EXPECT_THAT(result.output, HasSubstr("\nStopping (SIGTERM).\n"));
+}
+
+TEST(StopRequest, ThatComesTwiceAtOnceLeaves) {
+  MadeProduct product;
+  HubProcess hub(product.Plugin("a.server").Arguments("--json"));
+  ASSERT_TRUE(hub.AwaitRecord("\"up\""));
+  hub.AskToStop(StopKind::kTerminate);
+  hub.AskToStop(StopKind::kInterrupt);
+  const HubResult result = hub.Wait();
+  EXPECT_EQ(4, result.status);
+  EXPECT_EQ("left-behind", result.Json()["status"]);
 }
 
 TEST(StopRequest, WhileAFileIsReadForEverIsKeptAndASecondOneLeaves) {
