@@ -218,6 +218,21 @@ TEST_F(FileFindingsTest, NameWhatReadsAsEmptyAndWhatIsLost) {
                   "file reads as empty, so the platform has no settings"));
 }
 
+TEST_F(FileFindingsTest, NameDescriptionsThatHoldAnotherIDThanTheirOwn) {
+  tree.Product("a: b: c: d:");
+  tree.Write("bin/META_INFO/b/b.xml", "<Plugin><Type>2</Type></Plugin>");
+  tree.Write("bin/META_INFO/c/c.xml", "<Plugin><Type>2</Type><ID>a</ID></Plugin>");
+  tree.Write("bin/META_INFO/d/d.xml", "\n<Plugin><Type>2</Type><ID>x</ID></Plugin>");
+  EXPECT_THAT(FileFindings(),
+              ElementsAre("E bin/META_INFO/b/b.xml:1: its ID is missing: the plugin that "
+                          "Product.xml:1 lists as \"b\" is dropped",
+                          "E bin/META_INFO/c/c.xml:1: its ID is \"a\", not \"c\", by which "
+                          "Product.xml:1 lists it: another plugin has that ID, and only one of "
+                          "them counts",
+                          "W bin/META_INFO/d/d.xml:2: its ID is \"x\", not \"d\", by which "
+                          "Product.xml:1 lists it: the plugin counts as that one"));
+}
+
 TEST_F(FileFindingsTest, NameStandInThatWasRead) {
   fs::remove(Bin() / "META_INFO/b/b.xml");
   tree.Write("bin/META_INFO/b/b.data", "<Plugin>\n\xFF</Plugin>");

@@ -1,6 +1,7 @@
 // What is said of model files that cannot be read, or read as empty.
 
 #include <algorithm>
+#include <optional>
 
 #include "workbench/product/Findings.h"
 #include "workbench/product/ModelText.h"
@@ -83,6 +84,32 @@ std::string ReadsAsEmpty(const ModelFile& file, const LocalNames& names) {
   return text;
 }
 
+/// What is wrong with the ID that a plugin's description holds itself; none when it is the one that
+/// the plugin is listed by. The frame goes by the description's, and starts one of several plugins
+/// with one ID: an addon may so replace a plugin of the product.
+std::optional<Finding> WrongHeldID(const ModelFile& file, const std::vector<ModelFile>& files,
+                                   const LocalNames& names) {
+  const bool isPlugin = file.root == "Plugin" && file.state == State::kGood;
+  if (!isPlugin || file.heldID == file.listed.id) return std::nullopt;
+  const std::string place = Place(file.read, file.line, names) + ": its ID is ";
+  const std::string entry = ", not " + Quoted(file.listed.id) + ", by which " +
+                            Place(file.listed.file.filename(), file.listed.line, names) +
+                            " lists it: ";
+  if (file.heldID.empty()) {
+    return Finding{Severity::kError, place + "missing: " + Loss(file, names)};
+  }
+  if (!file.required) return std::nullopt;
+  const bool isTaken = std::any_of(files.begin(), files.end(), [&](const ModelFile& other) {
+    return &other != &file && other.required && other.heldID == file.heldID;
+  });
+  if (isTaken) {
+    return Finding{Severity::kError, place + Quoted(file.heldID) + entry +
+                                         "another plugin has that ID, and only one of them counts"};
+  }
+  return Finding{Severity::kWarning,
+                 place + Quoted(file.heldID) + entry + "the plugin counts as that one"};
+}
+
 /// What an addon or tool, or all of them, lose by a file that is not required and cannot be read.
 std::string LostAddon(const ModelFile& file, const LocalNames& names) {
   const std::string why = WhyUnreadable(file, names) + "; ";
@@ -155,6 +182,7 @@ std::vector<Finding> FindingsOfFiles(const std::vector<ModelFile>& files, const 
     findings.push_back({severity, std::move(text)});
   };
   for (const ModelFile& file : files) {
+    if (const auto wrong = WrongHeldID(file, files, names)) add(wrong->severity, wrong->text);
     const bool ofTools = IsOfTools(file);
     const Severity severity = ofTools ? Severity::kWarning : Severity::kError;
     if (file.state == State::kNotWellFormed || file.state == State::kOtherRoot) {

@@ -140,7 +140,16 @@ void FollowList(ModelFileReader& reader, const Document& list, const std::string
   }
 }
 
-void IgnoreContent(const Document&, const std::string&) {}
+/// Follows a list of plugins to their descriptions.
+void FollowPlugins(ModelFileReader& reader, const Document& list, const std::string& section,
+                   const std::string& element, const std::string& folder, bool required) {
+  FollowList(reader, list, section, element, folder, kPlugin, required,
+             [&](const Document& description, const std::string&) {
+               ModelFile& file = reader.File(description);
+               if (file.state != ModelFile::State::kGood) return;
+               file.heldID = description.xml.Text("/Plugin/ID", "");
+             });
+}
 
 /// Marks the description of an addon or tool that the frame skips because of its ID. Returns
 /// whether the frame goes on with it.
@@ -191,9 +200,8 @@ std::vector<ModelFile> ReadModelFiles(const fs::path& bin, const LocalNames& nam
   const Document drivers = reader.Read(meta + "DeviceDrivers.xml", "DAMDrivers", true);
   reader.Read(meta + "Portal.xml", "PortalDescription", true);
   reader.Read(meta + "Platform.xml", "Platform", true);
-  FollowList(reader, product, "/ProductDescription/Plugins", kPlugin, meta, kPlugin, true,
-             IgnoreContent);
-  FollowList(reader, drivers, "/DAMDrivers", "Driver", meta, kPlugin, true, IgnoreContent);
+  FollowPlugins(reader, product, "/ProductDescription/Plugins", kPlugin, meta, true);
+  FollowPlugins(reader, drivers, "/DAMDrivers", "Driver", meta, true);
 
   const std::string installedRoot = "InstalledProductsDescription";
   const Document installed =
@@ -205,8 +213,7 @@ std::vector<ModelFile> ReadModelFiles(const fs::path& bin, const LocalNames& nam
       FollowList(reader, installed, "/" + installedRoot + "/Addons", "Addon", addonFolder,
                  "AddonDescription", false, [&](const Document& addon, const std::string& id) {
                    if (!CheckID(reader, addon, id)) return;
-                   FollowList(reader, addon, "/AddonDescription/Plugins", kPlugin, meta, kPlugin,
-                              false, IgnoreContent);
+                   FollowPlugins(reader, addon, "/AddonDescription/Plugins", kPlugin, meta, false);
                  });
     }
   }

@@ -44,6 +44,7 @@ struct ModelFile {
   bool required = false;   // Frame_Init fails when it is missing or unreadable
   std::string root;        // the root element that it has to have
   ModelFileEntry listed;
+  std::string heldID;  // of a good description of a plugin: the ID that it holds itself
 };
 
 /// Every model file that the frame reads for the product whose executables lie in `bin`, in the
