@@ -45,7 +45,7 @@ Reading Read(const FrameLibrary& frame, const RunMonitor& monitor) {
                    {"PluginsInfo", OrNull(platform.plugins)},
                    {"PlatformInfo", OrNull(SnapshotLpc().info)}};
   if (reading.result != 0) {
-    reading.sentences = FailureSentences(monitor.Notes());
+    reading.sentences = FirstSentences(FailureSentences(monitor.Notes()));
     return reading;
   }
   frame.UnInit();

@@ -107,6 +107,10 @@ std::vector<std::string> FailureSentences(const std::vector<FrameEvent>& notes) 
     // As the frame itself: its own words say so.
   }
   if (sentences.empty()) return {FrameWords(notes)};
+  return sentences;
+}
+
+std::vector<std::string> FirstSentences(std::vector<std::string> sentences) {
   if (sentences.size() > kMostSentences) {
     const std::size_t more = sentences.size() - kMostSentences;
     sentences.resize(kMostSentences);

@@ -30,3 +30,6 @@ std::optional<Finding> FindingOf(const FrameEvent& note);
 /// Why Frame_Init failed: a sentence for each model file that it could not do without, or, where no
 /// file is to blame, the frame's own words. `notes`: what it logged. Never empty.
 std::vector<std::string> FailureSentences(const std::vector<FrameEvent>& notes);
+
+/// What people are shown of them: the first ones, and in a sentence how many more there are.
+std::vector<std::string> FirstSentences(std::vector<std::string> sentences);

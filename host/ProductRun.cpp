@@ -25,6 +25,7 @@ namespace {
 
 constexpr std::chrono::milliseconds kTick{50};
 constexpr std::chrono::seconds kLongestNameReading{2};
+constexpr char kFrameStop[] = "Frame_Stop";
 constexpr char kReadingOfFiles[] = "the reading of the product's files";
 constexpr double kLastTasksSeconds = 0.2;
 constexpr double kLongestDisplacement = 2;  // seconds
@@ -150,14 +151,16 @@ void ProductRun::Stay() {
     m_facts.failure = "the plugins could not be started: " + StartFailure(m_monitor.Notes());
     return;
   }
-  if (m_facts.callbackResult) m_reporter.SayUp((SteadyNanoseconds() - m_startNs) / 1'000'000);
+  if (m_facts.callbackResult) {
+    m_reporter.SayUp((SteadyNanoseconds() - m_startNs) / 1'000'000, m_stopAsked);
+  }
   Await([this] { return m_stopAsked; });
 }
 
 /// Frame_Stop, and Frame_UnInit.
 void ProductRun::Stop() {
   m_stopLimit.emplace(m_options.stopTimeout, SteadyNanoseconds());
-  if (m_facts.startResult) Call("Frame_Stop", [this] { m_frame->Stop(); });
+  if (m_facts.startResult) Call(kFrameStop, [this] { m_frame->Stop(); });
   SayNotes();
   // A plugin is counted shortly before its task ends. One that is still in its Init is not waited
   // for: the stop has passed it by, and may have unmapped what it depends on.
@@ -199,6 +202,7 @@ void ProductRun::AddEnd(const Verdict& verdict) {
 /// stop request ends the waiting.
 void ProductRun::Call(const char* what, std::function<void()> call) {
   m_facts.pendingCall = what;
+  m_callSince = SteadyNanoseconds();
   m_driver.Begin(std::move(call));
   while (!m_driver.WaitForEnd(kTick)) Tick();
   m_facts.pendingCall.clear();
@@ -221,7 +225,9 @@ void ProductRun::Tick() {
     AskToStop(fmt::format("--start-timeout {:g}", *m_options.startTimeout));
   }
   WatchDisplaced();
-  m_reporter.ShowProgress();
+  const bool showsCall = !m_facts.pendingCall.empty() && m_facts.pendingCall != kFrameStop;
+  m_reporter.ShowProgress(showsCall ? WaitingForCall(m_facts.pendingCall, SecondsSince(m_callSince))
+                                    : std::string());
   m_reporter.FoundLoss();
   CheckStopLimit();
 }
@@ -279,8 +285,10 @@ void ProductRun::CheckStopLimit() {
   const RunState state = m_monitor.State();
   const bool stuck = UnfinishedTasks() == 0 && OnlyWaiting(state);
   if (m_stopLimit->Expired(SteadyNanoseconds(), CountStopped(state), stuck)) {
-    const std::string rest = stuck ? "what is left can never stop, and {:g} s have passed"
-                                   : "no plugin has ended for {:g} s";
+    const bool ofPlugins = m_facts.pendingCall.empty() || m_facts.pendingCall == kFrameStop;
+    const std::string rest = stuck       ? "what is left can never stop, and {:g} s have passed"
+                             : ofPlugins ? "no plugin has ended for {:g} s"
+                                         : "{:g} s have passed since the stop request";
     Leave(fmt::format(fmt::runtime(rest), m_stopLimit->Seconds()));
   }
 }
@@ -288,6 +296,10 @@ void ProductRun::CheckStopLimit() {
 /// Ends the process in the middle of the run, with everything said that is known.
 void ProductRun::Leave(const std::string& why) {
   m_facts.unfinishedTasks = UnfinishedTasks();
+  if (m_facts.pendingCall.empty()) {  // between two calls: the next one is left out
+    const bool stopped = m_monitor.State().FindPhase(RunPhase::kFrameStop) != nullptr;
+    m_facts.pendingCall = stopped ? "Frame_UnInit" : kFrameStop;
+  }
   m_reporter.SayError({why + ": " + Judge(m_facts, m_monitor.State()).sentence});
   EndProcess(End().exitStatus);
 }
@@ -326,7 +338,7 @@ void ProductRun::SayNotes() {
 void ProductRun::ExplainFailure() {
   std::vector<std::string> sentences;
   Call(kReadingOfFiles, [&] { sentences = FailureSentences(m_monitor.Notes()); });
-  m_reporter.SayError(sentences);
+  m_reporter.SayError(FirstSentences(sentences));
   m_facts.failure = sentences.front();
   if (sentences.size() > 1) m_facts.failure += fmt::format(" (and {} more)", sentences.size() - 1);
 }

@@ -77,6 +77,7 @@ class ProductRun {
   RunFacts m_facts;
 
   std::int64_t m_startNs = 0;            // of Frame_Start; 0: not begun
+  std::int64_t m_callSince = 0;          // of the pending call
   bool m_stopAsked = false;              // by whomever
   bool m_signalled = false;              // by a signal
   std::optional<StopLimit> m_stopLimit;  // since the stop request

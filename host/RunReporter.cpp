@@ -84,22 +84,23 @@ void RunReporter::SayError(const std::vector<std::string>& sentences) {
   }
 }
 
-void RunReporter::SayUp(std::int64_t milliseconds) {
+void RunReporter::SayUp(std::int64_t milliseconds, bool isStopping) {
   RunEvent up;
   up.kind = RunEvent::Kind::kUp;
   up.milliseconds = milliseconds;
   m_monitor.Add(std::move(up));
   if (InTable()) m_screen.Finish(m_monitor.State());
-  SayLine(fmt::format(
-      "Up after {} ms. {}", milliseconds,
-      m_options.seconds ? "Stops by itself; Ctrl-C stops it now." : "Ctrl-C stops it."));
+  const char* how = isStopping          ? ""
+                    : m_options.seconds ? " Stops by itself; Ctrl-C stops it now."
+                                        : " Ctrl-C stops it.";
+  SayLine(fmt::format("Up after {} ms.{}", milliseconds, how));
 }
 
-void RunReporter::ShowProgress() {
+void RunReporter::ShowProgress(const std::string& otherwise) {
   const RunState state = m_monitor.State();
   const std::int64_t now = SteadyNanoseconds();
   const std::string line = WaitingLine(state, m_cycles, now);
-  if (InTable()) m_screen.Update(state, line);
+  if (InTable()) m_screen.Update(state, line.empty() ? otherwise : line);
   if (m_waitingLog.IsDue(WaitedFor(state, m_cycles), now)) {
     IKPXFormatLog(kProgress, kModule, "%s", line.c_str());
   }

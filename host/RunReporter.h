@@ -38,11 +38,13 @@ class RunReporter {
   /// Sentences that must not be missed: findings of the run, on standard error.
   void SayError(const std::vector<std::string>& sentences);
 
-  void SayUp(std::int64_t milliseconds);
+  /// `isStopping`: a stop was asked for already.
+  void SayUp(std::int64_t milliseconds, bool isStopping);
 
-  /// What has happened since the last call, and who is waited for. To be called several times a
-  /// second; who is waited for goes to the log when it changes, and once a minute.
-  void ShowProgress();
+  /// What has happened since the last call, and who is waited for: plugins, else what `otherwise`
+  /// says. To be called several times a second; which plugins are waited for goes to the log when
+  /// it changes, and once a minute.
+  void ShowProgress(const std::string& otherwise);
 
   /// Whether an output has been found to lose something since the last call.
   bool FoundLoss();

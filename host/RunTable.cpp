@@ -47,7 +47,7 @@ std::string StopText(const PluginRun& plugin) {
     case State::kStopRefused:
       return "STOP REFUSED";
     case State::kInUnInit:
-      return "NOT RETURNED";
+      return plugin.uninitMs < 0 ? "NOT RETURNED" : "NOT UNMAPPED";
     default:
       return "-";
   }

@@ -62,9 +62,12 @@ std::string StartedText(const RunState& state) {
 /// What went wrong with plugins, as clauses.
 std::string Trouble(const RunState& state) {
   const auto refused = [](const PluginRun& p) { return p.state == State::kStopRefused; };
+  const auto late = [](const PluginRun& p) { return p.state == State::kStarted && p.stopCounted; };
   return Clause(StartedAs(state, State::kInitFailed), "failed in Init", "failed in Init") +
          Clause(StartedAs(state, State::kNotLoaded), "was not loaded", "were not loaded") +
-         Clause(Names(state, refused), "refused to stop", "refused to stop");
+         Clause(Names(state, refused), "refused to stop", "refused to stop") +
+         Clause(Names(state, late), "was not stopped: its Init ended after the stop had begun",
+                "were not stopped: their Init ended after the stop had begun");
 }
 
 std::vector<std::string> Errors(const RunState& state) {
@@ -128,13 +131,19 @@ std::string WaitingForEver(const RunState& state) {
 std::string LeftBehindText(const RunFacts& facts, const RunState& state) {
   const auto inInit = [](const PluginRun& p) { return p.state == State::kInInit; };
   const auto loading = [](const PluginRun& p) { return p.state == State::kLoading; };
-  const auto inUnInit = [](const PluginRun& p) { return p.state == State::kInUnInit; };
+  const auto inUnInit = [](const PluginRun& p) {
+    return p.state == State::kInUnInit && p.uninitMs < 0;
+  };
+  const auto unmapping = [](const PluginRun& p) {
+    return p.state == State::kInUnInit && p.uninitMs >= 0;
+  };
   std::string text =
       Clause(Names(state, loading), "is still being loaded", "are still being loaded") +
       Clause(Names(state, inInit), "has not returned from its Init",
              "have not returned from their Init") +
       Clause(Names(state, inUnInit), "has not returned from its UnInit",
-             "have not returned from their UnInit");
+             "have not returned from their UnInit") +
+      Clause(Names(state, unmapping), "is still being unmapped", "are still being unmapped");
   const bool stopping = facts.pendingCall == "Frame_Stop";
   if (text.empty() && stopping && facts.unfinishedTasks == 0) text = WaitingForEver(state);
   if (text.empty() && !facts.pendingCall.empty()) {

@@ -16,9 +16,11 @@ using State = PluginRun::State;
 constexpr std::size_t kMostNames = 5;
 constexpr std::int64_t kNanosecondsInAMinute = 60'000'000'000;
 
+/// Whether the phase waits for code of the plugin. A stop does not wait for an Init that still
+/// runs.
 bool Running(const PluginRun& plugin) {
-  return plugin.state == State::kLoading || plugin.state == State::kInInit ||
-         plugin.state == State::kInUnInit;
+  const bool starting = plugin.state == State::kLoading || plugin.state == State::kInInit;
+  return (starting && !plugin.stopCounted) || plugin.state == State::kInUnInit;
 }
 
 bool Stopping(const RunState& state) {
@@ -74,8 +76,8 @@ std::string Waited(const RunState& state, const std::vector<std::string>& cycles
   return "waiting for " + JoinNames(names, kMostNames);
 }
 
-/// "16 of 20 started, 1 failed; "; at the stop, of those that have something to stop, "9 of 18
-/// stopped, 1 refused; ", or nothing where there are none.
+/// "16 of 20 started, 1 failed"; at the stop, of those that have something to stop, "9 of 18
+/// stopped, 1 refused".
 std::string DoneText(const RunState& state) {
   const bool stopping = Stopping(state);
   std::size_t all = 0;
@@ -91,10 +93,9 @@ std::string DoneText(const RunState& state) {
     ++all;
     if (done) ++(isWell ? well : badly);
   }
-  if (all == 0) return std::string();
   std::string text = fmt::format("{} of {} {}", well, all, stopping ? "stopped" : "started");
   if (badly != 0) text += fmt::format(", {} {}", badly, stopping ? "refused" : "failed");
-  return text + "; ";
+  return text;
 }
 
 std::string Milliseconds(std::int64_t ms) {
@@ -134,7 +135,12 @@ std::string WaitingLine(const RunState& state, const std::vector<std::string>& c
     return fmt::format("{} ({:.1f} s)", ShownID(plugin.head.id),
                        static_cast<double>(nowNs - plugin.sinceNs) * 1e-9);
   });
-  return waited.empty() ? waited : DoneText(state) + waited;
+  return waited.empty() ? waited : DoneText(state) + "; " + waited;
+}
+
+std::string WaitingForCall(const std::string& call, double seconds) {
+  constexpr double usual = 2;
+  return seconds < usual ? std::string() : fmt::format("waiting for {} ({:.1f} s)", call, seconds);
 }
 
 std::size_t NameColumns(std::size_t columns) {

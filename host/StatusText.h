@@ -22,6 +22,10 @@ std::string WaitedFor(const RunState& state, const std::vector<std::string>& cyc
 std::string WaitingLine(const RunState& state, const std::vector<std::string>& cycles,
                         std::int64_t nowNs);
 
+/// What is waited for when that is no plugin: "waiting for Frame_Init (12.0 s)"; empty as long as
+/// that takes no longer than usual.
+std::string WaitingForCall(const std::string& call, double seconds);
+
 /// Decides when the log is told whom the run waits for: when that changes, and once a minute.
 /// Not thread-safe.
 class WaitingLog {

@@ -86,6 +86,15 @@ class RunBuilder {
     return Apply(Event(RunEvent::Kind::kUnInitBegin, id));
   }
 
+  /// Its UnInit has returned.
+  RunBuilder& Unmapping(const std::string& id, std::int64_t ms = 3) {
+    InUnInit(id);
+    RunEvent end = Event(RunEvent::Kind::kUnInitEnd, id);
+    end.result = RunEvent::Result::kOk;
+    end.milliseconds = ms;
+    return Apply(end);
+  }
+
   RunBuilder& Stopped(const std::string& id, std::int64_t ms = 3) {
     return UnInitEnd(id, RunEvent::Result::kOk, ms, "");
   }

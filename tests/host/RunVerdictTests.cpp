@@ -119,6 +119,31 @@ TEST(Verdict, OfTheOnePluginThatWasCutShortSaysHowFarItWas) {
       Judged(facts, run));
 }
 
+RunFacts InFrameStop() {
+  RunFacts facts = Well();
+  facts.pendingCall = "Frame_Stop";
+  return facts;
+}
+
+TEST(Verdict, OfAPluginWhoseInitEndedTooLateSaysThatItWasNotStopped) {
+  RunFacts facts = Well();
+  facts.stoppedBy = "SIGINT";
+  RunBuilder run;
+  run.Plugin("a").Plugin("b").Plugin("c").Started("b").InInit("a");
+  run.NothingToStop("a").Stopped("b").Started("a");
+  EXPECT_EQ(
+      "4 cut-short | cut short: stopped by SIGINT before it was up; 2 of 3 plugins started; a was "
+      "not stopped: its Init ended after the stop had begun",
+      Judged(facts, run));
+}
+
+TEST(Verdict, IsLeftBehindWithThePluginsThatAreStillBeingUnmapped) {
+  RunBuilder run;
+  run.Plugin("a").Plugin("b").Started("a").Started("b").Up().Unmapping("a").Unmapping("b");
+  EXPECT_EQ("4 left-behind | left behind: a and b are still being unmapped",
+            Judged(InFrameStop(), run));
+}
+
 TEST(Verdict, IsLeftBehindWithThePluginsThatHaveNotReturned) {
   RunBuilder run;
   run.Plugin("a").Plugin("b").Plugin("c").Started("a").InInit("b").Started("c").InUnInit("c");
@@ -152,12 +177,6 @@ TEST(Verdict, IsLeftBehindWithSeveralPluginsInEachStepOfTheirs) {
       "4 left-behind | left behind: a and b are still being loaded; c and d have not returned from "
       "their Init; e and f have not returned from their UnInit",
       Judged(facts, run));
-}
-
-RunFacts InFrameStop() {
-  RunFacts facts = Well();
-  facts.pendingCall = "Frame_Stop";
-  return facts;
 }
 
 TEST(Verdict, OfACycleSaysWhatEachPluginWaitsFor) {

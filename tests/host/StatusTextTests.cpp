@@ -84,10 +84,15 @@ TEST(WaitingLine, OfTheStopCountsThoseThatHaveSomethingToStop) {
   EXPECT_EQ("1 of 3 stopped, 1 refused; waiting for a (1.5 s)", Line(run));
 }
 
-TEST(WaitingLine, OfTheStopCountsNothingWhenNoneHasSomethingToStop) {
-  RunBuilder run = Stopping(RunBuilder().Plugin("a").InInit("a"));
-  run.NothingToStop("a");
-  EXPECT_EQ("waiting for a (1.5 s)", Line(run));
+TEST(WaitingLine, OfTheStopDoesNotNameAPluginThatItHasPassedBy) {
+  RunBuilder run = Stopping(RunBuilder().Plugin("a").Plugin("b").InInit("a").Started("b"));
+  run.NothingToStop("a").InUnInit("b");
+  EXPECT_EQ("0 of 1 stopped; waiting for b (1.5 s)", Line(run));
+}
+
+TEST(WaitingForCall, IsSaidOnceItTakesLongerThanUsual) {
+  EXPECT_EQ("", WaitingForCall("Frame_Init", 1.99));
+  EXPECT_EQ("waiting for Frame_Init (2.0 s)", WaitingForCall("Frame_Init", 2));
 }
 
 TEST(WaitingLine, OfTheStopNamesTheCycleOnceNothingElseCanEnd) {

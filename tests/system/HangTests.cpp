@@ -125,6 +125,14 @@ TEST(PluginThatHangs, InUnInitIsNamedAndLeftBehindAfterTheStopsLimit) {
   EXPECT_EQ("started", run["plugins"][0]["state"]);
 }
 
+TEST(StopTimeout, OfNoTimeLeavesBeforeAnyPluginIsStopped) {
+  MadeProduct product;
+  const HubResult result = product.Plugin("a.server").Run("--json --seconds 0.5 --stop-timeout 0");
+  EXPECT_EQ(4, result.status);
+  EXPECT_EQ("left behind: the stop of a.server was not counted (stopped by --seconds 0.5)",
+            result.Json()["sentence"]);
+}
+
 TEST(StartTimeout, StopsAProductThatIsNotUpInTime) {
   MadeProduct product;
   product.Plugin("hangs.server", "init_hangs").Plugin("a.server");
