@@ -188,6 +188,14 @@ TEST_F(PluginStart, AnAddonsPluginStartsFromTheDirectoryThatItNames) {
   EXPECT_THAT(seam.loadedPaths, ElementsAre("/addons/Extra/extra.dll"));
 }
 
+TEST_F(PluginStart, ThreadsAreGivenBackBeforeTheEndIsLogged) {
+  Product("", {});
+  std::vector<std::string> logged;
+  EXPECT_CALL(seam.threads, Release).WillOnce([&](auto&&...) { logged = log.Brief(); });
+  EXPECT_TRUE(manager.Start(&started));
+  EXPECT_EQ("3 Start: [PluginManager start]Plugins init start...", logged.back());
+}
+
 TEST_F(PluginStart, ThreadsAreGivenBackWhenItThrows) {
   Product("a:", {"a"});
   seam.onSleep = [] { throw std::runtime_error("no"); };

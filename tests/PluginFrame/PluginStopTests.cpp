@@ -90,6 +90,14 @@ TEST_F(PluginStop, FrameworkThatRefusesWithANegativeCodeIsTheSame) {
   EXPECT_EQ(1, seam.libraries["a"].handles);
 }
 
+TEST_F(PluginStop, ThreadsAreGivenBackBeforeTheEndIsLogged) {
+  Started("", {});
+  std::vector<std::string> logged;
+  EXPECT_CALL(seam.threads, Release).WillOnce([&](auto&&...) { logged = log.Brief(); });
+  manager.Uninit();
+  EXPECT_EQ("3 Uninit: [PluginManager Uninit]Uninit all plugins start.", logged.back());
+}
+
 TEST_F(PluginStop, ThreadsAreGivenBackWhenItThrows) {
   Started("a:", {"a"});
   seam.onSleep = [] { throw std::runtime_error("no"); };

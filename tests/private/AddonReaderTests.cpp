@@ -388,6 +388,31 @@ TEST_F(ToolReader, CatalogueAndInstalledToolsAreReadAndMerged) {
                   "3 ReadServerToolsModel: parse tools model success."));
 }
 
+TEST_F(ToolReader, CatalogueSaysTheSource) {
+  tree.Write("ProductTools.xml", "<ToolList><Tool><Source>s</Source></Tool></ToolList>");
+  EXPECT_TRUE(reader.ReadAllToolsXml(tools, tree.ExeDirectory() + "../"));
+  EXPECT_EQ("s", tools.at(0).Source);
+}
+
+TEST_F(ToolReader, TextsThatTheCatalogueDoesNotSayAreEmpty) {
+  tree.Write("ProductTools.xml", "<ToolList><Tool/></ToolList>");
+  EXPECT_TRUE(reader.ReadAllToolsXml(tools, tree.ExeDirectory() + "../"));
+  const ToolModel& tool = tools.at(0);
+  EXPECT_EQ("", tool.ID + tool.Icon + tool.NameKey + tool.FunctionalOverviewKey + tool.Version +
+                    tool.Source + tool.MinVersion + tool.MaxVersion);
+}
+
+TEST_F(ToolReader, InstalledToolIsOnTheServerByItsOwnDescription) {
+  Installed("<Tools><Tool ID='T'/></Tools>");
+  for (const std::string value : {"0", "1", "2"}) {
+    tree.Write("ProductTools.xml", "<ToolList><Tool><ID>T</ID></Tool></ToolList>");
+    Tool("<ID>T</ID><ServerSide>" + value + "</ServerSide>");
+    tools.clear();
+    EXPECT_TRUE(reader.ReadServerToolsModel(tools));
+    EXPECT_EQ(value == "1", tools.at(0).ServerSide) << value;
+  }
+}
+
 TEST_F(ToolReader, InstalledToolLosesTheCataloguesPackageSizeKeptOnPurpose) {
   tree.Write("ProductTools.xml",
              "<ToolList><Tool><ID>T</ID><PackageSize>5</PackageSize></Tool></ToolList>");
@@ -457,6 +482,20 @@ TEST_F(AddonReader, ADescriptionThatIsADirectoryOrEmptyIsReplacedByItsDataFile) 
 TEST_F(AddonReader, FlagsThatAreNotSaidAreNotSet) {
   EXPECT_TRUE(Read(""));
   EXPECT_FALSE(addon.IsIndependent || addon.IsDistributed || addon.HaveClientPackage);
+}
+
+TEST_F(AddonReader, TextsThatAreNotSaidAreEmpty) {
+  EXPECT_TRUE(
+      Read("<ApplicationList><Application/></ApplicationList><Plugins><Plugin/></Plugins>"
+           "<Services><Service/></Services>"));
+  EXPECT_EQ("", addon.NameKey + addon.Icon + addon.FunctionalOverviewKey + addon.Version +
+                    addon.Source + addon.MinVersion + addon.MaxVersion);
+  const AddonApplication& app = addon.Applications.at(0);
+  EXPECT_EQ("", app.ID + app.Icon + app.NameKey + app.FunctionalOverviewKey + app.InstallUDF +
+                    app.FunctionUDF + app.RelatedApplicationID);
+  const ProductPluginEntry& plugin = addon.Plugins.at(0);
+  EXPECT_EQ("", plugin.ID + plugin.Version + plugin.Type + plugin.GroupName);
+  EXPECT_EQ("", addon.Services.at(0).ID + addon.Services.at(0).Version);
 }
 
 TEST_F(AddonReader, OnlyPublishingTypeThreeReplacesAnother) {

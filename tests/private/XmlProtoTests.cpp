@@ -290,6 +290,12 @@ TEST_F(WholeFile, AlternativeTakesTheFallbacksPlace) {
   EXPECT_FALSE(ReadWholeFile(content, tree.ExeDirectory() + "../m/Plugin.xml", other + "x"));
 }
 
+TEST_F(WholeFile, AlternativeIsNotReadWhileTheFileCanBe) {
+  const std::string other = tree.Write("m/other.txt", "other");
+  EXPECT_TRUE(ReadWholeFile(content, tree.Write("m/Plugin.xml", "own"), other));
+  EXPECT_EQ("own", content);
+}
+
 /// Collects what goes to libxml2's generic error function while it exists.
 class ParserMessages {
  public:
