@@ -101,7 +101,7 @@ class Build:
         for entry in json.loads(self._ninja("-t", "compdb")):
             if entry["command"].startswith(": && "):
                 self._add_link(entry)
-        self.inputs = {output: self._inputs(command) for output, command in self.links.items()}
+        self.inputs = {output: self._inputs(output) for output in self.links}
         self.loads = self._loads()
         self.headers = self._headers()
         self.tests = self._tests(left_out)
@@ -125,9 +125,9 @@ class Build:
             self.links[entry["output"]] = [
                 [word.replace("\\$", "$") for word in shlex.split(step)] for step in steps]
 
-    def _inputs(self, steps):
-        return [word for step in steps for word in step
-                if word in self.compiles or word in self.links]
+    def _inputs(self, output):
+        return [word for step in self.links[output] for word in step
+                if word != output and (word in self.compiles or word in self.links)]
 
     def _loads(self):
         """Output -> programs and libraries that it starts or loads: they are built before it."""
@@ -180,12 +180,14 @@ class Build:
                 raise Fault(f"{built} is older than {path}; build it first: make build")
 
     def objects_of(self, path, paths):
-        """The objects that hold the source at `path`: for a header, all below `paths` that
-        include it."""
-        if path.endswith(".h"):
-            return sorted(output for output, entry in self.compiles.items()
-                          if path in self.headers.get(output, ()) and below(entry["file"], paths))
-        return sorted(o for o, entry in self.compiles.items() if entry["file"] == path)
+        """The objects of sources below `paths` that are, or include, the one at `path`."""
+        return sorted(output for output, entry in self.compiles.items()
+                      if path in self.headers.get(output, ()) and below(entry["file"], paths))
+
+    def objects_with(self, path, program):
+        """The objects of the program that are, or include, the source at `path`."""
+        return sorted(output for output in self.contents(program)
+                      if output in self.compiles and path in self.headers.get(output, ()))
 
     def contents(self, output):
         """Objects and archives that an output is linked from, all the way down."""
@@ -236,8 +238,8 @@ class Bench:
         self.overlay = folder / "source"
         self._processes = processes
         self._changed = {}  # object -> the one to link in its place
-        self._version = {}  # object -> which change it holds
-        self._built = {}  # output -> the versions of what it holds
+        self._version = None  # which change the changed objects hold
+        self._built = {}  # output -> the objects in it that are not the build's, and their change
         self._moved = {}  # object -> the one that names this bench in place of the build
 
     def prepare(self):
@@ -266,11 +268,15 @@ class Bench:
             entry = self.build.compiles.get(output)
             if entry is None or not self._names_own(entry["words"], shared):
                 continue
-            words = [self._here(word) if word.startswith("-D") else word for word in entry["words"]]
+            words = self._moved_words(entry["words"])
+            source = self.build.root / entry["file"]
             target = self._object_path(output, "moved")
-            if not self._compile_to(entry, target, words, UNOPTIMISED):
+            if not self._compile_to(source, target, words, UNOPTIMISED):
                 raise Fault(f"{output} does not build; see {self.folder}/compile.log")
             self._moved[output] = target
+
+    def _moved_words(self, words):
+        return [self._here(word) if word.startswith("-D") else word for word in words]
 
     def _names_own(self, words, shared):
         build = re.escape(str(self.build.folder))
@@ -286,33 +292,35 @@ class Bench:
 
     # Compiling.
 
-    def compile(self, outputs, change, includes):
-        """Compiles the objects with the change, or without one. False when that does not build."""
+    def change(self, version, path=None, text=None):
+        """Begins with a change: what is compiled from now on sees `text` as the file at `path`."""
         shutil.rmtree(self.overlay, ignore_errors=True)
         self._changed.clear()
+        self._version = version
+        if path:
+            changed = self.overlay / path
+            changed.parent.mkdir(parents=True)
+            # The log shows where a line came from: the original's path.
+            changed.write_text(f'#line 1 "{self.build.root / path}"\n{text}', encoding="utf-8")
+
+    def compile(self, outputs, includes):
+        """Compiles the objects with the change. False when that does not build."""
         for output in outputs:
             entry = self.build.compiles[output]
-            source = entry["file"]
-            if change:
-                path, text = change
-                changed = self.overlay / path
-                changed.parent.mkdir(parents=True, exist_ok=True)
-                # The log shows where a line came from: the original's path.
-                changed.write_text(f'#line 1 "{self.build.root / path}"\n{text}')
-                if path == source:
-                    source = str(changed)
+            changed = self.overlay / entry["file"]
+            source = changed if changed.is_file() else self.build.root / entry["file"]
             target = self._object_path(output, "changed")
-            extra = [*UNOPTIMISED, *includes[output]]
-            words = ["-I" + str(self.overlay), *entry["words"][1:]]
-            compiler = entry["words"][0]
-            if compiler.endswith("ccache"):
-                compiler, words = entry["words"][1], ["-I" + str(self.overlay), *entry["words"][2:]]
-            if not self._compile_to(entry, target, [compiler, *words], extra, source):
+            words = without_cache(entry["words"])
+            if output in self._moved:
+                words = self._moved_words(words)
+            words[1:1] = ["-I" + str(self.overlay)]
+            extra = [*UNOPTIMISED, *includes.get(output, ())]
+            if not self._compile_to(source, target, words, extra):
                 return False
             self._changed[output] = target
         return True
 
-    def _compile_to(self, entry, target, words, extra, source=None):
+    def _compile_to(self, source, target, words, extra):
         target.parent.mkdir(parents=True, exist_ok=True)
         target.unlink(missing_ok=True)
         words = list(words)
@@ -322,17 +330,12 @@ class Bench:
                 del words[at : at + 2]
         words = [word for word in words if word not in ("-MD", "-MMD")]
         words[words.index("-o") + 1] = str(target)
-        if source:
-            words[words.index("-c") + 1] = str(self.build.root / source)
+        words[words.index("-c") + 1] = str(source)
         words[words.index("-c"):words.index("-c")] = extra
         with open(self.folder / "compile.log", "w", encoding="utf-8") as log:
             return self._processes.run(words, cwd=self.build.folder, output=log, limit=300) == 0
 
     # Linking.
-
-    def set_version(self, version):
-        """Names the change that the compiled objects hold."""
-        self._version = {output: version for output in self._changed}
 
     def link(self, program):
         """Links the program, and the libraries that it loads, as far as they hold changed objects.
@@ -341,8 +344,9 @@ class Bench:
 
     def _materialise(self, output):
         held = self.build.contents(output)
-        content = frozenset((name, self._version.get(name)) for name in held
-                            if name in self._changed or name in self._moved)
+        content = frozenset(
+            (name, self._version if name in self._changed else None) for name in held
+            if name in self._changed or name in self._moved)
         if self._built.get(output, frozenset()) == content:
             return True
         archives = [name for name in self.build.inputs[output] if name.endswith(".a")]
@@ -386,6 +390,11 @@ class Bench:
         return seconds if status == 0 else None
 
 
+def without_cache(words):
+    """A compile command without the compiler's cache, which knows no changed source."""
+    return list(words[1:] if os.path.basename(words[0]) == "ccache" else words)
+
+
 def precompile(build, outputs, folder, processes):
     """Precompiles the system's headers that these objects' sources include; returns the options
     that use them, by object. Objects with the same options share them; none when that does not
@@ -402,8 +411,7 @@ def precompile(build, outputs, folder, processes):
         header = folder / f"system{number}.h"
         header.parent.mkdir(parents=True, exist_ok=True)
         header.write_text("\n".join(lines) + "\n")
-        words = list(build.compiles[group[0]]["words"])
-        words = words[1:] if words[0].endswith("ccache") else words
+        words = without_cache(build.compiles[group[0]]["words"])
         words = words[: words.index("-MD")] if "-MD" in words else words[: words.index("-o")]
         command = [*words, *UNOPTIMISED, "-x", "c++-header", str(header), "-o", f"{header}.gch"]
         made = processes.run(command, cwd=build.folder, limit=300) == 0
