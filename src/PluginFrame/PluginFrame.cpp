@@ -136,11 +136,13 @@ void Frame_UnInit() {
 }
 
 std::int32_t Frame_GetLastError(char* text, std::int32_t size) {
-  return KPX_GetLastError(text, size);
+  FRAME_LOG_AS("PluginFrame::Frame_GetLastError");
+  return NoThrow(kLogFunction, -1, [=] { return KPX_GetLastError(text, size); });
 }
 
 std::int32_t Frame_GetVersion(char* text, std::int32_t size) {
-  return KPX_GetVersion(text, size);
+  FRAME_LOG_AS("PluginFrame::Frame_GetVersion");
+  return NoThrow(kLogFunction, -1, [=] { return KPX_GetVersion(text, size); });
 }
 
 std::int32_t Frame_Gtest(std::int32_t, void*) {

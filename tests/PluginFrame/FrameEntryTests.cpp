@@ -238,6 +238,16 @@ TEST_F(FrameEntries, LastErrorAndVersionPassArgumentsAndResultsOn) {
   EXPECT_THAT(log.Brief(), ElementsAre());
 }
 
+TEST_F(FrameEntries, NothingThrownLeavesLastErrorAndVersion) {
+  EXPECT_CALL(seam.platform, GetLastError).WillOnce(testing::Throw(std::runtime_error("no text")));
+  EXPECT_CALL(seam.platform, GetVersion).WillOnce(testing::Throw(7));
+  EXPECT_EQ(-1, Frame_GetLastError(nullptr, 0));
+  EXPECT_EQ(-1, Frame_GetVersion(nullptr, 0));
+  EXPECT_THAT(log.Brief(),
+              ElementsAre("5 Frame_GetLastError: the step ended with an exception [no text]",
+                          "5 Frame_GetVersion: the step ended with an unknown exception"));
+}
+
 TEST_F(FrameEntries, AWholeLifeCallsTheLibrariesInItsFixedOrder) {
   tree.Product("a: b:a");
   seam.libraries["a"];
