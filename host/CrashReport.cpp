@@ -383,6 +383,7 @@ void FollowPluginCode(const FrameEvent& event) {
     case Kind::kStartCounted:
     case Kind::kStartAbandoned:
     case Kind::kNotLoadedCounted:
+    case Kind::kLoadSkipped:
     case Kind::kStopCounted:
     case Kind::kStopRefusedCounted:
     case Kind::kNothingToStopCounted:

@@ -9,6 +9,7 @@
 #include "sdk/kpx/platform.h"
 #include "sdk/os/os.h"
 #include "src/PluginFrame/PluginManager.h"
+#include "src/PluginFrame/TimingTable.h"
 #include "src/private/FrameLog.h"
 
 namespace PluginFrame {
@@ -41,8 +42,10 @@ bool KPXStartFinishCallBack(StartedPluginMap* started) {
   const std::int32_t platformCost = Elapsed(g_startTick, begin);
   FRAME_LOG(kProgress, "[KPXStartFinishCallBack]----KPX_Start end. cost time [%d]ms compare 30s.",
             platformCost);
+  if (!AddTimingRow([] { return "KPX_Start OK"; }, platformCost)) {
+    FRAME_LOG(kTolerated, "%s", kRowIsLost);
+  }
   const bool result = NoThrow(kLogFunction, false, [&] {
-    pluginTakeTimeCountPrint("KPX_Start OK", platformCost);
     FRAME_LOG(kProgress, "[KPXStartFinishCallBack]----PluginManager start begin----");
     return CPluginManager::Instance().Start(started);
   });

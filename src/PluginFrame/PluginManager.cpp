@@ -16,6 +16,7 @@
 #include "src/PluginFrame/PluginGraph.h"
 #include "src/PluginFrame/PluginLists.h"
 #include "src/PluginFrame/ThreadPoolLease.h"
+#include "src/PluginFrame/TimingTable.h"
 #include "src/private/FrameLog.h"
 #include "src/private/ProductModelReaderImpl.h"
 
@@ -32,19 +33,56 @@ constexpr std::int32_t kDistributedModule = 2;
 constexpr std::int32_t kNoTiming = -1;
 
 void AddTimingLine(const std::string& plugin, const char* outcome, std::int32_t milliseconds) {
-  pluginTakeTimeCountPrint("[" + plugin + "] " + outcome, milliseconds);
+  FRAME_LOG_AS("PluginFrame::CPluginManager::SinglePluginLoad");
+  if (!AddTimingRow([&] { return "[" + plugin + "] " + outcome; }, milliseconds)) {
+    FRAME_LOG(kTolerated, "%s", kRowIsLost);
+  }
 }
 
 /// Plugins that refused to stop. They may still be running code of their own, so their libraries
 /// stay mapped until the process ends: nothing here is ever destroyed.
-void KeepMapped(std::map<std::string, std::shared_ptr<CPlugin>>::node_type plugin) {
-  static std::mutex& mutex = *new std::mutex;
-  static auto& refused = *new std::multimap<std::string, std::shared_ptr<CPlugin>>;
-  const std::lock_guard<std::mutex> lock(mutex);
-  refused.insert(std::move(plugin));
-}
+struct RefusedPlugins {
+  std::mutex mutex;
+  std::multimap<std::string, std::shared_ptr<CPlugin>> plugins;  // guarded by mutex
+
+  static RefusedPlugins& Instance() {
+    static RefusedPlugins& instance = *new RefusedPlugins;
+    return instance;
+  }
+
+  /// Allocates nothing.
+  void Add(std::map<std::string, std::shared_ptr<CPlugin>>::node_type plugin) {
+    const std::lock_guard<std::mutex> lock(mutex);
+    plugins.insert(std::move(plugin));
+  }
+};
 
 }  // namespace
+
+/// Sets m_finishedCount to 0 for the next phase: at Finish, or when an exception ends this one.
+class CPluginManager::PhaseCount {
+ public:
+  explicit PhaseCount(CPluginManager& manager) : m_manager(&manager) {}
+  ~PhaseCount() {
+    if (m_manager != nullptr) Finish();
+  }
+  PhaseCount(const PhaseCount&) = delete;
+  PhaseCount& operator=(const PhaseCount&) = delete;
+
+  /// Returns the lock of the count, held.
+  Lock Finish() {
+    CPluginManager& manager = *std::exchange(m_manager, nullptr);
+    Lock lock(manager.m_countMutex);
+    manager.m_finishedCount = 0;
+    return lock;
+  }
+
+  /// Leaves the count as it is.
+  void Keep() { m_manager = nullptr; }
+
+ private:
+  CPluginManager* m_manager;
+};
 
 class CPluginManager::CountedPlugin {
  public:
@@ -191,17 +229,20 @@ bool CPluginManager::Start(StartedPluginMap* out) {
               kThreadPool);
     return false;
   }
-  pluginTakeTimeCountPrint(PluginsToInitText(m_productModel), kNoTiming);
+  if (!AddTimingRow([this] { return PluginsToInitText(m_productModel); }, kNoTiming)) {
+    FRAME_LOG(kTolerated, "%s", kRowIsLost);
+  }
   FRAME_LOG(kProgress, "[PluginManager start]Plugins init start...");
   const ULONGLONG begin = GetTickCount64();
-  RunPhase({true, &ReadyToStart, &CPluginManager::SinglePluginLoad});
+  PhaseCount phase(*this);
+  RunPhase(
+      {true, &ReadyToStart, &CPluginManager::SinglePluginLoad, &CPluginManager::CountNotLoaded});
   pool.Release();
   FRAME_LOG(kProgress, "[PluginManager start]Plugins init end. Total cost time [%d]ms.",
             Elapsed(begin, GetTickCount64()));
 
   // Held to the end: a plugin that comes late, after a start cut short, is counted for the stop.
-  const Lock count(m_countMutex);
-  m_finishedCount = 0;
+  const Lock count = phase.Finish();
   ReportStarted(out);
   TevLPCFrameNotifyStartPlugins("");
   FRAME_LOG(kProgress, "[PluginManager start]Notify plugin start by LPC.");
@@ -233,8 +274,12 @@ void CPluginManager::Uninit() {
             plugins);
   const ULONGLONG begin = GetTickCount64();
   FRAME_LOG(kProgress, "[PluginManager Uninit]Uninit all plugins start.");
-  RunPhase({false, &ReadyToStop, &CPluginManager::SinglePluginUnload});
+  RefusedPlugins::Instance();  // made while nothing is lost without memory for it
+  PhaseCount phase(*this);
+  RunPhase({false, &ReadyToStop, &CPluginManager::SinglePluginUnload,
+            &CPluginManager::CountNotUnloaded});
   pool.Release();
+  phase.Keep();
   FRAME_LOG(kProgress, "[PluginManager Uninit]]Uninit all plugins end.cost time [%d]ms.",
             Elapsed(begin, GetTickCount64()));
   FRAME_LOG(kProgress, "[PluginManager Uninit]CPluginManager::Uninit end.");
@@ -243,18 +288,22 @@ void CPluginManager::Uninit() {
 void CPluginManager::RunPhase(const Phase& phase) {
   std::set<std::string> posted;
   while (m_initialised == phase.initialised && !AllFinished()) {
+    std::vector<std::string> refused;
     {
       const ReadLock lock(m_pluginDataMutex);
       for (const auto& [key, plugin] : m_pluginData) {
         if (posted.count(key) != 0 || !phase.ready(*plugin)) continue;
         posted.insert(key);
-        CThreadManager::Instance().PostTask(
+        const bool accepted = CThreadManager::Instance().PostTask(
             std::make_shared<CPluginFrameTask>(
                 plugin->name,
                 [this, work = phase.work](const std::string& name) { (this->*work)(name); }),
             false);
+        if (!accepted) refused.push_back(plugin->name);
       }
     }
+    for (const std::string& name : refused)
+      (this->*phase.refused)(name, "the thread pool refused its task");
     XRT_Sleep(kPollMilliseconds);
   }
 }
@@ -281,25 +330,47 @@ void CPluginManager::SetState(const std::string& name, PluginState state) {
   plugin->state = state;
 }
 
+bool CPluginManager::HasStopped(const std::string& name) {
+  const ReadLock data(m_pluginDataMutex);
+  const ReadLock keys(m_pluginKeysMutex);
+  const FramePluginData* plugin = FindPluginData(m_pluginData, m_pluginKeys, name);
+  return plugin != nullptr && IsStopped(plugin->state);
+}
+
 void CPluginManager::SinglePluginLoad(const std::string& name) {
   FRAME_LOG_AS("PluginFrame::CPluginManager::SinglePluginLoad");
   FRAME_LOG(kProgress, "[Plugin Load]Plugin [%s] SinglePluginLoad Begin.", name.c_str());
-  LoadedPlugins loaded;
+  // A task that was still queued when its start was called off: what the plugin depends on may be
+  // unmapped by now.
+  if (HasStopped(name)) return CountNotLoaded(name, "the stop came first");
   try {
-    LoadAndInit(name, loaded);
+    LoadAndInit(name);
   } catch (const std::exception& error) {
-    // Out of memory, so before the plugin was counted. It must be, or the start waits for ever; and
-    // a library whose Init has run must not be freed with `loaded`.
-    SetState(name, kInitFailed);
-    EnterLoaded(loaded);
-    const CountedPlugin counted(*this);
-    FRAME_LOG(kFailure, "[Plugin Load]Plugin [%s] SinglePluginLoad End (%s). count[%d].",
-              name.c_str(), error.what(), counted.Count());
+    GiveUpStart(name, error.what());
+  } catch (...) {
+    GiveUpStart(name, "something that is no exception object");
   }
 }
 
-/// The work of SinglePluginLoad. Leaves in `loaded` what would have to be entered after a throw.
-void CPluginManager::LoadAndInit(const std::string& name, LoadedPlugins& loaded) {
+/// Counts a plugin whose load task an exception has interrupted, or the start would wait for ever.
+void CPluginManager::GiveUpStart(const std::string& name, const char* reason) {
+  FRAME_LOG_AS("PluginFrame::CPluginManager::SinglePluginLoad");
+  SetState(name, kInitFailed);
+  const CountedPlugin counted(*this);
+  FRAME_LOG(kFailure, "[Plugin Load]Plugin [%s] SinglePluginLoad End (%s). count[%d].",
+            name.c_str(), reason, counted.Count());
+}
+
+void CPluginManager::CountNotLoaded(const std::string& name, const char* reason) {
+  FRAME_LOG_AS("PluginFrame::CPluginManager::SinglePluginLoad");
+  SetState(name, kInitFailed);
+  const CountedPlugin counted(*this);
+  FRAME_LOG(kFailure, "[Plugin Load]Plugin %s not loaded (%s), count[%d].", name.c_str(), reason,
+            counted.Count());
+}
+
+/// The work of SinglePluginLoad. Throws nothing once Init has been called.
+void CPluginManager::LoadAndInit(const std::string& name) {
   FRAME_LOG_AS("PluginFrame::CPluginManager::SinglePluginLoad");
   std::shared_ptr<CPlugin> plugin;
   {
@@ -324,7 +395,7 @@ void CPluginManager::LoadAndInit(const std::string& name, LoadedPlugins& loaded)
               counted.Count());
     return;
   }
-  loaded.emplace(name, plugin);
+  LoadedPlugins loaded = {{name, plugin}};  // the entry, made while nothing is lost without memory
   const ULONGLONG begin = GetTickCount64();
   FRAME_LOG(kProgress, "[Plugin Load]Plugin Init begin.[%s]", name.c_str());
   const bool initialised = plugin->Init();
@@ -376,13 +447,22 @@ void CPluginManager::SinglePluginUnload(const std::string& name) {
   if (stopped) {
     entry.mapped().reset();
   } else {
-    KeepMapped(std::move(entry));
+    RefusedPlugins::Instance().Add(std::move(entry));
   }
   SetState(name, stopped ? kUninitSucceeded : kUninitFailed);
   const CountedPlugin counted(*this);
   FRAME_LOG(stopped ? kProgress : kFailure,
             "[Plugin Unload]Plugin [%s] SinglePluginUnload End. count[%d].", name.c_str(),
             counted.Count());
+}
+
+void CPluginManager::CountNotUnloaded(const std::string& name, const char* reason) {
+  FRAME_LOG_AS("PluginFrame::CPluginManager::SinglePluginUnload");
+  if (name.empty()) return;  // never counted
+  SetState(name, kUninitFailed);
+  const CountedPlugin counted(*this);
+  FRAME_LOG(kFailure, "[Plugin Unload]Plugin %s not unloaded (%s), count[%d].", name.c_str(),
+            reason, counted.Count());
 }
 
 /// Where a plugin's library lies, without its extension.

@@ -59,10 +59,14 @@ class CPluginManager {
     bool initialised;  // m_initialised while the phase goes on
     bool (*ready)(const FramePluginData& plugin);
     void (CPluginManager::*work)(const std::string& name);
+    void (CPluginManager::*refused)(const std::string& name, const char* reason);
   };
 
   /// One plugin counted as done, and the count held until the line that tells it is written.
   class CountedPlugin;
+
+  /// The count of one phase.
+  class PhaseCount;
 
   // The steps of Init.
   bool ReadModels();
@@ -78,11 +82,17 @@ class CPluginManager {
   bool AllFinished();
   std::int32_t PluginCount();
   void SetState(const std::string& name, PluginState state);
+  bool HasStopped(const std::string& name);
 
   // A plugin's turns, on a pool thread; each counts the plugin once.
   void SinglePluginLoad(const std::string& name);
-  void LoadAndInit(const std::string& name, LoadedPlugins& loaded);
+  void LoadAndInit(const std::string& name);
+  void GiveUpStart(const std::string& name, const char* reason);
   void SinglePluginUnload(const std::string& name);
+
+  // Count a plugin whose turn is left out, on whichever thread.
+  void CountNotLoaded(const std::string& name, const char* reason);
+  void CountNotUnloaded(const std::string& name, const char* reason);
 
   std::string LibraryPath(const std::string& name) const;
   void EnterLoaded(LoadedPlugins& loaded);

@@ -248,6 +248,17 @@ TEST_F(FrameEntries, NothingThrownLeavesLastErrorAndVersion) {
                           "5 Frame_GetVersion: the step ended with an unknown exception"));
 }
 
+TEST_F(FrameEntries, ARowOfTheTimingTableThatThrowsDoesNotFailTheCallback) {
+  tree.Product("a:");
+  seam.libraries["a"];
+  ASSERT_EQ(0, Frame_Init());
+  CallBackAtOnce();
+  EXPECT_CALL(seam.platform, TakeTime).Times(testing::AnyNumber());
+  EXPECT_CALL(seam.platform, TakeTime("KPX_Start OK", testing::_)).WillOnce(testing::Throw(7));
+  EXPECT_EQ(0, Frame_Start());
+  EXPECT_TRUE(callbackResult);
+}
+
 TEST_F(FrameEntries, AWholeLifeCallsTheLibrariesInItsFixedOrder) {
   tree.Product("a: b:a");
   seam.libraries["a"];

@@ -159,20 +159,97 @@ TEST_F(PluginStart, ADependentOfAPluginThatCannotBeLoadedStillStarts) {
   EXPECT_THAT(inits, ElementsAre("b"));
 }
 
-TEST_F(PluginStart, APluginThatMemoryRunsOutForAfterItsInitStaysLoadedAndHoldsNothingBack) {
-  Product("b:a a:", {"a", "b"});
-  EXPECT_CALL(seam.platform, TakeTime).Times(testing::AnyNumber());
-  EXPECT_CALL(seam.platform, TakeTime("[a] Init OK", _)).WillOnce(testing::Throw(std::bad_alloc()));
-  EXPECT_CALL(seam.platform, UpdatePluginsLoadState(std::map<std::string, bool>{{"b", true}}));
+TEST_F(PluginStart, APluginWhoseTaskThrowsIsCountedAndHoldsNothingBack) {
+  Product("c:a,b a: b:", {"a", "b", "c"});
+  seam.libraries["a"].onLoad = [] { throw std::bad_alloc(); };
+  seam.libraries["b"].onLoad = [] { throw 7; };
+  EXPECT_CALL(seam.platform, UpdatePluginsLoadState(std::map<std::string, bool>{{"c", true}}));
   int sleeps = 0;
   seam.onSleep = [&] {
     seam.RunTasks();
     if (++sleeps == 5) throw std::runtime_error("it would wait for ever");
   };
   EXPECT_TRUE(manager.Start(&started));
-  EXPECT_THAT(inits, ElementsAre("a", "b"));
-  EXPECT_EQ(1, seam.libraries["a"].handles);
-  EXPECT_EQ(2U, started.size());
+  EXPECT_THAT(inits, ElementsAre("c"));
+  EXPECT_EQ(1U, started.size());
+  EXPECT_THAT(
+      log.BriefFrom(5),
+      ElementsAre(
+          std::string("5 SinglePluginLoad: [Plugin Load]Plugin [a] SinglePluginLoad End (") +
+              std::bad_alloc().what() + "). count[1].",
+          "5 SinglePluginLoad: [Plugin Load]Plugin [b] SinglePluginLoad End (something "
+          "that is no exception object). count[2]."));
+}
+
+TEST_F(PluginStart, ARowOfTheTimingTableThatThrowsCostsNothingElse) {
+  Product("b:a a:", {"a", "b"});
+  EXPECT_CALL(seam.platform, TakeTime("Plugins need to init:\n[a] [b] ", -1))
+      .WillOnce(testing::Throw(std::bad_alloc()));
+  EXPECT_CALL(seam.platform, TakeTime("[a] Init OK", _)).WillOnce(testing::Throw(7));
+  EXPECT_CALL(seam.platform, TakeTime("[b] Init OK", _));
+  EXPECT_CALL(seam.platform,
+              UpdatePluginsLoadState(std::map<std::string, bool>{{"a", true}, {"b", true}}));
+  EXPECT_TRUE(manager.Start(&started));
+  EXPECT_THAT(log.BriefFrom(4),
+              ElementsAre("4 Start: a row of the timing table is lost",
+                          "4 SinglePluginLoad: a row of the timing table is lost"));
+}
+
+TEST_F(PluginStart, APluginWhoseTaskThePoolRefusesIsCountedAndHoldsNothingBack) {
+  Product("b:a a:", {"a", "b"});
+  EXPECT_CALL(seam.threads, Post).WillOnce(Return(false)).WillOnce(Return(true));
+  EXPECT_CALL(seam.platform, UpdatePluginsLoadState(std::map<std::string, bool>{{"b", true}}));
+  EXPECT_TRUE(manager.Start(&started));
+  EXPECT_THAT(inits, ElementsAre("b"));
+  EXPECT_THAT(log.BriefFrom(5),
+              ElementsAre("5 SinglePluginLoad: [Plugin Load]Plugin a not loaded (the thread pool "
+                          "refused its task), count[1]."));
+}
+
+TEST_F(PluginStart, AThrowInItsLoopLeavesNoCountForTheStop) {
+  Product("a: b:", {"a", "b"});
+  seam.onSleep = [this] {
+    seam.RunTasks();
+    throw std::runtime_error("no");
+  };
+  EXPECT_THROW(manager.Start(&started), std::runtime_error);
+  seam.onSleep = [this] { seam.RunTasks(); };
+  manager.Uninit();
+  EXPECT_EQ(0, seam.libraries["a"].handles);
+  EXPECT_EQ(0, seam.libraries["b"].handles);
+}
+
+TEST_F(PluginStart, AThrowWhenThePoolIsGivenBackLeavesNoCountForTheStop) {
+  Product("a: b:", {"a", "b"});
+  EXPECT_CALL(seam.threads, Release)
+      .WillOnce(testing::Throw(std::runtime_error("no")))
+      .WillRepeatedly(Return());
+  EXPECT_THROW(manager.Start(&started), std::runtime_error);
+  manager.Uninit();
+  EXPECT_EQ(0, seam.libraries["a"].handles);
+  EXPECT_EQ(0, seam.libraries["b"].handles);
+}
+
+TEST_F(PluginStart, ATaskStillQueuedWhenItsPluginWasStoppedLoadsNothing) {
+  Product("a:", {"a"});
+  std::thread stop;
+  seam.onSleep = [&] {
+    if (!stop.joinable()) {
+      stop = std::thread([&] { manager.Uninit(); });
+    } else if (seam.tasks.size() == 2) {
+      std::reverse(seam.tasks.begin(), seam.tasks.end());  // the unload overtakes the load
+      seam.RunTasks();
+    }
+    std::this_thread::yield();
+  };
+  EXPECT_TRUE(manager.Start(&started));
+  stop.join();
+  EXPECT_THAT(inits, ElementsAre());
+  EXPECT_THAT(seam.loadedPaths, ElementsAre());
+  EXPECT_THAT(log.Brief("SinglePluginLoad"),
+              ElementsAre("3 SinglePluginLoad: [Plugin Load]Plugin [a] SinglePluginLoad Begin.",
+                          "5 SinglePluginLoad: [Plugin Load]Plugin a not loaded (the stop came "
+                          "first), count[2]."));
 }
 
 TEST_F(PluginStart, AnAddonsPluginStartsFromTheDirectoryThatItNames) {

@@ -145,6 +145,30 @@ TEST_F(PluginStop, APluginWithoutTheEntryOrThatThrowsCountsAsRefused) {
   EXPECT_EQ(1, seam.libraries["b"].handles);
 }
 
+TEST_F(PluginStop, APluginWhoseTaskThePoolRefusesStaysLoadedAndHoldsNothingBack) {
+  Started("a: b:a", {"a", "b"});
+  EXPECT_CALL(seam.threads, Post).WillOnce(Return(false)).WillOnce(Return(true));
+  manager.Uninit();
+  EXPECT_THAT(uninits, ElementsAre("a"));
+  EXPECT_EQ(1, seam.libraries["b"].handles);
+  EXPECT_THAT(log.BriefFrom(5),
+              ElementsAre("5 SinglePluginUnload: [Plugin Unload]Plugin b not unloaded (the thread "
+                          "pool refused its task), count[1]."));
+}
+
+TEST_F(PluginStop, AThrowInItsLoopLeavesNoCountForTheNextStop) {
+  Started("a: b:a c:b", {"a", "b", "c"});
+  seam.onSleep = [this] {
+    seam.RunTasks();
+    throw std::runtime_error("no");
+  };
+  EXPECT_THROW(manager.Uninit(), std::runtime_error);
+  EXPECT_THAT(uninits, ElementsAre("c"));
+  seam.onSleep = [this] { seam.RunTasks(); };
+  manager.Uninit();
+  EXPECT_THAT(uninits, ElementsAre("c", "b", "a"));
+}
+
 TEST_F(PluginStop, APluginThatWasNeverLoadedIsCounted) {
   Started("a:", {});
   manager.Uninit();

@@ -45,6 +45,7 @@ Seam::Seam() {
   ON_CALL(platform, GetRunningModule).WillByDefault(Return(1));
   ON_CALL(platform, SetProductModel).WillByDefault(Return(1));
   ON_CALL(threads, Grant).WillByDefault(Return(1U));
+  ON_CALL(threads, Post).WillByDefault(Return(true));
 }
 
 Seam::~Seam() {
@@ -179,9 +180,9 @@ unsigned int CThreadManager::GetAvailableThreadpool(const std::string& name, int
 }
 
 bool CThreadManager::PostTask(std::shared_ptr<CTMTask> task, bool urgent) {
-  Seam::Current().threads.Post(task->Group(), urgent);
-  Seam::Current().tasks.push_back(std::move(task));
-  return true;
+  const bool accepted = Seam::Current().threads.Post(task->Group(), urgent);
+  if (accepted) Seam::Current().tasks.push_back(std::move(task));
+  return accepted;
 }
 
 bool CThreadManager::ReleaseThread(const std::string& name, bool wait) {
@@ -208,6 +209,7 @@ HMODULE LoadLibraryW(const wchar_t* path) {
   seam.loadedPaths.push_back(narrow);
   const auto library = seam.libraries.find(LibraryName(narrow));
   if (library == seam.libraries.end() || !library->second.loads) return nullptr;
+  library->second.onLoad();
   ++library->second.handles;
   return reinterpret_cast<HMODULE>(&library->second);
 }

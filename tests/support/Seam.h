@@ -50,12 +50,13 @@ class MockThreads {
  public:
   MOCK_METHOD(unsigned int, Grant, (const std::string& name, int least, int most, int reserved));
   MOCK_METHOD(void, Release, (const std::string& name, bool wait));
-  MOCK_METHOD(void, Post, (const std::string& group, bool urgent));
+  MOCK_METHOD(bool, Post, (const std::string& group, bool urgent));
 };
 
 /// A plugin library as the loader double knows it.
 struct ScriptedLibrary {
   bool loads = true;
+  std::function<void()> onLoad = [] {};
   bool hasInit = true;
   bool hasUnInit = true;
   std::function<bool()> init = [] { return true; };

@@ -185,9 +185,21 @@ class FrameLog : public FrameLifeTest {
     tree.Product("a:");
     CPluginManager manager;
     manager.Init();
-    EXPECT_CALL(seam.platform, TakeTime).Times(AnyNumber());
-    EXPECT_CALL(seam.platform, TakeTime("[a] Init OK", _)).WillOnce(Throw(std::bad_alloc()));
+    seam.libraries["a"].onLoad = [] { throw std::bad_alloc(); };
     manager.Start(nullptr);
+    seam.libraries["a"].onLoad = [] {};
+  }
+
+  void APoolThatRefusesTasks() {
+    tree.Product("z:");
+    CPluginManager manager;
+    manager.Init();
+    EXPECT_CALL(seam.threads, Post)
+        .WillOnce(Return(false))
+        .WillOnce(Return(false))
+        .WillRepeatedly(Return(true));
+    manager.Start(nullptr);
+    manager.Uninit();
   }
 
   void ASubPlatformWithoutAnId() {
@@ -213,6 +225,7 @@ TEST_F(FrameLog, EveryRowMatchesALineThatTheFrameLogs) {
   WholeRun();
   StopsAndStartsThatAreRefused();
   AStartThatRunsOutOfMemory();
+  APoolThatRefusesTasks();
   ASubPlatformWithoutAnId();
   EXPECT_EQ(
       "kLoadTaskBegin plugin=a.good\n"
@@ -229,6 +242,7 @@ TEST_F(FrameLog, EveryRowMatchesALineThatTheFrameLogs) {
       "kStartFailedCounted plugin=b.false number=2\n"
       "kStartAbandoned plugin=a reason=std::bad_alloc number=1\n"
       "kNotLoadedCounted plugin=f.missing number=6\n"
+      "kLoadSkipped plugin=z reason=the thread pool refused its task number=1\n"
       "kUnloadTaskBegin plugin=a.good\n"
       "kNamelessNotCounted\n"
       "kUnInitBegin plugin=a.good\n"
@@ -241,6 +255,7 @@ TEST_F(FrameLog, EveryRowMatchesALineThatTheFrameLogs) {
       "kStopCounted plugin=a.good number=1\n"
       "kStopRefusedCounted plugin=g.stays number=7\n"
       "kNothingToStopCounted plugin=f.missing number=6\n"
+      "kUnloadSkipped plugin=z reason=the thread pool refused its task number=1\n"
       "kPlatformInitialised ms=3\n"
       "kPlatformInitFailed\n"
       "kManagerInitBegin\n"
@@ -294,6 +309,8 @@ const char* const kNames[] = {"a] cost time [1]ms",
                               "a] SinglePluginLoad End (x). count[1].",
                               "a load failed, InitFailed, count[1].",
                               "a is null, UninitSuccess, count[1].",
+                              "a not loaded (x), count[1].",
+                              "a not unloaded (x), count[1].",
                               "a.dll,errorcode=5",
                               "Init begin.[a]",
                               "[",

@@ -28,6 +28,7 @@ class RecordOfARun : public FrameLifeTest {
     ON_CALL(seam.threads, Post).WillByDefault(Invoke([this](const std::string&, bool) {
       TakeLines();
       Write(source.OnTaskPosted(Now(), ++posted));
+      return true;
     }));
     seam.onSleep = [this] { RunTasks(); };
   }

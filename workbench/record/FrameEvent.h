@@ -50,8 +50,9 @@ struct FrameEvent {
     kInitMissing,           // reason: not in the line, under which name it was probably exported
     kStartCounted,          // plugin; number: the count
     kStartFailedCounted,    // plugin; number: the count. Its Init failed
-    kStartAbandoned,        // plugin, reason; number: the count. Its task ran out of memory
+    kStartAbandoned,        // plugin, reason; number: the count. Its task threw
     kNotLoadedCounted,      // plugin; number: the count
+    kLoadSkipped,           // plugin, reason; number: the count. Its task was refused or too late
 
     // Frame_Stop
     kFrameStopBegin,
@@ -78,6 +79,7 @@ struct FrameEvent {
     kStopCounted,           // plugin; number: the count
     kStopRefusedCounted,    // plugin; number: the count
     kNothingToStopCounted,  // plugin; number: the count. It was not loaded
+    kUnloadSkipped,         // plugin, reason; number: the count. Its task was refused
 
     // Frame_UnInit
     kFrameUnInitBegin,

@@ -54,6 +54,7 @@ const Pattern kPatterns[] = {
         "[Plugin Load]Plugin [{plugin}] SinglePluginLoad End ({reason}). count[{number}]."),
     ROW(kNotLoadedCounted, kAny,
         "[Plugin Load]Plugin {plugin} load failed, InitFailed, count[{number}]."),
+    ROW(kLoadSkipped, kAny, "[Plugin Load]Plugin {plugin} not loaded ({reason}), count[{number}]."),
 
     ROW(kUnloadTaskBegin, kAny, "[Plugin Unload]Plugin [{plugin}] SinglePluginUnload Begin."),
     ROW(kNamelessNotCounted, kAny, "[Plugin Unload]Plugin  instance not found."),
@@ -71,6 +72,8 @@ const Pattern kPatterns[] = {
         "[Plugin Unload]Plugin [{plugin}] SinglePluginUnload End. count[{number}]."),
     ROW(kNothingToStopCounted, kAny,
         "[Plugin Unload]Plugin {plugin} is null, UninitSuccess, count[{number}]."),
+    ROW(kUnloadSkipped, kAny,
+        "[Plugin Unload]Plugin {plugin} not unloaded ({reason}), count[{number}]."),
 
     ROW(kPlatformInitialised, kAny, "[Frame_Init]----KPX_Init end, cost time [{ms}]ms.----"),
     ROW(kPlatformInitFailed, kAny, "[Frame_Init]----KPX_Init failed! Quit HUB.exe----"),

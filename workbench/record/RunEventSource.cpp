@@ -247,6 +247,8 @@ void RunEventSource::OnStartLine(const Where& where, const FrameEvent& event, Ev
                    "its start was given up: " + event.reason, events);
     case Kind::kNotLoadedCounted:
       return Count(where, m_start, event, Result::kNotLoaded, "", events);
+    case Kind::kLoadSkipped:
+      return Count(where, m_start, event, Result::kNotLoaded, event.reason, events);
     default:
       return;
   }
@@ -300,6 +302,8 @@ void RunEventSource::OnStopLine(const Where& where, const FrameEvent& event, Eve
       return Count(where, m_stop, event, Result::kRefused, "", events);
     case Kind::kNothingToStopCounted:
       return Count(where, m_stop, event, Result::kNotLoaded, "", events);
+    case Kind::kUnloadSkipped:
+      return Count(where, m_stop, event, Result::kRefused, event.reason, events);
     default:
       return;
   }
