@@ -16,6 +16,7 @@ function(tev_export_only target)
     target_link_options(${target} PRIVATE -Wl,--version-script=${script} -Wl,--no-undefined)
     set_property(TARGET ${target} APPEND PROPERTY LINK_DEPENDS ${script})
   elseif(NOT symbols MATCHES "[*]")
+    list(TRANSFORM symbols APPEND " DATA" REGEX "^_ZT")  # virtual tables and types are no functions
     list(JOIN symbols "\n  " symbols)
     set(definition ${CMAKE_CURRENT_BINARY_DIR}/${target}.def)
     file(CONFIGURE OUTPUT ${definition} CONTENT "EXPORTS\n  @symbols@\n" @ONLY)

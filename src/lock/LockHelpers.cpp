@@ -4,7 +4,6 @@
 #include <cstring>
 
 #include "sdk/xrt/lock.h"
-#include "src/lock/RecursiveMutexTable.h"
 
 XRT_Guard::XRT_Guard(XRT_Mutex* mutex) : m_mutex(mutex) {
   m_mutex->Lock();
@@ -29,16 +28,25 @@ void XRT_Guard::__autoclassinit2(std::size_t size) {
   std::memset(static_cast<void*>(this), 0, size);
 }
 
-XRT_Mutex& XRT_Mutex::operator=(const XRT_Mutex& other) = default;
+extern "C" {
+
+xrt::LockState* CopyLockState(xrt::LockState* to, const xrt::LockState* from) {
+  *to = *from;
+  return to;
+}
+
+// XRT_Mutex::operator= and xrt::xrt_mutex::operator=: one function, for a lock is its state alone.
+[[gnu::alias("CopyLockState")]] xrt::LockState* AssignMutex(
+    xrt::LockState*, const xrt::LockState*) asm("_ZN9XRT_MutexaSERKS_");
+[[gnu::alias("CopyLockState")]] xrt::LockState* AssignInnerMutex(
+    xrt::LockState*, const xrt::LockState*) asm("_ZN3xrt9xrt_mutexaSERKS0_");
+
+}  // extern "C"
 
 namespace xrt {
-
-xrt_mutex& xrt_mutex::operator=(const xrt_mutex& other) = default;
 
 xrt_recursive_mutex::xrt_recursive_mutex(const xrt_recursive_mutex& other) = default;
 
 xrt_recursive_mutex& xrt_recursive_mutex::operator=(const xrt_recursive_mutex& other) = default;
-
-RecursiveMutexTable::~RecursiveMutexTable() = default;
 
 }  // namespace xrt
