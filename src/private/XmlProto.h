@@ -14,7 +14,8 @@ namespace TevModelParse {
 /// A reader makes one per file under shared ownership and drops it when it is done with the file.
 /// It always holds a document: before the first parse, and after a failed one, an empty one, so
 /// that every query finds nothing. One object belongs to one thread at a time. Queries never fail:
-/// what is not there reads as the default.
+/// what is not there reads as the default. So does a text or attribute beyond CXmlProto's bounds;
+/// that is reported where libxml2's messages go, with the name of the file and the line.
 class CXmlProto {
  public:
   CXmlProto();

@@ -14,6 +14,29 @@ using namespace TevModelParse;
 
 namespace {
 
+/// Collects what goes to libxml2's generic error function while it exists.
+class ParserMessages {
+ public:
+  ParserMessages() { xmlSetGenericErrorFunc(&m_text, &ParserMessages::Append); }
+  ~ParserMessages() { xmlSetGenericErrorFunc(nullptr, nullptr); }
+  ParserMessages(const ParserMessages&) = delete;
+  ParserMessages& operator=(const ParserMessages&) = delete;
+
+  const std::string& Text() const { return m_text; }
+
+ private:
+  [[gnu::format(printf, 2, 3)]] static void Append(void* text, const char* format, ...) {
+    std::va_list arguments;
+    va_start(arguments, format);
+    char message[1024] = {};
+    std::vsnprintf(message, sizeof(message), format, arguments);
+    va_end(arguments);
+    *static_cast<std::string*>(text) += message;
+  }
+
+  std::string m_text;
+};
+
 CXmlProto& Parsed(CXmlProto& document, const std::string& text) {
   EXPECT_TRUE(document.ParseMemory(text));
   return document;
@@ -146,6 +169,100 @@ TEST(Xml, TextFromEntitiesIsReadUpToTenMillionBytes) {
   EXPECT_EQ(10000000U, document.GetNodeText("/r", "none").size());
   Parsed(document, entity + "<r>" + hundred + "x</r>");
   EXPECT_EQ("none", document.GetNodeText("/r", "none"));
+}
+
+std::string Repeated(const std::string& piece, std::size_t times) {
+  std::string text;
+  text.reserve(piece.size() * times);
+  for (std::size_t i = 0; i < times; ++i) text += piece;
+  return text;
+}
+
+/// An element and an attribute that are `times` the entity of `bytes` bytes, in lines 2 and 3.
+std::string EntityNamedOften(std::size_t bytes, std::size_t times) {
+  const std::string names = Repeated("&a;", times);
+  return "<!DOCTYPE r [<!ENTITY a '" + std::string(bytes, 'x') + "'>]><r>\n<e>" + names +
+         "</e>\n<e a='" + names + "'/></r>";
+}
+
+TEST(Xml, TooLongTextAndAttributeAreNamedInAMessage) {
+  CXmlProto document;
+  const ParserMessages messages;
+  ASSERT_TRUE(document.ParseMemory(EntityNamedOften(100'000, 101), "m/a.xml"));
+  EXPECT_EQ("none", document.GetNodeText("/r/e", "none"));
+  EXPECT_EQ("none", document.GetNodeProp("/r/e[2]", "a", "none"));
+  EXPECT_EQ(
+      "m/a.xml:2: the text of <e> is longer than 10000000 bytes: it reads as absent\n"
+      "m/a.xml:3: the attribute a of <e> is longer than 10000000 bytes: it reads as absent\n",
+      messages.Text());
+}
+
+TEST(Xml, TextOfTooManyPiecesIsNamedInAMessage) {
+  CXmlProto document;
+  const ParserMessages messages;
+  ASSERT_TRUE(document.ParseMemory(EntityNamedOften(8, 60'000), "m/a.xml"));
+  EXPECT_EQ("none", document.GetNodeText("/r/e", "none"));
+  EXPECT_EQ("none", document.GetNodeProp("/r/e[2]", "a", "none"));
+  EXPECT_EQ(
+      "m/a.xml:2: the text of <e> is of too many pieces to be put together: it reads as absent\n"
+      "m/a.xml:3: the attribute a of <e> is of too many pieces to be put together: it reads as "
+      "absent\n",
+      messages.Text());
+}
+
+TEST(Xml, TextThatIsBeyondItsBoundInALineBeyondTheParsersCountIsNamedWithoutLine) {
+  CXmlProto document;
+  const ParserMessages messages;
+  const std::string lines(70'000, '\n');
+  const std::string half(5'000'001, 'a');
+  ASSERT_TRUE(document.ParseMemory("<r>" + lines + "<e>" + half + "<!---->" + half + "</e>" +
+                                       Repeated("<f>end</f>\n", 100) + "</r>",
+                                   "a.xml"));
+  EXPECT_EQ("none", document.GetNodeText("/r/e", "none"));
+  EXPECT_EQ("a.xml: the text of <e> is longer than 10000000 bytes: it reads as absent\n",
+            messages.Text());
+}
+
+/// Keeps what the host's structured error function receives.
+struct ReceivedError {
+  std::string file;
+  int line = 0;
+  std::string message;
+
+  template <typename Error>
+  static void Receive(void* self, Error* error) {
+    auto& received = *static_cast<ReceivedError*>(self);
+    received.file = error->file == nullptr ? "" : error->file;
+    received.line = error->line;
+    received.message = error->message;
+  }
+};
+
+TEST(Xml, TooLongTextIsReportedToTheHostsStructuredErrorFunction) {
+  CXmlProto document;
+  ASSERT_TRUE(document.ParseMemory(EntityNamedOften(100'000, 101), "m/a.xml"));
+  ReceivedError received;
+  xmlSetStructuredErrorFunc(&received, &ReceivedError::Receive);
+  EXPECT_EQ("none", document.GetNodeText("/r/e", "none"));
+  xmlSetStructuredErrorFunc(nullptr, nullptr);
+  EXPECT_EQ("m/a.xml", received.file);
+  EXPECT_EQ(2, received.line);
+  EXPECT_EQ("the text of <e> is longer than 10000000 bytes: it reads as absent\n",
+            received.message);
+}
+
+TEST(Xml, TextOfManyPiecesThatIsQuickToReadIsRead) {
+  CXmlProto document;
+  const ParserMessages messages;
+  Parsed(document, EntityNamedOften(10, 23'000));
+  EXPECT_EQ(230'000U, document.GetNodeText("/r/e", "none").size());
+  EXPECT_EQ(230'000U, document.GetNodeProp("/r/e[2]", "a", "none").size());
+  Parsed(document, "<!DOCTYPE r [<!ENTITY a 'x'><!ENTITY b '" + Repeated("&a;", 1000) + "'>]><r>" +
+                       std::string(1'000'000, 'x') + Repeated("&b;", 100) + "</r>");
+  EXPECT_EQ(1'100'000U, document.GetNodeText("/r", "none").size());
+  Parsed(document, "<r>" + std::string(1'000'000, 'x') + Repeated("<e/>", 50'000) + "</r>");
+  EXPECT_EQ(1'000'000U, document.GetNodeText("/r", "none").size());
+  EXPECT_EQ("", messages.Text());
 }
 
 /// Short elements, so many that what stands before them is not at the file's end.
@@ -295,29 +412,6 @@ TEST_F(WholeFile, AlternativeIsNotReadWhileTheFileCanBe) {
   EXPECT_TRUE(ReadWholeFile(content, tree.Write("m/Plugin.xml", "own"), other));
   EXPECT_EQ("own", content);
 }
-
-/// Collects what goes to libxml2's generic error function while it exists.
-class ParserMessages {
- public:
-  ParserMessages() { xmlSetGenericErrorFunc(&m_text, &ParserMessages::Append); }
-  ~ParserMessages() { xmlSetGenericErrorFunc(nullptr, nullptr); }
-  ParserMessages(const ParserMessages&) = delete;
-  ParserMessages& operator=(const ParserMessages&) = delete;
-
-  const std::string& Text() const { return m_text; }
-
- private:
-  [[gnu::format(printf, 2, 3)]] static void Append(void* text, const char* format, ...) {
-    std::va_list arguments;
-    va_start(arguments, format);
-    char message[1024] = {};
-    std::vsnprintf(message, sizeof(message), format, arguments);
-    va_end(arguments);
-    *static_cast<std::string*>(text) += message;
-  }
-
-  std::string m_text;
-};
 
 TEST_F(WholeFile, ThatIsNotWellFormedIsNamedWithItsLineInTheParserMessage) {
   const std::string path = tree.Write("m/Plugin.xml", "<r>\n<a></r>");
