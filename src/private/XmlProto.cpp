@@ -76,7 +76,9 @@ class XmlErrors {
     return known ? node.line : 0;
   }
 
-  static void Receive(void* self, xmlErrorPtr error) {
+  // A template because the error is const from libxml2 2.12 on.
+  template <typename Error>
+  static void Receive(void* self, Error* error) {
     auto& errors = *static_cast<XmlErrors*>(self);
     if (error->code == XML_ERR_NO_MEMORY) {
       errors.m_outOfMemory = true;
