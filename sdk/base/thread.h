@@ -40,6 +40,11 @@ class CThreadManager {
 
   /// Hands `task` to the pool named by its group; an `urgent` one overtakes those that wait.
   /// Returns true when the pool took it: it will then be run, even if the pool is released first.
+  ///
+  /// An implementation must neither run the task within this call nor wait for room in a full pool:
+  /// the frame posts while it holds a lock that its tasks take, so that either would wait for ever.
+  /// And a pool that was granted takes every task: the frame does not look at the result, and waits
+  /// for each plugin whose task it has posted.
   bool PostTask(std::shared_ptr<CTMTask> task, bool urgent);
 
   /// Gives one grant of the pool `name` back. With the last one the pool takes no further task,
@@ -47,6 +52,9 @@ class CThreadManager {
   /// that were in the pool when it was made, whether or not other grants are left. Returns false
   /// for an unknown name; and with `wait` from within a task of the same pool, which would wait for
   /// itself: nothing is given back then.
+  ///
+  /// That a task has ended does not say that the pool has let go of it. The frame releases its pool
+  /// without waiting.
   bool ReleaseThread(const std::string& name, bool wait);
 
   CThreadManager(const CThreadManager&) = delete;

@@ -18,6 +18,15 @@ std::int32_t Frame_Init();
 std::int32_t Frame_Start();
 
 /// Takes the plugins down, then stops the platform.
+///
+/// Not from within a call that the frame makes to the platform, the local-procedure-call framework
+/// or the base library: many of them are made under the frame's lifecycle lock, for which this
+/// would wait for ever. On the host's thread it ends a start that still runs on the platform's.
+///
+/// Pool threads may still run the frame's code when this returns: a task for a moment after its
+/// plugin has been counted, and one whose Init the stop has passed by for as long as that takes.
+/// The SDK has no call that says when the last task has left the frame. So a host does not unmap
+/// this library: it ends the process with the library mapped.
 void Frame_Stop();
 
 /// Takes the platform down.

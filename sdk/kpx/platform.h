@@ -13,6 +13,11 @@
 using StartedPluginMap = std::map<std::string, void*>;
 
 /// Called once by the platform, on a thread of its own, when its start is done; fills the map.
+///
+/// The frame starts its plugins within this call and holds its lifecycle lock meanwhile, also while
+/// it calls the platform, the local-procedure-call framework and the base library. Frame_Stop takes
+/// that lock, which is not recursive: none of these calls may call Frame_Stop, or wait for a thread
+/// that does. Who wants the stop from there asks the host for it and returns.
 using KPXStartFinishFn = bool (*)(StartedPluginMap* started);
 
 // Called in this order, on the host's thread.
