@@ -43,8 +43,8 @@ class CThreadManager {
   ///
   /// An implementation must neither run the task within this call nor wait for room in a full pool:
   /// the frame posts while it holds a lock that its tasks take, so that either would wait for ever.
-  /// And a pool that was granted takes every task: the frame does not look at the result, and waits
-  /// for each plugin whose task it has posted.
+  /// Of a plugin whose task is refused the frame does not load the library, or at the stop does not
+  /// unload it.
   bool PostTask(std::shared_ptr<CTMTask> task, bool urgent);
 
   /// Gives one grant of the pool `name` back. With the last one the pool takes no further task,
