@@ -111,7 +111,7 @@ std::string WhatIsWrong(const Options& options) {
       return option + file + " is one of the product's own files, or could pass for one";
     }
     const std::string why = file.empty() ? file : WhyNotWritten(PathFromLocal(file));
-    if (!why.empty()) return option + file + " " + why;
+    if (!why.empty()) return std::string(option).append(file).append(" ").append(why);
   }
   if (options.record.empty()) return std::string();
   const fs::path record = PathFromLocal(options.record);

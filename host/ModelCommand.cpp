@@ -28,7 +28,7 @@ Json OrNull(const std::optional<Value>& value) {
 /// What the frame made of the product.
 struct Reading {
   std::int32_t result = -1;
-  Json model;
+  std::string model;                   // as JSON
   std::vector<std::string> sentences;  // on what is wrong with it
 };
 
@@ -38,12 +38,13 @@ Reading Read(const FrameLibrary& frame, const RunMonitor& monitor) {
   Reading reading;
   reading.result = InitialiseFrame(frame);
   const PlatformRecord platform = SnapshotPlatform();
-  reading.model = {{"Frame_Init", reading.result},
-                   {"ProductModel", OrNull(platform.productModel)},
-                   {"Addons", OrNull(platform.addons)},
-                   {"Tools", OrNull(platform.tools)},
-                   {"PluginsInfo", OrNull(platform.plugins)},
-                   {"PlatformInfo", OrNull(SnapshotLpc().info)}};
+  const Json model = {{"Frame_Init", reading.result},
+                      {"ProductModel", OrNull(platform.productModel)},
+                      {"Addons", OrNull(platform.addons)},
+                      {"Tools", OrNull(platform.tools)},
+                      {"PluginsInfo", OrNull(platform.plugins)},
+                      {"PlatformInfo", OrNull(SnapshotLpc().info)}};
+  reading.model = model.dump(2, ' ', false, Json::error_handler_t::replace);
   if (reading.result != 0) {
     reading.sentences = FirstSentences(FailureSentences(monitor.Notes()));
     return reading;
@@ -79,7 +80,7 @@ ExitStatus Run(const Options&, HostContext& context) {
   const RunMonitor monitor({});
   const FrameLibrary frame(FrameLibrary::PathBesideProgram());
   const Reading reading = ReadUnlessStopped(frame, monitor, context);
-  context.output.Write(reading.model.dump(2, ' ', false, Json::error_handler_t::replace) + "\n");
+  context.output.Write(reading.model + "\n");
   for (const std::string& sentence : reading.sentences) {
     context.output.WriteError(Escaped(sentence));
   }

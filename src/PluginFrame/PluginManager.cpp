@@ -64,7 +64,11 @@ class CPluginManager::PhaseCount {
  public:
   explicit PhaseCount(CPluginManager& manager) : m_manager(&manager) {}
   ~PhaseCount() {
-    if (m_manager != nullptr) Finish();
+    try {
+      if (m_manager != nullptr) Finish();
+    } catch (...) {
+      return;  // the lock itself has failed, and something else has been thrown already
+    }
   }
   PhaseCount(const PhaseCount&) = delete;
   PhaseCount& operator=(const PhaseCount&) = delete;

@@ -30,8 +30,11 @@ void* Run(void* argument) {
 
 }  // namespace
 
-extern "C" int pthread_create(pthread_t* thread, const pthread_attr_t* attributes, StartFn function,
-                              void* argument) noexcept {
+extern "C" int CreateThread(pthread_t* thread, const pthread_attr_t* attributes, StartFn function,
+                            void* argument) noexcept __asm__("pthread_create");
+
+int CreateThread(pthread_t* thread, const pthread_attr_t* attributes, StartFn function,
+                 void* argument) noexcept {
   static const auto create = reinterpret_cast<CreateFn>(dlsym(RTLD_NEXT, "pthread_create"));
   std::unique_ptr<Start> start(new (std::nothrow) Start{function, argument});
   if (start == nullptr) return EAGAIN;
