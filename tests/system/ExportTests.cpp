@@ -102,6 +102,8 @@ TEST(Exports, CopiedRecursiveLockIsOfTheLocksType) {
   alignas(Lock) unsigned char other[sizeof(Lock)];
   alignas(Lock) unsigned char one[sizeof(Lock)];
   std::memset(other, 0x5A, sizeof(other));
+  const void* const table = &frame.Get<const VirtualTable*>(kRecursiveTable)->completeDestructor;
+  std::memcpy(other, &table, sizeof(table));  // what is copied is of the type, too
   copy(one, other);
   EXPECT_STREQ("N3xrt19xrt_recursive_mutexE", typeid(*reinterpret_cast<Lock*>(one)).name());
   EXPECT_EQ(0, std::memcmp(one + sizeof(void*), other + sizeof(void*), sizeof(xrt::LockState)));
