@@ -13,7 +13,7 @@ using testing::Return;
 // The exported entries lie in the frame's own namespace, unmangled.
 namespace {
 
-class FrameEntries : public FrameLifeTest {
+class FrameEntries : public FrameEntriesTest {
  protected:
   /// The platform's start calls back at once and takes so many milliseconds before.
   void CallBackAtOnce(std::uint64_t milliseconds = 0) {

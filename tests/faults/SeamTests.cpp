@@ -50,7 +50,7 @@ const ThrowingCall kCalls[] = {THROWING(platform, Init, -1, false),
                                THROWING(platform, Stop, 0, true),
                                THROWING(platform, UnInit, 0, true)};
 
-class SeamCall : public FrameLifeTest, public testing::WithParamInterface<ThrowingCall> {};
+class SeamCall : public FrameEntriesTest, public testing::WithParamInterface<ThrowingCall> {};
 
 TEST_P(SeamCall, ThatThrowsLeavesNoEntryAndHoldsNoLaterOne) {
   tree.Product("a: b:a");

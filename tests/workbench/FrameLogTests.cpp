@@ -55,7 +55,7 @@ std::string AllEvents() {
   return found;
 }
 
-class FrameLog : public FrameLifeTest {
+class FrameLog : public FrameEntriesTest {
  protected:
   /// For each row the event of the first line that it matches, with the product's folder as "ROOT".
   std::string FirstEvents() const {

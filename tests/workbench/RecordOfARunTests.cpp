@@ -18,7 +18,7 @@ namespace {
 
 constexpr std::uint64_t kThread = 4711;
 
-class RecordOfARun : public FrameLifeTest {
+class RecordOfARun : public FrameEntriesTest {
  protected:
   RecordOfARun() : writer(File()) {
     ON_CALL(seam.platform, Start).WillByDefault(Invoke([](KPXStartFinishFn finished) {

@@ -1,41 +1,18 @@
 // Log lines that the system does not take.
 
 #include <gmock/gmock.h>
-#include <sys/resource.h>
 
-#include <csignal>
 #include <filesystem>
 #include <string>
 #include <vector>
 
 #include "sdk/base/log.h"
 #include "tests/reference/LogTest.h"
+#include "tests/support/posix/FileSizeLimit.h"
 
 namespace {
 
 using testing::ElementsAre;
-
-/// Lets no file of the process grow beyond `bytes`, as a full disk would.
-class FileSizeLimit {
- public:
-  explicit FileSizeLimit(std::size_t bytes) {
-    m_handlerBefore = std::signal(SIGXFSZ, SIG_IGN);
-    getrlimit(RLIMIT_FSIZE, &m_before);
-    rlimit limit = m_before;
-    limit.rlim_cur = bytes;
-    setrlimit(RLIMIT_FSIZE, &limit);
-  }
-  ~FileSizeLimit() {
-    setrlimit(RLIMIT_FSIZE, &m_before);
-    std::signal(SIGXFSZ, m_handlerBefore);
-  }
-  FileSizeLimit(const FileSizeLimit&) = delete;
-  FileSizeLimit& operator=(const FileSizeLimit&) = delete;
-
- private:
-  rlimit m_before = {};
-  void (*m_handlerBefore)(int) = nullptr;
-};
 
 using LogLoss = Log;
 
