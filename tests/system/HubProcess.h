@@ -44,8 +44,11 @@ class HubProcess {
   HubProcess(const HubProcess&) = delete;
   HubProcess& operator=(const HubProcess&) = delete;
 
-  /// Waits until `text` stands on standard output, or on standard error. False when it has not come
-  /// after half a minute, or when HUB has ended without it.
+  /// Waits until `text` stands in `content`. False when it has not come after half a minute, or
+  /// when HUB has ended without it.
+  bool Await(const std::function<std::string()>& content, const std::string& text);
+
+  /// The same of standard output, and of standard error.
   bool AwaitOutput(const std::string& text);
   bool AwaitErrors(const std::string& text);
 
@@ -62,8 +65,6 @@ class HubProcess {
   const std::filesystem::path& State() const { return m_state; }
 
  private:
-  bool Await(const std::function<std::string()>& content, const std::string& text);
-
   TemporaryFolder m_folder;
   std::filesystem::path m_state;
   boost::process::child m_process;
