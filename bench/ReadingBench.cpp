@@ -33,19 +33,19 @@ double ThreadSeconds() {
   return static_cast<double>(time.tv_sec) + 1e-9 * static_cast<double>(time.tv_nsec);
 }
 
-/// One initialisation of the frame: Init runs once per manager, so each has one of its own.
-class Life {
+/// One initialisation of the frame, with a new manager: a manager's Init may run only once.
+class FrameInit {
  public:
-  Life() = default;
-  ~Life() {
+  FrameInit() = default;
+  ~FrameInit() {
     TevLPCFrameUnInit();
     KPX_UnInit();
   }
-  Life(const Life&) = delete;
-  Life& operator=(const Life&) = delete;
+  FrameInit(const FrameInit&) = delete;
+  FrameInit& operator=(const FrameInit&) = delete;
 
   /// What Frame_Init does.
-  void Init() {
+  void Run() {
     if (KPX_Init() != 0 || !m_manager.Init()) throw std::runtime_error("the frame did not come up");
   }
 
@@ -77,18 +77,18 @@ const std::vector<XmlStep>& StepsOf(std::size_t plugins) {
     SwitchTo(plugins);
     ConfigureLog({0, "", 0, 0});
     SetExecutablePath((kProducts / "current" / "bin" / "HUB").string());
-    Life life;
+    FrameInit init;
     const XmlRecorder recorder(steps->second);
-    life.Init();
+    init.Run();
   }
   SwitchTo(plugins);
   return steps->second;
 }
 
 double TimeFrame() {
-  Life life;
+  FrameInit init;
   const double begin = ThreadSeconds();
-  life.Init();
+  init.Run();
   return ThreadSeconds() - begin;
 }
 

@@ -9,7 +9,7 @@
 #include <utility>
 #include <vector>
 
-#include "bench/LifeProducts.h"
+#include "bench/TimedRuns.h"
 
 namespace fs = std::filesystem;
 
@@ -31,9 +31,9 @@ void MeasureRecord(benchmark::State& state, const fs::path& product) {
   for (auto _ : state) {
     const bool recordFirst = CoinIsHeads();
     Numbers with;
-    if (recordFirst) with = RunLifeChild(product, record);
-    Numbers without = RunLifeChild(product, "--start");
-    if (!recordFirst) with = RunLifeChild(product, record);
+    if (recordFirst) with = RunTimed(product, record);
+    Numbers without = RunTimed(product, "--start");
+    if (!recordFirst) with = RunTimed(product, record);
     if (with.empty() || without.empty()) {
       state.SkipWithError("the start failed");
       return;

@@ -98,7 +98,7 @@ class Allocations : public testing::Test {
   }
 
   /// Initialises a manager with allocation `failing` failing and takes it down again.
-  Outcome Life(long failing) {
+  Outcome InitWith(long failing) {
     world.productModel = ProductModel();
     world.addons.clear();
     world.tools.clear();
@@ -139,9 +139,9 @@ class Allocations : public testing::Test {
 };
 
 TEST_F(Allocations, EachFailingInTurnIsAFailureThatLosesNothing) {
-  ASSERT_EQ(Outcome::kUp, Life(0));  // what is made once and kept
+  ASSERT_EQ(Outcome::kUp, InitWith(0));  // what is made once and kept
   Forget();
-  ASSERT_EQ(Outcome::kUp, Life(0));
+  ASSERT_EQ(Outcome::kUp, InitWith(0));
   const long allocations = t_count;
   const Json whole = HandedOver();
   Forget();
@@ -150,7 +150,7 @@ TEST_F(Allocations, EachFailingInTurnIsAFailureThatLosesNothing) {
 
   long tolerated = 0;
   for (long failing = 1; failing <= allocations; ++failing) {
-    const Outcome outcome = Life(failing);
+    const Outcome outcome = InitWith(failing);
     if (outcome == Outcome::kUp) {
       ++tolerated;
       EXPECT_EQ(whole, HandedOver()) << "allocation " << failing << " lost something silently";
@@ -184,9 +184,9 @@ TEST_F(Allocations, LibxmlWithoutMemoryIsAFailureAndNoEmptyDocument) {
   EXPECT_THROW(document.GetNodeProp("/r", "a", ""), std::bad_alloc);
   EXPECT_THROW(document.ParseMemory("<r/>"), std::bad_alloc);
   EXPECT_THROW(TevModelParse::CXmlProto(), std::bad_alloc);
-  EXPECT_EQ(Outcome::kOutOfMemory, Life(0));
+  EXPECT_EQ(Outcome::kOutOfMemory, InitWith(0));
   g_libxmlHasMemory = true;
-  EXPECT_EQ(Outcome::kUp, Life(0));
+  EXPECT_EQ(Outcome::kUp, InitWith(0));
 }
 
 }  // namespace

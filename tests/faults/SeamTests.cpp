@@ -1,4 +1,4 @@
-// Each call to the libraries around the frame throwing in turn, through a whole life: nothing
+// Each call to the libraries around the frame throwing in turn, through a whole run: nothing
 // leaves an entry, Frame_Init fails when it could not do its work, and every entry comes to its
 // end.
 

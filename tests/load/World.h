@@ -17,7 +17,7 @@
 #include "sdk/kpx/platform.h"
 
 // Doubles of the libraries around the frame that many threads may use at once, quick enough for
-// thousands of lives: real pool threads that run tasks in any order after a little while, a sleep
+// thousands of runs: real pool threads that run tasks in any order after a little while, a sleep
 // that hardly lasts, and plugins that watch their own order.
 
 /// A plugin as the loader double knows it. Its two functions write down what is out of order.
@@ -36,7 +36,7 @@ struct WatchedPlugin {
   std::atomic<int> handles{0};
 };
 
-/// What is around the frame for the life of one product. The doubles go to the one that exists.
+/// What is around the frame in one run of a product. The doubles use the one World that exists.
 class World {
  public:
   explicit World(unsigned seed);

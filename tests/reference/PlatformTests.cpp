@@ -138,7 +138,7 @@ TEST_F(Platform, StartsAgainAfterAStop) {
   EXPECT_EQ(true, StartCallbackResult());
 }
 
-TEST_F(Platform, NewLifeHasNoError) {
+TEST_F(Platform, NewInitHasNoError) {
   EXPECT_NE(0, KPX_Start(nullptr));
   KPX_UnInit();
   KPX_Init();
@@ -228,7 +228,7 @@ TEST(LpcFrame, KeepsWhatItIsToldAndRefusesWhatIsOutOfOrder) {
   EXPECT_FALSE(SnapshotLpc().up);
 }
 
-TEST(LpcFrame, ForgetsItsLastLifeAtTheNext) {
+TEST(LpcFrame, ForgetsItsLastRunAtTheNext) {
   PlatformInfo info;
   ASSERT_EQ(0, TevLPCFrameInit("first", info));
   TevLPCFrameNotifyStartPlugins("text");

@@ -1,4 +1,4 @@
-// Two hundred lives in one process, between the real libraries around the frame and with real
+// Two hundred runs in one process, between the real libraries around the frame and with real
 // plugin libraries: what the process holds after the twentieth, it holds after the last.
 //
 // Reads the allocator's count and the process's memory map, which other systems keep elsewhere.
@@ -30,7 +30,7 @@
 #include "tests/support/ProductTree.h"
 
 /// In place of the runtime's, for every library of this process: between two looks at its plugins
-/// the frame rests for a fifth of a second, and two hundred lives would take minutes.
+/// the frame rests for a fifth of a second, and two hundred runs would take minutes.
 void XRT_Sleep(std::uint32_t) {
   std::this_thread::sleep_for(std::chrono::microseconds(200));
 }
@@ -39,11 +39,11 @@ namespace {
 
 using PluginFrame::CPluginManager;
 
-constexpr int kWarmUpLives = 20;
-constexpr int kLives = 200;
+constexpr int kWarmUpRuns = 20;
+constexpr int kRuns = 200;
 
 /// How far two counts of a heap that holds the same may lie apart, in bytes: threads cache blocks
-/// that they have freed. What every life leaves behind shows from 91 bytes on.
+/// that they have freed. What every run leaves behind shows from 91 bytes on.
 constexpr long kHeapNoise = 16L * 1024;
 
 /// The same of the resident memory, which the allocator returns when it likes.
@@ -90,13 +90,13 @@ bool StartPlugins(StartedPluginMap* started) {
   return g_manager->Start(started);
 }
 
-/// What one or many lives have added.
+/// What one or many runs have added.
 struct Growth {
   long heap = 0;
   long resident = 0;
 };
 
-class RepeatedLife : public testing::Test {
+class RepeatedRuns : public testing::Test {
  protected:
   void SetUp() override {
     ASSERT_TRUE(HeapIsCounted());
@@ -110,40 +110,40 @@ class RepeatedLife : public testing::Test {
     }
   }
 
-  /// A life with a manager of its own, which the caller may keep.
-  void LiveWith(CPluginManager& manager) {
+  /// A run with this manager, which the caller may keep.
+  void RunWith(CPluginManager& manager) {
     g_manager = &manager;
-    Live({[&manager] { return KPX_Init() == 0 && manager.Init(); },
-          [] { return KPX_Start(&StartPlugins) == 0; },
-          [&manager] {
-            manager.Uninit();
-            KPX_Stop();
-          },
-          [] { KPX_UnInit(); }});
+    Run({[&manager] { return KPX_Init() == 0 && manager.Init(); },
+         [] { return KPX_Start(&StartPlugins) == 0; },
+         [&manager] {
+           manager.Uninit();
+           KPX_Stop();
+         },
+         [] { KPX_UnInit(); }});
   }
 
-  /// A life with the frame's library loaded for it and unloaded after it, as a host would.
-  void LiveWithLibrary() {
+  /// A run with the frame's library loaded for it and unloaded after it, as a host would.
+  void RunWithLibrary() {
     const HMODULE frame = LoadLibraryW(LocalToWide(TEV_FRAME).c_str());
     ASSERT_NE(nullptr, frame);
-    // A task that is being dropped still runs the frame's code: Live waits for the last.
-    Live({[frame] { return Call<std::int32_t>(frame, "Frame_Init") == 0; },
-          [frame] { return Call<std::int32_t>(frame, "Frame_Start") == 0; },
-          [frame] { Call<void>(frame, "Frame_Stop"); },
-          [frame] { Call<void>(frame, "Frame_UnInit"); }});
+    // A task that is being dropped still runs the frame's code: Run waits for the last.
+    Run({[frame] { return Call<std::int32_t>(frame, "Frame_Init") == 0; },
+         [frame] { return Call<std::int32_t>(frame, "Frame_Start") == 0; },
+         [frame] { Call<void>(frame, "Frame_Stop"); },
+         [frame] { Call<void>(frame, "Frame_UnInit"); }});
     ASSERT_TRUE(FreeLibrary(frame));
     ASSERT_FALSE(IsMapped("libTevPluginFrame"));
   }
 
-  /// What `live` adds from the end of the warm-up to the last life.
-  Growth GrowthOf(const std::function<void()>& live) {
+  /// What `run` adds from the end of the warm-up to the last run.
+  Growth GrowthOf(const std::function<void()>& run) {
     long heap = 0;
     long resident = 0;
-    for (int number = 1; number <= kLives && !HasFatalFailure(); ++number) {
-      SCOPED_TRACE("life " + std::to_string(number));
-      live();
+    for (int number = 1; number <= kRuns && !HasFatalFailure(); ++number) {
+      SCOPED_TRACE("run " + std::to_string(number));
+      run();
       for (const std::string& name : m_libraries) EXPECT_FALSE(IsMapped(name + ".dll"));
-      if (number != kWarmUpLives) continue;
+      if (number != kWarmUpRuns) continue;
       heap = Heap();
       resident = Resident();
     }
@@ -151,7 +151,7 @@ class RepeatedLife : public testing::Test {
   }
 
  private:
-  /// The steps of a life, in order; the first two say whether they succeeded.
+  /// The steps of a run, in order; the first two say whether they succeeded.
   struct Steps {
     std::function<bool()> init;
     std::function<bool()> start;
@@ -159,7 +159,7 @@ class RepeatedLife : public testing::Test {
     std::function<void()> uninit;
   };
 
-  void Live(const Steps& steps) const {
+  void Run(const Steps& steps) const {
     ASSERT_TRUE(steps.init());
     ASSERT_TRUE(steps.start());
     ASSERT_NO_FATAL_FAILURE(AwaitStart());
@@ -195,25 +195,25 @@ class RepeatedLife : public testing::Test {
   ProductTree m_tree;
 };
 
-TEST_F(RepeatedLife, LeavesNothingWithItsManager) {
+TEST_F(RepeatedRuns, LeavesNothingWithItsManager) {
   const Growth growth = GrowthOf([this] {
     CPluginManager manager;
-    LiveWith(manager);
+    RunWith(manager);
   });
   EXPECT_LE(growth.heap, kHeapNoise);
   EXPECT_LE(growth.resident, kResidentNoise);
 }
 
 // The library's one manager is never deleted: its tasks may outlive every other owner. So a host
-// that reloads the library pays for a manager a life, and for nothing else.
-TEST_F(RepeatedLife, OfAReloadedLibraryLeavesItsManagerAlone) {
+// that reloads the library pays for a manager a run, and for nothing else.
+TEST_F(RepeatedRuns, OfAReloadedLibraryLeavesItsManagerAlone) {
   std::vector<std::unique_ptr<CPluginManager>> kept;
-  kept.reserve(kLives);
+  kept.reserve(kRuns);
   const Growth ofManagers = GrowthOf([this, &kept] {
     kept.push_back(std::make_unique<CPluginManager>());
-    LiveWith(*kept.back());
+    RunWith(*kept.back());
   });
-  const Growth ofReloads = GrowthOf([this] { LiveWithLibrary(); });
+  const Growth ofReloads = GrowthOf([this] { RunWithLibrary(); });
   EXPECT_LE(ofReloads.heap, ofManagers.heap + kHeapNoise);
   EXPECT_LE(ofReloads.resident, ofManagers.resident + kResidentNoise);
 }

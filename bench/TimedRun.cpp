@@ -1,9 +1,9 @@
 // Runs the product in argv[1] once, in a process of its own: a second Frame_Init in one process
 // starts nothing. Prints what it measured, a name and a number a line.
 //
-//   life_child PRODUCT                    start and stop
-//   life_child PRODUCT --init             Frame_Init alone
-//   life_child PRODUCT --start [RECORD]   the start alone, with a flight record in this file
+//   timed_run PRODUCT                    start and stop
+//   timed_run PRODUCT --init             Frame_Init alone
+//   timed_run PRODUCT --start [RECORD]   the start alone, with a flight record in this file
 //
 // Exit status 1, with a sentence on standard error, when the run did not go as it had to.
 
@@ -186,7 +186,7 @@ void MeasureStart(const FrameLibrary& frame, const std::string& recordFile) {
   if (recorded) std::cout << "lines " << recorded->lines << "\n";
 }
 
-void MeasureLife(const FrameLibrary& frame) {
+void MeasureRun(const FrameLibrary& frame) {
   Init(frame);
   Watch watch;
   const Moment begin = Now();
@@ -206,7 +206,7 @@ void MeasureLife(const FrameLibrary& frame) {
 
 int main(int argc, char** argv) {
   try {
-    if (argc < 2) throw std::runtime_error("life_child: name the product's folder");
+    if (argc < 2) throw std::runtime_error("timed_run: name the product's folder");
     ConfigureLog({0, "", 0, 0});
     SetExecutablePath(std::string(argv[1]) + "/bin/HUB");
     const FrameLibrary frame(FrameLibrary::PathBesideProgram());
@@ -216,7 +216,7 @@ int main(int argc, char** argv) {
     } else if (option == "--start") {
       MeasureStart(frame, argc > 3 ? argv[3] : "");
     } else {
-      MeasureLife(frame);
+      MeasureRun(frame);
     }
   } catch (const std::exception& error) {
     std::cerr << error.what() << std::endl;

@@ -1,5 +1,5 @@
-// Thousands of lives of random products, each checked for its order. A failure names the seed;
-// TEV_LOAD_SEED lives the one with that seed again.
+// Thousands of runs of random products, each checked for its order. A failure names the seed;
+// TEV_LOAD_SEED repeats the run with that seed.
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -61,9 +61,9 @@ std::vector<int> OneToCount(std::size_t count) {
   return numbers;
 }
 
-class RandomLives : public testing::Test {
+class RandomRuns : public testing::Test {
  protected:
-  void Live(unsigned seed, std::size_t most) {
+  void Run(unsigned seed, std::size_t most) {
     SCOPED_TRACE("TEV_LOAD_SEED=" + std::to_string(seed));
     std::mt19937 random(seed);
     World world(seed);
@@ -122,29 +122,29 @@ std::size_t MostPlugins(unsigned seed) {
   return seed < kFirstBigSeed ? 60 : 900;
 }
 
-/// The lives with 500 seeds from the parameter on.
-class FiveHundredRandomLives : public RandomLives, public testing::WithParamInterface<unsigned> {};
+/// The runs with 500 seeds from the parameter on.
+class FiveHundredRandomRuns : public RandomRuns, public testing::WithParamInterface<unsigned> {};
 
-TEST_P(FiveHundredRandomLives, KeepTheOrderOfTheirPlugins) {
+TEST_P(FiveHundredRandomRuns, KeepTheOrderOfTheirPlugins) {
   if (const char* seed = std::getenv("TEV_LOAD_SEED")) {
     const auto number = static_cast<unsigned>(std::atoi(seed));
-    return Live(number, MostPlugins(number));
+    return Run(number, MostPlugins(number));
   }
   for (unsigned seed = GetParam(); seed < GetParam() + 500 && !HasFailure(); ++seed) {
-    Live(seed, MostPlugins(seed));
+    Run(seed, MostPlugins(seed));
   }
 }
 
-INSTANTIATE_TEST_SUITE_P(From, FiveHundredRandomLives, testing::Range(0U, 2500U, 500U),
+INSTANTIATE_TEST_SUITE_P(From, FiveHundredRandomRuns, testing::Range(0U, 2500U, 500U),
                          testing::PrintToStringParamName());
 
-TEST_F(RandomLives, OfManyPluginsKeepTheirOrder) {
+TEST_F(RandomRuns, OfManyPluginsKeepTheirOrder) {
   for (unsigned seed = kFirstBigSeed; seed < kFirstBigSeed + 12 && !HasFailure(); ++seed) {
-    Live(seed, MostPlugins(seed));
+    Run(seed, MostPlugins(seed));
   }
 }
 
-TEST_F(RandomLives, OfAProductOfNineHundredPluginsInOneChainAndInNone) {
+TEST_F(RandomRuns, OfAProductOfNineHundredPluginsInOneChainAndInNone) {
   for (const bool chain : {false, true}) {
     World world(1);
     world.exePath = m_tree.ExePath();
@@ -162,9 +162,9 @@ TEST_F(RandomLives, OfAProductOfNineHundredPluginsInOneChainAndInNone) {
 
 enum class Finisher { kDuringTheStop, kAfterTheStop };
 
-/// Lives a product whose start a stop cuts short when the `stage`-th plugin is in its Init, which
-/// lasts until the stop has looked at the plugins a few times, or until it is over.
-void CutShort(const ProductTree& tree, unsigned seed, int stage, Finisher finisher) {
+/// Runs a product and stops it while the `stage`-th plugin is in its Init, which lasts until the
+/// stop has looked at the plugins a few times, or until the stop is over.
+void StopAtStage(const ProductTree& tree, unsigned seed, int stage, Finisher finisher) {
   SCOPED_TRACE("seed " + std::to_string(seed) + ", stage " + std::to_string(stage));
   std::mt19937 random(seed);
   World world(seed);
@@ -210,17 +210,19 @@ void CutShort(const ProductTree& tree, unsigned seed, int stage, Finisher finish
   }
 }
 
-TEST(StartCutShort, AtEachStageEndsAndStopsWhatIsUp) {
+TEST(StopWhileStarting, AtEachStageEndsAndStopsWhatIsUp) {
   const ProductTree tree;
   for (unsigned seed = 0; seed < 12; ++seed) {
-    for (int stage = 1; stage <= 12; ++stage) CutShort(tree, seed, stage, Finisher::kDuringTheStop);
+    for (int stage = 1; stage <= 12; ++stage)
+      StopAtStage(tree, seed, stage, Finisher::kDuringTheStop);
   }
 }
 
-TEST(StartCutShort, WithALateFinisherEndsAllTheSame) {
+TEST(StopWhileStarting, WithALateFinisherEndsAllTheSame) {
   const ProductTree tree;
   for (unsigned seed = 0; seed < 12; ++seed) {
-    for (int stage = 1; stage <= 12; ++stage) CutShort(tree, seed, stage, Finisher::kAfterTheStop);
+    for (int stage = 1; stage <= 12; ++stage)
+      StopAtStage(tree, seed, stage, Finisher::kAfterTheStop);
   }
 }
 

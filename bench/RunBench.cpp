@@ -8,7 +8,7 @@
 #include <string>
 #include <vector>
 
-#include "bench/LifeProducts.h"
+#include "bench/TimedRuns.h"
 
 namespace fs = std::filesystem;
 
@@ -20,9 +20,9 @@ const fs::path kData = TEV_BENCH_DATA;
 
 /// Runs `product`, in which `levels` rounds of looking are the least that a start or a stop takes,
 /// and reports what goes beyond those as the frame's own.
-void MeasureLife(benchmark::State& state, const fs::path& product, double levels) {
+void MeasureRun(benchmark::State& state, const fs::path& product, double levels) {
   for (auto _ : state) {
-    std::map<std::string, double> run = RunLifeChild(product);
+    std::map<std::string, double> run = RunTimed(product);
     if (run.empty()) {
       state.SkipWithError("the run failed");
       return;
@@ -45,14 +45,14 @@ void Chain(benchmark::State& state) {
   for (std::size_t i = 1; i < depth; ++i) plugins[i].dependsOn = {plugins[i - 1].id};
   const fs::path product = kData / "chain" / std::to_string(depth);
   WriteProduct(product, plugins, 1);
-  MeasureLife(state, product, static_cast<double>(depth));
+  MeasureRun(state, product, static_cast<double>(depth));
 }
 
 /// As many plugins as the argument says, 50 ms each, none of which waits for another.
 void Independent(benchmark::State& state) {
   const fs::path product = kData / "independent";
   WriteProduct(product, IndependentPlugins(static_cast<std::size_t>(state.range(0))), 1);
-  MeasureLife(state, product, 1);
+  MeasureRun(state, product, 1);
 }
 
 /// As many plugins as the argument says, 50 ms each, which all wait for one more that takes 2000
@@ -60,7 +60,7 @@ void Independent(benchmark::State& state) {
 void Waiting(benchmark::State& state) {
   const fs::path product = kData / "waiting";
   WriteProduct(product, WaitingPlugins(static_cast<std::size_t>(state.range(0))), 1);
-  MeasureLife(state, product, 11);
+  MeasureRun(state, product, 11);
 }
 
 /// Frame_Init's peak of resident memory, beyond what was resident before, and the bytes of XML.
@@ -70,7 +70,7 @@ void Memory(benchmark::State& state) {
   for (std::size_t i = 0; i < plugins.size(); ++i) plugins[i].id = GeneratedID(i);
   WriteProduct(product, plugins, 20);
   for (auto _ : state) {
-    std::map<std::string, double> init = RunLifeChild(product, "--init");
+    std::map<std::string, double> init = RunTimed(product, "--init");
     if (init.empty()) {
       state.SkipWithError("Frame_Init failed");
       return;

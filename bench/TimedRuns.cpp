@@ -1,4 +1,4 @@
-#include "bench/LifeProducts.h"
+#include "bench/TimedRuns.h"
 
 #include <stdio.h>  // popen
 
@@ -32,8 +32,8 @@ std::vector<GeneratedPlugin> WaitingPlugins(std::size_t count) {
   return plugins;
 }
 
-std::map<std::string, double> RunLifeChild(const fs::path& product, const std::string& arguments) {
-  const std::string command = TEV_LIFE_CHILD " '" + product.string() + "' " + arguments;
+std::map<std::string, double> RunTimed(const fs::path& product, const std::string& arguments) {
+  const std::string command = TEV_TIMED_RUN " '" + product.string() + "' " + arguments;
   const std::unique_ptr<std::FILE, ClosePipe> pipe(popen(command.c_str(), "r"));
   std::map<std::string, double> numbers;
   char name[64] = {};
