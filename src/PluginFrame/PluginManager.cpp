@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <boost/thread/lock_types.hpp>
+#include <boost/thread/synchronized_value.hpp>
 #include <exception>
 #include <mutex>
 #include <set>
@@ -31,35 +32,48 @@ using ReadLock = boost::shared_lock<boost::shared_mutex>;
 constexpr std::uint32_t kPollMilliseconds = 200;
 constexpr std::int32_t kDistributedModule = 2;
 constexpr std::int32_t kNoTiming = -1;
+constexpr char kRefusedByPool[] = "the thread pool refused its task";
 
-void AddTimingLine(const std::string& plugin, const char* outcome, std::int32_t milliseconds) {
-  FRAME_LOG_AS("PluginFrame::CPluginManager::SinglePluginLoad");
-  if (!AddTimingRow([&] { return "[" + plugin + "] " + outcome; }, milliseconds)) {
-    FRAME_LOG(kTolerated, "%s", kRowIsLost);
+// The functions that log lines name. Private steps log under the function that they are a part of.
+constexpr char kInit[] = "PluginFrame::CPluginManager::Init";
+constexpr char kStart[] = "PluginFrame::CPluginManager::Start";
+constexpr char kUninit[] = "PluginFrame::CPluginManager::Uninit";
+constexpr char kLoad[] = "PluginFrame::CPluginManager::SinglePluginLoad";
+constexpr char kUnload[] = "PluginFrame::CPluginManager::SinglePluginUnload";
+
+// One line under each of them, with the label that its texts begin with.
+#define LOG_AS(function, module, level, ...)      \
+  do {                                            \
+    const char* const kLogFunction = function;    \
+    FRAME_LOG_MODULE(module, level, __VA_ARGS__); \
+  } while (false)
+#define LOG_INIT(level, ...) LOG_AS(kInit, kLogModule, level, "[PluginManager Init]" __VA_ARGS__)
+#define LOG_START(level, ...) LOG_AS(kStart, kLogModule, level, "[PluginManager start]" __VA_ARGS__)
+#define LOG_UNINIT_MODULE(module, level, ...) \
+  LOG_AS(kUninit, module, level, "[PluginManager Uninit]" __VA_ARGS__)
+#define LOG_UNINIT(level, ...) LOG_UNINIT_MODULE(kLogModule, level, __VA_ARGS__)
+#define LOG_LOAD(level, ...) LOG_AS(kLoad, kLogModule, level, "[Plugin Load]" __VA_ARGS__)
+#define LOG_UNLOAD(level, ...) LOG_AS(kUnload, kLogModule, level, "[Plugin Unload]" __VA_ARGS__)
+
+/// Adds a row to the timing table. A row that is lost is logged under `function`.
+template <typename MakeText>
+void AddTimingLine(const char* function, std::int32_t milliseconds, MakeText makeText) {
+  if (!AddTimingRow(makeText, milliseconds)) {
+    LOG_AS(function, kLogModule, kTolerated, "%s", kRowIsLost);
   }
 }
 
-/// Plugins that refused to stop. They may still be running code of their own, so their libraries
-/// stay mapped until the process ends: nothing here is ever destroyed.
-struct RefusedPlugins {
-  std::mutex mutex;
-  std::multimap<std::string, std::shared_ptr<CPlugin>> plugins;  // guarded by mutex
-
-  static RefusedPlugins& Instance() {
-    static RefusedPlugins& instance = *new RefusedPlugins;
-    return instance;
-  }
-
-  /// Allocates nothing.
-  void Add(std::map<std::string, std::shared_ptr<CPlugin>>::node_type plugin) {
-    const std::lock_guard<std::mutex> lock(mutex);
-    plugins.insert(std::move(plugin));
-  }
-};
+/// The plugins that refused to stop. Their code may still run, so the list is never destroyed and
+/// their libraries stay mapped until the process ends.
+auto& RefusedPlugins() {
+  using Plugins = std::multimap<std::string, std::shared_ptr<CPlugin>>;
+  static auto& plugins = *new boost::synchronized_value<Plugins>;
+  return plugins;
+}
 
 }  // namespace
 
-/// Sets m_finishedCount to 0 for the next phase: at Finish, or when an exception ends this one.
+/// Sets m_finishedCount to 0 for the next phase: in Finish, or when an exception ends this phase.
 class CPluginManager::PhaseCount {
  public:
   explicit PhaseCount(CPluginManager& manager) : m_manager(&manager) {}
@@ -67,13 +81,13 @@ class CPluginManager::PhaseCount {
     try {
       if (m_manager != nullptr) Finish();
     } catch (...) {
-      return;  // the lock itself has failed, and something else has been thrown already
+      return;  // the lock has failed while another exception unwinds: that one is reported
     }
   }
   PhaseCount(const PhaseCount&) = delete;
   PhaseCount& operator=(const PhaseCount&) = delete;
 
-  /// Returns the lock of the count, held.
+  /// Returns m_countMutex, locked.
   Lock Finish() {
     CPluginManager& manager = *std::exchange(m_manager, nullptr);
     Lock lock(manager.m_countMutex);
@@ -108,7 +122,7 @@ CPluginManager& CPluginManager::Instance() {
     const std::lock_guard<std::mutex> lock(mutex);
     manager = instance.load(std::memory_order_relaxed);
     if (manager == nullptr) {
-      manager = new CPluginManager;  // never deleted: tasks may outlive every other owner
+      manager = new CPluginManager;  // never deleted: its tasks may run until the process ends
       instance.store(manager, std::memory_order_release);
     }
   }
@@ -121,8 +135,7 @@ CPluginManager::~CPluginManager() {
 }
 
 bool CPluginManager::Init() {
-  FRAME_LOG_AS("PluginFrame::CPluginManager::Init");
-  FRAME_LOG(kProgress, "[PluginManager Init]----PluginManager Init start----");
+  LOG_INIT(kProgress, "----PluginManager Init start----");
   if (!ReadModels()) return false;
   MergeInstalledAddons();
   TrimPluginLists(m_productModel, KPX_GetRunningModule() == kDistributedModule);
@@ -132,64 +145,53 @@ bool CPluginManager::Init() {
   if (!StartLpcFrame()) return false;
   RegisterPlugins();
   m_initialised = true;
-  FRAME_LOG(kProgress, "[PluginManager Init]----PluginManager Init success----");
+  LOG_INIT(kProgress, "----PluginManager Init success----");
   return true;
 }
 
 bool CPluginManager::ReadModels() {
-  FRAME_LOG_AS("PluginFrame::CPluginManager::Init");
   const TevModelParse::CProductXmlReader reader;
   if (!reader.ReadServerModel(m_productModel)) {
-    FRAME_LOG(kFatal,
-              "[PluginManager Init]----ReadServerModel failed.Get product model param failed----");
+    LOG_INIT(kFatal, "----ReadServerModel failed.Get product model param failed----");
     return false;
   }
   if (!reader.ReadServerAddonsModel(m_addonsModel)) {
-    FRAME_LOG(kTolerated,
-              "[PluginManager Init]----ReadServerAddonsModel failed."
-              "Get product addons model param failed----");
+    LOG_INIT(kTolerated,
+             "----ReadServerAddonsModel failed.Get product addons model param failed----");
   }
   if (!reader.ReadServerToolsModel(m_toolsModel)) {
-    FRAME_LOG(kTolerated,
-              "[PluginManager Init]----ReadServerToolsModel failed."
-              "Get product tools model param failed----");
+    LOG_INIT(kTolerated,
+             "----ReadServerToolsModel failed.Get product tools model param failed----");
   }
   return true;
 }
 
 void CPluginManager::MergeInstalledAddons() {
-  FRAME_LOG_AS("PluginFrame::CPluginManager::Init");
   KPX_SetAddonAndToolModel(m_addonsModel, m_toolsModel);
-  FRAME_LOG(kProgress, "[PluginManager Init]Set Addons and Tools Model to platform.");
+  LOG_INIT(kProgress, "Set Addons and Tools Model to platform.");
   std::vector<AddonModel> installed;
   KPX_GetInstalledAddonModel(installed);
-  FRAME_LOG(kProgress,
-            "[PluginManager Init]Get signed & compatibled verify and installed addons size [%d].",
-            static_cast<int>(installed.size()));
+  LOG_INIT(kProgress, "Get signed & compatibled verify and installed addons size [%d].",
+           static_cast<int>(installed.size()));
   for (const AddonModel& addon : installed) {
-    FRAME_LOG(kProgress, "[PluginManager Init]Installed addon name [%s].", addon.ID.c_str());
+    LOG_INIT(kProgress, "Installed addon name [%s].", addon.ID.c_str());
     AddInstalledAddon(m_productModel, addon);
   }
 }
 
 bool CPluginManager::HandOverProductModel() {
-  FRAME_LOG_AS("PluginFrame::CPluginManager::Init");
   if (KPX_SetProductModel(m_productModel) == 0) {
-    FRAME_LOG(kFatal,
-              "[PluginManager Init]----KPX_SetProductModel failed."
-              "Set product model param to platform failed----");
+    LOG_INIT(kFatal,
+             "----KPX_SetProductModel failed.Set product model param to platform failed----");
     return false;
   }
-  FRAME_LOG(kProgress, "[PluginManager Init]Set product model param to platform success.");
+  LOG_INIT(kProgress, "Set product model param to platform success.");
   return true;
 }
 
 void CPluginManager::LogVersions() const {
-  FRAME_LOG_AS("PluginFrame::CPluginManager::Init");
-  FRAME_LOG(kProgress, "[PluginManager Init]Plugins' version: [%s]",
-            PluginVersionsText(m_productModel).c_str());
-  FRAME_LOG(kProgress, "[PluginManager Init]Drivers' version: [%s]",
-            DriverVersionsText(m_productModel).c_str());
+  LOG_INIT(kProgress, "Plugins' version: [%s]", PluginVersionsText(m_productModel).c_str());
+  LOG_INIT(kProgress, "Drivers' version: [%s]", DriverVersionsText(m_productModel).c_str());
 }
 
 void CPluginManager::BuildGraph() {
@@ -203,117 +205,114 @@ void CPluginManager::BuildGraph() {
 }
 
 bool CPluginManager::StartLpcFrame() {
-  FRAME_LOG_AS("PluginFrame::CPluginManager::Init");
   const PlatformInfo info = MakePlatformInfo(m_productModel, GetCurExeDir());
-  FRAME_LOG(kProgress, "[PluginManager Init]Switch Product Model to LPC frame info.");
+  LOG_INIT(kProgress, "Switch Product Model to LPC frame info.");
   const std::int32_t error = TevLPCFrameInit("lpc_server_framework", info);
   if (error != 0) {
-    FRAME_LOG(kFatal, "[PluginManager Init]----TevLPCFrameInit failed, errorcode[%d]----", error);
+    LOG_INIT(kFatal, "----TevLPCFrameInit failed, errorcode[%d]----", error);
     return false;
   }
-  FRAME_LOG(kProgress, "[PluginManager Init]TevLPCFrameInit success.");
+  LOG_INIT(kProgress, "TevLPCFrameInit success.");
   return true;
 }
 
 void CPluginManager::RegisterPlugins() const {
-  FRAME_LOG_AS("PluginFrame::CPluginManager::Init");
   AddPluginsInfo(MakePluginInfos(m_productModel));
-  FRAME_LOG(kProgress, "[PluginManager Init]Set plugin info to platform success.");
+  LOG_INIT(kProgress, "Set plugin info to platform success.");
 }
 
 bool CPluginManager::Start(StartedPluginMap* out) {
-  FRAME_LOG_AS("PluginFrame::CPluginManager::Start");
   if (!m_initialised) return true;
   const Lock lifecycle(m_lifecycleMutex);
-  FRAME_LOG(kProgress, "[PluginManager start]----PluginManager start----");
+  LOG_START(kProgress, "----PluginManager start----");
   ThreadPoolLease pool(PluginCount());
   if (!pool.Granted()) {
-    FRAME_LOG(kFatal,
-              "[PluginManager start]----PluginManager start failed.Get thread for %s failed.----",
-              kThreadPool);
+    LOG_START(kFatal, "----PluginManager start failed.Get thread for %s failed.----", kThreadPool);
     return false;
   }
-  if (!AddTimingRow([this] { return PluginsToInitText(m_productModel); }, kNoTiming)) {
-    FRAME_LOG(kTolerated, "%s", kRowIsLost);
-  }
-  FRAME_LOG(kProgress, "[PluginManager start]Plugins init start...");
+  AddTimingLine(kStart, kNoTiming, [this] { return PluginsToInitText(m_productModel); });
+  LOG_START(kProgress, "Plugins init start...");
   const ULONGLONG begin = GetTickCount64();
   PhaseCount phase(*this);
   RunPhase(
-      {true, &ReadyToStart, &CPluginManager::SinglePluginLoad, &CPluginManager::CountNotLoaded});
+      {true, &ReadyToStart, &CPluginManager::SinglePluginLoad, &CPluginManager::CountRefusedLoad});
   pool.Release();
-  FRAME_LOG(kProgress, "[PluginManager start]Plugins init end. Total cost time [%d]ms.",
+  LOG_START(kProgress, "Plugins init end. Total cost time [%d]ms.",
             Elapsed(begin, GetTickCount64()));
 
-  // Held to the end: a plugin that comes late, after a start cut short, is counted for the stop.
+  // Held until Start returns, so that a plugin whose Init ends after a stop request is counted in
+  // the stop's phase.
   const Lock count = phase.Finish();
   ReportStarted(out);
   TevLPCFrameNotifyStartPlugins("");
-  FRAME_LOG(kProgress, "[PluginManager start]Notify plugin start by LPC.");
-  FRAME_LOG(kProgress, "[PluginManager start]----PluginManager Start success----");
+  LOG_START(kProgress, "Notify plugin start by LPC.");
+  LOG_START(kProgress, "----PluginManager Start success----");
   return true;
 }
 
 void CPluginManager::Uninit() {
-  FRAME_LOG_AS("PluginFrame::CPluginManager::Uninit");
-  FRAME_LOG(kProgress, "[PluginManager Uninit]----CPluginManager::Uninit start.----");
+  LOG_UNINIT(kProgress, "----CPluginManager::Uninit start.----");
   m_initialised = false;
   const Lock lifecycle(m_lifecycleMutex);
-  FRAME_LOG(kProgress, "[PluginManager Uninit]Uninit lpc frame start.");
-  if (TevLPCFrameUnInit() != 0) {
-    FRAME_LOG_MODULE("platform.LPCIntegrate", kTolerated,
-                     "[PluginManager Uninit]Uninit lpc frame end, failed.");
-    return;
-  }
-  FRAME_LOG(kProgress, "[PluginManager Uninit]Uninit lpc frame end, success.");
-  FRAME_LOG(kProgress, "[PluginManager Uninit]Get threads for uninit plugins start.");
+  if (!StopLpcFrame()) return;
+  LOG_UNINIT(kProgress, "Get threads for uninit plugins start.");
   const std::int32_t plugins = PluginCount();
   ThreadPoolLease pool(plugins);
   if (!pool.Granted()) {
-    FRAME_LOG(kFailure, "[PluginManager Uninit]Get threads for uninit plugins end, failed.");
+    LOG_UNINIT(kFailure, "Get threads for uninit plugins end, failed.");
     return;
   }
-  FRAME_LOG(kProgress,
-            "[PluginManager Uninit]Get threads for uninit plugins end, success(threads num = %d). ",
-            plugins);
+  LOG_UNINIT(kProgress, "Get threads for uninit plugins end, success(threads num = %d). ", plugins);
   const ULONGLONG begin = GetTickCount64();
-  FRAME_LOG(kProgress, "[PluginManager Uninit]Uninit all plugins start.");
-  RefusedPlugins::Instance();  // made while nothing is lost without memory for it
+  LOG_UNINIT(kProgress, "Uninit all plugins start.");
+  RefusedPlugins();  // allocates the list: no UnInit has run yet that it could lose
   PhaseCount phase(*this);
   RunPhase({false, &ReadyToStop, &CPluginManager::SinglePluginUnload,
-            &CPluginManager::CountNotUnloaded});
+            &CPluginManager::CountRefusedUnload});
   pool.Release();
   phase.Keep();
-  FRAME_LOG(kProgress, "[PluginManager Uninit]]Uninit all plugins end.cost time [%d]ms.",
-            Elapsed(begin, GetTickCount64()));
-  FRAME_LOG(kProgress, "[PluginManager Uninit]CPluginManager::Uninit end.");
+  LOG_UNINIT(kProgress, "]Uninit all plugins end.cost time [%d]ms.",
+             Elapsed(begin, GetTickCount64()));
+  LOG_UNINIT(kProgress, "CPluginManager::Uninit end.");
+}
+
+bool CPluginManager::StopLpcFrame() {
+  LOG_UNINIT(kProgress, "Uninit lpc frame start.");
+  if (TevLPCFrameUnInit() != 0) {
+    LOG_UNINIT_MODULE("platform.LPCIntegrate", kTolerated, "Uninit lpc frame end, failed.");
+    return false;
+  }
+  LOG_UNINIT(kProgress, "Uninit lpc frame end, success.");
+  return true;
 }
 
 void CPluginManager::RunPhase(const Phase& phase) {
   std::set<std::string> posted;
   while (m_initialised == phase.initialised && !AllFinished()) {
-    std::vector<std::string> refused;
-    {
-      const ReadLock lock(m_pluginDataMutex);
-      for (const auto& [key, plugin] : m_pluginData) {
-        if (posted.count(key) != 0 || !phase.ready(*plugin)) continue;
-        posted.insert(key);
-        const bool accepted = CThreadManager::Instance().PostTask(
-            std::make_shared<CPluginFrameTask>(
-                plugin->name,
-                [this, work = phase.work](const std::string& name) { (this->*work)(name); }),
-            false);
-        if (!accepted) refused.push_back(plugin->name);
-      }
-    }
-    for (const std::string& name : refused)
-      (this->*phase.refused)(name, "the thread pool refused its task");
+    for (const std::string& name : PostReadyPlugins(phase, posted)) (this->*phase.refused)(name);
     XRT_Sleep(kPollMilliseconds);
   }
 }
 
+/// Posts the tasks of the plugins that are ready and not yet in `posted`, and adds their keys to
+/// it. Returns the names of those whose task the pool refused.
+std::vector<std::string> CPluginManager::PostReadyPlugins(const Phase& phase,
+                                                          std::set<std::string>& posted) {
+  std::vector<std::string> refused;
+  const ReadLock lock(m_pluginDataMutex);
+  for (const auto& [key, plugin] : m_pluginData) {
+    if (posted.count(key) != 0 || !phase.ready(*plugin)) continue;
+    posted.insert(key);
+    auto work = [this, work = phase.work](const std::string& name) { (this->*work)(name); };
+    const bool accepted = CThreadManager::Instance().PostTask(
+        std::make_shared<CPluginFrameTask>(plugin->name, std::move(work)), false);
+    if (!accepted) refused.push_back(plugin->name);
+  }
+  return refused;
+}
+
 bool CPluginManager::AllFinished() {
-  // More than all when a plugin comes late, after its start was cut short and its stop is counted.
+  // A plugin whose Init ends after its unload was counted is counted twice in the stop's phase.
   const Lock lock(m_countMutex);
   return m_finishedCount >= PluginCount();
 }
@@ -328,8 +327,8 @@ void CPluginManager::SetState(const std::string& name, PluginState state) {
   const ReadLock keys(m_pluginKeysMutex);
   FramePluginData* plugin = FindPluginData(m_pluginData, m_pluginKeys, name);
   if (plugin == nullptr) return;
-  // An Init may end after the stop has passed its plugin by. The plugin stays stopped, or the stop
-  // would wait for ever with those that it depends on.
+  // An Init may end after its plugin was stopped. The record stays stopped, or the stop would wait
+  // for ever before it stops the plugins that this one depends on.
   if (IsStopped(plugin->state) && !IsStopped(state)) return;
   plugin->state = state;
 }
@@ -342,134 +341,134 @@ bool CPluginManager::HasStopped(const std::string& name) {
 }
 
 void CPluginManager::SinglePluginLoad(const std::string& name) {
-  FRAME_LOG_AS("PluginFrame::CPluginManager::SinglePluginLoad");
-  FRAME_LOG(kProgress, "[Plugin Load]Plugin [%s] SinglePluginLoad Begin.", name.c_str());
-  // A task that was still queued when its start was called off: what the plugin depends on may be
-  // unmapped by now.
-  if (HasStopped(name)) return CountNotLoaded(name, "the stop came first");
+  LOG_LOAD(kProgress, "Plugin [%s] SinglePluginLoad Begin.", name.c_str());
+  // A task that a start left in the pool's queue when it was stopped: what the plugin depends on
+  // may be unmapped by now.
+  if (HasStopped(name)) return FinishLoad(name, {LoadResult::kSkipped, {}, "the stop came first"});
   try {
-    LoadAndInit(name);
+    FinishLoad(name, LoadAndInit(name));
   } catch (const std::exception& error) {
-    GiveUpStart(name, error.what());
+    FinishLoad(name, {LoadResult::kThrew, {}, error.what()});
   } catch (...) {
-    GiveUpStart(name, "something that is no exception object");
+    FinishLoad(name, {LoadResult::kThrew, {}, "something that is no exception object"});
   }
 }
 
-/// Counts a plugin whose load task an exception has interrupted, or the start would wait for ever.
-void CPluginManager::GiveUpStart(const std::string& name, const char* reason) {
-  FRAME_LOG_AS("PluginFrame::CPluginManager::SinglePluginLoad");
-  SetState(name, kInitFailed);
-  const CountedPlugin counted(*this);
-  FRAME_LOG(kFailure, "[Plugin Load]Plugin [%s] SinglePluginLoad End (%s). count[%d].",
-            name.c_str(), reason, counted.Count());
-}
-
-void CPluginManager::CountNotLoaded(const std::string& name, const char* reason) {
-  FRAME_LOG_AS("PluginFrame::CPluginManager::SinglePluginLoad");
-  SetState(name, kInitFailed);
-  const CountedPlugin counted(*this);
-  FRAME_LOG(kFailure, "[Plugin Load]Plugin %s not loaded (%s), count[%d].", name.c_str(), reason,
-            counted.Count());
-}
-
-/// The work of SinglePluginLoad. Throws nothing once Init has been called.
-void CPluginManager::LoadAndInit(const std::string& name) {
-  FRAME_LOG_AS("PluginFrame::CPluginManager::SinglePluginLoad");
-  std::shared_ptr<CPlugin> plugin;
-  {
-    const ReadLock lock(m_loadedPluginsMutex);
-    const auto found = m_loadedPlugins.find(name);
-    plugin = found != m_loadedPlugins.end() ? found->second : std::make_shared<CPlugin>();
-  }
-  if (!plugin) {
-    SetState(name, kInitFailed);
-    const CountedPlugin counted(*this);
-    FRAME_LOG(kFailure, "[Plugin Load]Plugin %s is null, InitFailed, count[%d].", name.c_str(),
-              counted.Count());
-    return;
-  }
+/// Throws nothing once Init has been called: the library of a plugin that runs must not be lost.
+CPluginManager::LoadOutcome CPluginManager::LoadAndInit(const std::string& name) {
+  const std::shared_ptr<CPlugin> plugin = FindOrMakePlugin(name);
+  if (!plugin) return {LoadResult::kNullEntry};
   if (!plugin->Load(LibraryPath(name))) {
-    AddTimingLine(name, "Load Failed", kNoTiming);
+    AddTimingLine(kLoad, kNoTiming, [&] { return "[" + name + "] Load Failed"; });
     ForgetLoaded(name);
-    plugin.reset();
-    SetState(name, kInitFailed);
-    const CountedPlugin counted(*this);
-    FRAME_LOG(kFailure, "[Plugin Load]Plugin %s load failed, InitFailed, count[%d].", name.c_str(),
-              counted.Count());
-    return;
+    return {LoadResult::kLoadFailed};
   }
-  LoadedPlugins loaded = {{name, plugin}};  // the entry, made while nothing is lost without memory
+  LoadOutcome outcome{LoadResult::kInitFailed, {{name, plugin}}};  // allocates, so before Init
   const ULONGLONG begin = GetTickCount64();
-  FRAME_LOG(kProgress, "[Plugin Load]Plugin Init begin.[%s]", name.c_str());
-  const bool initialised = plugin->Init();
+  LOG_LOAD(kProgress, "Plugin Init begin.[%s]", name.c_str());
+  if (plugin->Init()) outcome.result = LoadResult::kStarted;
   const std::int32_t cost = Elapsed(begin, GetTickCount64());
-  if (initialised) {
-    AddTimingLine(name, "Init OK", cost);
-    FRAME_LOG(kProgress, "[Plugin Load]Plugin Init end. [%s] cost time [%d]ms", name.c_str(), cost);
+  if (outcome.result == LoadResult::kStarted) {
+    AddTimingLine(kLoad, cost, [&] { return "[" + name + "] Init OK"; });
+    LOG_LOAD(kProgress, "Plugin Init end. [%s] cost time [%d]ms", name.c_str(), cost);
   } else {
-    AddTimingLine(name, "Init Failed", cost);
-    FRAME_LOG(kFailure, "[Plugin Load]Plugin Init end (failed). [%s] cost time [%d]ms.",
-              name.c_str(), cost);
+    AddTimingLine(kLoad, cost, [&] { return "[" + name + "] Init Failed"; });
+    LOG_LOAD(kFailure, "Plugin Init end (failed). [%s] cost time [%d]ms.", name.c_str(), cost);
   }
-  SetState(name, initialised ? kInitSucceeded : kInitFailed);
-  EnterLoaded(loaded);
-  // Once counted, the plugin may be stopped: its library is then freed there and then, not when
-  // this thread comes to its end.
-  loaded.clear();
-  plugin.reset();
+  return outcome;
+}
+
+/// Every load ends here, and is counted once.
+void CPluginManager::FinishLoad(const std::string& name, LoadOutcome outcome) {
+  SetState(name, outcome.result == LoadResult::kStarted ? kInitSucceeded : kInitFailed);
+  // Gives up this task's share of the plugin before the count, so that the stop frees the library.
+  if (!outcome.loaded.empty()) AddLoaded(std::move(outcome.loaded));
   const CountedPlugin counted(*this);
-  FRAME_LOG(initialised ? kProgress : kFailure,
-            "[Plugin Load]Plugin [%s] SinglePluginLoad End. count[%d].", name.c_str(),
-            counted.Count());
+  LogLoadEnd(name.c_str(), outcome, counted.Count());
+}
+
+void CPluginManager::LogLoadEnd(const char* plugin, const LoadOutcome& outcome,
+                                std::int32_t count) {
+  switch (outcome.result) {
+    case LoadResult::kStarted:
+    case LoadResult::kInitFailed:
+      LOG_LOAD(outcome.result == LoadResult::kStarted ? kProgress : kFailure,
+               "Plugin [%s] SinglePluginLoad End. count[%d].", plugin, count);
+      break;
+    case LoadResult::kLoadFailed:
+      LOG_LOAD(kFailure, "Plugin %s load failed, InitFailed, count[%d].", plugin, count);
+      break;
+    case LoadResult::kNullEntry:
+      LOG_LOAD(kFailure, "Plugin %s is null, InitFailed, count[%d].", plugin, count);
+      break;
+    case LoadResult::kThrew:
+      LOG_LOAD(kFailure, "Plugin [%s] SinglePluginLoad End (%s). count[%d].", plugin,
+               outcome.reason, count);
+      break;
+    case LoadResult::kSkipped:
+      LOG_LOAD(kFailure, "Plugin %s not loaded (%s), count[%d].", plugin, outcome.reason, count);
+      break;
+  }
+}
+
+void CPluginManager::CountRefusedLoad(const std::string& name) {
+  FinishLoad(name, {LoadResult::kSkipped, {}, kRefusedByPool});
 }
 
 void CPluginManager::SinglePluginUnload(const std::string& name) {
-  FRAME_LOG_AS("PluginFrame::CPluginManager::SinglePluginUnload");
-  FRAME_LOG(kProgress, "[Plugin Unload]Plugin [%s] SinglePluginUnload Begin.", name.c_str());
+  LOG_UNLOAD(kProgress, "Plugin [%s] SinglePluginUnload Begin.", name.c_str());
   if (name.empty()) {
-    FRAME_LOG(kFailure, "[Plugin Unload]Plugin %s instance not found.", name.c_str());
+    LOG_UNLOAD(kFailure, "Plugin %s instance not found.", name.c_str());
     return;
   }
-  LoadedPlugins::node_type entry;
-  {
-    const WriteLock lock(m_loadedPluginsMutex);
-    entry = m_loadedPlugins.extract(name);
-  }
-  if (!entry || !entry.mapped()) {
-    SetState(name, kUninitSucceeded);
-    const CountedPlugin counted(*this);
-    FRAME_LOG(kFailure, "[Plugin Unload]Plugin %s is null, UninitSuccess, count[%d].", name.c_str(),
-              counted.Count());
-    return;
-  }
+  FinishUnload(name, StopAndFree(name));
+}
+
+CPluginManager::UnloadResult CPluginManager::StopAndFree(const std::string& name) {
+  LoadedPlugins::node_type entry = TakeLoaded(name);
+  if (!entry || !entry.mapped()) return UnloadResult::kNotLoaded;
   const ULONGLONG begin = GetTickCount64();
-  FRAME_LOG(kProgress, "[Plugin Unload]Plugin UnInit begin.[%s]", name.c_str());
+  LOG_UNLOAD(kProgress, "Plugin UnInit begin.[%s]", name.c_str());
   const bool stopped = entry.mapped()->UnInit();
-  FRAME_LOG(kProgress, "[Plugin Unload]Plugin UnInit end. [%s] cost time [%d] ms.", name.c_str(),
-            Elapsed(begin, GetTickCount64()));
-  if (stopped) {
-    entry.mapped().reset();
-  } else {
-    RefusedPlugins::Instance().Add(std::move(entry));
+  LOG_UNLOAD(kProgress, "Plugin UnInit end. [%s] cost time [%d] ms.", name.c_str(),
+             Elapsed(begin, GetTickCount64()));
+  if (stopped) return UnloadResult::kStopped;  // the entry goes, and with it the library
+  RefusedPlugins()->insert(std::move(entry));
+  return UnloadResult::kRefused;
+}
+
+/// Every unload ends here, and is counted once. The library has been freed before: once the record
+/// says stopped, the plugins that this one depends on may be freed.
+void CPluginManager::FinishUnload(const std::string& name, UnloadResult result) {
+  const bool gone = result == UnloadResult::kStopped || result == UnloadResult::kNotLoaded;
+  SetState(name, gone ? kUninitSucceeded : kUninitFailed);
+  const CountedPlugin counted(*this);
+  LogUnloadEnd(name.c_str(), result, counted.Count());
+}
+
+void CPluginManager::LogUnloadEnd(const char* plugin, UnloadResult result, std::int32_t count) {
+  switch (result) {
+    case UnloadResult::kStopped:
+    case UnloadResult::kRefused:
+      LOG_UNLOAD(result == UnloadResult::kStopped ? kProgress : kFailure,
+                 "Plugin [%s] SinglePluginUnload End. count[%d].", plugin, count);
+      break;
+    case UnloadResult::kNotLoaded:
+      LOG_UNLOAD(kFailure, "Plugin %s is null, UninitSuccess, count[%d].", plugin, count);
+      break;
+    case UnloadResult::kSkipped:
+      LOG_UNLOAD(kFailure, "Plugin %s not unloaded (%s), count[%d].", plugin, kRefusedByPool,
+                 count);
+      break;
   }
-  SetState(name, stopped ? kUninitSucceeded : kUninitFailed);
-  const CountedPlugin counted(*this);
-  FRAME_LOG(stopped ? kProgress : kFailure,
-            "[Plugin Unload]Plugin [%s] SinglePluginUnload End. count[%d].", name.c_str(),
-            counted.Count());
 }
 
-void CPluginManager::CountNotUnloaded(const std::string& name, const char* reason) {
-  FRAME_LOG_AS("PluginFrame::CPluginManager::SinglePluginUnload");
-  if (name.empty()) return;  // never counted
-  SetState(name, kUninitFailed);
-  const CountedPlugin counted(*this);
-  FRAME_LOG(kFailure, "[Plugin Unload]Plugin %s not unloaded (%s), count[%d].", name.c_str(),
-            reason, counted.Count());
+void CPluginManager::CountRefusedUnload(const std::string& name) {
+  if (name.empty()) return;  // its task would not have counted it either
+  FinishUnload(name, UnloadResult::kSkipped);
 }
 
-/// Where a plugin's library lies, without its extension.
+/// The path of a plugin's library without its extension.
 std::string CPluginManager::LibraryPath(const std::string& name) const {
   const auto& plugins = m_productModel.ServerPluginDescriptions;
   const auto plugin = std::find_if(plugins.begin(), plugins.end(),
@@ -477,19 +476,33 @@ std::string CPluginManager::LibraryPath(const std::string& name) const {
   return (plugin != plugins.end() ? plugin->Path : GetCurExeDir()) + name;
 }
 
-/// Moves `loaded` to the loaded plugins, where an entry that is there stays. Allocates nothing.
-void CPluginManager::EnterLoaded(LoadedPlugins& loaded) {
+/// The plugin that an earlier start has loaded, or a new one.
+std::shared_ptr<CPlugin> CPluginManager::FindOrMakePlugin(const std::string& name) {
+  const ReadLock lock(m_loadedPluginsMutex);
+  const auto found = m_loadedPlugins.find(name);
+  return found != m_loadedPlugins.end() ? found->second : std::make_shared<CPlugin>();
+}
+
+/// Adds the entry of `loaded`; an entry of the same name stays. Allocates nothing.
+void CPluginManager::AddLoaded(LoadedPlugins loaded) {
   const WriteLock lock(m_loadedPluginsMutex);
   m_loadedPlugins.merge(loaded);
 }
 
-/// Drops the entry of a plugin that an earlier start loaded and this one could not.
+/// Drops the entry of a plugin that an earlier start loaded and this one could not load.
 void CPluginManager::ForgetLoaded(const std::string& name) {
   const WriteLock lock(m_loadedPluginsMutex);
   m_loadedPlugins.erase(name);
 }
 
-/// Tells the platform which plugins started well, and the caller which libraries are loaded.
+/// Takes the entry of a plugin out of the loaded ones; empty when there is none.
+CPluginManager::LoadedPlugins::node_type CPluginManager::TakeLoaded(const std::string& name) {
+  const WriteLock lock(m_loadedPluginsMutex);
+  return m_loadedPlugins.extract(name);
+}
+
+/// Gives the platform the names of the plugins whose Init succeeded, and adds the handles of all
+/// loaded libraries to `out`.
 void CPluginManager::ReportStarted(StartedPluginMap* out) {
   std::map<std::string, bool> started;
   {
