@@ -1,10 +1,11 @@
-// The library's exported entries and the platform's start callback: the fixed order of the frame's
-// life, with a log line and a time for every step.
+// The exported entries and the platform's start callback. They call the platform and the plugin
+// manager in a fixed order and log each step with its duration.
 
 #include "sdk/frame/PluginFrame.h"
 
 #include <atomic>
 #include <exception>
+#include <utility>
 
 #include "sdk/kpx/platform.h"
 #include "sdk/os/os.h"
@@ -16,24 +17,41 @@ namespace PluginFrame {
 
 namespace {
 
-// Written by Frame_Start before it calls the platform, read by the callback that this call leads
-// to.
+// When Frame_Start called the platform, for the callback.
 std::atomic<ULONGLONG> g_startTick{0};
 
-// Numbers the steps of Frame_Stop in the log, for the whole life of the process.
+// The number of the next step of Frame_Stop in the log. Never reset.
 std::atomic<std::int32_t> g_stopStep{1};
 
-/// Calls `work`; what it throws becomes `onThrow` and a log line, for nothing may leave an entry.
-template <typename Result, typename Work>
-Result NoThrow(const char* kLogFunction, Result onThrow, Work work) {
+/// Calls `work` and logs what it throws: no exception may cross the C boundary.
+template <typename Work>
+void CatchAll(const char* kLogFunction, Work work) {
   try {
-    return work();
+    work();
   } catch (const std::exception& error) {
     FRAME_LOG(kFailure, "the step ended with an exception [%s]", error.what());
   } catch (...) {
     FRAME_LOG(kFailure, "the step ended with an unknown exception");
   }
-  return onThrow;
+}
+
+/// The same; returns what `work` returns, or `onThrow` when it throws.
+template <typename Result, typename Work>
+Result CatchAll(const char* kLogFunction, Result onThrow, Work work) {
+  Result result = onThrow;
+  CatchAll(kLogFunction, [&] { result = work(); });
+  return result;
+}
+
+/// Does one step of Frame_Stop between its two log lines. Sets `tick`, the time of its begin, to
+/// that of its end.
+template <typename Step>
+void StopStep(const char* kLogFunction, const char* name, ULONGLONG& tick, Step step) {
+  FRAME_LOG(kProgress, "[Frame_Stop]----[%d]%s start----", g_stopStep.load(), name);
+  CatchAll(kLogFunction, step);
+  const ULONGLONG begin = std::exchange(tick, GetTickCount64());
+  FRAME_LOG(kProgress, "[Frame_Stop]----[%d]%s end.cost time [%d]ms----", g_stopStep++, name,
+            Elapsed(begin, tick));
 }
 
 bool KPXStartFinishCallBack(StartedPluginMap* started) {
@@ -45,7 +63,7 @@ bool KPXStartFinishCallBack(StartedPluginMap* started) {
   if (!AddTimingRow([] { return "KPX_Start OK"; }, platformCost)) {
     FRAME_LOG(kTolerated, "%s", kRowIsLost);
   }
-  const bool result = NoThrow(kLogFunction, false, [&] {
+  const bool result = CatchAll(kLogFunction, false, [&] {
     FRAME_LOG(kProgress, "[KPXStartFinishCallBack]----PluginManager start begin----");
     return CPluginManager::Instance().Start(started);
   });
@@ -62,7 +80,7 @@ extern "C" {
 std::int32_t Frame_Init() {
   FRAME_LOG_AS("PluginFrame::Frame_Init");
   const ULONGLONG begin = GetTickCount64();
-  if (NoThrow(kLogFunction, -1, [] { return KPX_Init(); }) != 0) {
+  if (CatchAll(kLogFunction, -1, &KPX_Init) != 0) {
     FRAME_LOG(kFatal, "[Frame_Init]----KPX_Init failed! Quit HUB.exe----");
     return -1;
   }
@@ -70,9 +88,9 @@ std::int32_t Frame_Init() {
   FRAME_LOG(kProgress, "[Frame_Init]----KPX_Init end, cost time [%d]ms.----",
             Elapsed(begin, platformUp));
   FRAME_LOG(kProgress, "[Frame_Init]----PluginManager Init begin----");
-  if (!NoThrow(kLogFunction, false, [] { return CPluginManager::Instance().Init(); })) {
+  if (!CatchAll(kLogFunction, false, [] { return CPluginManager::Instance().Init(); })) {
     FRAME_LOG(kProgress, "[Frame_Init]----PluginManager Init failed, KPX_UnInit begin----");
-    NoThrow(kLogFunction, -1, [] { return KPX_UnInit(); });
+    CatchAll(kLogFunction, &KPX_UnInit);
     FRAME_LOG(kProgress, "[Frame_Init]----KPX_UnInit end----");
     FRAME_LOG(kFatal, "[Frame_Init]----PluginManager Init failed! Quit HUB.exe----");
     return -1;
@@ -91,7 +109,7 @@ std::int32_t Frame_Start() {
   FRAME_LOG(kProgress, "[Frame_Start]----KPX_Start begin, call KPXStartFinishCallBack begin----");
   g_startTick = GetTickCount64();
   const std::int32_t result =
-      NoThrow(kLogFunction, -1, [] { return KPX_Start(&KPXStartFinishCallBack); });
+      CatchAll(kLogFunction, -1, [] { return KPX_Start(&KPXStartFinishCallBack); });
   FRAME_LOG(kProgress, "[2.Start]----!Frame_Start end!----");
   return result;
 }
@@ -100,31 +118,12 @@ void Frame_Stop() {
   FRAME_LOG_AS("PluginFrame::Frame_Stop");
   FRAME_LOG(kProgress, "[3.Stop]----!Frame_Stop begin!----");
   const ULONGLONG begin = GetTickCount64();
-
-  FRAME_LOG(kProgress, "[Frame_Stop]----[%d]KPXPlatform KPX_PreUnInit start----",
-            g_stopStep.load());
-  NoThrow(kLogFunction, -1, [] { return KPX_PreUnInit(); });
-  const ULONGLONG prepared = GetTickCount64();
-  FRAME_LOG(kProgress, "[Frame_Stop]----[%d]KPXPlatform KPX_PreUnInit end.cost time [%d]ms----",
-            g_stopStep++, Elapsed(begin, prepared));
-
-  FRAME_LOG(kProgress, "[Frame_Stop]----[%d]CPluginManager::Instance().Uninit start----",
-            g_stopStep.load());
-  NoThrow(kLogFunction, false, [] {
-    CPluginManager::Instance().Uninit();
-    return true;
-  });
-  const ULONGLONG pluginsDown = GetTickCount64();
-  FRAME_LOG(kProgress,
-            "[Frame_Stop]----[%d]CPluginManager::Instance().Uninit end.cost time [%d]ms----",
-            g_stopStep++, Elapsed(prepared, pluginsDown));
-
-  FRAME_LOG(kProgress, "[Frame_Stop]----[%d]KPXPlatform KPX_Stop start----", g_stopStep.load());
-  NoThrow(kLogFunction, -1, [] { return KPX_Stop(); });
-  const ULONGLONG end = GetTickCount64();
-  FRAME_LOG(kProgress, "[Frame_Stop]----[%d]KPXPlatform KPX_Stop end.cost time [%d]ms----",
-            g_stopStep++, Elapsed(pluginsDown, end));
-  FRAME_LOG(kProgress, "[3.Stop]----!Frame_Stop end! cost time [%d]ms.----", Elapsed(begin, end));
+  ULONGLONG tick = begin;
+  StopStep(kLogFunction, "KPXPlatform KPX_PreUnInit", tick, &KPX_PreUnInit);
+  StopStep(kLogFunction, "CPluginManager::Instance().Uninit", tick,
+           [] { CPluginManager::Instance().Uninit(); });
+  StopStep(kLogFunction, "KPXPlatform KPX_Stop", tick, &KPX_Stop);
+  FRAME_LOG(kProgress, "[3.Stop]----!Frame_Stop end! cost time [%d]ms.----", Elapsed(begin, tick));
 }
 
 void Frame_UnInit() {
@@ -132,7 +131,7 @@ void Frame_UnInit() {
   FRAME_LOG(kProgress, "[4.Uninit]----!Frame_UnInit begin!----");
   const ULONGLONG begin = GetTickCount64();
   FRAME_LOG(kProgress, "[Frame_UnInit]----KPX_UnInit begin----");
-  NoThrow(kLogFunction, -1, [] { return KPX_UnInit(); });
+  CatchAll(kLogFunction, &KPX_UnInit);
   const std::int32_t cost = Elapsed(begin, GetTickCount64());
   FRAME_LOG(kProgress, "[Frame_UnInit]----KPX_UnInit end, cost time [%d]ms----", cost);
   FRAME_LOG(kProgress, "[4.Uninit]----!Frame_UnInit end! cost time [%d]ms----", cost);
@@ -140,12 +139,12 @@ void Frame_UnInit() {
 
 std::int32_t Frame_GetLastError(char* text, std::int32_t size) {
   FRAME_LOG_AS("PluginFrame::Frame_GetLastError");
-  return NoThrow(kLogFunction, -1, [=] { return KPX_GetLastError(text, size); });
+  return CatchAll(kLogFunction, -1, [=] { return KPX_GetLastError(text, size); });
 }
 
 std::int32_t Frame_GetVersion(char* text, std::int32_t size) {
   FRAME_LOG_AS("PluginFrame::Frame_GetVersion");
-  return NoThrow(kLogFunction, -1, [=] { return KPX_GetVersion(text, size); });
+  return CatchAll(kLogFunction, -1, [=] { return KPX_GetVersion(text, size); });
 }
 
 std::int32_t Frame_Gtest(std::int32_t, void*) {
