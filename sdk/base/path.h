@@ -7,5 +7,5 @@
 std::string GetCurExeDir();
 
 /// Converts a text from the local code page to the wide form that the library loader takes.
-/// Bytes that are not valid in the code page survive the way to the loader and back. Any thread.
+/// Bytes that are not valid in the code page reach the loader unchanged. Any thread.
 std::wstring LocalToWide(const std::string& text);

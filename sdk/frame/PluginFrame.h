@@ -4,32 +4,33 @@
 
 // What TevPluginFrame exports for its host. A host loads the library by path and looks the entries
 // up by these names. Order of the calls: Frame_Init, Frame_Start, Frame_Stop, Frame_UnInit, each
-// once, on one thread; nothing guards against another order. Nothing is ever thrown out of an
-// entry.
+// once, on one thread; another order is not detected. No entry throws.
 
 extern "C" {
 
-/// Brings the platform up, reads the installed product and hands it over.
-/// Returns 0 on success, -1 on failure; the platform is then down again and the log says why.
+/// Initialises the platform, reads the installed product and hands it over.
+/// Returns 0 on success. Returns -1 on failure; the platform is then uninitialised again, and the
+/// reason is in the log.
 std::int32_t Frame_Init();
 
-/// Starts the platform; the plugins start from its completion callback, after this returns or
-/// before. Returns the platform's own result.
+/// Starts the platform. The platform's completion callback starts the plugins, before or after this
+/// returns. Returns the platform's result.
 std::int32_t Frame_Start();
 
-/// Takes the plugins down, then stops the platform.
+/// Stops and frees the plugins, then stops the platform. A start that still runs on the platform's
+/// thread is ended first.
 ///
-/// Not from within a call that the frame makes to the platform, the local-procedure-call framework
-/// or the base library: many of them are made under the frame's lifecycle lock, for which this
-/// would wait for ever. On the host's thread it ends a start that still runs on the platform's.
+/// Must not be called from within a call that the frame makes to the platform, the
+/// local-procedure-call framework or the base library: the frame may hold its lifecycle lock, which
+/// this takes.
 ///
-/// Pool threads may still run the frame's code when this returns: a task for a moment after its
-/// plugin has been counted, and one whose Init the stop has passed by for as long as that takes.
+/// Pool threads may still run the frame's code when this returns: each task ends shortly after its
+/// plugin has been counted, and an Init that the stop did not wait for may run on for any time.
 /// The SDK has no call that says when the last task has left the frame. So a host does not unmap
 /// this library: it ends the process with the library mapped.
 void Frame_Stop();
 
-/// Takes the platform down.
+/// Uninitialises the platform.
 void Frame_UnInit();
 
 /// Copies the text of the platform's last error into `text` of `size` bytes, zero-terminated and

@@ -17,29 +17,29 @@ using StartedPluginMap = std::map<std::string, void*>;
 /// The frame starts its plugins within this call and holds its lifecycle lock meanwhile, also while
 /// it calls the platform, the local-procedure-call framework and the base library. Frame_Stop takes
 /// that lock, which is not recursive: none of these calls may call Frame_Stop, or wait for a thread
-/// that does. Who wants the stop from there asks the host for it and returns.
+/// that does. To have the product stopped, they ask the host and return.
 using KPXStartFinishFn = bool (*)(StartedPluginMap* started);
 
 // Called in this order, on the host's thread.
 
-/// Brings the platform up. Returns 0 on success.
+/// Initialises the platform. Returns 0 on success.
 std::int32_t KPX_Init();
 
-/// Starts the platform and, once that is done, has `finished` called, possibly after returning.
+/// Starts the platform and calls `finished` once it has started, possibly after this has returned.
 /// Returns 0 on success.
 std::int32_t KPX_Start(KPXStartFinishFn finished);
 
-/// Prepares the platform for the plugins' going. Returns 0 on success.
+/// Prepares the platform for the stop of the plugins. Returns 0 on success.
 std::int32_t KPX_PreUnInit();
 
-/// Stops the platform. No call of the start callback is running any more when it returns.
+/// Stops the platform. The start callback does not run any more when this returns.
 /// Returns 0 on success.
 std::int32_t KPX_Stop();
 
 /// Undoes KPX_Init. Returns 0 on success.
 std::int32_t KPX_UnInit();
 
-// What any caller may ask, at any time, from any thread, in any language.
+// May be called at any time, on any thread, from any language.
 
 extern "C" {
 
@@ -52,7 +52,7 @@ std::int32_t KPX_GetVersion(char* text, std::int32_t size);
 
 }  // extern "C"
 
-// The hand-over of the model, on the host's thread during the frame's initialisation.
+// The hand-over of the model, on the host's thread during Frame_Init.
 
 /// Takes the addons and tools that the product offers or has installed.
 void KPX_SetAddonAndToolModel(const std::vector<AddonModel>& addons,
@@ -61,13 +61,13 @@ void KPX_SetAddonAndToolModel(const std::vector<AddonModel>& addons,
 /// Fills `installed` with the installed addons that passed the platform's own checks.
 void KPX_GetInstalledAddonModel(std::vector<AddonModel>& installed);
 
-/// The module that this process runs: 2 is the distributed one.
+/// The number of the module that this process runs; 2 is the distributed module.
 std::int32_t KPX_GetRunningModule();
 
 /// Takes the whole product model. Returns non-zero on success.
 std::int32_t KPX_SetProductModel(const ProductModel& model);
 
-/// What the platform knows of one plugin.
+/// The platform's record of one plugin.
 class CPluginInfo {
  public:
   void SetVal_plugin_id(const std::string& value) { m_plugin_id = value; }
@@ -93,15 +93,15 @@ class CPluginInfo {
   bool m_is_load = false;
 };
 
-/// Plugin ID to what is known of the plugin.
+/// Plugin ID to the plugin's record.
 using PluginInfoMap = std::map<std::string, std::shared_ptr<CPluginInfo>>;
 
 /// Registers the product's plugins.
 void AddPluginsInfo(const PluginInfoMap& plugins);
 
-// The course of the start, from any thread.
+// Called during the start, on any thread.
 
-/// Takes the plugins that started well, each name with true.
+/// Takes the names of the plugins whose Init succeeded, each with true.
 void UpdatePluginsLoadState(const std::map<std::string, bool>& started);
 
 /// Adds a line to the start-up timing table; -1 milliseconds mark a line that is no timing.

@@ -5,7 +5,7 @@
 #include <string>
 #include <vector>
 
-/// One executable plugin, as the local-procedure-call framework starts it.
+/// One executable plugin that the local-procedure-call framework starts.
 struct ExecutableInfo {
   std::string ID;
   std::string Name;
@@ -17,7 +17,7 @@ struct ExecutableInfo {
   bool Flag = false;
 };
 
-/// What the local-procedure-call framework is given of the product.
+/// The product, as the local-procedure-call framework receives it.
 struct PlatformInfo {
   std::int32_t Mode = 2;
   std::string Edition = "OverseaNeutral";
@@ -25,11 +25,11 @@ struct PlatformInfo {
   std::map<std::string, ExecutableInfo> Executables;  // by ID
 };
 
-/// Brings the framework up under `name`. Returns 0 on success. The host's thread.
+/// Initialises the framework under `name`. Returns 0 on success. Called on the host's thread.
 std::int32_t TevLPCFrameInit(const std::string& name, const PlatformInfo& info);
 
 /// Notifies the framework that the plugins have started. Any thread.
 void TevLPCFrameNotifyStartPlugins(const std::string& text);
 
-/// Takes the framework down. Returns 0 on success. The host's thread.
+/// Uninitialises the framework. Returns 0 on success. Called on the host's thread.
 std::int32_t TevLPCFrameUnInit();

@@ -28,8 +28,8 @@ using ULONGLONG = std::uint64_t;
 extern "C" {
 
 /// Loads the dynamic library at `path` with all its symbols bound at once, private to its handle.
-/// Returns its handle, to be given back with FreeLibrary, or null; GetLastError then gives the
-/// reason as one of the codes below, and the loader's own words go to the log.
+/// Returns its handle, to be freed with FreeLibrary, or null; GetLastError then returns the reason
+/// as one of the codes below, and the loader's message is logged.
 /// Any thread. Never throws.
 HMODULE LoadLibraryW(const wchar_t* path);
 
@@ -37,14 +37,14 @@ HMODULE LoadLibraryW(const wchar_t* path);
 /// Any thread. Never throws.
 FARPROC GetProcAddress(HMODULE library, const char* name);
 
-/// Gives one handle of LoadLibraryW back; the library is unmapped with its last handle.
+/// Frees one handle of LoadLibraryW; the library is unmapped with its last handle.
 /// Returns non-zero on success. Any thread. Never throws.
 BOOL FreeLibrary(HMODULE library);
 
 /// The reason of the calling thread's last failed call above: one of the codes below, 0 for none.
 DWORD GetLastError();
 
-/// Milliseconds since some fixed point in the past; never runs backwards. Any thread.
+/// Milliseconds since a fixed point in the past; never decreases. Any thread.
 ULONGLONG GetTickCount64();
 
 }  // extern "C"

@@ -9,11 +9,11 @@
 
 extern "C" {
 
-/// Brings the plugin up. False: the plugin counts as failed, but stays loaded until the end.
+/// Starts the plugin. False: the plugin counts as failed, but stays loaded until the stop, which
+/// calls its UnInit.
 TEV_EXPORT bool Init();
 
-/// Takes the plugin down. True: the library is freed. False: it stays mapped until the process
-/// ends.
+/// Stops the plugin. True: the library is freed. False: it stays mapped until the process ends.
 TEV_EXPORT bool UnInit();
 
 }  // extern "C"

@@ -6,7 +6,7 @@
 namespace xrt {
 
 /// The bytes of one platform lock object: a critical section on Windows, the system's own mutex
-/// elsewhere. Only the runtime looks inside; copying copies the bits, it makes no new lock.
+/// elsewhere. Only the runtime reads it. A copy has the same bytes and is not a new lock.
 struct LockState {
   alignas(8) unsigned char bytes[40];
 };
@@ -18,7 +18,7 @@ class xrt_mutex {
   ~xrt_mutex();
   xrt_mutex(const xrt_mutex&) = delete;
 
-  /// Copies the other lock's state byte for byte. No new lock comes of it.
+  /// Copies the other lock's bytes. This does not make a new lock.
   xrt_mutex& operator=(const xrt_mutex& other);
 
   /// Both return 0 on success.
@@ -34,7 +34,7 @@ class xrt_recursive_mutex {
  public:
   xrt_recursive_mutex();
 
-  /// Copies the other lock's state byte for byte. No new lock comes of it.
+  /// Copies the other lock's bytes. This does not make a new lock.
   xrt_recursive_mutex(const xrt_recursive_mutex& other);
   xrt_recursive_mutex& operator=(const xrt_recursive_mutex& other);
 
@@ -50,14 +50,14 @@ class xrt_recursive_mutex {
 
 }  // namespace xrt
 
-/// A non-recursive lock: taking it twice from one thread is not allowed.
+/// A non-recursive lock: its holder must not take it again.
 class XRT_Mutex {
  public:
   XRT_Mutex();
   ~XRT_Mutex();
   XRT_Mutex(const XRT_Mutex&) = delete;
 
-  /// Copies the other lock's state byte for byte. No new lock comes of it.
+  /// Copies the other lock's bytes. This does not make a new lock.
   XRT_Mutex& operator=(const XRT_Mutex& other);
 
   /// Both return 0 on success.
@@ -68,7 +68,7 @@ class XRT_Mutex {
   xrt::LockState m_state;
 };
 
-/// Holds a lock for a scope. One thread's own; a copy would unlock a second time.
+/// Holds a lock for a scope. Not thread-safe. Not copyable, since a copy would unlock again.
 class XRT_Guard {
  public:
   /// Takes `mutex`, which must not be null.
@@ -76,13 +76,13 @@ class XRT_Guard {
   ~XRT_Guard();
   XRT_Guard(const XRT_Guard&) = delete;
 
-  /// Copies the pointer only; neither guard locks or unlocks. Not for live guards.
+  /// Copies the pointer only; neither guard locks or unlocks. Not for guards that hold a lock.
   XRT_Guard& operator=(const XRT_Guard& other);
 
-  /// Gives the lock back now; the destructor then does nothing.
+  /// Unlocks now; the destructor then does nothing.
   void Release();
 
-  /// Zeroes the first `size` bytes of the guard: the hook by which some compilers prepare storage.
+  /// Zeroes the first `size` bytes of the guard. Some compilers call it before the constructor.
   // NOLINTNEXTLINE(bugprone-reserved-identifier,cert-dcl37-c,cert-dcl51-cpp): those compilers' name
   void __autoclassinit2(std::size_t size);
 

@@ -21,10 +21,11 @@ constexpr bool IsStopped(std::uint32_t state) {
   return state == kUninitSucceeded || state == kUninitFailed;
 }
 
-/// What the frame keeps of one plugin while it starts and stops it: a node of the dependency graph.
+/// The state of one plugin, and its place in the dependency graph.
 ///
-/// Shared by the manager's map and by its neighbours in the graph. `name` and the two lists are
-/// constant once the graph is built; `state` is guarded by the manager's m_pluginDataMutex.
+/// Shared by the manager's map and by the records of the plugins that it depends on or that depend
+/// on it. `name` and the two lists are constant once the graph is built; `state` is guarded by the
+/// manager's m_pluginDataMutex.
 struct FramePluginData {
   std::string name;
   std::uint32_t state = kPending;
@@ -32,11 +33,11 @@ struct FramePluginData {
   std::vector<std::shared_ptr<FramePluginData>> depended_by;  // stop before this one
 };
 
-/// Plugin name to plugin key, the text by which plugins are ordered: a running number from 100, "_"
-/// and the name.
+/// Plugin name to plugin key: a number counted up from 100, "_" and the name.
 using PluginKeys = std::map<std::string, std::string>;
 
-/// Plugin key to record, so in the product's order as long as the numbers have three digits.
+/// Plugin key to record. Keys are ordered as texts, so up to 900 plugins are in the product's
+/// order.
 using PluginDataMap = std::map<std::string, std::shared_ptr<FramePluginData>>;
 
 }  // namespace PluginFrame

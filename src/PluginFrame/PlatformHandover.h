@@ -6,14 +6,16 @@
 #include "sdk/lpc/lpc.h"
 #include "src/model/ProductModel.h"
 
-// What the frame tells the libraries around it of the product, as functions of values.
+// The records that the frame makes of the product for the libraries around it: functions from
+// values to values.
 
 namespace PluginFrame {
 
-/// What the local-procedure-call framework is told. `exeDirectory` ends in a separator.
+/// The record for the local-procedure-call framework. `exeDirectory` ends in a separator.
 PlatformInfo MakePlatformInfo(const ProductModel& model, const std::string& exeDirectory);
 
-/// One info for each server and executable plugin, none of them loaded yet; of one ID, the first.
+/// The platform's record of each server and executable plugin, marked as not loaded. Of several
+/// plugins with one ID the first counts.
 PluginInfoMap MakePluginInfos(const ProductModel& model);
 
 }  // namespace PluginFrame

@@ -8,10 +8,10 @@ namespace PluginFrame {
 
 /// One plugin library held open by the frame: loads it, calls its two entries, frees it.
 ///
-/// Made by the manager, one per plugin, and shared by it with the task that runs the plugin. Calls
-/// on one object come from one thread at a time; different objects are used on different threads at
-/// once. What a plugin throws stops here: it counts as false, as a missing entry or library does,
-/// and the log says why.
+/// The manager makes one per plugin and shares it with the plugin's task. Calls on one object come
+/// from one thread at a time; different objects are used on different threads at once. A missing
+/// library or entry, and an exception that a plugin throws, is false and a log line with the
+/// reason.
 class CPlugin {
  public:
   CPlugin() = default;
@@ -19,8 +19,8 @@ class CPlugin {
   CPlugin(const CPlugin&) = delete;
   CPlugin& operator=(const CPlugin&) = delete;
 
-  /// Loads the library at `path` + ".dll", a text in the local code page. When the object holds
-  /// that library already it still holds it once afterwards.
+  /// Loads the library at `path` + ".dll", a text in the local code page. A library that the object
+  /// has loaded before is held once, not twice.
   bool Load(const std::string& path);
 
   /// Calls the library's entry of the same name and returns what it returned.

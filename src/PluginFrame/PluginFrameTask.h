@@ -11,7 +11,7 @@ namespace PluginFrame {
 /// The name of the pool on which plugins start and stop.
 constexpr char kThreadPool[] = "platform.PluginFrame";
 
-/// One plugin's turn on a pool thread: calls `work` with the plugin's name.
+/// The task that starts or stops one plugin: calls `work` with the plugin's name.
 class CPluginFrameTask : public CTMTask {
  public:
   using Work = std::function<void(const std::string&)>;

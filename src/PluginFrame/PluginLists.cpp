@@ -77,8 +77,8 @@ std::string PluginsToInitText(const ProductModel& model) {
   for (const SubPlatformEntry& subPlatform : model.SubPlatforms) add(subPlatform.ID);
   for (const PluginDescription& plugin : model.ServerPluginDescriptions) add(plugin.ID);
   for (const PluginDescription& plugin : model.ExePluginDescriptions) add(plugin.ID);
-  // A full last line loses its " \n". Without any item that takes the colon away with the heading's
-  // line feed, as every consumer of the table knows it.
+  // Removes " \n" after a full last line. Without items it removes the heading's ":\n", which
+  // readers of the table rely on.
   if (count % 5 == 0) text.resize(text.size() - 2);
   return text;
 }

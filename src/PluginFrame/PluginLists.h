@@ -6,16 +6,17 @@
 #include "src/model/AddonModel.h"
 #include "src/model/ProductModel.h"
 
-// What becomes of the lists of plugins before they are handed over, as functions of values.
+// The product's lists of plugins before they are handed over, and the texts made of them: functions
+// from values to values.
 
 namespace PluginFrame {
 
-/// Appends what an installed addon brings to the product's lists of the same kind.
+/// Appends each list of an installed addon to the product's list of the same kind.
 void AddInstalledAddon(ProductModel& model, const AddonModel& addon);
 
 /// Sorts the product's four plugin lists by ID and keeps, of each ID, the entry with the greatest
-/// version text; of equal ones the first. Entries without an ID go. With `distributedOnly`,
-/// descriptions that are not distributed go as well.
+/// version text; of equal ones the first. Entries without an ID are removed, and with
+/// `distributedOnly` also descriptions that are not distributed.
 void TrimPluginLists(ProductModel& model, bool distributedOnly);
 
 /// "ID:version;" of every server plugin, then of every executable plugin.

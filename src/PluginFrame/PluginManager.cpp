@@ -240,8 +240,8 @@ bool CPluginManager::Start(StartedPluginMap* out) {
   LOG_START(kProgress, "Plugins init end. Total cost time [%d]ms.",
             Elapsed(begin, GetTickCount64()));
 
-  // Held until Start returns, so that a plugin whose Init ends after a stop request is counted in
-  // the stop's phase.
+  // Held until Start returns: a plugin whose Init ends after a stop request is then counted in the
+  // stop's phase.
   const Lock count = phase.Finish();
   ReportStarted(out);
   TevLPCFrameNotifyStartPlugins("");
@@ -381,7 +381,7 @@ CPluginManager::LoadOutcome CPluginManager::LoadAndInit(const std::string& name)
 /// Every load ends here, and is counted once.
 void CPluginManager::FinishLoad(const std::string& name, LoadOutcome outcome) {
   SetState(name, outcome.result == LoadResult::kStarted ? kInitSucceeded : kInitFailed);
-  // Gives up this task's share of the plugin before the count, so that the stop frees the library.
+  // Releases the task's share of the plugin before the count: from then on the stop may free it.
   if (!outcome.loaded.empty()) AddLoaded(std::move(outcome.loaded));
   const CountedPlugin counted(*this);
   LogLoadEnd(name.c_str(), outcome, counted.Count());
@@ -432,13 +432,13 @@ CPluginManager::UnloadResult CPluginManager::StopAndFree(const std::string& name
   const bool stopped = entry.mapped()->UnInit();
   LOG_UNLOAD(kProgress, "Plugin UnInit end. [%s] cost time [%d] ms.", name.c_str(),
              Elapsed(begin, GetTickCount64()));
-  if (stopped) return UnloadResult::kStopped;  // the entry goes, and with it the library
+  if (stopped) return UnloadResult::kStopped;  // destroying the entry frees the library
   RefusedPlugins()->insert(std::move(entry));
   return UnloadResult::kRefused;
 }
 
-/// Every unload ends here, and is counted once. The library has been freed before: once the record
-/// says stopped, the plugins that this one depends on may be freed.
+/// Every unload ends here, and is counted once. The library is freed before: once the record says
+/// stopped, those that this library uses may be freed.
 void CPluginManager::FinishUnload(const std::string& name, UnloadResult result) {
   const bool gone = result == UnloadResult::kStopped || result == UnloadResult::kNotLoaded;
   SetState(name, gone ? kUninitSucceeded : kUninitFailed);

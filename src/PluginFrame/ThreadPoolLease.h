@@ -8,10 +8,11 @@
 
 namespace PluginFrame {
 
-/// The frame's thread pool, held for one phase and given back at its end, whatever ends it.
+/// Requests the frame's thread pool and releases it: in Release, or in the destructor when an
+/// exception ends the phase.
 class ThreadPoolLease {
  public:
-  /// Asks for a pool with up to `threads` threads.
+  /// Requests a pool with up to `threads` threads.
   explicit ThreadPoolLease(std::int32_t threads)
       : m_granted(CThreadManager::Instance().GetAvailableThreadpool(kThreadPool, 1, threads, 0) !=
                   0) {}
@@ -20,7 +21,7 @@ class ThreadPoolLease {
     try {
       Release();
     } catch (...) {
-      // Something else has been thrown already, and that is told.
+      // Another exception is unwinding: that one is reported.
     }
   }
   ThreadPoolLease(const ThreadPoolLease&) = delete;

@@ -8,9 +8,8 @@ namespace PluginFrame {
 
 constexpr char kRowIsLost[] = "a row of the timing table is lost";
 
-/// Adds the row that `makeText` returns to the platform's timing table; -1 milliseconds mark one
-/// that is no timing. False when something was thrown on the way, which costs the row and nothing
-/// else.
+/// Adds the row that `makeText` returns to the platform's timing table; -1 milliseconds mark a row
+/// that is no timing. False when an exception was thrown: the row is then lost.
 template <typename MakeText>
 bool AddTimingRow(MakeText makeText, std::int32_t milliseconds) {
   try {
