@@ -15,7 +15,7 @@ namespace {
 
 class FrameEntries : public FrameEntriesTest {
  protected:
-  /// The platform's start calls back at once and takes so many milliseconds before.
+  /// The platform's start takes so many milliseconds and then calls back.
   void CallBackAtOnce(std::uint64_t milliseconds = 0) {
     ON_CALL(seam.platform, Start).WillByDefault(Invoke([=](KPXStartFinishFn finished) {
       seam.now += milliseconds;
@@ -28,7 +28,7 @@ class FrameEntries : public FrameEntriesTest {
   bool callbackResult = false;
 };
 
-TEST_F(FrameEntries, InitTellsItsStepsAndCosts) {
+TEST_F(FrameEntries, InitLogsItsStepsAndCosts) {
   tree.Product("a:");
   EXPECT_CALL(seam.platform, Init).WillOnce(Invoke([this] {
     seam.now += 3;
@@ -47,7 +47,7 @@ TEST_F(FrameEntries, InitTellsItsStepsAndCosts) {
                   "3 Frame_Init: [1.Init]----!Frame_Init end.success! cost time [43]ms.----"));
 }
 
-TEST_F(FrameEntries, PlatformThatDoesNotComeUpFailsInitAtOnce) {
+TEST_F(FrameEntries, PlatformThatFailsToInitialiseFailsInitAtOnce) {
   EXPECT_CALL(seam.platform, Init).WillOnce(Return(5));
   EXPECT_CALL(seam.platform, UnInit).Times(0);
   EXPECT_EQ(-1, Frame_Init());
@@ -56,7 +56,7 @@ TEST_F(FrameEntries, PlatformThatDoesNotComeUpFailsInitAtOnce) {
   EXPECT_THAT(seam.Calls(), ElementsAre("KPX_Init"));
 }
 
-TEST_F(FrameEntries, ManagerThatFailsTakesThePlatformDownAgain) {
+TEST_F(FrameEntries, ManagerThatFailsUninitialisesThePlatform) {
   EXPECT_CALL(seam.platform, UnInit).Times(1);
   EXPECT_EQ(-1, Frame_Init());
   EXPECT_THAT(
@@ -68,7 +68,7 @@ TEST_F(FrameEntries, ManagerThatFailsTakesThePlatformDownAgain) {
                   "6 Frame_Init: [Frame_Init]----PluginManager Init failed! Quit HUB.exe----"));
 }
 
-TEST_F(FrameEntries, NothingThrownLeavesInit) {
+TEST_F(FrameEntries, InitFailsWhenTheManagerThrows) {
   tree.Product("a:");
   EXPECT_CALL(seam.platform, SetProductModel).WillOnce(testing::Throw(std::bad_alloc()));
   EXPECT_CALL(seam.platform, UnInit).Times(1);
@@ -78,7 +78,7 @@ TEST_F(FrameEntries, NothingThrownLeavesInit) {
                           "HUB.exe----"));
 }
 
-TEST_F(FrameEntries, StartHandsThePlatformsResultBackUnchanged) {
+TEST_F(FrameEntries, StartReturnsThePlatformsResult) {
   EXPECT_CALL(seam.platform, Start(testing::NotNull())).WillOnce(Return(-77));
   EXPECT_EQ(-77, Frame_Start());
   EXPECT_THAT(log.Brief(), ElementsAre("3 Frame_Start: [2.Start]----!Frame_Start begin!----",
@@ -112,7 +112,7 @@ TEST_F(FrameEntries, CallbackTimesThePlatformAndStartsThePlugins) {
                   "KPXStartFinishCallBack end----"));
 }
 
-TEST_F(FrameEntries, CallbackHandsTheManagersFailureToThePlatform) {
+TEST_F(FrameEntries, CallbackReturnsTheManagersFailure) {
   tree.Product("a:");
   ASSERT_EQ(0, Frame_Init());
   CallBackAtOnce();
@@ -122,7 +122,7 @@ TEST_F(FrameEntries, CallbackHandsTheManagersFailureToThePlatform) {
   EXPECT_FALSE(callbackResult);
 }
 
-TEST_F(FrameEntries, NothingThrownLeavesTheCallback) {
+TEST_F(FrameEntries, CallbackFailsWhenTheManagerThrows) {
   tree.Product("a:");
   ASSERT_EQ(0, Frame_Init());
   CallBackAtOnce();
@@ -132,7 +132,7 @@ TEST_F(FrameEntries, NothingThrownLeavesTheCallback) {
   EXPECT_FALSE(callbackResult);
 }
 
-TEST_F(FrameEntries, APlatformThatThrowsFailsInitAndIsNotTakenDown) {
+TEST_F(FrameEntries, PlatformThatThrowsFailsInitAndIsNotUninitialised) {
   tree.Product("a:");
   EXPECT_CALL(seam.platform, Init).WillOnce(testing::Throw(std::runtime_error("no disk")));
   EXPECT_EQ(-1, Frame_Init());
@@ -142,7 +142,7 @@ TEST_F(FrameEntries, APlatformThatThrowsFailsInitAndIsNotTakenDown) {
   EXPECT_THAT(seam.Calls(), ElementsAre("KPX_Init"));
 }
 
-TEST_F(FrameEntries, AFailedInitFailsEvenWhenThePlatformThrowsOnItsWayDown) {
+TEST_F(FrameEntries, FailedInitFailsAlsoWhenThePlatformsUnInitThrows) {
   EXPECT_CALL(seam.platform, UnInit).WillOnce(testing::Throw(7));
   EXPECT_EQ(-1, Frame_Init());
   EXPECT_THAT(log.BriefFrom(5),
@@ -155,7 +155,7 @@ TEST_F(FrameEntries, StartFailsWhenThePlatformThrows) {
   EXPECT_THAT(log.Brief().back(), "3 Frame_Start: [2.Start]----!Frame_Start end!----");
 }
 
-TEST_F(FrameEntries, StopAndUnInitGoOnToTheirEndWhateverTheirStepsThrow) {
+TEST_F(FrameEntries, StopAndUnInitDoEachStepWhateverTheStepsThrow) {
   EXPECT_CALL(seam.platform, PreUnInit).WillOnce(testing::Throw(std::runtime_error("first")));
   EXPECT_CALL(seam.lpc, UnInit).WillOnce(testing::Throw(std::runtime_error("second")));
   EXPECT_CALL(seam.platform, Stop).WillOnce(testing::Throw(std::runtime_error("third")));
@@ -184,10 +184,10 @@ std::vector<std::string> StopLines(int first) {
       "3 Frame_Stop: [3.Stop]----!Frame_Stop end! cost time [7]ms.----"};
 }
 
-TEST_F(FrameEntries, StopNumbersItsStepsThroughTheProcess) {
+TEST_F(FrameEntries, StopNumbersItsStepsFromOneThroughTheProcess) {
   ON_CALL(seam.platform, PreUnInit).WillByDefault(Invoke([this] {
     seam.now += 1;
-    return 9;  // not looked at
+    return 9;  // ignored
   }));
   ON_CALL(seam.lpc, UnInit).WillByDefault(Invoke([this] {
     seam.now += 2;
@@ -201,14 +201,11 @@ TEST_F(FrameEntries, StopNumbersItsStepsThroughTheProcess) {
   const std::vector<std::string> first = log.Brief("Frame_Stop");
   Log::Instance().Clear();
   Frame_Stop();
-  // Counted from 1 in a process of its own; from wherever other tests left it in a shared one.
-  const int number = std::stoi(first[1].substr(first[1].find("----[") + 5));
-  EXPECT_EQ(1, number % 3);
-  EXPECT_EQ(StopLines(number), first);
-  EXPECT_EQ(StopLines(number + 3), log.Brief("Frame_Stop"));
+  EXPECT_EQ(StopLines(1), first);
+  EXPECT_EQ(StopLines(4), log.Brief("Frame_Stop"));
 }
 
-TEST_F(FrameEntries, UnInitTimesThePlatformsAndTouchesNothingElse) {
+TEST_F(FrameEntries, UnInitTimesThePlatformsAndCallsNothingElse) {
   EXPECT_CALL(seam.platform, UnInit).WillOnce(Invoke([this] {
     seam.now += 6;
     return 1;
@@ -229,7 +226,7 @@ TEST_F(FrameEntries, GtestReturnsZeroAndLogsNothing) {
   EXPECT_THAT(log.Brief(), ElementsAre());
 }
 
-TEST_F(FrameEntries, LastErrorAndVersionPassArgumentsAndResultsOn) {
+TEST_F(FrameEntries, LastErrorAndVersionForwardArgumentsAndResults) {
   char text[8] = {};
   EXPECT_CALL(seam.platform, GetLastError(text, 8)).WillOnce(Return(31));
   EXPECT_CALL(seam.platform, GetVersion(text, 7)).WillOnce(Return(32));
@@ -238,7 +235,7 @@ TEST_F(FrameEntries, LastErrorAndVersionPassArgumentsAndResultsOn) {
   EXPECT_THAT(log.Brief(), ElementsAre());
 }
 
-TEST_F(FrameEntries, NothingThrownLeavesLastErrorAndVersion) {
+TEST_F(FrameEntries, LastErrorAndVersionFailWhenThePlatformThrows) {
   EXPECT_CALL(seam.platform, GetLastError).WillOnce(testing::Throw(std::runtime_error("no text")));
   EXPECT_CALL(seam.platform, GetVersion).WillOnce(testing::Throw(7));
   EXPECT_EQ(-1, Frame_GetLastError(nullptr, 0));
@@ -248,7 +245,7 @@ TEST_F(FrameEntries, NothingThrownLeavesLastErrorAndVersion) {
                           "5 Frame_GetVersion: the step ended with an unknown exception"));
 }
 
-TEST_F(FrameEntries, ARowOfTheTimingTableThatThrowsDoesNotFailTheCallback) {
+TEST_F(FrameEntries, TimingRowThatThrowsDoesNotFailTheCallback) {
   tree.Product("a:");
   seam.libraries["a"];
   ASSERT_EQ(0, Frame_Init());
@@ -259,7 +256,7 @@ TEST_F(FrameEntries, ARowOfTheTimingTableThatThrowsDoesNotFailTheCallback) {
   EXPECT_TRUE(callbackResult);
 }
 
-TEST_F(FrameEntries, AWholeLifeCallsTheLibrariesInItsFixedOrder) {
+TEST_F(FrameEntries, WholeRunCallsTheLibrariesInOrder) {
   tree.Product("a: b:a");
   seam.libraries["a"];
   seam.libraries["b"];

@@ -19,7 +19,7 @@ class ManagerInit : public FrameTest {
   CPluginManager manager;
 };
 
-TEST_F(ManagerInit, TellsEveryStepAndToleratesMissingAddonsAndTools) {
+TEST_F(ManagerInit, LogsEveryStepAndToleratesMissingAddonsAndTools) {
   tree.Product("b: a:");
   EXPECT_TRUE(manager.Init());
   EXPECT_THAT(
@@ -53,7 +53,7 @@ TEST_F(ManagerInit, WithoutAProductFailsAndHandsNothingOver) {
   EXPECT_THAT(seam.Calls(), ElementsAre());
 }
 
-TEST_F(ManagerInit, PlatformThatRefusesTheModelFailsIt) {
+TEST_F(ManagerInit, FailsWhenThePlatformRefusesTheModel) {
   tree.Product("a:");
   EXPECT_CALL(seam.platform, SetProductModel).WillOnce(Return(0));
   EXPECT_CALL(seam.lpc, Init).Times(0);
@@ -63,13 +63,13 @@ TEST_F(ManagerInit, PlatformThatRefusesTheModelFailsIt) {
                           "model param to platform failed----"));
 }
 
-TEST_F(ManagerInit, PlatformTakesTheModelWithAnyNumberButZero) {
+TEST_F(ManagerInit, SucceedsWhenThePlatformReturnsAnyNumberButZero) {
   tree.Product("a:");
   EXPECT_CALL(seam.platform, SetProductModel).WillOnce(Return(-1));
   EXPECT_TRUE(manager.Init());
 }
 
-TEST_F(ManagerInit, FrameworkThatFailsFailsItWithItsCode) {
+TEST_F(ManagerInit, FailsWithTheFrameworksCode) {
   tree.Product("a:");
   EXPECT_CALL(seam.lpc, Init("lpc_server_framework", _)).WillOnce(Return(17));
   EXPECT_CALL(seam.platform, AddPluginsInfo).Times(0);
@@ -81,7 +81,7 @@ TEST_F(ManagerInit, FrameworkThatFailsFailsItWithItsCode) {
   EXPECT_THAT(log.Brief("Start"), ElementsAre());
 }
 
-TEST_F(ManagerInit, FrameworkThatFailsWithANegativeCodeFailsItAsWell) {
+TEST_F(ManagerInit, FailsWithTheFrameworksNegativeCode) {
   tree.Product("a:");
   EXPECT_CALL(seam.lpc, Init).WillOnce(Return(-3));
   EXPECT_FALSE(manager.Init());
@@ -90,7 +90,7 @@ TEST_F(ManagerInit, FrameworkThatFailsWithANegativeCodeFailsItAsWell) {
                           "errorcode[-3]----"));
 }
 
-TEST_F(ManagerInit, WhatWasBuiltBeforeTheFrameworkFailedStaysForTheStop) {
+TEST_F(ManagerInit, FailedFrameworkLeavesTheRecordsForTheStop) {
   tree.Product("a: b:a");
   EXPECT_CALL(seam.lpc, Init).WillOnce(Return(17));
   EXPECT_FALSE(manager.Init());
@@ -125,7 +125,7 @@ TEST_F(ManagerInit, HandsTheCataloguesAddonsAndToolsToThePlatform) {
   EXPECT_EQ("Viewer", tools[0].ID);
 }
 
-TEST_F(ManagerInit, InstalledAddonsPluginWithAHigherVersionReplacesTheProducts) {
+TEST_F(ManagerInit, AddonsPluginWithAHigherVersionReplacesTheProducts) {
   tree.Product("a:");
   AddonModel addon;
   addon.ID = "Extra";
@@ -170,7 +170,7 @@ TEST_F(ManagerInit, RegistersEveryPluginWithThePlatform) {
   EXPECT_EQ("b", infos.at("b")->plugin_name());
 }
 
-TEST_F(ManagerInit, TellsTheFrameworkOfExecutables) {
+TEST_F(ManagerInit, HandsExecutablesToTheFramework) {
   tree.Product("a: exe:a.b");
   tree.Write("bin/META_INFO/exe/exe.xml",
              "<Plugin><Type>1</Type><ID>exe</ID><DependencyList><Plugin ID='a.b'/>"
@@ -183,7 +183,23 @@ TEST_F(ManagerInit, TellsTheFrameworkOfExecutables) {
   EXPECT_THAT(info.Executables.at("exe").GroupNames, ElementsAre("a"));
 }
 
-TEST_F(ManagerInit, TheInstanceIsOneForTheProcess) {
+TEST_F(ManagerInit, CalledTwiceDoublesTheListsButTrimsThePlugins) {
+  tree.Product("a: b:a sub");
+  tree.Write("ProductAddons.xml", "<AddonList><Addon><ID>Extra</ID></Addon></AddonList>");
+  tree.Write("ProductTools.xml", "<ToolList><Tool><ID>Viewer</ID></Tool></ToolList>");
+  EXPECT_TRUE(manager.Init());
+  EXPECT_CALL(seam.platform, SetAddonAndToolModel(testing::SizeIs(2), testing::SizeIs(2)));
+  ProductModel model;
+  EXPECT_CALL(seam.platform, SetProductModel).WillOnce(DoAll(SaveArg<0>(&model), Return(1)));
+  EXPECT_TRUE(manager.Init());
+  EXPECT_EQ(2U, model.SubPlatforms.size());
+  EXPECT_EQ(2U, model.ServerPluginDescriptions.size());
+  EXPECT_EQ(2U, model.Plugins.size());
+  EXPECT_CALL(seam.threads, Grant("platform.PluginFrame", 1, 3, 0)).WillOnce(Return(1U));
+  EXPECT_TRUE(manager.Start(nullptr));
+}
+
+TEST_F(ManagerInit, InstanceIsTheSameInEachCall) {
   EXPECT_EQ(&CPluginManager::Instance(), &CPluginManager::Instance());
 }
 

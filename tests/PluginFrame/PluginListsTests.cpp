@@ -66,7 +66,7 @@ TEST(Trim, OfManyEqualEntriesTheEarliestStays) {
   EXPECT_EQ("1", model.ServerPluginDescriptions[1].Name);
 }
 
-TEST(Trim, EntriesWithoutAnIdGo) {
+TEST(Trim, EntriesWithoutAnIdAreRemoved) {
   ProductModel model;
   model.ExePluginDescriptions = {Description("", "2"), Description("x", "1"), Description("", "1")};
   ProductPluginEntry nameless;
@@ -76,7 +76,7 @@ TEST(Trim, EntriesWithoutAnIdGo) {
   EXPECT_TRUE(model.Plugins.empty());
 }
 
-TEST(Trim, DistributedModuleDropsTheRestFromDescriptionsButNotFromEntries) {
+TEST(Trim, DistributedModuleDropsOthersFromDescriptionsNotFromEntries) {
   ProductModel model;
   const auto both = {Description("here", "1"), Description("there", "1", true)};
   model.ServerPluginDescriptions = both;
@@ -153,7 +153,7 @@ TEST(PluginsToInit, AFullLineLosesItsBlankAndLineFeed) {
             PluginsToInitText(WithSubPlatforms(6)));
 }
 
-TEST(PluginsToInit, NoItemsLoseTheColonToo) {
+TEST(PluginsToInit, NoItemsRemoveTheColonToo) {
   EXPECT_EQ("Plugins need to init", PluginsToInitText(ProductModel()));
 }
 
@@ -221,7 +221,7 @@ PluginDependency On(const std::string& id, std::int32_t category, std::int32_t t
   return dependency;
 }
 
-TEST(Graph, JoinsPluginsThatDependOnPluginsOrOthers) {
+TEST(Graph, LinksPluginsThatDependOnPluginsOrOthers) {
   ProductModel model;
   model.ServerPluginDescriptions = {Description("a", "1"), Description("b", "1"),
                                     Description("c", "1")};
@@ -248,7 +248,7 @@ TEST(Graph, ANameWithoutAKeyHasNoRecord) {
   EXPECT_EQ(1U, data.count("100_known"));
 }
 
-TEST(Graph, RecordsTakenApartAreFreedWithTheirMap) {
+TEST(Graph, DisconnectedRecordsAreFreedWithTheirMap) {
   ProductModel model;
   model.ServerPluginDescriptions = {Description("a", "1"), Description("b", "1")};
   model.ServerPluginDescriptions[0].Dependencies = {On("b", 1)};
@@ -264,7 +264,7 @@ TEST(Graph, RecordsTakenApartAreFreedWithTheirMap) {
   EXPECT_TRUE(record.expired());
 }
 
-TEST(Ready, ToStartOnceEveryDependencyIsDoneWellOrNot) {
+TEST(Ready, ToStartOnceEveryDependencyHasStartedOrFailed) {
   FramePluginData plugin;
   EXPECT_TRUE(ReadyToStart(plugin));
   const auto other = std::make_shared<FramePluginData>();
@@ -291,7 +291,7 @@ TEST(Ready, ToStopOnceEveryDependentHasStopped) {
   }
 }
 
-TEST(NewRecord, HasNoNameIsPendingAndStandsAlone) {
+TEST(NewRecord, HasNoNameIsPendingAndHasNoLinks) {
   const FramePluginData plugin;
   EXPECT_EQ("", plugin.name);
   EXPECT_EQ(0U, plugin.state);

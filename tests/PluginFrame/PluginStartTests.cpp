@@ -1,5 +1,4 @@
 #include <algorithm>
-#include <chrono>
 #include <new>
 #include <stdexcept>
 #include <thread>
@@ -20,7 +19,7 @@ namespace {
 
 class PluginStart : public FrameTest {
  protected:
-  /// Reads this product, with a library for every plugin that notes its Init.
+  /// Initialises this product, with a library for every plugin that records its Init.
   void Product(const std::string& words, const std::vector<std::string>& names) {
     tree.Product(words);
     for (const std::string& name : names) {
@@ -44,7 +43,7 @@ TEST_F(PluginStart, BeforeInitDoesNothingAndLogsNothing) {
   EXPECT_THAT(log.Brief(), ElementsAre());
 }
 
-TEST_F(PluginStart, TellsEveryStepAndEveryCost) {
+TEST_F(PluginStart, LogsEveryStepAndEveryCost) {
   Product("a:", {"a"});
   seam.libraries["a"].init = [this] {
     seam.now += 30;
@@ -90,7 +89,7 @@ TEST_F(PluginStart, WithoutThreadsFailsAndPostsNothing) {
                           "for platform.PluginFrame failed.----"));
 }
 
-TEST_F(PluginStart, OfAProductWithoutPluginsAsksForNoThreadsAndEndsAtOnce) {
+TEST_F(PluginStart, WithoutPluginsAsksForNoThreadsAndEndsAtOnce) {
   Product("", {});
   EXPECT_CALL(seam.threads, Grant("platform.PluginFrame", 1, 0, 0)).WillOnce(Return(1U));
   EXPECT_CALL(seam.threads, Release("platform.PluginFrame", false));
@@ -105,7 +104,7 @@ TEST_F(PluginStart, PluginsStartLevelByLevelInTheProductsOrder) {
   EXPECT_THAT(seam.sleeps, ElementsAre(200, 200, 200));
 }
 
-TEST_F(PluginStart, ADependentOfAFailedPluginStillStartsAfterIt) {
+TEST_F(PluginStart, DependentOfAFailedPluginStartsAfterIt) {
   Product("b:a a:", {"a", "b"});
   seam.libraries["a"].init = [this] {
     inits.push_back("a fails");
@@ -115,7 +114,7 @@ TEST_F(PluginStart, ADependentOfAFailedPluginStillStartsAfterIt) {
   EXPECT_THAT(inits, ElementsAre("a fails", "b"));
 }
 
-TEST_F(PluginStart, APluginWhoseInitFailsStaysLoadedAndIsNotReportedAsStarted) {
+TEST_F(PluginStart, FailedInitLeavesThePluginLoadedAndNotReported) {
   Product("a: b:", {"a", "b"});
   seam.libraries["a"].init = [this] {
     seam.now += 5;
@@ -134,7 +133,7 @@ TEST_F(PluginStart, APluginWhoseInitFailsStaysLoadedAndIsNotReportedAsStarted) {
                           "count[1]."));
 }
 
-TEST_F(PluginStart, APluginThatCannotBeLoadedIsCountedAndNotHandedOver) {
+TEST_F(PluginStart, PluginThatCannotBeLoadedIsCountedAndNotHandedOver) {
   Product("a:", {});
   EXPECT_CALL(seam.platform, TakeTime).Times(testing::AnyNumber());
   EXPECT_CALL(seam.platform, TakeTime("[a] Load Failed", -1));
@@ -148,18 +147,18 @@ TEST_F(PluginStart, APluginThatCannotBeLoadedIsCountedAndNotHandedOver) {
                           "count[1]."));
 }
 
-TEST_F(PluginStart, ADependentOfAPluginThatCannotBeLoadedStillStarts) {
+TEST_F(PluginStart, DependentOfAPluginThatCannotBeLoadedStarts) {
   Product("b:a a:", {"b"});
   int sleeps = 0;
   seam.onSleep = [&] {
     seam.RunTasks();
-    if (++sleeps == 5) throw std::runtime_error("it would wait for ever");
+    if (++sleeps == 5) throw std::runtime_error("the loop does not end");
   };
   EXPECT_TRUE(manager.Start(&started));
   EXPECT_THAT(inits, ElementsAre("b"));
 }
 
-TEST_F(PluginStart, APluginWhoseTaskThrowsIsCountedAndHoldsNothingBack) {
+TEST_F(PluginStart, TaskThatThrowsIsCountedAndDependentsStart) {
   Product("c:a,b a: b:", {"a", "b", "c"});
   seam.libraries["a"].onLoad = [] { throw std::bad_alloc(); };
   seam.libraries["b"].onLoad = [] { throw 7; };
@@ -167,7 +166,7 @@ TEST_F(PluginStart, APluginWhoseTaskThrowsIsCountedAndHoldsNothingBack) {
   int sleeps = 0;
   seam.onSleep = [&] {
     seam.RunTasks();
-    if (++sleeps == 5) throw std::runtime_error("it would wait for ever");
+    if (++sleeps == 5) throw std::runtime_error("the loop does not end");
   };
   EXPECT_TRUE(manager.Start(&started));
   EXPECT_THAT(inits, ElementsAre("c"));
@@ -181,7 +180,7 @@ TEST_F(PluginStart, APluginWhoseTaskThrowsIsCountedAndHoldsNothingBack) {
           "that is no exception object). count[2]."));
 }
 
-TEST_F(PluginStart, ARowOfTheTimingTableThatThrowsCostsNothingElse) {
+TEST_F(PluginStart, TimingRowThatThrowsIsLostAndNothingElse) {
   Product("b:a a:", {"a", "b"});
   EXPECT_CALL(seam.platform, TakeTime("Plugins need to init:\n[a] [b] ", -1))
       .WillOnce(testing::Throw(std::bad_alloc()));
@@ -195,7 +194,7 @@ TEST_F(PluginStart, ARowOfTheTimingTableThatThrowsCostsNothingElse) {
                           "4 SinglePluginLoad: a row of the timing table is lost"));
 }
 
-TEST_F(PluginStart, APluginWhoseTaskThePoolRefusesIsCountedAndHoldsNothingBack) {
+TEST_F(PluginStart, PluginWhoseTaskIsRefusedIsCountedAndOthersStart) {
   Product("b:a a:", {"a", "b"});
   EXPECT_CALL(seam.threads, Post).WillOnce(Return(false)).WillOnce(Return(true));
   EXPECT_CALL(seam.platform, UpdatePluginsLoadState(std::map<std::string, bool>{{"b", true}}));
@@ -206,7 +205,7 @@ TEST_F(PluginStart, APluginWhoseTaskThePoolRefusesIsCountedAndHoldsNothingBack) 
                           "refused its task), count[1]."));
 }
 
-TEST_F(PluginStart, AThrowInItsLoopLeavesNoCountForTheStop) {
+TEST_F(PluginStart, ExceptionInItsLoopLeavesNoCountForTheStop) {
   Product("a: b:", {"a", "b"});
   seam.onSleep = [this] {
     seam.RunTasks();
@@ -219,7 +218,7 @@ TEST_F(PluginStart, AThrowInItsLoopLeavesNoCountForTheStop) {
   EXPECT_EQ(0, seam.libraries["b"].handles);
 }
 
-TEST_F(PluginStart, AThrowWhenThePoolIsGivenBackLeavesNoCountForTheStop) {
+TEST_F(PluginStart, ExceptionInThePoolsReleaseLeavesNoCountForTheStop) {
   Product("a: b:", {"a", "b"});
   EXPECT_CALL(seam.threads, Release)
       .WillOnce(testing::Throw(std::runtime_error("no")))
@@ -230,7 +229,7 @@ TEST_F(PluginStart, AThrowWhenThePoolIsGivenBackLeavesNoCountForTheStop) {
   EXPECT_EQ(0, seam.libraries["b"].handles);
 }
 
-TEST_F(PluginStart, ATaskStillQueuedWhenItsPluginWasStoppedLoadsNothing) {
+TEST_F(PluginStart, TaskQueuedUntilItsPluginWasStoppedLoadsNothing) {
   Product("a:", {"a"});
   std::thread stop;
   seam.onSleep = [&] {
@@ -252,7 +251,7 @@ TEST_F(PluginStart, ATaskStillQueuedWhenItsPluginWasStoppedLoadsNothing) {
                           "first), count[2]."));
 }
 
-TEST_F(PluginStart, AnAddonsPluginStartsFromTheDirectoryThatItNames) {
+TEST_F(PluginStart, AddonsPluginIsLoadedFromItsPath) {
   AddonModel addon;
   PluginDescription plugin;
   plugin.ID = "extra";
@@ -265,36 +264,43 @@ TEST_F(PluginStart, AnAddonsPluginStartsFromTheDirectoryThatItNames) {
   EXPECT_THAT(seam.loadedPaths, ElementsAre("/addons/Extra/extra.dll"));
 }
 
-TEST_F(PluginStart, ThreadsAreGivenBackBeforeTheEndIsLogged) {
-  Product("", {});
+TEST_F(PluginStart, ReleasesThePoolAfterTheLastPluginAndBeforeItsEnd) {
+  Product("a:", {"a"});
   std::vector<std::string> logged;
   EXPECT_CALL(seam.threads, Release).WillOnce([&](auto&&...) { logged = log.Brief(); });
   EXPECT_TRUE(manager.Start(&started));
-  EXPECT_EQ("3 Start: [PluginManager start]Plugins init start...", logged.back());
+  EXPECT_EQ("3 SinglePluginLoad: [Plugin Load]Plugin [a] SinglePluginLoad End. count[1].",
+            logged.back());
 }
 
-TEST_F(PluginStart, ThreadsAreGivenBackWhenItThrows) {
+TEST_F(PluginStart, ReleasesThePoolWhenItThrows) {
   Product("a:", {"a"});
   seam.onSleep = [] { throw std::runtime_error("no"); };
   EXPECT_CALL(seam.threads, Release("platform.PluginFrame", false)).Times(1);
   EXPECT_THROW(manager.Start(&started), std::runtime_error);
 }
 
-TEST_F(PluginStart, WithNowhereToPutTheHandlesStillStartsAndTells) {
+TEST_F(PluginStart, WithoutAMapForHandlesStartsAndNotifies) {
   Product("a:", {"a"});
   EXPECT_CALL(seam.lpc, Notify("")).Times(1);
   EXPECT_TRUE(manager.Start(nullptr));
   EXPECT_THAT(inits, ElementsAre("a"));
 }
 
-TEST_F(PluginStart, SubPlatformsStartFromTheExecutablesDirectory) {
+TEST_F(PluginStart, AsksForAThreadForEachPluginAndSubPlatform) {
+  Product("a: sub", {"a", "sub"});
+  EXPECT_CALL(seam.threads, Grant("platform.PluginFrame", 1, 2, 0)).WillOnce(Return(1U));
+  EXPECT_TRUE(manager.Start(&started));
+}
+
+TEST_F(PluginStart, SubPlatformsAreLoadedFromTheExecutablesDirectory) {
   Product("sub", {"sub"});
   EXPECT_TRUE(manager.Start(&started));
   EXPECT_THAT(seam.loadedPaths, ElementsAre(tree.ExeDirectory() + "sub.dll"));
   EXPECT_THAT(inits, ElementsAre("sub"));
 }
 
-TEST_F(PluginStart, HandlesThatThePlatformHasAlreadyAreKept) {
+TEST_F(PluginStart, HandlesThatAreInTheMapAlreadyAreKept) {
   Product("a:", {"a"});
   int marker = 0;
   started["a"] = &marker;
@@ -302,14 +308,14 @@ TEST_F(PluginStart, HandlesThatThePlatformHasAlreadyAreKept) {
   EXPECT_EQ(&marker, started["a"]);
 }
 
-TEST_F(PluginStart, APluginThatThrowsCountsAsFailed) {
+TEST_F(PluginStart, PluginThatThrowsCountsAsFailed) {
   Product("a:", {"a"});
   seam.libraries["a"].init = []() -> bool { throw std::runtime_error("boom"); };
   EXPECT_CALL(seam.platform, UpdatePluginsLoadState(std::map<std::string, bool>{}));
   EXPECT_TRUE(manager.Start(&started));
 }
 
-TEST_F(PluginStart, ASecondStartHoldsEachLibraryOnce) {
+TEST_F(PluginStart, SecondStartHoldsEachLibraryOnce) {
   Product("a:", {"a"});
   manager.Start(&started);
   EXPECT_TRUE(manager.Start(&started));
@@ -317,7 +323,7 @@ TEST_F(PluginStart, ASecondStartHoldsEachLibraryOnce) {
   EXPECT_THAT(inits, ElementsAre("a", "a"));
 }
 
-TEST_F(PluginStart, ASecondStartThatCannotLoadAPluginForgetsIt) {
+TEST_F(PluginStart, SecondStartThatCannotLoadAPluginForgetsIt) {
   Product("a:", {"a"});
   manager.Start(&started);
   seam.libraries["a"].loads = false;
@@ -329,10 +335,9 @@ TEST_F(PluginStart, ASecondStartThatCannotLoadAPluginForgetsIt) {
               "5 SinglePluginUnload: [Plugin Unload]Plugin a is null, UninitSuccess, count[1].");
 }
 
-TEST_F(PluginStart, AStopCallsAStartOffThatWaitsForACircle) {
+TEST_F(PluginStart, StopEndsAStartThatWaitsForACycle) {
   Product("a:b b:a", {"a", "b"});
   int sleeps = 0;
-  // The stop's first act, seen from the loop: what happens between two looks at the plugins.
   EXPECT_CALL(seam.lpc, UnInit).WillOnce(Return(1));
   std::thread stop;
   seam.onSleep = [&] {
@@ -343,22 +348,6 @@ TEST_F(PluginStart, AStopCallsAStartOffThatWaitsForACircle) {
   EXPECT_TRUE(manager.Start(&started));
   stop.join();
   EXPECT_THAT(inits, ElementsAre());
-}
-
-TEST_F(PluginStart, AStopBeginsItsWorkOnlyAfterTheStartsEnd) {
-  Product("a:", {"a"});
-  std::thread stop;
-  EXPECT_CALL(seam.platform, UpdatePluginsLoadState).WillOnce(testing::Invoke([&](const auto&) {
-    stop = std::thread([&] { manager.Uninit(); });
-    while (log.Brief("Uninit").empty()) std::this_thread::yield();
-    // Long enough for a stop that does not wait to come to the framework.
-    std::this_thread::sleep_for(std::chrono::milliseconds(50));
-  }));
-  EXPECT_TRUE(manager.Start(&started));
-  stop.join();
-  const std::vector<std::string> calls = seam.Calls();
-  const auto told = std::find(calls.begin(), calls.end(), "TevLPCFrameNotifyStartPlugins");
-  EXPECT_NE(calls.end(), std::find(told, calls.end(), "TevLPCFrameUnInit"));
 }
 
 }  // namespace

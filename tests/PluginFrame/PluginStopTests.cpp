@@ -1,12 +1,10 @@
 #include <algorithm>
-#include <chrono>
-#include <condition_variable>
-#include <mutex>
 #include <stdexcept>
 #include <thread>
 
 #include "src/PluginFrame/PluginManager.h"
 #include "tests/support/FrameTest.h"
+#include "tests/support/Gate.h"
 
 using PluginFrame::CPluginManager;
 using testing::Contains;
@@ -16,9 +14,14 @@ using testing::StartsWith;
 
 namespace {
 
+const std::string kStartEnd = "3 Start: [PluginManager start]----PluginManager Start success----";
+const std::string kStopBegin =
+    "3 Uninit: [PluginManager Uninit]----CPluginManager::Uninit start.----";
+const std::string kStopEnd = "3 Uninit: [PluginManager Uninit]CPluginManager::Uninit end.";
+
 class PluginStop : public FrameTest {
  protected:
-  /// Starts this product, with a library for every plugin that notes its UnInit.
+  /// Starts this product, with a library for every plugin that records its UnInit.
   void Started(const std::string& words, const std::vector<std::string>& names) {
     tree.Product(words);
     for (const std::string& name : names) {
@@ -37,7 +40,7 @@ class PluginStop : public FrameTest {
   std::vector<std::string> uninits;
 };
 
-TEST_F(PluginStop, TellsEveryStepAndFreesTheLibrary) {
+TEST_F(PluginStop, LogsEveryStepAndFreesTheLibrary) {
   Started("a:", {"a"});
   seam.libraries["a"].uninit = [this] {
     seam.now += 7;
@@ -66,14 +69,14 @@ TEST_F(PluginStop, TellsEveryStepAndFreesTheLibrary) {
           "3 Uninit: [PluginManager Uninit]CPluginManager::Uninit end."));
 }
 
-TEST_F(PluginStop, GoesAgainstTheDependencies) {
+TEST_F(PluginStop, StopsDependentsFirst) {
   Started("a: b:a c:b", {"a", "b", "c"});
   manager.Uninit();
   EXPECT_THAT(uninits, ElementsAre("c", "b", "a"));
   EXPECT_THAT(seam.sleeps, ElementsAre(200, 200, 200));
 }
 
-TEST_F(PluginStop, FrameworkThatRefusesLeavesThePluginsAsTheyAre) {
+TEST_F(PluginStop, FrameworkThatRefusesLeavesThePluginsLoaded) {
   Started("a:", {"a"});
   EXPECT_CALL(seam.lpc, UnInit).WillOnce(Return(1));
   EXPECT_CALL(seam.threads, Grant).Times(0);
@@ -83,29 +86,30 @@ TEST_F(PluginStop, FrameworkThatRefusesLeavesThePluginsAsTheyAre) {
               ElementsAre("4 Uninit: [PluginManager Uninit]Uninit lpc frame end, failed."));
 }
 
-TEST_F(PluginStop, FrameworkThatRefusesWithANegativeCodeIsTheSame) {
+TEST_F(PluginStop, FrameworkThatRefusesWithANegativeCodeToo) {
   Started("a:", {"a"});
   EXPECT_CALL(seam.lpc, UnInit).WillOnce(Return(-1));
   manager.Uninit();
   EXPECT_EQ(1, seam.libraries["a"].handles);
 }
 
-TEST_F(PluginStop, ThreadsAreGivenBackBeforeTheEndIsLogged) {
-  Started("", {});
+TEST_F(PluginStop, ReleasesThePoolAfterTheLastPluginAndBeforeItsEnd) {
+  Started("a:", {"a"});
   std::vector<std::string> logged;
   EXPECT_CALL(seam.threads, Release).WillOnce([&](auto&&...) { logged = log.Brief(); });
   manager.Uninit();
-  EXPECT_EQ("3 Uninit: [PluginManager Uninit]Uninit all plugins start.", logged.back());
+  EXPECT_EQ("3 SinglePluginUnload: [Plugin Unload]Plugin [a] SinglePluginUnload End. count[1].",
+            logged.back());
 }
 
-TEST_F(PluginStop, ThreadsAreGivenBackWhenItThrows) {
+TEST_F(PluginStop, ReleasesThePoolWhenItThrows) {
   Started("a:", {"a"});
   seam.onSleep = [] { throw std::runtime_error("no"); };
   EXPECT_CALL(seam.threads, Release("platform.PluginFrame", false)).Times(1);
   EXPECT_THROW(manager.Uninit(), std::runtime_error);
 }
 
-TEST_F(PluginStop, WithoutThreadsLeavesThePluginsAsTheyAre) {
+TEST_F(PluginStop, WithoutThreadsLeavesThePluginsLoaded) {
   Started("a:", {"a"});
   EXPECT_CALL(seam.threads, Grant).WillOnce(Return(0U));
   EXPECT_CALL(seam.threads, Release).Times(0);
@@ -116,7 +120,7 @@ TEST_F(PluginStop, WithoutThreadsLeavesThePluginsAsTheyAre) {
       ElementsAre("5 Uninit: [PluginManager Uninit]Get threads for uninit plugins end, failed."));
 }
 
-TEST_F(PluginStop, APluginThatRefusesKeepsItsLibraryAndHoldsNothingBack) {
+TEST_F(PluginStop, PluginThatRefusesStaysMappedAndOthersStop) {
   {
     CPluginManager other;
     tree.Product("a: b:a");
@@ -128,7 +132,7 @@ TEST_F(PluginStop, APluginThatRefusesKeepsItsLibraryAndHoldsNothingBack) {
     other.Uninit();
   }
   EXPECT_EQ(0, seam.libraries["a"].handles);
-  EXPECT_EQ(1, seam.libraries["b"].handles);  // even without the manager
+  EXPECT_EQ(1, seam.libraries["b"].handles);  // also after the manager has been destroyed
   EXPECT_THAT(log.BriefFrom(4),
               ElementsAre("5 SinglePluginUnload: [Plugin Unload]Plugin [b] SinglePluginUnload End. "
                           "count[1]."));
@@ -136,7 +140,7 @@ TEST_F(PluginStop, APluginThatRefusesKeepsItsLibraryAndHoldsNothingBack) {
               "3 SinglePluginUnload: [Plugin Unload]Plugin UnInit end. [b] cost time [0] ms.");
 }
 
-TEST_F(PluginStop, APluginWithoutTheEntryOrThatThrowsCountsAsRefused) {
+TEST_F(PluginStop, PluginWithoutTheEntryOrThatThrowsCountsAsRefused) {
   Started("a: b:", {"a", "b"});
   seam.libraries["a"].hasUnInit = false;
   seam.libraries["b"].uninit = []() -> bool { throw std::runtime_error("boom"); };
@@ -145,7 +149,7 @@ TEST_F(PluginStop, APluginWithoutTheEntryOrThatThrowsCountsAsRefused) {
   EXPECT_EQ(1, seam.libraries["b"].handles);
 }
 
-TEST_F(PluginStop, APluginWhoseTaskThePoolRefusesStaysLoadedAndHoldsNothingBack) {
+TEST_F(PluginStop, PluginWhoseTaskIsRefusedStaysLoadedAndOthersStop) {
   Started("a: b:a", {"a", "b"});
   EXPECT_CALL(seam.threads, Post).WillOnce(Return(false)).WillOnce(Return(true));
   manager.Uninit();
@@ -156,7 +160,7 @@ TEST_F(PluginStop, APluginWhoseTaskThePoolRefusesStaysLoadedAndHoldsNothingBack)
                           "pool refused its task), count[1]."));
 }
 
-TEST_F(PluginStop, AThrowInItsLoopLeavesNoCountForTheNextStop) {
+TEST_F(PluginStop, ExceptionInItsLoopLeavesNoCountForTheNextStop) {
   Started("a: b:a c:b", {"a", "b", "c"});
   seam.onSleep = [this] {
     seam.RunTasks();
@@ -169,7 +173,7 @@ TEST_F(PluginStop, AThrowInItsLoopLeavesNoCountForTheNextStop) {
   EXPECT_THAT(uninits, ElementsAre("c", "b", "a"));
 }
 
-TEST_F(PluginStop, APluginThatWasNeverLoadedIsCounted) {
+TEST_F(PluginStop, PluginThatWasNeverLoadedIsCounted) {
   Started("a:", {});
   manager.Uninit();
   EXPECT_THAT(log.BriefFrom(5),
@@ -177,7 +181,7 @@ TEST_F(PluginStop, APluginThatWasNeverLoadedIsCounted) {
                           "count[1]."));
 }
 
-TEST_F(PluginStop, APluginWhoseInitFailedIsStoppedAndFreed) {
+TEST_F(PluginStop, PluginWhoseInitFailedIsStoppedAndFreed) {
   tree.Product("a:");
   seam.libraries["a"].init = [] { return false; };
   seam.libraries["a"].uninit = [this] {
@@ -191,7 +195,7 @@ TEST_F(PluginStop, APluginWhoseInitFailedIsStoppedAndFreed) {
   EXPECT_EQ(0, seam.libraries["a"].handles);
 }
 
-TEST_F(PluginStop, OfAProductWithoutPluginsEndsAtOnce) {
+TEST_F(PluginStop, WithoutPluginsEndsAtOnce) {
   Started("", {});
   manager.Uninit();
   EXPECT_THAT(seam.sleeps, ElementsAre());
@@ -199,7 +203,7 @@ TEST_F(PluginStop, OfAProductWithoutPluginsEndsAtOnce) {
               "3 Uninit: [PluginManager Uninit]CPluginManager::Uninit end.");
 }
 
-TEST_F(PluginStop, AStartAfterTheStopDoesNothing) {
+TEST_F(PluginStop, StartAfterTheStopDoesNothing) {
   Started("a:", {"a"});
   manager.Uninit();
   Log::Instance().Clear();
@@ -207,7 +211,7 @@ TEST_F(PluginStop, AStartAfterTheStopDoesNothing) {
   EXPECT_THAT(log.Brief(), ElementsAre());
 }
 
-TEST_F(PluginStop, ASubPlatformWithoutAnIdIsNeverCounted) {
+TEST_F(PluginStop, SubPlatformWithoutAnIdIsNeverCounted) {
   tree.Product("a:");
   tree.Write(
       "Product.xml",
@@ -217,45 +221,101 @@ TEST_F(PluginStop, ASubPlatformWithoutAnIdIsNeverCounted) {
   int sleeps = 0;
   seam.onSleep = [&] {
     seam.RunTasks();
-    if (++sleeps == 5) throw std::runtime_error("it would wait for ever");
+    if (++sleeps == 5) throw std::runtime_error("the loop does not end");
   };
   EXPECT_THROW(manager.Uninit(), std::runtime_error);
   EXPECT_THAT(log.Brief("SinglePluginUnload").back(),
               "5 SinglePluginUnload: [Plugin Unload]Plugin  instance not found.");
 }
 
-/// A place where a plugin waits inside its Init until the test lets it go on.
-class Gate {
- public:
-  bool Pass() {
-    std::unique_lock<std::mutex> lock(m_mutex);
-    m_reached = true;
-    m_changed.notify_all();
-    return m_changed.wait_for(lock, std::chrono::seconds(30), [this] { return m_open; });
-  }
+TEST_F(PluginStop, AsksForAThreadForEachPluginAndSubPlatform) {
+  Started("a: sub", {"a", "sub"});
+  EXPECT_CALL(seam.threads, Grant("platform.PluginFrame", 1, 2, 0)).WillOnce(Return(1U));
+  manager.Uninit();
+  EXPECT_THAT(log.Brief("Uninit"),
+              Contains("3 Uninit: [PluginManager Uninit]Get threads for uninit plugins end, "
+                       "success(threads num = 2). "));
+}
 
-  bool AwaitReached() {
-    std::unique_lock<std::mutex> lock(m_mutex);
-    return m_changed.wait_for(lock, std::chrono::seconds(30), [this] { return m_reached; });
-  }
+TEST_F(PluginStop, FreesALibraryBeforeItStopsItsDependencies) {
+  Started("base: user:base", {"base", "user"});
+  Gate freeing;
+  seam.libraries["user"].onFree = [&] {
+    EXPECT_TRUE(freeing.Pass());
+    seam.Record("user is freed");
+  };
+  seam.libraries["base"].uninit = [this] {
+    seam.Record("UnInit of base");
+    return true;
+  };
+  std::thread worker;
+  int sleeps = 0;
+  seam.onSleep = [&] {
+    if (!worker.joinable()) {
+      worker = std::thread([task = seam.tasks.at(0)] { task->Exec(); });
+      seam.tasks.clear();
+    }
+    seam.RunTasks();
+    // Between two sleeps the stop has looked at every record.
+    if (freeing.Reached() && ++sleeps == 2) freeing.Open();
+    std::this_thread::yield();
+  };
+  manager.Uninit();
+  worker.join();
+  const std::vector<std::string> calls = seam.Calls();
+  EXPECT_THAT(std::vector<std::string>(calls.end() - 2, calls.end()),
+              ElementsAre("user is freed", "UnInit of base"));
+}
 
-  void Open() {
-    const std::lock_guard<std::mutex> lock(m_mutex);
-    m_open = true;
-    m_changed.notify_all();
-  }
+TEST_F(PluginStop, LeavesItsLoopWhenInitialisedAgain) {
+  Started("a:", {"a"});
+  seam.onSleep = [this] {
+    if (seam.sleeps.size() == 2) throw std::runtime_error("the loop does not end");
+    EXPECT_TRUE(manager.Init());
+  };
+  EXPECT_CALL(seam.threads, Release("platform.PluginFrame", false));
+  manager.Uninit();
+  EXPECT_THAT(uninits, ElementsAre());
+  EXPECT_EQ(kStopEnd, log.Brief().back());
+}
 
- private:
-  std::mutex m_mutex;
-  std::condition_variable m_changed;
-  bool m_reached = false;
-  bool m_open = false;
-};
+TEST_F(PluginStop, LogsItsFirstLineBeforeItEndsAStart) {
+  Started("a:", {"a"});
+  StartedPluginMap started;
+  Log::Instance().AtLine(kStopBegin, [&] { EXPECT_TRUE(manager.Start(&started)); });
+  manager.Uninit();
+  EXPECT_EQ((StartedPluginMap{{"a", &seam.libraries["a"]}}), started);
+}
 
-/// A product whose plugin `late` hangs in Init while the stop runs.
+TEST_F(PluginStop, WaitsForTheLastLineOfAStart) {
+  tree.Product("a:");
+  ASSERT_TRUE(manager.Init());
+  std::thread stop;
+  Log::Instance().AtLine(kStartEnd, [&] {
+    stop = std::thread([this] { manager.Uninit(); });
+    EXPECT_TRUE(log.StaysAt("Uninit", 1));
+  });
+  EXPECT_TRUE(manager.Start(nullptr));
+  stop.join();
+  EXPECT_EQ(kStopEnd, log.Brief().back());
+}
+
+TEST_F(PluginStop, WaitsForTheLastLineOfAnotherStop) {
+  Started("a:", {"a"});
+  std::thread second;
+  Log::Instance().AtLine(kStopEnd, [&] {
+    second = std::thread([this] { manager.Uninit(); });
+    EXPECT_TRUE(log.StaysAt("Uninit", 9));  // the first stop's eight and one of the second
+  });
+  manager.Uninit();
+  second.join();
+  EXPECT_EQ(16U, log.Brief("Uninit").size());
+}
+
+/// A product whose plugin `late` is in its Init when the stop begins.
 class LateFinisher : public PluginStop {
  protected:
-  /// Starts it on a thread, and runs each task on a thread of its own.
+  /// Starts the product on one thread and runs each task on another.
   void Begin(const std::string& words) {
     tree.Product(words);
     seam.libraries["late"].init = [this] { return gate.Pass(); };
@@ -274,10 +334,6 @@ class LateFinisher : public PluginStop {
     for (const auto& task : tasks) workers.emplace_back([task] { task->Exec(); });
   }
 
-  void AwaitLines(const std::string& function, std::size_t count) const {
-    while (log.Brief(function).size() < count) std::this_thread::yield();
-  }
-
   void End() {
     for (std::thread& worker : workers) worker.join();
   }
@@ -287,12 +343,12 @@ class LateFinisher : public PluginStop {
   std::vector<std::thread> workers;
 };
 
-TEST_F(LateFinisher, CountsForTheStopWhichMayEndBeforeItsUnload) {
+TEST_F(LateFinisher, CountsForTheStopAndMayEndItBeforeItsUnload) {
   Begin("late:");
   EXPECT_CALL(seam.lpc, UnInit).WillOnce(testing::Invoke([this] {
-    starter.join();  // the start was called off
+    starter.join();  // the stop has ended the start
     gate.Open();
-    AwaitLines("SinglePluginLoad", 4);
+    EXPECT_TRUE(log.Await("SinglePluginLoad", 4));
     return 0;
   }));
   manager.Uninit();
@@ -301,35 +357,33 @@ TEST_F(LateFinisher, CountsForTheStopWhichMayEndBeforeItsUnload) {
   EXPECT_THAT(log.Brief("SinglePluginUnload"), ElementsAre());
 }
 
-TEST_F(LateFinisher, IsCountedOnlyAfterTheEndOfTheStartThatLeftIt) {
+TEST_F(LateFinisher, IsNotCountedBeforeTheLastLineOfItsStart) {
   Begin("late:");
-  EXPECT_CALL(seam.platform, UpdatePluginsLoadState).WillOnce(testing::Invoke([this](const auto&) {
+  Log::Instance().AtLine(kStartEnd, [this] {
     gate.Open();
-    AwaitLines("SinglePluginLoad", 3);
-    // Long enough for a plugin that does not wait to be counted.
-    std::this_thread::sleep_for(std::chrono::milliseconds(50));
-  }));
+    EXPECT_TRUE(log.StaysAt("SinglePluginLoad", 3));  // the fourth has the count
+  });
   EXPECT_CALL(seam.lpc, UnInit).WillOnce(Return(1));
   manager.Uninit();
   starter.join();
   End();
-  const std::vector<std::string> lines = log.Brief();
-  const auto end = std::find(lines.begin(), lines.end(),
-                             "3 Start: [PluginManager start]----PluginManager Start success----");
-  EXPECT_NE(lines.end(),
-            std::find(end, lines.end(),
-                      "3 SinglePluginLoad: [Plugin Load]Plugin [late] SinglePluginLoad End. "
-                      "count[1]."));
+  EXPECT_THAT(
+      log.Brief("SinglePluginLoad"),
+      ElementsAre(
+          "3 SinglePluginLoad: [Plugin Load]Plugin [late] SinglePluginLoad Begin.",
+          "3 SinglePluginLoad: [Plugin Load]Plugin Init begin.[late]",
+          "3 SinglePluginLoad: [Plugin Load]Plugin Init end. [late] cost time [0]ms",
+          "3 SinglePluginLoad: [Plugin Load]Plugin [late] SinglePluginLoad End. count[1]."));
 }
 
-TEST_F(LateFinisher, BeyondTheCountDoesNotHoldTheStop) {
+TEST_F(LateFinisher, CountedTwiceDoesNotKeepTheStopWaiting) {
   Begin("late: other:");
   EXPECT_CALL(seam.lpc, UnInit).WillOnce(testing::Invoke([this] {
     starter.join();
     seam.onSleep = [this] {
-      seam.RunTasks();  // both unloads are counted, the one of `late` finds nothing
+      seam.RunTasks();  // both unloads are counted; `late` is not among the loaded yet
       gate.Open();
-      AwaitLines("SinglePluginLoad", 6);  // and `late` is counted once more
+      EXPECT_TRUE(log.Await("SinglePluginLoad", 6));  // and `late` is counted once more
     };
     return 0;
   }));
@@ -341,16 +395,16 @@ TEST_F(LateFinisher, BeyondTheCountDoesNotHoldTheStop) {
                                   "SinglePluginLoad End. count[")));
 }
 
-TEST_F(LateFinisher, ThatIsStoppedAlreadyDoesNotHoldBackThoseBelowIt) {
+TEST_F(LateFinisher, StaysStoppedSoThatItsDependenciesStop) {
   seam.libraries["base"];
   seam.libraries["mid"];
   Begin("base: mid:base late:mid");
   EXPECT_CALL(seam.lpc, UnInit).WillOnce(testing::Invoke([this] {
     starter.join();
     seam.onSleep = [this] {
-      seam.RunTasks();  // first the unload of `late`, which finds nothing
+      seam.RunTasks();  // first the unload of `late`, which is not among the loaded yet
       gate.Open();
-      AwaitLines("SinglePluginLoad", 12);  // `late` comes up after all, stopped as it is
+      EXPECT_TRUE(log.Await("SinglePluginLoad", 12));  // the Init of `late` ends after its unload
       seam.onSleep = [this] { seam.RunTasks(); };
     };
     return 0;
@@ -378,7 +432,7 @@ TEST_F(PluginStop, TwoPluginsOverlapInsideInit) {
     std::vector<std::shared_ptr<CTMTask>> tasks;
     tasks.swap(seam.tasks);
     for (const auto& task : tasks) workers.emplace_back([task] { task->Exec(); });
-    std::this_thread::sleep_for(std::chrono::milliseconds(1));
+    std::this_thread::yield();
   };
   EXPECT_CALL(seam.platform,
               UpdatePluginsLoadState(std::map<std::string, bool>{{"a", true}, {"b", true}}));

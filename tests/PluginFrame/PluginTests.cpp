@@ -35,7 +35,7 @@ TEST_F(PluginTest, PathThatEndsInTheExtensionGetsASecondOne) {
   EXPECT_THAT(seam.loadedPaths, ElementsAre("/p/a.dll.dll"));
 }
 
-TEST_F(PluginTest, LibraryThatCannotBeLoadedIsAFalseWithTheSystemsErrorCode) {
+TEST_F(PluginTest, LibraryThatCannotBeLoadedIsFalseWithTheErrorCode) {
   seam.loadError = 193;
   {
     CPlugin plugin;
@@ -89,7 +89,7 @@ TEST_F(PluginTest, LibraryWithoutEntriesIsFalseAndStillFreed) {
                   "3 ~CPlugin: [Plugin]FreeLibrary Begin", "3 ~CPlugin: [Plugin]FreeLibrary End"));
 }
 
-TEST_F(PluginTest, WhatAnEntryThrowsIsFalseAndItsReasonIsLogged) {
+TEST_F(PluginTest, ExceptionInAnEntryIsFalseAndItsReasonIsLogged) {
   seam.libraries["a"].init = []() -> bool { throw std::runtime_error("no disk"); };
   seam.libraries["a"].uninit = []() -> bool { throw 7; };
   CPlugin plugin;
@@ -102,7 +102,7 @@ TEST_F(PluginTest, WhatAnEntryThrowsIsFalseAndItsReasonIsLogged) {
                           "5 UnInit: [Plugin]UnInit threw something that is no exception object"));
 }
 
-TEST_F(PluginTest, EachEntryStopsWhateverIsThrownInIt) {
+TEST_F(PluginTest, EachEntryCatchesEveryType) {
   seam.libraries["a"].init = []() -> bool { throw 7; };
   seam.libraries["a"].uninit = []() -> bool { throw std::runtime_error("still busy"); };
   CPlugin plugin;
@@ -123,7 +123,7 @@ TEST_F(PluginTest, LoadedTwiceHoldsItsLibraryOnce) {
   EXPECT_EQ(1, seam.libraries["a"].handles);
 }
 
-TEST_F(PluginTest, ASecondLoadThatFailsFreesNothingForItsCodeMayStillRun) {
+TEST_F(PluginTest, SecondLoadThatFailsFreesNothing) {
   seam.libraries["a"];
   CPlugin plugin;
   plugin.Load("/p/a");

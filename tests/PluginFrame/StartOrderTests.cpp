@@ -13,9 +13,9 @@ namespace {
 
 class StartOrder : public FrameTest {
  protected:
-  /// Lives one product of `count` plugins, each depending on a few before it, and returns what was
-  /// out of order.
-  std::string Live(unsigned seed, int count) {
+  /// Starts and stops a product of `count` plugins, each depending on a few before it. Returns what
+  /// was out of order.
+  std::string Run(unsigned seed, int count) {
     std::mt19937 random(seed);
     std::vector<std::vector<int>> needs(static_cast<std::size_t>(count));
     std::string words;
@@ -73,12 +73,12 @@ class StartOrder : public FrameTest {
 TEST_F(StartOrder, HoldsForRandomGraphs) {
   for (unsigned seed = 1; seed <= 150; ++seed) {
     Log::Instance().Clear();
-    EXPECT_EQ("", Live(seed, 1 + static_cast<int>(seed % 30))) << "seed " << seed;
+    EXPECT_EQ("", Run(seed, 1 + static_cast<int>(seed % 30))) << "seed " << seed;
   }
 }
 
 TEST_F(StartOrder, HoldsForNineHundredPlugins) {
-  EXPECT_EQ("", Live(4711, 900));
+  EXPECT_EQ("", Run(4711, 900));
 }
 
 }  // namespace

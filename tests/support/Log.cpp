@@ -1,5 +1,7 @@
 #include "tests/support/Log.h"
 
+#include <algorithm>
+#include <condition_variable>
 #include <cstdarg>
 #include <cstdio>
 #include <cstdlib>
@@ -10,8 +12,11 @@
 
 namespace {
 
-std::mutex g_mutex;
+std::mutex g_mutex;  // guards all of these
+std::condition_variable g_logged;
 std::vector<LogLine> g_lines;
+std::string g_awaitedLine;
+std::function<void()> g_action;
 
 std::string Format(const char* format, std::va_list arguments) {
   std::va_list again;
@@ -67,6 +72,13 @@ std::string BriefOf(const LogLine& line) {
   return std::to_string(line.level) + " " + name + ": " + line.text;
 }
 
+bool IsOf(const LogLine& line, const std::string& function) {
+  const std::string end = "::" + function;
+  return line.function == function ||
+         (line.function.size() > end.size() &&
+          line.function.compare(line.function.size() - end.size(), end.size(), end) == 0);
+}
+
 template <typename Wanted>
 std::vector<std::string> BriefIf(const std::vector<LogLine>& lines, Wanted wanted) {
   std::vector<std::string> brief;
@@ -83,8 +95,14 @@ void IKPXFormatLog(int level, const char* module, const char* format, ...) noexc
   va_start(arguments, format);
   const std::string text = Format(format, arguments);
   va_end(arguments);
-  const std::lock_guard<std::mutex> lock(g_mutex);
-  g_lines.push_back(Parse(level, module, text));
+  std::function<void()> action;
+  {
+    const std::lock_guard<std::mutex> lock(g_mutex);
+    g_lines.push_back(Parse(level, module, text));
+    if (g_action && BriefOf(g_lines.back()) == g_awaitedLine) action.swap(g_action);
+  }
+  g_logged.notify_all();
+  if (action) action();
 }
 
 Log& Log::Instance() {
@@ -95,6 +113,27 @@ Log& Log::Instance() {
 void Log::Clear() {
   const std::lock_guard<std::mutex> lock(g_mutex);
   g_lines.clear();
+  g_action = nullptr;
+}
+
+void Log::AtLine(const std::string& line, std::function<void()> action) {
+  const std::lock_guard<std::mutex> lock(g_mutex);
+  g_awaitedLine = line;
+  g_action = std::move(action);
+}
+
+bool Log::Await(const std::string& function, std::size_t count,
+                std::chrono::milliseconds limit) const {
+  std::unique_lock<std::mutex> lock(g_mutex);
+  return g_logged.wait_for(lock, limit, [&] {
+    const auto lines = std::count_if(g_lines.begin(), g_lines.end(),
+                                     [&](const LogLine& line) { return IsOf(line, function); });
+    return static_cast<std::size_t>(lines) >= count;
+  });
+}
+
+bool Log::StaysAt(const std::string& function, std::size_t count) const {
+  return Await(function, count) && !Await(function, count + 1, std::chrono::milliseconds(50));
 }
 
 std::vector<LogLine> Log::Lines() const {
@@ -107,11 +146,7 @@ std::vector<std::string> Log::Brief() const {
 }
 
 std::vector<std::string> Log::Brief(const std::string& function) const {
-  return BriefIf(Lines(), [&](const LogLine& line) {
-    return line.function == function ||
-           (line.function.size() > function.size() + 2 &&
-            line.function.substr(line.function.size() - function.size() - 2) == "::" + function);
-  });
+  return BriefIf(Lines(), [&](const LogLine& line) { return IsOf(line, function); });
 }
 
 std::vector<std::string> Log::BriefFrom(int level) const {

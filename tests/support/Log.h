@@ -2,6 +2,9 @@
 
 #include <gmock/gmock.h>
 
+#include <chrono>
+#include <cstddef>
+#include <functional>
 #include <string>
 #include <vector>
 
@@ -22,7 +25,20 @@ class Log {
  public:
   static Log& Instance();
 
+  /// Forgets all lines, and what was to be done at one.
   void Clear();
+
+  /// Calls `action` once, after the next line that Brief shows as `line`, on the thread that logs
+  /// it. The locks that the thread holds are held meanwhile.
+  void AtLine(const std::string& line, std::function<void()> action);
+
+  /// Waits until `function` has logged `count` lines. False when `limit` passes first.
+  bool Await(const std::string& function, std::size_t count,
+             std::chrono::milliseconds limit = std::chrono::seconds(30)) const;
+
+  /// Whether `function` has logged `count` lines and logs no more for a moment: a thread that does
+  /// not wait would log the next line within it.
+  bool StaysAt(const std::string& function, std::size_t count) const;
   std::vector<LogLine> Lines() const;
 
   /// Every line as "LEVEL FUNCTION: TEXT", functions without their namespaces and classes.

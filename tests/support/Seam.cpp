@@ -223,7 +223,9 @@ FARPROC GetProcAddress(HMODULE library, const char* name) {
 }
 
 BOOL FreeLibrary(HMODULE library) {
-  --reinterpret_cast<ScriptedLibrary*>(library)->handles;
+  ScriptedLibrary& scripted = *reinterpret_cast<ScriptedLibrary*>(library);
+  scripted.onFree();
+  --scripted.handles;
   return 1;
 }
 

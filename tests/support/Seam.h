@@ -61,6 +61,7 @@ struct ScriptedLibrary {
   bool hasUnInit = true;
   std::function<bool()> init = [] { return true; };
   std::function<bool()> uninit = [] { return true; };
+  std::function<void()> onFree = [] {};
 
   int handles = 0;  // given out and not yet given back
 };
