@@ -13,7 +13,7 @@
 namespace {
 
 constexpr char kModule[] = "platform.Reference";
-constexpr char kVersion[] = "1.0.0";
+constexpr char kVersion[] = TEV_VERSION;
 
 enum ErrorCode : std::int32_t {
   kNone = 0,
