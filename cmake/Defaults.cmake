@@ -7,8 +7,3 @@ target_compile_options(defaults INTERFACE
   -Wall -Wextra -Wpedantic -Wshadow -Wconversion -Wnon-virtual-dtor -Woverloaded-virtual
   -Wcast-qual -Wformat=2 -Wundef)
 target_include_directories(defaults INTERFACE ${PROJECT_SOURCE_DIR})
-
-find_program(CCACHE ccache)
-if(CCACHE)
-  set(CMAKE_CXX_COMPILER_LAUNCHER ${CCACHE})
-endif()
