@@ -1,8 +1,10 @@
 # `sdk`: what the frame is compiled and linked against; the reference libraries, or a site's own.
 
 add_library(sdk INTERFACE)
+add_library(Tev::Sdk ALIAS sdk)
+target_compile_features(sdk INTERFACE cxx_std_17)
+target_include_directories(sdk INTERFACE ${TEV_SITE_SDK} ${PROJECT_SOURCE_DIR})
 if(TEV_SITE_SDK)
-  target_include_directories(sdk BEFORE INTERFACE ${TEV_SITE_SDK})
   foreach(library KpxBase KpxPlatform TevLpcFrame XrtRuntime)
     find_library(TEV_SITE_${library} ${library} PATHS ${TEV_SITE_SDK}/lib NO_DEFAULT_PATH REQUIRED)
     target_link_libraries(sdk INTERFACE ${TEV_SITE_${library}})
