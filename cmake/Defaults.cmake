@@ -1,9 +1,9 @@
 # What every target of ours is compiled with; the one place that sets warnings. The presets make
 # errors of them.
 
-add_library(defaults INTERFACE)
-target_compile_features(defaults INTERFACE cxx_std_17)
-target_compile_options(defaults INTERFACE
+add_library(tev_defaults INTERFACE)
+target_compile_features(tev_defaults INTERFACE cxx_std_17)
+target_compile_options(tev_defaults INTERFACE
   -Wall -Wextra -Wpedantic -Wshadow -Wconversion -Wnon-virtual-dtor -Woverloaded-virtual
   -Wcast-qual -Wformat=2 -Wundef)
-target_include_directories(defaults INTERFACE ${PROJECT_SOURCE_DIR})
+target_include_directories(tev_defaults INTERFACE ${PROJECT_SOURCE_DIR})

@@ -1,18 +1,19 @@
-# `sdk`: what the frame is compiled and linked against; the reference libraries, or a site's own.
+# What the frame is compiled and linked against: the reference libraries, or a site's own.
 
-add_library(sdk INTERFACE)
-add_library(Tev::Sdk ALIAS sdk)
-target_compile_features(sdk INTERFACE cxx_std_17)
-target_include_directories(sdk INTERFACE ${TEV_SITE_SDK} ${PROJECT_SOURCE_DIR})
+add_library(tev_sdk INTERFACE)
+add_library(Tev::Sdk ALIAS tev_sdk)
+target_compile_features(tev_sdk INTERFACE cxx_std_17)
+target_include_directories(tev_sdk INTERFACE ${TEV_SITE_SDK} ${PROJECT_SOURCE_DIR})
 if(TEV_SITE_SDK)
   foreach(library KpxBase KpxPlatform TevLpcFrame XrtRuntime)
     find_library(TEV_SITE_${library} ${library} PATHS ${TEV_SITE_SDK}/lib NO_DEFAULT_PATH REQUIRED)
-    target_link_libraries(sdk INTERFACE ${TEV_SITE_${library}})
+    target_link_libraries(tev_sdk INTERFACE ${TEV_SITE_${library}})
   endforeach()
   if(NOT WIN32)
     find_library(TEV_SITE_XrtOs XrtOs PATHS ${TEV_SITE_SDK}/lib NO_DEFAULT_PATH REQUIRED)
-    target_link_libraries(sdk INTERFACE ${TEV_SITE_XrtOs})
+    target_link_libraries(tev_sdk INTERFACE ${TEV_SITE_XrtOs})
   endif()
 else()
-  target_link_libraries(sdk INTERFACE KpxBase KpxPlatform TevLpcFrame XrtRuntime XrtOs)
+  target_link_libraries(tev_sdk
+    INTERFACE tev_kpx_base tev_kpx_platform tev_lpc_frame tev_xrt_runtime tev_xrt_os)
 endif()

@@ -1,13 +1,14 @@
 # cmake -DROOT=folder -DWORK=folder -DOPTIONS=list -DRUNNER=command -DBESIDE=list -P test.cmake
 #
-# Configures the project beside this file with OPTIONS, builds it, and runs its host, by RUNNER, with
-# the files BESIDE in the host's folder.
+# Configures the project beside this file with OPTIONS, builds it, and runs its host, by RUNNER,
+# with the files BESIDE in the host's folder.
 
 cmake_minimum_required(VERSION 3.25)
 
 # run(what command...): fails with what the command said; else sets `output`.
 function(run what)
-  execute_process(COMMAND ${ARGN} RESULT_VARIABLE status OUTPUT_VARIABLE output ERROR_VARIABLE errors)
+  execute_process(COMMAND ${ARGN}
+    RESULT_VARIABLE status OUTPUT_VARIABLE output ERROR_VARIABLE errors)
   if(NOT status EQUAL 0)
     message(FATAL_ERROR "The consumer does not ${what} (${status}):\n${output}${errors}")
   endif()
