@@ -1,13 +1,20 @@
 #include "src/private/XmlProto.h"
 
+#include <libxml/entities.h>
 #include <libxml/parser.h>
+#include <libxml/tree.h>
+#include <libxml/xmlerror.h>
+#include <libxml/xmlstring.h>
+#include <libxml/xpath.h>
 
 #include <algorithm>
+#include <cstddef>
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
 #include <limits>
 #include <new>
+#include <utility>
 
 #include "sdk/xrt/lock.h"
 #include "sdk/xrt/runtime.h"
@@ -20,6 +27,16 @@ struct FreeXmlText {
   void operator()(xmlChar* text) const { xmlFree(text); }
 };
 using XmlText = std::unique_ptr<xmlChar, FreeXmlText>;
+
+struct FreeTree {
+  void operator()(xmlDoc* tree) const { xmlFreeDoc(tree); }
+};
+using Tree = std::unique_ptr<xmlDoc, FreeTree>;
+
+struct FreeMatches {
+  void operator()(xmlXPathObject* matches) const { xmlXPathFreeObject(matches); }
+};
+using Matches = std::unique_ptr<xmlXPathObject, FreeMatches>;
 
 struct FreeContext {
   void operator()(xmlXPathContext* context) const { xmlXPathFreeContext(context); }
@@ -176,10 +193,10 @@ bool IsBlank(const char* text) {
   return text[std::strspn(text, " \t\r\n")] == '\0';
 }
 
-xmlDoc* NewEmptyDocument() {
-  xmlDoc* document = xmlNewDoc(XmlString("1.0"));
-  if (document == nullptr) throw std::bad_alloc();
-  return document;
+Tree NewEmptyTree() {
+  Tree tree(xmlNewDoc(XmlString("1.0")));
+  if (!tree) throw std::bad_alloc();
+  return tree;
 }
 
 constexpr char kSeparators[] = "/\\";
@@ -210,54 +227,62 @@ std::string FallbackPath(const std::string& path) {
   return path.substr(0, separator) + "/" + name.substr(0, name.rfind('.')) + ".data";
 }
 
-/// Reads `path` or, when that cannot be read, `second`. Returns which it was; empty for neither.
+/// Reads `path`; when that cannot be read, `alternative`, or without one the file that stands in
+/// for `path`. Returns the path of the file that was read; empty for none.
 std::string ReadFirstReadable(std::string& content, const std::string& path,
-                              const std::string& second) {
+                              const std::string& alternative) {
   if (ReadFile(content, path)) return path;
+  const std::string second = alternative.empty() ? FallbackPath(path) : alternative;
   return !second.empty() && ReadFile(content, second) ? second : std::string();
 }
 
 }  // namespace
 
-CXmlProto::CXmlProto() : m_document(NewEmptyDocument()) {}
+struct CXmlProto::Document {
+  Matches Evaluate(const std::string& expression) const {
+    const XmlErrors errors(name);
+    const std::unique_ptr<xmlXPathContext, FreeContext> context(xmlXPathNewContext(tree.get()));
+    if (!context) throw std::bad_alloc();
+    Matches matches(xmlXPathEvalExpression(XmlString(expression), context.get()));
+    errors.ThrowIfOutOfMemory();
+    return matches;
+  }
+
+  Tree tree = NewEmptyTree();  // never null
+  std::string name;            // of the file; may be empty
+};
+
+CXmlProto::CXmlProto() : m_document(std::make_unique<Document>()) {}
 
 CXmlProto::~CXmlProto() = default;
 
 bool CXmlProto::ParseMemory(const std::string& text, const std::string& name) {
-  m_name = name;
-  m_document.reset(NewEmptyDocument());  // to be asked, whatever comes
+  m_document->name = name;
+  m_document->tree = NewEmptyTree();  // what every failure below leaves
   if (text.size() > static_cast<std::size_t>(std::numeric_limits<int>::max())) return false;
-  const XmlErrors errors(m_name);
-  std::unique_ptr<xmlDoc, FreeDocument> document(xmlReadMemory(
-      text.data(), static_cast<int>(text.size()), nullptr, "UTF-8", XML_PARSE_NOBLANKS));
+  const XmlErrors errors(m_document->name);
+  Tree tree(xmlReadMemory(text.data(), static_cast<int>(text.size()), nullptr, "UTF-8",
+                          XML_PARSE_NOBLANKS));
   errors.ThrowIfOutOfMemory();
-  if (!document) return false;
-  m_document = std::move(document);
+  if (!tree) return false;
+  m_document->tree = std::move(tree);
   return true;
 }
 
-CXmlProto::Matches CXmlProto::Evaluate(const std::string& expression) const {
-  const XmlErrors errors(m_name);
-  const std::unique_ptr<xmlXPathContext, FreeContext> context(xmlXPathNewContext(m_document.get()));
-  if (!context) throw std::bad_alloc();
-  Matches matches(xmlXPathEvalExpression(XmlString(expression), context.get()));
-  errors.ThrowIfOutOfMemory();
-  return matches;
-}
-
 std::int32_t CXmlProto::GetNodeCount(const std::string& expression) const {
-  const Matches matches = Evaluate(expression);
+  const Matches matches = m_document->Evaluate(expression);
   return FirstNode(matches.get()) == nullptr ? 0 : matches->nodesetval->nodeNr;
 }
 
 std::string CXmlProto::GetNodeText(const std::string& expression,
                                    const std::string& fallback) const {
-  const Matches matches = Evaluate(expression);
+  const Matches matches = m_document->Evaluate(expression);
   const xmlNode* node = FirstNode(matches.get());
   if (node == nullptr) return fallback;
-  const XmlErrors errors(m_name);
-  if (!WithinBounds(m_document.get(), node->children, errors, *node, "the text")) return fallback;
-  const XmlText text(xmlNodeListGetString(m_document.get(), node->children, 1));
+  const XmlErrors errors(m_document->name);
+  if (!WithinBounds(m_document->tree.get(), node->children, errors, *node, "the text"))
+    return fallback;
+  const XmlText text(xmlNodeListGetString(m_document->tree.get(), node->children, 1));
   errors.ThrowIfOutOfMemory();
   const char* bytes = reinterpret_cast<const char*>(text.get());
   return bytes == nullptr || IsBlank(bytes) ? fallback : bytes;
@@ -270,12 +295,12 @@ std::int32_t CXmlProto::GetNodeInt(const std::string& expression, std::int32_t f
 
 std::string CXmlProto::GetNodeProp(const std::string& expression, const std::string& attribute,
                                    const std::string& fallback) const {
-  const Matches matches = Evaluate(expression);
+  const Matches matches = m_document->Evaluate(expression);
   const xmlNode* node = FirstNode(matches.get());
   const xmlAttr* property = node == nullptr ? nullptr : xmlHasProp(node, XmlString(attribute));
   if (property == nullptr) return fallback;
-  const XmlErrors errors(m_name);
-  if (!WithinBounds(m_document.get(), property->children, errors, *node,
+  const XmlErrors errors(m_document->name);
+  if (!WithinBounds(m_document->tree.get(), property->children, errors, *node,
                     "the attribute " + attribute)) {
     return fallback;
   }
@@ -285,8 +310,7 @@ std::string CXmlProto::GetNodeProp(const std::string& expression, const std::str
 }
 
 bool ReadWholeFile(std::string& content, const std::string& path, const std::string& alternative) {
-  const std::string second = alternative.empty() ? FallbackPath(path) : alternative;
-  return !ReadFirstReadable(content, path, second).empty();
+  return !ReadFirstReadable(content, path, alternative).empty();
 }
 
 std::string GetExeDirectory() {
@@ -305,7 +329,7 @@ std::string GetExeDirectory() {
 
 std::shared_ptr<CXmlProto> ReadDocument(const std::string& path) {
   std::string content;
-  const std::string file = ReadFirstReadable(content, path, FallbackPath(path));
+  const std::string file = ReadFirstReadable(content, path, "");
   if (file.empty()) return nullptr;
   auto document = std::make_shared<CXmlProto>();
   document->ParseMemory(content, file);

@@ -1,8 +1,5 @@
 #pragma once
 
-#include <libxml/tree.h>
-#include <libxml/xpath.h>
-
 #include <cstdint>
 #include <memory>
 #include <string>
@@ -42,18 +39,9 @@ class CXmlProto {
                           const std::string& fallback) const;
 
  private:
-  struct FreeDocument {
-    void operator()(xmlDoc* document) const { xmlFreeDoc(document); }
-  };
-  struct FreeMatches {
-    void operator()(xmlXPathObject* matches) const { xmlXPathFreeObject(matches); }
-  };
-  using Matches = std::unique_ptr<xmlXPathObject, FreeMatches>;
+  struct Document;  // libxml2's, with the name of its file
 
-  Matches Evaluate(const std::string& expression) const;
-
-  std::unique_ptr<xmlDoc, FreeDocument> m_document;  // never null between calls
-  std::string m_name;                                // of the file; may be empty
+  const std::unique_ptr<Document> m_document;
 };
 
 /// Reads the file at `path`, byte for byte, without its trailing line feeds.
