@@ -3,6 +3,7 @@
 
 #include "fuzz/FuzzTarget.h"
 #include "src/private/ProductModelReaderImpl.h"
+#include "src/private/RunningProduct.h"
 
 void Fuzz(const std::string& input) {
   g_productName = "NVX";

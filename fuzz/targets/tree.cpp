@@ -9,6 +9,7 @@
 #include "sdk/kpx/platform.h"
 #include "sdk/lpc/lpc.h"
 #include "src/PluginFrame/PluginManager.h"
+#include "src/private/RunningProduct.h"
 
 namespace {
 

@@ -4,6 +4,8 @@
 #include <utility>
 #include <vector>
 
+#include "src/private/DottedText.h"
+
 namespace PluginFrame {
 
 namespace {

@@ -100,14 +100,3 @@ struct ProductModel {
   std::vector<PluginDescription> DriverPluginDescriptions;
   std::vector<AddonService> AddonServices;
 };
-
-/// The part of a dotted identity before its first "."; empty when there is no ".".
-std::string GroupNameOf(const std::string& id);
-
-/// The first three non-empty parts of a dotted version, joined by "."; empty when there are fewer.
-std::string ShortVersionOf(const std::string& version);
-
-// The running product, for whoever must know it without the model. Written once, while the model is
-// read on the host's thread, and only read afterwards; both are empty before that.
-extern std::string g_productName;
-extern std::string g_productVersion;  // the first three parts of the version

@@ -4,9 +4,11 @@
 
 #include "src/private/AddonCompatibility.h"
 #include "src/private/AddonElements.h"
+#include "src/private/DottedText.h"
 #include "src/private/FrameLog.h"
 #include "src/private/PluginModelReaderImpl.h"
 #include "src/private/PortalMenus.h"
+#include "src/private/RunningProduct.h"
 #include "src/private/XmlList.h"
 
 namespace TevModelParse {

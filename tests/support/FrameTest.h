@@ -5,7 +5,7 @@
 
 #include <utility>
 
-#include "src/model/ProductModel.h"
+#include "src/private/RunningProduct.h"
 #include "tests/support/Log.h"
 #include "tests/support/ProductTree.h"
 #include "tests/support/Seam.h"

@@ -1,9 +1,7 @@
-#include "src/model/ProductModel.h"
+#include "src/private/DottedText.h"
 
 #include <algorithm>
-
-std::string g_productName;
-std::string g_productVersion;
+#include <cstddef>
 
 std::string GroupNameOf(const std::string& id) {
   const std::size_t dot = id.find('.');
