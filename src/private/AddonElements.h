@@ -1,96 +1,47 @@
 #pragma once
 
-#include <algorithm>
 #include <string>
-#include <utility>
 #include <vector>
 
 #include "src/model/AddonModel.h"
-#include "src/private/XmlList.h"
+#include "src/private/XmlElement.h"
 
-// What the catalogue, the installed-products file and the descriptions say of addons and tools,
-// from elements to records.
+// The files of addons and tools, from elements to records: ProductAddons.xml and ProductTools.xml
+// (the catalogues), InstalledProducts.xml, and the description of each addon and tool.
 
 namespace TevModelParse {
 
-/// What both catalogues say of an entry at `path`.
-inline void ReadCatalogueEntry(AddonBaseModel& entry, const CXmlProto& document,
-                               const std::string& path) {
-  entry.ID = document.GetNodeText(path + "/ID", "");
-  entry.Icon = document.GetNodeText(path + "/Icon", "");
-  entry.NameKey = document.GetNodeText(path + "/NameKey", "");
-  entry.FunctionalOverviewKey = document.GetNodeText(path + "/FunctionalOverviewKey", "");
-  entry.Version = document.GetNodeText(path + "/Version", "");
-  entry.PackageSize = document.GetNodeInt(path + "/PackageSize", 0);
-}
+/// The root element of an addon's description.
+inline constexpr char kAddonDescription[] = "/AddonDescription";
 
-/// What both kinds of description, with the root element `root`, say of themselves.
-inline void ReadDescriptionHead(AddonBaseModel& entry, const CXmlProto& document,
-                                const std::string& root) {
-  entry.NameKey = document.GetNodeText(root + "/NameKey", "");
-  entry.Icon = document.GetNodeText(root + "/Icon", "");
-  entry.FunctionalOverviewKey = document.GetNodeText(root + "/FunctionalOverviewKey", "");
-  entry.Version = document.GetNodeText(root + "/Version", "");
-  // A tool is asked for the addon's element too, so it has the default unless its file carries one.
-  entry.CompatibleVersion = document.GetNodeText("/AddonDescription/CompatibleVersion", "1.0.0");
-  entry.Source = document.GetNodeText(root + "/Source", "");
-  entry.HaveClientPackage = document.GetNodeInt(root + "/HaveClientPackage", -1) == 1;
-}
+/// An entry of a catalogue.
+AddonModel ReadCatalogueAddon(const XmlElement& element);
+ToolModel ReadCatalogueTool(const XmlElement& element);
 
-/// What the installed-products file says of the addon or tool at `path`; `directory` ends in "/".
-template <typename Entry>
-Entry ReadInstalledEntry(const CXmlProto& document, const std::string& path,
-                         const std::string& directory) {
-  Entry entry;
-  entry.ID = document.GetNodeProp(path, "ID", "");
-  entry.InstalledVersion = document.GetNodeProp(path, "Version", "");
-  entry.ClientPackageName = document.GetNodeProp(path, "ClientPackageName", "");
-  entry.LastModifyTime = document.GetNodeProp(path, "LastModifyTime", "");
-  entry.ClientPackageMD5 = document.GetNodeProp(path, "ClientPackageMD5", "");
-  entry.InstallPath = directory + entry.ID + "/";
-  return entry;
-}
+/// What InstalledProducts.xml says of one addon or tool; `directory` ends in "/".
+AddonModel ReadInstalledAddon(const XmlElement& element, const std::string& directory);
+ToolModel ReadInstalledTool(const XmlElement& element, const std::string& directory);
 
-/// The applications at `listPath`.
-inline std::vector<AddonApplication> ReadApplications(const CXmlProto& document,
-                                                      const std::string& listPath) {
-  std::vector<AddonApplication> applications;
-  ReadList(document, listPath, [&](const std::string& path) {
-    AddonApplication application;
-    application.ID = document.GetNodeText(path + "/ID", "");
-    application.Icon = document.GetNodeText(path + "/Icon", "");
-    application.NameKey = document.GetNodeText(path + "/NameKey", "");
-    application.FunctionalOverviewKey = document.GetNodeText(path + "/FunctionalOverviewKey", "");
-    application.InstallUDF = document.GetNodeText(path + "/InstallUDF", "");
-    application.FunctionUDF = document.GetNodeText(path + "/FunctionUDF", "");
-    application.RelatedApplicationID = document.GetNodeText(path + "/RelatedApplicationID", "");
-    applications.push_back(std::move(application));
-  });
-  return applications;
-}
+/// Reads the values of an addon's description: all but the supported products and the lists.
+void ReadAddonFields(AddonModel& addon, const XmlElement& root);
 
-/// Appends the plugins and the services that an addon's description lists.
-inline void ReadPluginsAndServices(AddonModel& addon, const CXmlProto& document) {
-  ReadList(document, "/AddonDescription/Plugins/Plugin", [&](const std::string& path) {
-    ProductPluginEntry entry;
-    entry.Type = document.GetNodeProp(path, "Category", "");
-    entry.ID = document.GetNodeProp(path, "ID", "");
-    entry.Version = document.GetNodeProp(path, "Version", "");
-    addon.Plugins.push_back(std::move(entry));
-  });
-  ReadList(document, "/AddonDescription/Services/Service", [&](const std::string& path) {
-    AddonService service;
-    service.ID = document.GetNodeProp(path, "ID", "");
-    service.Version = document.GetNodeProp(path, "Version", "");
-    addon.Services.push_back(std::move(service));
-  });
-}
+/// Replaces the applications by those of the description, and appends its plugins and services.
+void ReadAddonLists(AddonModel& addon, const XmlElement& root);
 
-/// The first entry with this ID, or the list's end.
-template <typename Entry>
-typename std::vector<Entry>::iterator FindByID(std::vector<Entry>& entries, const std::string& id) {
-  return std::find_if(entries.begin(), entries.end(),
-                      [&](const Entry& entry) { return entry.ID == id; });
-}
+/// The elements of an addon's description that name the products it runs with.
+XmlElements SupportedProducts(const XmlElement& root);
+
+/// Reads the lowest and the highest version of a supported product.
+void ReadSupportedVersions(AddonBaseModel& entry, const XmlElement& product);
+
+/// Reads the values of a tool's description.
+void ReadToolFields(ToolModel& tool, const XmlElement& root);
+
+/// Puts `installed` in the place of the first entry with its ID, or appends it. An addon in a
+/// catalogue's place keeps the package size of the catalogue and takes `offlinePackage` if it has
+/// no package name; a tool keeps and takes nothing.
+void MergeInstalled(std::vector<AddonModel>& addons, AddonModel installed,
+                    const std::string& offlinePackage);
+void MergeInstalled(std::vector<ToolModel>& tools, ToolModel installed);
 
 }  // namespace TevModelParse

@@ -6,29 +6,45 @@
 #include "src/private/AddonElements.h"
 #include "src/private/DottedText.h"
 #include "src/private/FrameLog.h"
+#include "src/private/ModelPaths.h"
 #include "src/private/PluginModelReaderImpl.h"
 #include "src/private/PortalMenus.h"
+#include "src/private/ProductElements.h"
 #include "src/private/RunningProduct.h"
-#include "src/private/XmlList.h"
+#include "src/private/XmlElement.h"
+#include "src/private/XmlNames.h"
 
 namespace TevModelParse {
 
+using namespace XmlName;
+
 namespace {
 
-constexpr char kInstallFolder[] = "TevAddons/";
+constexpr char kAddon[] = "Addon";
+constexpr char kTool[] = "Tool";
+
 constexpr char kInstalledProducts[] = "InstalledProducts.xml";
+constexpr char kInstalledProductsRoot[] = "/InstalledProductsDescription";
+constexpr char kPortalDescription[] = "/PortalDescription";
 
-constexpr std::int32_t kReplacesAnother = 3;  // a publishing type
+/// What the files of the product itself log, all but Portal.xml, when they cannot be read.
+constexpr char kNotRead[] = "ReadFile  failed str_xml_path";
 
-/// ReadDocument for the files of addons and tools, logging in the name of `kLogFunction`.
-std::shared_ptr<CXmlProto> OpenDocument(const char* kLogFunction, const std::string& path) {
+/// Opens a model file. If it cannot be read, logs `failure` and the path as `kLogFunction`.
+std::shared_ptr<CXmlProto> Open(const char* kLogFunction, const std::string& path,
+                                const char* failure) {
+  std::shared_ptr<CXmlProto> document = ReadDocument(path);
+  if (!document) FRAME_LOG(kProgress, "%s[%s]", failure, path.c_str());
+  return document;
+}
+
+/// The same for the files of addons and tools.
+std::shared_ptr<CXmlProto> OpenAddonFile(const char* kLogFunction, const std::string& path) {
   if (path.empty()) {
     FRAME_LOG(kProgress, "Xml path is empty.");
     return nullptr;
   }
-  std::shared_ptr<CXmlProto> document = ReadDocument(path);
-  if (!document) FRAME_LOG(kProgress, "ReadFile failed. xml path [%s]", path.c_str());
-  return document;
+  return Open(kLogFunction, path, "ReadFile failed. xml path ");
 }
 
 }  // namespace
@@ -36,10 +52,10 @@ std::shared_ptr<CXmlProto> OpenDocument(const char* kLogFunction, const std::str
 bool CProductXmlReader::ReadServerModel(ProductModel& model) const {
   FRAME_LOG_AS("TevModelParse::CProductXmlReader::ReadServerModel");
   const std::string base = GetExeDirectory();
-  const std::string meta = base + "META_INFO/";
+  const std::string meta = base + kMetaFolder;
   FRAME_LOG(kProgress, "ReadServerModel exe path[%s]", meta.c_str());
 
-  const std::string product = base + "../" + "Product.xml";
+  const std::string product = base + kProductFolder + "Product.xml";
   if (!ReadBaseProductXml(model, product)) {
     FRAME_LOG(kProgress, "ReadBaseProductXml  failed path[%s]", product.c_str());
     return false;
@@ -83,91 +99,56 @@ bool CProductXmlReader::ReadServerModel(ProductModel& model) const {
 bool CProductXmlReader::ReadBaseProductXml(ProductModel& model, std::string path) const {
   FRAME_LOG_AS("TevModelParse::CProductXmlReader::ReadBaseProductXml");
   FRAME_LOG(kProgress, "Begin Read Product.xml[%s]", path.c_str());
-  const std::shared_ptr<CXmlProto> document = ReadDocument(path);
-  if (!document) {
-    FRAME_LOG(kProgress, "ReadFile  failed str_xml_path[%s]", path.c_str());
-    return false;
+  const std::shared_ptr<CXmlProto> document = Open(kLogFunction, path, kNotRead);
+  if (!document) return false;
+  const XmlElement root(*document, "/ProductDescription");
+  ReadProductFields(model, root);
+  const XmlElements plugins = root.Child(kPlugins).Children(kPlugin);
+  for (const XmlElement& element : plugins) {
+    ProductPluginEntry entry = ReadServerPlugin(element);
+    FRAME_LOG(kProgress, "Product.xml Will Start plugin[%s]", entry.ID.c_str());
+    model.Plugins.push_back(std::move(entry));
   }
-  model.Product = document->GetNodeText("/ProductDescription/Product", "");
-  model.ProductLogo = document->GetNodeText("/ProductDescription/ProductLogo", "");
-  model.Version = document->GetNodeText("/ProductDescription/Version", "");
-  model.EditionConfig = document->GetNodeText("/ProductDescription/EditionConfig", "");
-  model.FnoodPath = document->GetNodeText("/ProductDescription/FnoodPath", "");
-  model.PlatformID = document->GetNodeProp("/ProductDescription/Platform", "ID", "");
-  model.PlatformVersion = document->GetNodeProp("/ProductDescription/Platform", "Version", "");
-
-  ReadList(*document, "/ProductDescription/Languages/Language", [&](const std::string& element) {
-    LanguageEntry language;
-    language.ID = document->GetNodeProp(element, "ID", "");
-    language.Flag = language.ID == "true";  // yes, the ID: consumers rely on it
-    model.Languages.push_back(std::move(language));
-  });
-  const int plugins =
-      ReadList(*document, "/ProductDescription/Plugins/Plugin", [&](const std::string& element) {
-        ProductPluginEntry entry;
-        entry.ID = document->GetNodeProp(element, "ID", "");
-        entry.Version = document->GetNodeProp(element, "Version", "");
-        entry.Lazystart = document->GetNodeProp(element, "Lazystart", "") == "true";
-        entry.GroupName = GroupNameOf(entry.ID);
-        entry.Type = "server";
-        FRAME_LOG(kProgress, "Product.xml Will Start plugin[%s]", entry.ID.c_str());
-        model.Plugins.push_back(std::move(entry));
-      });
-  const int subPlatforms = ReadList(
-      *document, "/ProductDescription/SubPlatforms/SubPlatform", [&](const std::string& element) {
-        SubPlatformEntry entry;
-        entry.ID = document->GetNodeProp(element, "ID", "");
-        entry.Version = document->GetNodeProp(element, "Version", "");
-        FRAME_LOG(kProgress, "Product.xml Will Start subplatform[%s]", entry.ID.c_str());
-        model.SubPlatforms.push_back(std::move(entry));
-      });
+  const XmlElements subPlatforms = root.Child("SubPlatforms").Children("SubPlatform");
+  for (const XmlElement& element : subPlatforms) {
+    SubPlatformEntry entry = ReadSubPlatform(element);
+    FRAME_LOG(kProgress, "Product.xml Will Start subplatform[%s]", entry.ID.c_str());
+    model.SubPlatforms.push_back(std::move(entry));
+  }
   FRAME_LOG(kProgress, "End Read Product.xml[%s], plugin size[%d], sub platform size[%d]",
-            path.c_str(), plugins, subPlatforms);
+            path.c_str(), plugins.Count(), subPlatforms.Count());
   return true;
 }
 
 bool CProductXmlReader::ReadDriverModel(ProductModel& model, std::string path) const {
   FRAME_LOG_AS("TevModelParse::CProductXmlReader::ReadDriverModel");
   FRAME_LOG(kProgress, "Begin Read DeviceDrivers.xml[%s]", path.c_str());
-  const std::shared_ptr<CXmlProto> document = ReadDocument(path);
-  if (!document) {
-    FRAME_LOG(kProgress, "ReadFile  failed str_xml_path[%s]", path.c_str());
-    return false;
-  }
-  const int drivers = ReadList(*document, "/DAMDrivers/Driver", [&](const std::string& element) {
-    ProductPluginEntry entry;
-    entry.ID = document->GetNodeProp(element, "ID", "");
-    entry.Version = document->GetNodeProp(element, "Version", "");
-    entry.GroupName = GroupNameOf(entry.ID);
-    entry.Type = "dam_driver";
+  const std::shared_ptr<CXmlProto> document = Open(kLogFunction, path, kNotRead);
+  if (!document) return false;
+  const XmlElements drivers = XmlElement(*document, "/DAMDrivers").Children("Driver");
+  for (const XmlElement& element : drivers) {
+    ProductPluginEntry entry = ReadDriver(element);
     FRAME_LOG(kProgress, "DeviceDrivers.xml Will Start driver[%s]", entry.ID.c_str());
     model.Plugins.push_back(std::move(entry));
-  });
-  FRAME_LOG(kProgress, "End Read DeviceDrivers.xml[%s], driver_size[%d]", path.c_str(), drivers);
+  }
+  FRAME_LOG(kProgress, "End Read DeviceDrivers.xml[%s], driver_size[%d]", path.c_str(),
+            drivers.Count());
   return true;
 }
 
 bool CProductXmlReader::ReadPlatformModel(PlatformModel& platform, std::string path) const {
   FRAME_LOG_AS("TevModelParse::CProductXmlReader::ReadPlatformModel");
-  const std::shared_ptr<CXmlProto> document = ReadDocument(path);
-  if (!document) {
-    FRAME_LOG(kProgress, "ReadFile  failed str_xml_path[%s]", path.c_str());
-    return false;
-  }
-  platform.Version = document->GetNodeText("/Platform/Version", "");
-  platform.PlatformDBType = document->GetNodeText("/Platform/PlatformDBType", "");
-  platform.OneChannelForOneCamera = document->GetNodeText("/Platform/OneChannelForOneCamera", "");
+  const std::shared_ptr<CXmlProto> document = Open(kLogFunction, path, kNotRead);
+  if (!document) return false;
+  ReadPlatformFields(platform, XmlElement(*document, "/Platform"));
   return true;
 }
 
 bool CProductXmlReader::ReadServerPotalModel(PortalModel& portal, std::string path) const {
   FRAME_LOG_AS("TevModelParse::CProductXmlReader::ReadServerPotalModel");
   FRAME_LOG(kProgress, "Begin Read Portal.xml[%s]", path.c_str());
-  const std::shared_ptr<CXmlProto> document = ReadDocument(path);
-  if (!document) {
-    FRAME_LOG(kProgress, "ReadFile  failed path[%s]", path.c_str());
-    return false;
-  }
+  const std::shared_ptr<CXmlProto> document = Open(kLogFunction, path, "ReadFile  failed path");
+  if (!document) return false;
   if (!ReadNavigationMenu(portal.NavigationMenu, document)) {
     FRAME_LOG(kProgress, "ReadNavigationMenu  failed path[%s]", path.c_str());
     return false;
@@ -191,14 +172,13 @@ bool CProductXmlReader::ReadNavigationMenu(std::vector<NavigationMenuItem>& item
     FRAME_LOG(kProgress, "ReadNavigationMenu  failed nullptr == ptr_xml_proto");
     return false;
   }
-  ReadList(*document, "/PortalDescription/FullNavigationMenuList/MenuItem",
-           [&](const std::string& path) {
-             auto item = ReadMenuItem<NavigationMenuItem>(*document, path);
-             item.Name = document->GetNodeProp(path, "Name", "");
-             if (ReadNavigationMenuRecursion(item.SubItems, document, path)) {
-               items.push_back(std::move(item));
-             }
-           });
+  const XmlElement list = XmlElement(*document, kPortalDescription).Child("FullNavigationMenuList");
+  for (const XmlElement& element : list.Children(kMenuItem)) {
+    NavigationMenuItem item = ReadNavigationItem(element);
+    if (ReadNavigationMenuRecursion(item.SubItems, document, element.Path())) {
+      items.push_back(std::move(item));
+    }
+  }
   return true;
 }
 
@@ -210,7 +190,7 @@ bool CProductXmlReader::ReadNavigationMenuRecursion(std::vector<NavigationMenuIt
     FRAME_LOG(kProgress, "ReadNavigationMenuRecursion  failed nullptr == ptr_xml_proto");
     return false;
   }
-  return ReadSubItems(children, *document, parentPath);
+  return ReadSubItems(children, XmlElement(*document, parentPath));
 }
 
 bool CProductXmlReader::ReadFullSceneMenu(std::vector<SceneMenuItem>& items,
@@ -220,13 +200,13 @@ bool CProductXmlReader::ReadFullSceneMenu(std::vector<SceneMenuItem>& items,
     FRAME_LOG(kProgress, "ReadFullSceneMenu  failed nullptr == ptr_xml_proto");
     return false;
   }
-  ReadList(*document, "/PortalDescription/FullSceneMenuList/MenuItem",
-           [&](const std::string& path) {
-             auto item = ReadMenuItem<SceneMenuItem>(*document, path);
-             if (ReadFullSceneMenuRecursion(item.SubItems, document, path)) {
-               items.push_back(std::move(item));
-             }
-           });
+  const XmlElement list = XmlElement(*document, kPortalDescription).Child("FullSceneMenuList");
+  for (const XmlElement& element : list.Children(kMenuItem)) {
+    SceneMenuItem item = ReadSceneItem(element);
+    if (ReadFullSceneMenuRecursion(item.SubItems, document, element.Path())) {
+      items.push_back(std::move(item));
+    }
+  }
   return true;
 }
 
@@ -238,7 +218,7 @@ bool CProductXmlReader::ReadFullSceneMenuRecursion(std::vector<SceneMenuItem>& c
     FRAME_LOG(kProgress, "ReadFullSceneMenuRecursion  failed nullptr == ptr_xml_proto");
     return false;
   }
-  return ReadSubItems(children, *document, parentPath);
+  return ReadSubItems(children, XmlElement(*document, parentPath));
 }
 
 bool CProductXmlReader::ReadPortalSceneMode(std::vector<PortalMode>& modes,
@@ -248,8 +228,10 @@ bool CProductXmlReader::ReadPortalSceneMode(std::vector<PortalMode>& modes,
     FRAME_LOG(kProgress, "ReadPortalMode  failed nullptr == ptr_xml_proto");
     return false;
   }
-  ReadList(*document, "/PortalDescription/PortalModeList/PortalMode",
-           [&](const std::string& path) { modes.push_back(ReadPortalMode(*document, path)); });
+  const XmlElement list = XmlElement(*document, kPortalDescription).Child("PortalModeList");
+  for (const XmlElement& element : list.Children("PortalMode")) {
+    modes.push_back(ReadPortalMode(element));
+  }
   return true;
 }
 
@@ -261,7 +243,7 @@ bool CProductXmlReader::ReadServerAddonsModel(std::vector<AddonModel>& addons) c
   }
   FRAME_LOG(kProgress, "parse addons model begin.");
   const std::string base = GetExeDirectory();
-  if (!ReadAllAddonsXml(addons, base + "../")) {
+  if (!ReadAllAddonsXml(addons, base + kProductFolder)) {
     FRAME_LOG(kProgress, "parse all addons with apps failed.");
     return false;
   }
@@ -277,7 +259,7 @@ bool CProductXmlReader::ReadServerToolsModel(std::vector<ToolModel>& tools) cons
   FRAME_LOG_AS("TevModelParse::CProductXmlReader::ReadServerToolsModel");
   FRAME_LOG(kProgress, "parse tools model begin.");
   const std::string base = GetExeDirectory();
-  if (!ReadAllToolsXml(tools, base + "../")) {
+  if (!ReadAllToolsXml(tools, base + kProductFolder)) {
     FRAME_LOG(kProgress, "parse all tools model failed.");
     return false;
   }
@@ -294,17 +276,12 @@ bool CProductXmlReader::ReadAllAddonsXml(std::vector<AddonModel>& addons,
   FRAME_LOG_AS("TevModelParse::CProductXmlReader::ReadAllAddonsXml");
   const std::string path = directory + "ProductAddons.xml";
   FRAME_LOG(kProgress, "Begin Read AddonAplication.xml[%s]", path.c_str());
-  const std::shared_ptr<CXmlProto> document = OpenDocument(kLogFunction, path);
+  const std::shared_ptr<CXmlProto> document = OpenAddonFile(kLogFunction, path);
   if (!document) return false;
-  const int count = ReadList(*document, "/AddonList/Addon", [&](const std::string& element) {
-    AddonModel addon;
-    ReadCatalogueEntry(addon, *document, element);
-    addon.Installed = addon.ID.empty();
-    addon.Compatible = true;
-    addon.Applications = ReadApplications(*document, element + "/ApplicationList/Application");
-    addons.push_back(std::move(addon));
-  });
-  FRAME_LOG(kProgress, "End Read AddonAplication.xml[%s], all addon size[%d]", path.c_str(), count);
+  const XmlElements elements = XmlElement(*document, "/AddonList").Children(kAddon);
+  for (const XmlElement& element : elements) addons.push_back(ReadCatalogueAddon(element));
+  FRAME_LOG(kProgress, "End Read AddonAplication.xml[%s], all addon size[%d]", path.c_str(),
+            elements.Count());
   return true;
 }
 
@@ -313,16 +290,12 @@ bool CProductXmlReader::ReadAllToolsXml(std::vector<ToolModel>& tools,
   FRAME_LOG_AS("TevModelParse::CProductXmlReader::ReadAllToolsXml");
   const std::string path = directory + "ProductTools.xml";
   FRAME_LOG(kProgress, "Begin Read ProductTools.xml[%s]", path.c_str());
-  const std::shared_ptr<CXmlProto> document = OpenDocument(kLogFunction, path);
+  const std::shared_ptr<CXmlProto> document = OpenAddonFile(kLogFunction, path);
   if (!document) return false;
-  const int count = ReadList(*document, "/ToolList/Tool", [&](const std::string& element) {
-    ToolModel tool;
-    ReadCatalogueEntry(tool, *document, element);
-    tool.Source = document->GetNodeText(element + "/Source", "");
-    tool.ServerSide = document->GetNodeInt(element + "/ServerSide", -1) == 1;
-    tools.push_back(std::move(tool));
-  });
-  FRAME_LOG(kProgress, "End Read ProductTools.xml[%s], all addon size[%d]", path.c_str(), count);
+  const XmlElements elements = XmlElement(*document, "/ToolList").Children(kTool);
+  for (const XmlElement& element : elements) tools.push_back(ReadCatalogueTool(element));
+  FRAME_LOG(kProgress, "End Read ProductTools.xml[%s], all addon size[%d]", path.c_str(),
+            elements.Count());
   return true;
 }
 
@@ -331,38 +304,28 @@ bool CProductXmlReader::ReadInstalledAddonsXml(std::vector<AddonModel>& addons,
   FRAME_LOG_AS("TevModelParse::CProductXmlReader::ReadInstalledAddonsXml");
   const std::string path = directory + kInstalledProducts;
   FRAME_LOG(kProgress, "Begin Read InstalledProducts.xml[%s]", path.c_str());
-  const std::shared_ptr<CXmlProto> document = OpenDocument(kLogFunction, path);
+  const std::shared_ptr<CXmlProto> document = OpenAddonFile(kLogFunction, path);
   if (!document) return false;
 
-  const std::string offlinePackage =
-      document->GetNodeText("/InstalledProductsDescription/OfflineInstallPackage/Path", "");
+  const XmlElement root(*document, kInstalledProductsRoot);
+  const std::string offlinePackage = root.Child("OfflineInstallPackage").Text(kPath);
   if (!offlinePackage.empty()) {
     for (AddonModel& addon : addons) addon.AddonPackageName = offlinePackage;
   }
-  const char list[] = "/InstalledProductsDescription/Addons/Addon";
-  const int count = ReadList(*document, list, [&](const std::string& element) {
-    auto installed = ReadInstalledEntry<AddonModel>(*document, element, directory);
-    installed.AddonPackageName = document->GetNodeProp(element, "AddonPackageName", "");
-    const std::string description = installed.InstallPath + installed.ID + ".xml";
+  const XmlElements elements = root.Child("Addons").Children(kAddon);
+  for (const XmlElement& element : elements) {
+    AddonModel installed = ReadInstalledAddon(element, directory);
+    const std::string description = DescriptionPath(directory, installed.ID);
     if (!ReadSingleInstalledAddonModel(installed, description)) {
       FRAME_LOG(kFailure, "parse single addon xml failed. xml path [%s]", description.c_str());
-      return;
-    }
-    if (!CPluginXmlReader().ReadAddonPluginXml(installed)) {
+    } else if (!CPluginXmlReader().ReadAddonPluginXml(installed)) {
       FRAME_LOG(kFailure, "Addon[%s] parse plugins failed.", installed.ID.c_str());
-      return;
+    } else {
+      MergeInstalled(addons, std::move(installed), offlinePackage);
     }
-    const auto entry = FindByID(addons, installed.ID);
-    if (entry == addons.end()) {
-      addons.push_back(std::move(installed));
-      return;
-    }
-    installed.PackageSize = entry->PackageSize;  // only the catalogue knows it
-    if (installed.AddonPackageName.empty()) installed.AddonPackageName = offlinePackage;
-    *entry = std::move(installed);
-  });
+  }
   FRAME_LOG(kProgress, "End Read InstalledProductsDescription.xml[%s], addon size[%d]",
-            path.c_str(), count);
+            path.c_str(), elements.Count());
   return true;
 }
 
@@ -371,27 +334,22 @@ bool CProductXmlReader::ReadInstalledToolsXml(std::vector<ToolModel>& tools,
   FRAME_LOG_AS("TevModelParse::CProductXmlReader::ReadInstalledToolsXml");
   const std::string path = directory + kInstalledProducts;
   FRAME_LOG(kProgress, "Begin Read InstalledProducts.xml[%s]", path.c_str());
-  const std::shared_ptr<CXmlProto> document = OpenDocument(kLogFunction, path);
+  const std::shared_ptr<CXmlProto> document = OpenAddonFile(kLogFunction, path);
   if (!document) return false;
 
-  const char list[] = "/InstalledProductsDescription/Tools/Tool";
-  const int count = ReadList(*document, list, [&](const std::string& element) {
-    auto installed = ReadInstalledEntry<ToolModel>(*document, element, directory);
-    const std::string description = installed.InstallPath + installed.ID + ".xml";
-    if (!ReadSingleInstalledToolModel(installed, description)) {
-      FRAME_LOG(kFailure, "parse single tool xml failed. xml path [%s]", description.c_str());
-      return;
-    }
-    // Unlike an addon, an installed tool takes the catalogue's package size away with the rest.
-    const auto entry = FindByID(tools, installed.ID);
-    if (entry == tools.end()) {
-      tools.push_back(std::move(installed));
+  const XmlElement list = XmlElement(*document, kInstalledProductsRoot).Child("Tools");
+  const XmlElements elements = list.Children(kTool);
+  for (const XmlElement& element : elements) {
+    ToolModel installed = ReadInstalledTool(element, directory);
+    const std::string description = DescriptionPath(directory, installed.ID);
+    if (ReadSingleInstalledToolModel(installed, description)) {
+      MergeInstalled(tools, std::move(installed));
     } else {
-      *entry = std::move(installed);
+      FRAME_LOG(kFailure, "parse single tool xml failed. xml path [%s]", description.c_str());
     }
-  });
+  }
   FRAME_LOG(kProgress, "End Read InstalledProductsDescription.xml[%s], tool size[%d]", path.c_str(),
-            count);
+            elements.Count());
   return true;
 }
 
@@ -399,48 +357,35 @@ bool CProductXmlReader::ReadSingleInstalledAddonModel(AddonModel& addon,
                                                       const std::string& path) const {
   FRAME_LOG_AS("TevModelParse::CProductXmlReader::ReadSingleInstalledAddonModel");
   FRAME_LOG(kProgress, "Begin parse single addon model.path[%s]", path.c_str());
-  const std::shared_ptr<CXmlProto> document = OpenDocument(kLogFunction, path);
+  const std::shared_ptr<CXmlProto> document = OpenAddonFile(kLogFunction, path);
   if (!document) return false;
-  const std::string id = document->GetNodeText("/AddonDescription/ID", "");
+  const XmlElement root(*document, kAddonDescription);
+  const std::string id = root.Text(kID);
   if (id != addon.ID) {
     FRAME_LOG(kProgress, "Addon's ID is not match.[%s] != [%s]", addon.ID.c_str(), id.c_str());
     return false;
   }
-  ReadDescriptionHead(addon, *document, "/AddonDescription");
-  addon.PublishingType = document->GetNodeInt("/AddonDescription/PublishingType", 0);
-  addon.IsIndependent = document->GetNodeInt("/AddonDescription/IsIndependent", -1) == 1;
-  addon.IsDistributed = document->GetNodeInt("/AddonDescription/IsDistributed", -1) == 1;
-  if (addon.PublishingType == kReplacesAnother) {
-    addon.ReplaceAddonID = document->GetNodeText("/AddonDescription/ReplaceAddon/ID", "");
-    addon.ReplaceAddonMinVersion =
-        document->GetNodeText("/AddonDescription/ReplaceAddon/MinVersion", "");
-    addon.ReplaceAddonMaxVersion =
-        document->GetNodeText("/AddonDescription/ReplaceAddon/MaxVersion", "");
-  }
-  ReadSupportedVersions(addon, *document);
+  ReadAddonFields(addon, root);
+  FindSupportedVersions(addon, root);
   DecideCompatibility(addon);
-  addon.Applications = ReadApplications(*document, "/AddonDescription/ApplicationList/Application");
-  ReadPluginsAndServices(addon, *document);
+  ReadAddonLists(addon, root);
   FRAME_LOG(kProgress, "End parse single addon model.");
   return true;
 }
 
-void CProductXmlReader::ReadSupportedVersions(AddonModel& addon, const CXmlProto& document) const {
+void CProductXmlReader::FindSupportedVersions(AddonModel& addon, const XmlElement& root) const {
   FRAME_LOG_AS("TevModelParse::CProductXmlReader::ReadSingleInstalledAddonModel");
-  bool found = false;
-  ReadList(document, "/AddonDescription/SupportProducts/Product", [&](const std::string& element) {
-    if (found) return;
-    const std::string logo = document.GetNodeText(element + "/ProductLogo", "");
+  for (const XmlElement& element : SupportedProducts(root)) {
+    const std::string logo = element.Text(kProductLogo);
     const std::string product = ProductCodeOfLogo(logo);
     if (product.empty()) {
       FRAME_LOG(kFailure, "Addon[%s]'s supported product[%s] is error.", addon.ID.c_str(),
                 logo.c_str());
     } else if (product == g_productName) {
-      addon.MinVersion = document.GetNodeText(element + "/MinVersion", "");
-      addon.MaxVersion = document.GetNodeText(element + "/MaxVersion", "");
-      found = true;
+      ReadSupportedVersions(addon, element);
+      return;
     }
-  });
+  }
 }
 
 void CProductXmlReader::DecideCompatibility(AddonModel& addon) const {
@@ -467,20 +412,15 @@ bool CProductXmlReader::ReadSingleInstalledToolModel(ToolModel& tool,
                                                      const std::string& path) const {
   FRAME_LOG_AS("TevModelParse::CProductXmlReader::ReadSingleInstalledToolModel");
   FRAME_LOG(kProgress, "Begin parse single tool model.path[%s]", path.c_str());
-  const std::shared_ptr<CXmlProto> document = OpenDocument(kLogFunction, path);
+  const std::shared_ptr<CXmlProto> document = OpenAddonFile(kLogFunction, path);
   if (!document) return false;
-  const std::string id = document->GetNodeText("/ToolDescription/ID", "");
+  const XmlElement root(*document, "/ToolDescription");
+  const std::string id = root.Text(kID);
   if (id != tool.ID) {
     FRAME_LOG(kProgress, "Tool's ID is not match.[%s] != [%s]", tool.ID.c_str(), id.c_str());
     return false;
   }
-  ReadDescriptionHead(tool, *document, "/ToolDescription");
-  tool.ServerSide = document->GetNodeInt("/ToolDescription/ServerSide", -1) == 1;
-  tool.MinVersion =
-      document->GetNodeText("/ToolDescription/SupportProducts/Product/MinVersion", "");
-  tool.MaxVersion =
-      document->GetNodeText("/ToolDescription/SupportProducts/Product/MaxVersion", "");
-  tool.Installed = true;  // and nothing of compatibility: a tool runs beside any product
+  ReadToolFields(tool, root);
   FRAME_LOG(kProgress, "End parse single tool model.");
   return true;
 }
@@ -489,12 +429,11 @@ bool CProductXmlReader::ReadClientInfoFromInstalledAddonsXml(ProductModel& model
   FRAME_LOG_AS("TevModelParse::CProductXmlReader::ReadClientInfoFromInstalledAddonsXml");
   const std::string path = GetExeDirectory() + kInstallFolder + kInstalledProducts;
   FRAME_LOG(kProgress, "Begin Read InstalledProducts.xml[%s]", path.c_str());
-  const std::shared_ptr<CXmlProto> document = OpenDocument(kLogFunction, path);
+  const std::shared_ptr<CXmlProto> document = OpenAddonFile(kLogFunction, path);
   if (!document) return false;
-  model.ClientPackagePath =
-      document->GetNodeText("/InstalledProductsDescription/ClientPackage/Path", "");
-  model.ClientPackageMD5 =
-      document->GetNodeText("/InstalledProductsDescription/ClientPackage/MD5", "");
+  const XmlElement package = XmlElement(*document, kInstalledProductsRoot).Child("ClientPackage");
+  model.ClientPackagePath = package.Text(kPath);
+  model.ClientPackageMD5 = package.Text("MD5");
   return true;
 }
 

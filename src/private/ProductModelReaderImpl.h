@@ -6,6 +6,7 @@
 
 #include "src/model/AddonModel.h"
 #include "src/model/ProductModel.h"
+#include "src/private/XmlElement.h"
 #include "src/private/XmlProto.h"
 
 namespace TevModelParse {
@@ -74,8 +75,8 @@ class CProductXmlReader {
   bool ReadClientInfoFromInstalledAddonsXml(ProductModel& model) const;
 
  private:
-  /// The version bounds of the first supported product that is the running one.
-  void ReadSupportedVersions(AddonModel& addon, const CXmlProto& document) const;
+  /// Reads the versions of the first supported product that is the running one.
+  void FindSupportedVersions(AddonModel& addon, const XmlElement& root) const;
 
   /// Sets what an installed addon's record says of compatibility, and logs an addon that has none.
   void DecideCompatibility(AddonModel& addon) const;

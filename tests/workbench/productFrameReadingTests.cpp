@@ -7,7 +7,6 @@
 #include <set>
 
 #include "src/private/ProductModelReaderImpl.h"
-#include "src/private/XmlList.h"
 #include "tests/support/FrameTest.h"
 #include "workbench/product/ModelFiles.h"
 #include "workbench/product/XmlFile.h"
