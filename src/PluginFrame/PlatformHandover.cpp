@@ -1,9 +1,11 @@
 #include "src/PluginFrame/PlatformHandover.h"
 
+#include <cstdint>
 #include <memory>
 #include <utility>
 #include <vector>
 
+#include "src/model/PluginDescription.h"
 #include "src/private/DottedText.h"
 
 namespace PluginFrame {

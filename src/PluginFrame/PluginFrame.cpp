@@ -4,6 +4,7 @@
 #include "sdk/frame/PluginFrame.h"
 
 #include <atomic>
+#include <cstdint>
 #include <exception>
 #include <utility>
 

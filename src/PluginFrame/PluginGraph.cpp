@@ -1,6 +1,10 @@
 #include "src/PluginFrame/PluginGraph.h"
 
 #include <algorithm>
+#include <memory>
+#include <utility>
+
+#include "src/model/PluginDescription.h"
 
 namespace PluginFrame {
 

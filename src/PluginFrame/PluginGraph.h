@@ -1,5 +1,7 @@
 #pragma once
 
+#include <string>
+
 #include "src/PluginFrame/FramePluginData.h"
 #include "src/model/ProductModel.h"
 

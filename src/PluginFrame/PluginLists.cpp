@@ -3,6 +3,8 @@
 #include <algorithm>
 #include <utility>
 
+#include "src/model/PluginDescription.h"
+
 namespace PluginFrame {
 
 namespace {

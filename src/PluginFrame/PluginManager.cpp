@@ -9,6 +9,7 @@
 #include <utility>
 
 #include "sdk/base/path.h"
+#include "sdk/base/thread.h"
 #include "sdk/lpc/lpc.h"
 #include "sdk/os/os.h"
 #include "sdk/xrt/runtime.h"
@@ -18,6 +19,7 @@
 #include "src/PluginFrame/PluginLists.h"
 #include "src/PluginFrame/ThreadPoolLease.h"
 #include "src/PluginFrame/TimingTable.h"
+#include "src/model/PluginDescription.h"
 #include "src/private/FrameLog.h"
 #include "src/private/ProductModelReaderImpl.h"
 

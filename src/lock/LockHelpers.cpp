@@ -1,6 +1,7 @@
 // The scope guard and the copy operations of the runtime's lock classes, which this library exports
 // to the product's other modules. Locks themselves are made, taken and freed by the runtime.
 
+#include <cstddef>
 #include <cstring>
 
 #include "sdk/xrt/lock.h"

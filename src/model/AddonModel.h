@@ -4,6 +4,7 @@
 #include <string>
 #include <vector>
 
+#include "src/model/PluginDescription.h"
 #include "src/model/ProductModel.h"
 
 /// What the catalogue and the description say of an addon or a tool.

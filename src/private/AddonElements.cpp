@@ -4,6 +4,7 @@
 #include <cstdint>
 #include <utility>
 
+#include "src/model/ProductModel.h"
 #include "src/private/XmlNames.h"
 
 namespace TevModelParse {
