@@ -1,4 +1,7 @@
 #include "src/private/AddonCompatibility.h"
+
+#include <sstream>
+
 #include "src/private/ProductModelReaderImpl.h"
 #include "tests/support/FrameTest.h"
 
@@ -9,6 +12,39 @@ using TevModelParse::CProductXmlReader;
 using TevModelParse::JudgeCompatibility;
 
 namespace {
+
+/// The fields of both parts of a record, each in its order, with "|" between them.
+std::string Text(const AddonBaseModel& entry, const AddonInstallInfo& install) {
+  std::ostringstream text;
+  text << entry.ID << '|' << entry.NameKey << '|' << entry.Icon << '|'
+       << entry.FunctionalOverviewKey << '|' << entry.Version << '|' << entry.CompatibleVersion
+       << '|' << entry.Source << '|' << entry.MinVersion << '|' << entry.MaxVersion << '|'
+       << entry.PackageSize << '|' << entry.HaveClientPackage << '|' << entry.PublishingType << '|'
+       << entry.ReplaceAddonID << '|' << entry.ReplaceAddonMinVersion << '|'
+       << entry.ReplaceAddonMaxVersion << '|' << entry.IsIndependent << '|' << entry.IsDistributed
+       << '|' << entry.Compatible << " " << install.PathFlag << '|' << install.InstallPath << '|'
+       << install.Installed << '|' << install.InstalledVersion << '|'
+       << install.InstalledCompatibleVersion << '|' << install.InstalledCompatible << '|'
+       << install.AddonPackageName << '|' << install.ClientPackageName << '|'
+       << install.LastModifyTime << '|' << install.ClientPackageMD5;
+  return text.str();
+}
+
+/// The IDs of each of an addon's lists, with ";" behind each list.
+std::string ListsText(const AddonModel& addon) {
+  std::string text;
+  const auto add = [&text](const auto& list) {
+    for (const auto& entry : list) text += entry.ID + ",";
+    text += ";";
+  };
+  add(addon.Applications);
+  add(addon.Plugins);
+  add(addon.Services);
+  add(addon.ServerPluginDescriptions);
+  add(addon.ExePluginDescriptions);
+  add(addon.DriverPluginDescriptions);
+  return text;
+}
 
 class AddonReader : public FrameTest {
  protected:
@@ -48,12 +84,24 @@ class AddonReader : public FrameTest {
 
   std::string InstallFolder() const { return tree.ExeDirectory() + "TevAddons/"; }
 
-  /// Reads both files; "ID:version:size,package;" of every addon, "+" for an installed one.
-  std::string ReadAll() {
+  /// A catalogue entry of X whose every field has a value.
+  static std::string WholeEntry(const std::string& element, const std::string& inner) {
+    return "<" + element +
+           "><ID>X</ID><Icon>c1</Icon><NameKey>c2</NameKey><FunctionalOverviewKey>c3"
+           "</FunctionalOverviewKey><Version>c4</Version><PackageSize>7</PackageSize>" +
+           inner + "</" + element + ">";
+  }
+
+  std::vector<AddonModel> ReadAddons() {
     std::vector<AddonModel> addons;
     EXPECT_TRUE(reader.ReadServerAddonsModel(addons));
+    return addons;
+  }
+
+  /// Reads both files; "ID:version:size,package;" of every addon, "+" for an installed one.
+  std::string ReadAll() {
     std::string text;
-    for (const auto& one : addons) {
+    for (const auto& one : ReadAddons()) {
       text += one.ID + ":" + one.Version + ":" + std::to_string(one.PackageSize) + "," +
               one.AddonPackageName + (one.Installed ? "+" : "") + ";";
     }
@@ -167,7 +215,45 @@ TEST_F(AddonReader, AProductBelowTheFirstBoundHasALineOfItsOwn) {
               "product[2.10.0].");
 }
 
-/// The rule once more, as it is told to people.
+TEST_F(AddonReader, ProductsVersionDecidesTheLevelsOfTheLines) {
+  struct Case {
+    const char* product;
+    const char* version;
+    const char* min;
+    const char* levels;
+  };
+  const Case cases[] = {{"NVX", "2.10.0", "2.10.0", "45"},
+                        {"NVX", "2.5.9", "", "45"},
+                        {"NVX", "2.5.9", "2.5.9", "45"},
+                        {"NVX", "2.6.0", "2.5.0", "5"},
+                        {"NVX", "2.6.0", "2.6.0", ""},
+                        {"NVX", "2.6.0", "2.6.1", "5"},
+                        {"NVX", "2.7.1", "2.5.9", "5"},
+                        {"NVX", "2.7.1", "2.6.0", ""},
+                        {"NVX", "2.7.1", "2.8.0", "5"},
+                        {"NVX", "3.0.0", "2.9.9", "5"},
+                        {"NVX", "3.0.0", "3.0.0", ""},
+                        {"NVX", "3.1.0", "3.2.0", "5"},
+                        {"NVT", "2.5.0", "2.6.0", "45"},
+                        {"NVT", "2.6.0", "2.6.0", ""},
+                        {"NVT", "3.1.0", "", ""},
+                        {"OTHER", "2.6.0", "2.6.0", "5"},
+                        {"", "", "", "5"}};
+  for (const Case& one : cases) {
+    g_productName = one.product;
+    g_productVersion = one.version;
+    const std::string logo = g_productName == "NVT" ? "Velmora Lite" : "Velmora Professional";
+    EXPECT_TRUE(Read(Support(logo, one.min)));
+    std::string levels;
+    for (const LogLine& line : log.Lines()) {
+      if (line.level > 3) levels += std::to_string(line.level);
+    }
+    EXPECT_EQ(one.levels, levels) << one.product << " " << one.version << " for " << one.min;
+    EXPECT_EQ(levels.empty(), addon.Compatible);
+  }
+}
+
+/// The rule, written a second time to compare JudgeCompatibility with it.
 bool Oracle(const std::string& name, const std::string& p, const std::string& m) {
   if (name == "NVT") return !(p < m);
   if (name != "NVX") return false;
@@ -192,7 +278,7 @@ TEST(CompatibilityRule, HoldsAroundEveryBound) {
   }
 }
 
-TEST(CompatibilityRule, SaysWhatItSays) {
+TEST(CompatibilityRule, ExamplesHold) {
   const auto compatible = [](const char* name, const char* product, const char* min) {
     return JudgeCompatibility(name, product, min) == Compatibility::kCompatible;
   };
@@ -207,7 +293,7 @@ TEST(CompatibilityRule, SaysWhatItSays) {
   EXPECT_FALSE(compatible("", "", ""));
 }
 
-TEST(CompatibilityRule, OnlyAProductThatIsTooOldIsWorthALine) {
+TEST(CompatibilityRule, OnlyAProductThatIsTooOldHasALineOfItsOwn) {
   EXPECT_EQ(Compatibility::kProductTooOld, JudgeCompatibility("NVX", "2.5.0", "2.6.0"));
   EXPECT_EQ(Compatibility::kProductTooOld, JudgeCompatibility("NVX", "2.10.0", ""));
   EXPECT_EQ(Compatibility::kProductTooOld, JudgeCompatibility("NVT", "2.5.0", "2.6.0"));
@@ -244,7 +330,7 @@ TEST_F(AddonReader, CatalogueEntriesAreReadAndNoneIsInstalled) {
                           "3 ReadServerAddonsModel: parse addons model success."));
 }
 
-TEST_F(AddonReader, CatalogueEntryWithoutAnIdCountsAsInstalledKeptOnPurpose) {
+TEST_F(AddonReader, CatalogueEntryWithoutAnIdCountsAsInstalled) {
   Catalogue("<Addon/>");
   Installed("");
   EXPECT_EQ("::0,+;", ReadAll());
@@ -262,7 +348,58 @@ TEST_F(AddonReader, InstalledAddonUpdatesItsFirstEntryInPlaceAndKeepsItsSize) {
   EXPECT_EQ("A::0,off;X:2:7,off+;X::0,off;", ReadAll());
 }
 
-TEST_F(AddonReader, OfflinePackageGoesToEveryCatalogueEntryInstalledOrNotKeptOnPurpose) {
+TEST_F(AddonReader, InstalledAddonReplacesTheWholeEntryButItsPackageSize) {
+  Catalogue(WholeEntry("Addon",
+                       "<ApplicationList><Application><ID>c5</ID></Application>"
+                       "<Application/></ApplicationList>"));
+  Describe(
+      "<NameKey>1</NameKey><Icon>2</Icon><FunctionalOverviewKey>3</FunctionalOverviewKey>"
+      "<Version>4</Version><CompatibleVersion>5</CompatibleVersion><Source>6</Source>"
+      "<HaveClientPackage>1</HaveClientPackage><PublishingType>3</PublishingType>"
+      "<IsIndependent>1</IsIndependent><IsDistributed>1</IsDistributed><ReplaceAddon><ID>7</ID>"
+      "<MinVersion>8</MinVersion><MaxVersion>9</MaxVersion></ReplaceAddon>" +
+      Support("Velmora Professional", "2.6.0", "2.9") +
+      "<ApplicationList><Application><ID>app</ID></Application></ApplicationList><Plugins>"
+      "<Plugin ID='s' Category='server'/><Plugin ID='e' Category='server'/>"
+      "<Plugin ID='d' Category=''/></Plugins><Services><Service ID='v'/><Service ID='w'/>"
+      "</Services>");
+  for (const std::string id : {"s", "d"}) {
+    tree.Write("bin/META_INFO/" + id + "/" + id + ".xml", PluginXml(id));
+  }
+  tree.Write("bin/META_INFO/e/e.xml", "<Plugin><Type>1</Type><ID>e</ID></Plugin>");
+  Installed(
+      "<Addons><Addon ID='X' Version='10' ClientPackageName='11' LastModifyTime='12' "
+      "ClientPackageMD5='13' AddonPackageName='14'/></Addons>");
+  const std::vector<AddonModel> addons = ReadAddons();
+  ASSERT_EQ(1U, addons.size());
+  EXPECT_EQ(
+      "X|1|2|3|4|5|6|2.6.0|2.9|7|1|3|7|8|9|1|1|1 0|" + InstallFolder() + "X/|1|10|5|1|14|11|12|13",
+      Text(addons[0], addons[0]));
+  EXPECT_EQ("app,;s,e,d,;v,w,;s,;e,;d,;", ListsText(addons[0]));
+}
+
+TEST_F(AddonReader, InstalledAddonKeepsOnlyThePackageSizeOfItsEntry) {
+  Catalogue(WholeEntry("Addon", "<ApplicationList><Application/></ApplicationList>"));
+  Describe("");
+  Installed("<Addons><Addon ID='X'/></Addons>");
+  const std::vector<AddonModel> addons = ReadAddons();
+  ASSERT_EQ(1U, addons.size());
+  EXPECT_EQ("X|||||1.0.0||||7|0|0||||0|0|0 0|" + InstallFolder() + "X/|1||1.0.0|0||||",
+            Text(addons[0], addons[0]));
+  EXPECT_EQ(";;;;;;", ListsText(addons[0]));
+}
+
+TEST_F(AddonReader, InstalledAddonsOutsideTheCatalogueAreAppendedInTheirOrder) {
+  Catalogue("<Addon><ID>A</ID></Addon>");
+  for (const std::string id : {"Z", "Y"}) {
+    tree.Write("bin/TevAddons/" + id + "/" + id + ".xml",
+               "<AddonDescription><ID>" + id + "</ID></AddonDescription>");
+  }
+  Installed("<Addons><Addon ID='Z'/><Addon ID='Y'/></Addons>");
+  EXPECT_EQ("A::0,;Z::0,+;Y::0,+;", ReadAll());
+}
+
+TEST_F(AddonReader, OfflinePackageGoesToEveryCatalogueEntryInstalledOrNot) {
   Catalogue("<Addon><ID>A</ID></Addon><Addon><ID>X</ID></Addon>");
   Describe("");
   Installed(
@@ -271,7 +408,7 @@ TEST_F(AddonReader, OfflinePackageGoesToEveryCatalogueEntryInstalledOrNotKeptOnP
   EXPECT_EQ("A::0,off;X::0,own+;", ReadAll());
 }
 
-TEST_F(AddonReader, InstalledAddonOutsideTheCatalogueIsAppendedWithoutTheOfflinePackage) {
+TEST_F(AddonReader, AppendedAddonDoesNotTakeTheOfflinePackage) {
   Catalogue("<Addon><ID>A</ID></Addon>");
   Describe("<Version>2</Version>");
   Installed(
@@ -280,7 +417,7 @@ TEST_F(AddonReader, InstalledAddonOutsideTheCatalogueIsAppendedWithoutTheOffline
   EXPECT_EQ("A::0,off;X:2:0,+;", ReadAll());
 }
 
-TEST_F(AddonReader, InstalledEntryCarriesWhatTheInstallationSays) {
+TEST_F(AddonReader, InstalledEntryHasTheAttributesOfInstalledProducts) {
   Catalogue("");
   Describe("");
   Installed(
@@ -346,8 +483,58 @@ class ToolReader : public AddonReader {
     tree.Write("bin/TevAddons/T/T.xml", "<ToolDescription>" + inner + "</ToolDescription>");
   }
 
+  static std::string Text(const ToolModel& tool) {
+    return ::Text(tool, tool) + (tool.ServerSide ? " on the server" : "");
+  }
+
   std::vector<ToolModel> tools;
 };
+
+TEST_F(ToolReader, InstalledToolReplacesTheWholeEntry) {
+  tree.Write("ProductTools.xml",
+             "<ToolList>" + WholeEntry("Tool", "<Source>c5</Source>") + "</ToolList>");
+  tree.Write("bin/TevAddons/X/X.xml",
+             "<ToolDescription><ID>X</ID><NameKey>1</NameKey><Icon>2</Icon><FunctionalOverviewKey>3"
+             "</FunctionalOverviewKey><Version>4</Version><CompatibleVersion>5</CompatibleVersion>"
+             "<Source>6</Source><HaveClientPackage>1</HaveClientPackage><ServerSide>1</ServerSide>"
+             "<PublishingType>3</PublishingType><IsIndependent>1</IsIndependent><IsDistributed>1"
+             "</IsDistributed><ReplaceAddon><ID>r</ID></ReplaceAddon><SupportProducts><Product>"
+             "<MinVersion>7</MinVersion><MaxVersion>8</MaxVersion></Product></SupportProducts>"
+             "</ToolDescription>");
+  Installed(
+      "<OfflineInstallPackage><Path>off</Path></OfflineInstallPackage><Tools><Tool ID='X' "
+      "Version='10' ClientPackageName='11' LastModifyTime='12' ClientPackageMD5='13' "
+      "AddonPackageName='14'/></Tools>");
+  EXPECT_TRUE(reader.ReadServerToolsModel(tools));
+  ASSERT_EQ(1U, tools.size());
+  EXPECT_EQ("X|1|2|3|4|1.0.0|6|7|8|0|1|0||||0|0|0 0|" + InstallFolder() +
+                "X/|1|10||0||11|12|13 on the server",
+            Text(tools[0]));
+}
+
+TEST_F(ToolReader, InstalledToolKeepsNothingOfItsEntry) {
+  tree.Write("ProductTools.xml",
+             "<ToolList>" + WholeEntry("Tool", "<Source>c5</Source><ServerSide>1</ServerSide>") +
+                 "</ToolList>");
+  tree.Write("bin/TevAddons/X/X.xml", "<ToolDescription><ID>X</ID></ToolDescription>");
+  Installed("<Tools><Tool ID='X'/></Tools>");
+  EXPECT_TRUE(reader.ReadServerToolsModel(tools));
+  ASSERT_EQ(1U, tools.size());
+  EXPECT_EQ("X|||||1.0.0||||0|0|0||||0|0|0 0|" + InstallFolder() + "X/|1|||0||||", Text(tools[0]));
+}
+
+TEST_F(ToolReader, InstalledToolsOutsideTheCatalogueAreAppendedInTheirOrder) {
+  tree.Write("ProductTools.xml", "<ToolList>" + WholeEntry("Tool", "") + "</ToolList>");
+  for (const std::string id : {"Z", "Y"}) {
+    tree.Write("bin/TevAddons/" + id + "/" + id + ".xml",
+               "<ToolDescription><ID>" + id + "</ID></ToolDescription>");
+  }
+  Installed("<Tools><Tool ID='Z'/><Tool ID='Y'/></Tools>");
+  EXPECT_TRUE(reader.ReadServerToolsModel(tools));
+  ASSERT_EQ(3U, tools.size());
+  EXPECT_EQ("X|c2|c1|c3|c4|||||7|0|0||||0|0|0 0||0|||0||||", Text(tools[0]));
+  EXPECT_EQ("Z Y", tools[1].ID + " " + tools[2].ID);
+}
 
 TEST_F(ToolReader, CatalogueAndInstalledToolsAreReadAndMerged) {
   tree.Write("ProductTools.xml",
@@ -388,13 +575,13 @@ TEST_F(ToolReader, CatalogueAndInstalledToolsAreReadAndMerged) {
                   "3 ReadServerToolsModel: parse tools model success."));
 }
 
-TEST_F(ToolReader, CatalogueSaysTheSource) {
+TEST_F(ToolReader, SourceIsReadFromTheCatalogue) {
   tree.Write("ProductTools.xml", "<ToolList><Tool><Source>s</Source></Tool></ToolList>");
   EXPECT_TRUE(reader.ReadAllToolsXml(tools, tree.ExeDirectory() + "../"));
   EXPECT_EQ("s", tools.at(0).Source);
 }
 
-TEST_F(ToolReader, TextsThatTheCatalogueDoesNotSayAreEmpty) {
+TEST_F(ToolReader, TextsMissingInTheCatalogueAreEmpty) {
   tree.Write("ProductTools.xml", "<ToolList><Tool/></ToolList>");
   EXPECT_TRUE(reader.ReadAllToolsXml(tools, tree.ExeDirectory() + "../"));
   const ToolModel& tool = tools.at(0);
@@ -413,7 +600,7 @@ TEST_F(ToolReader, InstalledToolIsOnTheServerByItsOwnDescription) {
   }
 }
 
-TEST_F(ToolReader, InstalledToolLosesTheCataloguesPackageSizeKeptOnPurpose) {
+TEST_F(ToolReader, InstalledToolLosesTheCataloguesPackageSize) {
   tree.Write("ProductTools.xml",
              "<ToolList><Tool><ID>T</ID><PackageSize>5</PackageSize></Tool></ToolList>");
   Tool("<ID>T</ID>");
@@ -422,7 +609,7 @@ TEST_F(ToolReader, InstalledToolLosesTheCataloguesPackageSizeKeptOnPurpose) {
   EXPECT_EQ(0, tools.at(0).PackageSize);
 }
 
-TEST_F(ToolReader, CompatibleVersionIsAskedOfTheAddonsElementKeptOnPurpose) {
+TEST_F(ToolReader, CompatibleVersionOfAToolIsReadFromTheAddonsElement) {
   ToolModel tool;
   tool.ID = "T";
   Tool("<ID>T</ID><CompatibleVersion>4</CompatibleVersion>");
@@ -430,7 +617,7 @@ TEST_F(ToolReader, CompatibleVersionIsAskedOfTheAddonsElementKeptOnPurpose) {
   EXPECT_EQ("1.0.0", tool.CompatibleVersion);
 }
 
-TEST_F(ToolReader, NoCompatibilityIsDecidedKeptOnPurpose) {
+TEST_F(ToolReader, CompatibilityOfAToolIsNotDecided) {
   ToolModel tool;
   tool.ID = "T";
   Tool("<ID>T</ID>");
@@ -479,12 +666,12 @@ TEST_F(AddonReader, ADescriptionThatIsADirectoryOrEmptyIsReplacedByItsDataFile) 
   EXPECT_EQ("X:4:0,+;", ReadAll());
 }
 
-TEST_F(AddonReader, FlagsThatAreNotSaidAreNotSet) {
+TEST_F(AddonReader, MissingFlagsAreNotSet) {
   EXPECT_TRUE(Read(""));
   EXPECT_FALSE(addon.IsIndependent || addon.IsDistributed || addon.HaveClientPackage);
 }
 
-TEST_F(AddonReader, TextsThatAreNotSaidAreEmpty) {
+TEST_F(AddonReader, MissingTextsAreEmpty) {
   EXPECT_TRUE(
       Read("<ApplicationList><Application/></ApplicationList><Plugins><Plugin/></Plugins>"
            "<Services><Service/></Services>"));

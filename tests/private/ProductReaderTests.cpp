@@ -59,7 +59,7 @@ TEST_F(ProductReader, AbsentFieldsAreOverwrittenAndListsGrow) {
   EXPECT_THAT(log.Brief().back(), testing::HasSubstr("plugin size[0], sub platform size[0]"));
 }
 
-TEST_F(ProductReader, PluginThatDoesNotSayIsNotLazy) {
+TEST_F(ProductReader, PluginWithoutLazystartIsNotLazy) {
   reader.ReadBaseProductXml(model, Write("<ProductDescription><Plugins><Plugin ID='a'/></Plugins>"
                                          "</ProductDescription>"));
   ASSERT_EQ(1U, model.Plugins.size());
@@ -274,6 +274,30 @@ TEST_F(ProductReader, ServerModelStopsAtTheFirstFileThatCannotBeRead) {
     EXPECT_EQ("3 ReadServerModel: " + file.second, log.Brief().back());
     EXPECT_EQ("", g_productName);
   }
+}
+
+TEST_F(ProductReader, FirstUnreadableFileInTheFixedOrderEndsTheServerModel) {
+  const std::string exe = tree.ExeDirectory();
+  const std::string meta = exe + "META_INFO/";
+  const std::string files[] = {"bin/META_INFO/a/a.xml", "bin/META_INFO/Platform.xml",
+                               "bin/META_INFO/Portal.xml", "bin/META_INFO/DeviceDrivers.xml",
+                               "Product.xml"};
+  std::vector<std::string> failures;
+  tree.Product("a:");
+  for (const std::string& file : files) {
+    Log::Instance().Clear();
+    tree.Remove(file);
+    EXPECT_FALSE(reader.ReadServerModel(model));
+    failures.push_back(log.Brief().back());
+  }
+  EXPECT_THAT(
+      failures,
+      ElementsAre(
+          "3 ReadServerModel: ReadServerPluginXml  failed path[" + exe + "]",
+          "3 ReadServerModel: ReadPlatformModel  failed path[" + meta + "Platform.xml]",
+          "3 ReadServerModel: ReadUIModelXml  failed path[" + meta + "Portal.xml]",
+          "3 ReadServerModel: ReadDriverModel file failed path[" + meta + "DeviceDrivers.xml]",
+          "3 ReadServerModel: ReadBaseProductXml  failed path[" + exe + "../Product.xml]"));
 }
 
 TEST_F(ProductReader, AVersionOfTwoPartsLeavesTheShortVersionAsItWas) {

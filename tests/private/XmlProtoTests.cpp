@@ -100,7 +100,7 @@ TEST(Xml, AttributeThatIsThereAndEmptyReadsAsEmpty) {
   EXPECT_EQ("none", document.GetNodeProp("/x", "a", "none"));
 }
 
-TEST(Xml, TextIsThatOfTheElementItselfCutByNothing) {
+TEST(Xml, TextJoinsAllThatIsDirectlyInsideTheElement) {
   CXmlProto document;
   Parsed(document, "<r>one<!-- cut --><b>inner</b><![CDATA[ <two> ]]>&amp;&#65;</r>");
   EXPECT_EQ("one <two> &A", document.GetNodeText("/r", ""));
@@ -140,7 +140,7 @@ TEST(Xml, EntityBombsReadAsNothing) {
   EXPECT_EQ("none", document.GetNodeText("/r", "none"));
   EXPECT_EQ("none", document.GetNodeProp("/r", "a", "none"));
 
-  // One long entity named many times: the parser takes that, and it would make gigabytes.
+  // One long entity named many times: the parser accepts it, and the text would be gigabytes.
   std::string names;
   for (int i = 0; i < 40000; ++i) names += "&a;";
   const std::string wide = "<!DOCTYPE r [<!ENTITY a '" + std::string(100000, 'x') + "'>]>";
@@ -210,7 +210,7 @@ TEST(Xml, TextOfTooManyPiecesIsNamedInAMessage) {
       messages.Text());
 }
 
-TEST(Xml, TextThatIsBeyondItsBoundInALineBeyondTheParsersCountIsNamedWithoutLine) {
+TEST(Xml, TooLongTextBeyondLine65535IsNamedWithoutLine) {
   CXmlProto document;
   const ParserMessages messages;
   const std::string lines(70'000, '\n');
@@ -265,7 +265,7 @@ TEST(Xml, TextOfManyPiecesThatIsQuickToReadIsRead) {
   EXPECT_EQ("", messages.Text());
 }
 
-/// Short elements, so many that what stands before them is not at the file's end.
+/// Short elements of `bytes` bytes or more, so that the file does not end with what is before them.
 std::string ShortElements(std::size_t bytes) {
   const std::string element = "<f>end</f>\n";
   std::string elements;
@@ -273,7 +273,7 @@ std::string ShortElements(std::size_t bytes) {
   return elements;
 }
 
-TEST(Xml, LongerTextThanTenMillionBytesReadsAsTheDefaultAndTheRestIsRead) {
+TEST(Xml, TextBeyondTenMillionBytesReadsAsTheDefault) {
   const std::string half(5'000'000, 'a');
   const std::string behind = "</e>" + ShortElements(1000) + "</r>";
   CXmlProto document;
@@ -388,7 +388,7 @@ TEST_F(WholeFile, WithoutAnyReadableFileContentIsUntouched) {
   EXPECT_EQ("untouched", content);
 }
 
-TEST_F(WholeFile, BareNameHasNoStandInBesideIt) {
+TEST_F(WholeFile, FileNameWithoutFolderHasNoFallback) {
   const std::string name = "tev-bare-name";
   for (const std::string extension : {".data", ".xml.data"}) {
     std::ofstream(name + extension) << "data";
