@@ -9,7 +9,7 @@
 
 /// What the catalogue and the description say of an addon or a tool.
 struct AddonBaseModel {
-  std::string ID;  // the key by which catalogue, installed list and description meet
+  std::string ID;  // the same in catalogue, installed list and description
   std::string NameKey;
   std::string Icon;
   std::string FunctionalOverviewKey;
@@ -17,7 +17,7 @@ struct AddonBaseModel {
   std::string CompatibleVersion;
   std::string Source;
   std::string MinVersion;  // lowest product version supported
-  std::string MaxVersion;  // highest; carried and logged, never compared
+  std::string MaxVersion;  // highest; logged, never compared
   std::int32_t PackageSize = 0;
   bool HaveClientPackage = false;
   std::int32_t PublishingType = 0;  // 3: replaces the addon named by the next three
@@ -31,7 +31,7 @@ struct AddonBaseModel {
 
 /// What the installation says of an addon or a tool.
 struct AddonInstallInfo {
-  bool PathFlag = false;  // the platform's own; no reader sets it
+  bool PathFlag = false;  // never set here; the platform knows its meaning
   std::string InstallPath;
   bool Installed = false;
   std::string InstalledVersion;
@@ -43,7 +43,8 @@ struct AddonInstallInfo {
   std::string ClientPackageMD5;
 };
 
-/// One application that an addon adds to the client. The Aux fields are the platform's own.
+/// One application that an addon adds to the client. The Aux fields are never set here; the
+/// platform knows their meaning.
 struct AddonApplication {
   std::string ID;
   std::string Icon;

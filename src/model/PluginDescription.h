@@ -25,7 +25,8 @@ struct PluginDependency {
   std::int32_t DependentType = 1;
 };
 
-/// One entry that a plugin adds to the product's menus. The codes are the platform's own.
+/// One entry that a plugin adds to the product's menus. The platform knows the meaning of the
+/// numbers.
 struct PluginMenuItem {
   std::string PluginName;  // ID of the plugin entry whose description holds the item
   std::string ID;
@@ -59,11 +60,11 @@ struct PluginDescription {
   std::string ID;
   std::string Name;
   std::string Version;
-  std::string Source;  // no file carries it; the platform gets it as it is
+  std::string Source;  // in no file: empty
   std::string Path;    // an executable: its full path; a library: the directory that holds it
   std::vector<PluginDependency> Dependencies;
   std::vector<PluginMenuItem> MenuItems;
   std::string OwnerAddon;  // ID of the addon that brings the plugin; empty for the product's own
-  std::string EntryType;   // `Type` of the entry that lists the plugin, where that matters
+  std::string EntryType;   // `Type` of its entry, for drivers and an addon's plugins; else empty
   bool IsDistributed = false;
 };

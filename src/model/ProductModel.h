@@ -76,10 +76,10 @@ struct AddonService {
   std::string Version;
 };
 
-/// The installed product, whole: what the frame hands to the platform.
+/// The installed product, as the frame hands it to the platform. Plain value.
 ///
-/// A plain value. Readers append to its lists and overwrite its texts; list order is the order of
-/// the files, with all server plugins before all drivers in `Plugins`.
+/// Readers append to its lists and overwrite its texts. A list has the order of the elements in the
+/// file; `Plugins` has the server plugins before the drivers.
 struct ProductModel {
   std::string Product;
   std::string ProductLogo;

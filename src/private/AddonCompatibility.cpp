@@ -7,8 +7,8 @@ namespace {
 constexpr char kLiteCode[] = "NVT";
 constexpr char kProfessionalCode[] = "NVX";
 
-// The professional product changed its plugin interface in these versions: an addon made for one
-// side of a bound does not run on the other.
+// The professional product changed its plugin interface in these versions. An addon made for a
+// version before such a change does not run with a product after it, and the other way round.
 constexpr char kFirstVersion[] = "2.6.0";
 constexpr char kSecondVersion[] = "3.0.0";
 

@@ -4,11 +4,11 @@
 
 namespace TevModelParse {
 
-/// May an addon run with the running product?
+/// Whether an addon may run with the running product.
 enum class Compatibility {
   kCompatible,
   kIncompatible,
-  kProductTooOld  // incompatible, and worth a line of its own
+  kProductTooOld  // incompatible, which is logged in a line of its own
 };
 
 /// Judges an addon by the product's code and short version and by the lowest product version that

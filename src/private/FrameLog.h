@@ -24,8 +24,8 @@ namespace PluginFrame {
 
 constexpr char kLogModule[] = "platform.PluginFrame";
 
-/// A source file's path as the log shows it: from the source folder down, with backslashes, the
-/// same on every system and wherever the sources lie.
+/// A source file's path as the log shows it: from the last folder "src" on, with backslashes, so
+/// that it is the same on every system and in every folder.
 template <std::size_t N>
 class LogSource {
  public:

@@ -77,7 +77,7 @@ bool CPluginXmlReader::ReadAddonPluginXml(AddonModel& addon) const {
     description.OwnerAddon = addon.ID;
     description.EntryType = entry.Type;
     ReadDescription(description, entry, document);
-    // Unlike a product's plugin, an addon's is a driver by its entry alone, whatever its own type.
+    // Unlike a product's plugin, an addon's is a driver whatever type its description has.
     if (entry.Type != kServerEntry) {
       Append(addon.DriverPluginDescriptions, description, exeDirectory);
     } else if (description.Type == PluginType::kExecutable) {

@@ -13,9 +13,9 @@ namespace TevModelParse {
 
 /// Reads the description files of the plugins that a product or an addon lists.
 ///
-/// Holds nothing between calls; results are appended to the lists given. A description that cannot
-/// be read is logged and skipped, and makes the whole call return false after the rest is read. Bad
-/// content never fails: a description of no known type is logged and dropped.
+/// Has no state; results are appended to the lists given. A description that cannot be read is
+/// logged and skipped; the rest is read, and the call returns false. A description of an unknown
+/// type is logged and dropped, which is no failure.
 class CPluginXmlReader {
  public:
   /// Reads the descriptions of the product's `entries`, which lie in `descriptionDirectory` as

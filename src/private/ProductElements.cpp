@@ -25,7 +25,7 @@ ProductPluginEntry ReadEntry(const XmlElement& element) {
 LanguageEntry ReadLanguage(const XmlElement& element) {
   LanguageEntry language;
   language.ID = element.Attribute(kID);
-  language.Flag = language.ID == kTrue;  // yes, the ID: consumers rely on it
+  language.Flag = language.ID == kTrue;  // of the ID, not of another attribute, on purpose
   return language;
 }
 

@@ -13,9 +13,9 @@ namespace TevModelParse {
 
 /// Reads the installed product, its addons and its tools from the model files.
 ///
-/// Holds nothing between calls; results go into the records given, whose lists are appended to and
-/// never cleared. A reader of a file returns false only when the file cannot be read at all; what
-/// is not well-formed reads as empty. Called on the thread that initialises the frame.
+/// Has no state; results go into the records given, whose lists are appended to and never cleared.
+/// The reader of a file returns false only when the file cannot be read; one that is not
+/// well-formed reads as empty. Called on the thread that initialises the frame.
 class CProductXmlReader {
  public:
   /// Reads the whole product, stopping at the first file that cannot be read, and sets
@@ -34,9 +34,9 @@ class CProductXmlReader {
   /// Reads Portal.xml: the two menu trees and the portal modes.
   bool ReadServerPotalModel(PortalModel& portal, std::string path) const;
 
-  // The sections of Portal.xml. All fail only without a document. A top-level menu item without
-  // children is dropped; deeper ones are kept. The recursions return false for a parent that has
-  // no child.
+  // The sections of Portal.xml. Without a document they log that and return false. A menu item at
+  // the top without items inside is dropped; below the top all are kept. The recursions return
+  // false for a parent without items inside.
   bool ReadNavigationMenu(std::vector<NavigationMenuItem>& items,
                           std::shared_ptr<CXmlProto> document) const;
   bool ReadNavigationMenuRecursion(std::vector<NavigationMenuItem>& children,
@@ -50,7 +50,7 @@ class CProductXmlReader {
   bool ReadPortalSceneMode(std::vector<PortalMode>& modes,
                            std::shared_ptr<CXmlProto> document) const;
 
-  /// Reads the addons: the catalogue, then what of it, and beside it, is installed.
+  /// Reads the addons: those of the catalogue, then the installed ones, in the catalogue or not.
   /// Needs g_productVersion.
   bool ReadServerAddonsModel(std::vector<AddonModel>& addons) const;
 
@@ -62,12 +62,12 @@ class CProductXmlReader {
   bool ReadAllToolsXml(std::vector<ToolModel>& tools, const std::string& directory) const;
 
   // What is installed, in a directory that ends in "/". An entry that cannot be read is skipped;
-  // the others update the catalogue entry with their ID or are appended.
+  // each other replaces the first entry with its ID or is appended.
   bool ReadInstalledAddonsXml(std::vector<AddonModel>& addons, const std::string& directory) const;
   bool ReadInstalledToolsXml(std::vector<ToolModel>& tools, const std::string& directory) const;
 
-  // One installed addon's or tool's own description. The record's ID must be set, and the file must
-  // carry the same; otherwise false, and the record may be partly filled.
+  // The description of one installed addon or tool. False when it cannot be read, or when its ID is
+  // not that of the record, which must be set; the record may then be partly filled.
   bool ReadSingleInstalledAddonModel(AddonModel& addon, const std::string& path) const;
   bool ReadSingleInstalledToolModel(ToolModel& tool, const std::string& path) const;
 
@@ -78,7 +78,7 @@ class CProductXmlReader {
   /// Reads the versions of the first supported product that is the running one.
   void FindSupportedVersions(AddonModel& addon, const XmlElement& root) const;
 
-  /// Sets what an installed addon's record says of compatibility, and logs an addon that has none.
+  /// Decides whether an installed addon is compatible, and logs one that is not.
   void DecideCompatibility(AddonModel& addon) const;
 };
 

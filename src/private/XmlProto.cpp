@@ -124,12 +124,12 @@ xmlNode* FirstNode(const xmlXPathObject* matches) {
   return nodes.nodeNr > 0 && nodes.nodeTab != nullptr ? nodes.nodeTab[0] : nullptr;
 }
 
-/// Whether the text that libxml2 puts together of a node list stays within bounds.
+/// Whether libxml2 may put the text of a node list together: whether it stays short and quick.
 ///
-/// A file of some kilobytes can ask for gigabytes by naming one long entity again and again, and
-/// libxml2 appends a piece by going through the text before it. The steps count what that costs:
-/// the bytes before each piece and those of the piece, in an entity's own text as in the whole, and
-/// for each node what finding and allocating costs.
+/// A file of some kilobytes can mean a text of gigabytes by naming one long entity again and again.
+/// And to append a piece, libxml2 first goes through the text so far. The steps count that cost:
+/// for each piece, of an entity's text as well, the bytes of the text so far and of the piece; and
+/// for each node a fixed number for finding it and allocating.
 class TextBounds {
  public:
   enum Result { kHeld, kTooLong, kTooManyPieces };

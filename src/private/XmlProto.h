@@ -6,13 +6,13 @@
 
 namespace TevModelParse {
 
-/// One parsed XML document, asked by XPath: the only code that knows libxml2.
+/// One parsed XML document and its XPath queries. Only its source includes libxml2.
 ///
 /// A reader makes one per file under shared ownership and drops it when it is done with the file.
-/// It always holds a document: before the first parse, and after a failed one, an empty one, so
-/// that every query finds nothing. One object belongs to one thread at a time. Queries never fail:
-/// what is not there reads as the default. So does a text or attribute beyond CXmlProto's bounds;
-/// that is reported where libxml2's messages go, with the name of the file and the line.
+/// Before the first parse, and after a failed one, the document is empty and every query finds
+/// nothing. One object belongs to one thread at a time. A query does not fail: it returns the
+/// fallback for what is not there. It does so too for a text or attribute that is too long, or of
+/// too many pieces, and reports that where libxml2's messages go, with file name and line.
 class CXmlProto {
  public:
   CXmlProto();
@@ -20,8 +20,9 @@ class CXmlProto {
   CXmlProto(const CXmlProto&) = delete;
   CXmlProto& operator=(const CXmlProto&) = delete;
 
-  /// Replaces the document by the one that `text` holds. False when it is not well-formed; what is
-  /// wrong goes, with the name of the file and the line, to libxml2's generic error function.
+  /// Parses `text`, the content of the file `name`, in place of the document. False when it is not
+  /// well-formed: the document is then empty, and libxml2's generic error function receives what is
+  /// wrong, with file name and line.
   bool ParseMemory(const std::string& text, const std::string& name = "");
 
   /// How many nodes match the absolute path `expression`.
@@ -52,11 +53,11 @@ class CXmlProto {
 bool ReadWholeFile(std::string& content, const std::string& path, const std::string& alternative);
 
 /// The directory of the running executable, with forward slashes and a trailing one; empty when it
-/// is not known. Found out once and remembered. Any thread.
+/// is not known. Asked of the runtime until it is known, then remembered. Any thread.
 std::string GetExeDirectory();
 
-/// Reads and parses one model file. Null when it cannot be read; what is not well-formed reads as a
-/// document that holds nothing.
+/// Reads and parses one model file, or the file beside it that stands in for it, as ReadWholeFile
+/// does. Null when it cannot be read; empty when it is not well-formed.
 std::shared_ptr<CXmlProto> ReadDocument(const std::string& path);
 
 }  // namespace TevModelParse
