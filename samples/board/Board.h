@@ -4,6 +4,7 @@
 #include <string>
 #include <utility>
 
+#include "sdk/base/log.h"
 #include "sdk/os/export.h"
 
 /// Where the sample's plugins find each other: a plugin publishes a service under a name in its
@@ -12,6 +13,9 @@
 /// A service's code lies in its plugin's library. Whoever holds one lets go of it in its own
 /// UnInit at the latest: that comes before the publisher's, after which the code is unmapped.
 namespace board {
+
+/// The levels of IKPXFormatLog that a plugin uses.
+enum LogLevel : int { kProgress = 3, kTolerated = 4, kFailure = 5 };
 
 /// Replaces what was published under the name before.
 TEV_EXPORT void PublishService(const std::string& name, std::shared_ptr<void> service);
@@ -33,6 +37,17 @@ void Publish(std::shared_ptr<Service> service) {
 template <typename Service>
 std::shared_ptr<Service> Find() {
   return std::static_pointer_cast<Service>(FindService(Service::kName));
+}
+
+/// The same for `plugin`, which fails without the service: null is logged.
+template <typename Service>
+std::shared_ptr<Service> Need(const char* plugin) {
+  auto service = Find<Service>();
+  if (!service) {
+    IKPXFormatLog(kFailure, plugin, "the service \"%s\" is missing: no plugin has published it",
+                  Service::kName);
+  }
+  return service;
 }
 
 }  // namespace board

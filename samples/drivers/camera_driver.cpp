@@ -1,26 +1,41 @@
 // camera.driver: the camera's status frame: magic, version, 16-bit length, temperature in tenths.
 
 #include <cstdint>
-#include <vector>
 
+#include "samples/board/Board.h"
+#include "samples/board/Services.h"
 #include "sdk/plugin/TevPlugin.h"
 
 namespace {
 
-/// The temperature in tenths of a degree, or nothing good: -32768.
-int Temperature(const std::vector<std::uint8_t>& frame) {
-  if (frame.size() != 6 || frame[0] != 0xCA || frame[1] != 1) return -32768;
-  const int length = frame[2] << 8 | frame[3];
-  if (length != 2) return -32768;
-  return static_cast<std::int16_t>(frame[4] << 8 | frame[5]);
+constexpr char kPlugin[] = "camera.driver";
+
+/// The byte at `place` of a text, which has it.
+int Byte(const std::string& text, std::size_t place) {
+  return static_cast<unsigned char>(text[place]);
 }
+
+/// Decodes to degrees, "-1.5".
+class CameraDriver : public DriverService {
+ public:
+  std::string Decode(const std::string& frame) const override {
+    constexpr int kMagic = 0xCA;
+    if (frame.size() != 6 || Byte(frame, 0) != kMagic || Byte(frame, 1) != 1) return std::string();
+    if ((Byte(frame, 2) << 8 | Byte(frame, 3)) != 2) return std::string();
+    const int tenths = static_cast<std::int16_t>(Byte(frame, 4) << 8 | Byte(frame, 5));
+    const int size = tenths < 0 ? -tenths : tenths;
+    return (tenths < 0 ? "-" : "") + std::to_string(size / 10) + "." + std::to_string(size % 10);
+  }
+};
 
 }  // namespace
 
 bool Init() {
-  return Temperature({0xCA, 1, 0, 2, 0xFF, 0xF6}) == -10 && Temperature({0xCA, 2}) == -32768;
+  board::PublishService(kPlugin, std::shared_ptr<DriverService>(std::make_shared<CameraDriver>()));
+  return true;
 }
 
 bool UnInit() {
+  board::Withdraw(kPlugin);
   return true;
 }

@@ -1,28 +1,35 @@
 // door.driver: the door controller's text protocol: "#door;state;checksum".
 
-#include <string>
-
+#include "samples/board/Board.h"
+#include "samples/board/Services.h"
 #include "sdk/plugin/TevPlugin.h"
 
 namespace {
 
-/// "open", "closed", or empty for a message that is damaged.
-std::string StateOf(const std::string& message) {
-  const std::size_t first = message.find(';');
-  const std::size_t last = message.rfind(';');
-  if (message.empty() || message[0] != '#' || first == last) return std::string();
-  unsigned sum = 0;
-  for (std::size_t i = 1; i < last; ++i) sum = (sum + static_cast<unsigned char>(message[i])) % 100;
-  if (std::to_string(sum) != message.substr(last + 1)) return std::string();
-  return message.substr(first + 1, last - first - 1);
-}
+constexpr char kPlugin[] = "door.driver";
+
+/// Decodes to the state, "open" or "closed".
+class DoorDriver : public DriverService {
+ public:
+  std::string Decode(const std::string& frame) const override {
+    const std::size_t first = frame.find(';');
+    const std::size_t last = frame.rfind(';');
+    if (frame.empty() || frame[0] != '#' || first == last) return std::string();
+    unsigned sum = 0;
+    for (std::size_t i = 1; i < last; ++i) sum += static_cast<unsigned char>(frame[i]);
+    if (std::to_string(sum % 100) != frame.substr(last + 1)) return std::string();
+    return frame.substr(first + 1, last - first - 1);
+  }
+};
 
 }  // namespace
 
 bool Init() {
-  return StateOf("#7;open;48") == "open" && StateOf("#7;open;99").empty();
+  board::PublishService(kPlugin, std::shared_ptr<DriverService>(std::make_shared<DoorDriver>()));
+  return true;
 }
 
 bool UnInit() {
+  board::Withdraw(kPlugin);
   return true;
 }

@@ -1,23 +1,32 @@
-// gate.driver, brought by an addon: the car park's gate tells of a passing car by two light beams.
+// gate.driver, brought by an addon: the car park's gate reports which of its two light beams, A
+// outside and B inside, a passing car has cut, one after the other: "A AB B".
 
-#include <string>
-
+#include "samples/board/Board.h"
+#include "samples/board/Services.h"
 #include "sdk/plugin/TevPlugin.h"
 
 namespace {
 
-/// +1 for a car in, -1 for a car out, 0 for one that turned back; beams as "A", "AB", "B" in order.
-int Passed(const std::string& first, const std::string& second, const std::string& third) {
-  if (second != "AB" || first == third) return 0;
-  return first == "A" ? 1 : -1;
-}
+constexpr char kPlugin[] = "gate.driver";
+
+/// Decodes to "in" or "out"; a car that turned back is neither.
+class GateDriver : public DriverService {
+ public:
+  std::string Decode(const std::string& frame) const override {
+    if (frame == "A AB B") return "in";
+    if (frame == "B AB A") return "out";
+    return std::string();
+  }
+};
 
 }  // namespace
 
 bool Init() {
-  return Passed("A", "AB", "B") == 1 && Passed("B", "AB", "A") == -1 && Passed("A", "AB", "A") == 0;
+  board::PublishService(kPlugin, std::shared_ptr<DriverService>(std::make_shared<GateDriver>()));
+  return true;
 }
 
 bool UnInit() {
+  board::Withdraw(kPlugin);
   return true;
 }

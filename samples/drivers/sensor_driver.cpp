@@ -1,50 +1,46 @@
-// sensor.driver: the sensor line's frames, byte-stuffed between two end marks.
+// sensor.driver: the sensor line's frames: text with two bytes escaped, between two end marks.
 
-#include <cstdint>
-#include <vector>
-
+#include "samples/board/Board.h"
+#include "samples/board/Services.h"
 #include "sdk/plugin/TevPlugin.h"
 
 namespace {
 
-constexpr std::uint8_t kEnd = 0xC0;
-constexpr std::uint8_t kEscape = 0xDB;
-constexpr std::uint8_t kEscapedEnd = 0xDC;
-constexpr std::uint8_t kEscapedEscape = 0xDD;
+constexpr char kPlugin[] = "sensor.driver";
 
-/// The payloads of all whole frames in a stream; one with a damaged escape is left out.
-std::vector<std::vector<std::uint8_t>> Frames(const std::vector<std::uint8_t>& stream) {
-  std::vector<std::vector<std::uint8_t>> frames;
-  std::vector<std::uint8_t> frame;
-  bool escaped = false;
-  bool damaged = false;
-  for (const std::uint8_t byte : stream) {
-    if (byte == kEnd) {
-      if (!frame.empty() && !escaped && !damaged) frames.push_back(frame);
-      frame.clear();
-      escaped = false;
-      damaged = false;
-    } else if (escaped) {
-      damaged = damaged || (byte != kEscapedEnd && byte != kEscapedEscape);
-      frame.push_back(byte == kEscapedEnd ? kEnd : kEscape);
-      escaped = false;
-    } else if (byte == kEscape) {
-      escaped = true;
-    } else {
-      frame.push_back(byte);
+constexpr char kEnd = '\xC0';
+constexpr char kEscape = '\xDB';
+constexpr char kEscapedEnd = '\xDC';
+constexpr char kEscapedEscape = '\xDD';
+
+/// Decodes to the text.
+class SensorDriver : public DriverService {
+ public:
+  std::string Decode(const std::string& frame) const override {
+    if (frame.size() < 2 || frame.front() != kEnd || frame.back() != kEnd) return std::string();
+    std::string text;
+    for (std::size_t i = 1; i + 1 < frame.size(); ++i) {
+      if (frame[i] == kEnd) return std::string();
+      if (frame[i] != kEscape) {
+        text += frame[i];
+        continue;
+      }
+      ++i;  // a frame that ends with an escape has its end mark there
+      if (frame[i] != kEscapedEnd && frame[i] != kEscapedEscape) return std::string();
+      text += frame[i] == kEscapedEnd ? kEnd : kEscape;
     }
+    return text;
   }
-  return frames;
-}
+};
 
 }  // namespace
 
 bool Init() {
-  const auto frames =
-      Frames({kEnd, 1, kEscape, kEscapedEnd, kEnd, 2, kEscape, 7, kEnd, 3, kEnd, 4});
-  return frames == std::vector<std::vector<std::uint8_t>>{{1, kEnd}, {3}};
+  board::PublishService(kPlugin, std::shared_ptr<DriverService>(std::make_shared<SensorDriver>()));
+  return true;
 }
 
 bool UnInit() {
+  board::Withdraw(kPlugin);
   return true;
 }

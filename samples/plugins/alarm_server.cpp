@@ -1,8 +1,8 @@
-// alarm.server: the list of open alarms, fed by the event bus.
+// alarm.server: the open alarms. One begins when a device reports what the settings name, and is
+// over when the device reports anything else.
 
 #include <map>
 #include <mutex>
-#include <stdexcept>
 
 #include "samples/board/Board.h"
 #include "samples/board/Services.h"
@@ -10,53 +10,56 @@
 
 namespace {
 
+constexpr char kPlugin[] = "alarm.server";
+
 class Alarms : public AlarmService {
  public:
-  explicit Alarms(std::size_t limit) : m_limit(limit) {}
+  Alarms(DeviceService& devices, std::shared_ptr<EventBusService> bus, std::string alarmReading)
+      : m_bus(std::move(bus)),
+        m_alarmReading(std::move(alarmReading)),
+        m_watch(devices.Watch([this](const DeviceService::Device& device,
+                                     const std::string& reading) { See(device, reading); })) {}
 
-  void Raise(const std::string& text) {
+  std::vector<Alarm> Open() const override {
     const std::lock_guard<std::mutex> lock(m_mutex);
-    if (m_open.size() == m_limit) m_open.erase(m_open.begin());  // the oldest goes
-    m_open[++m_last] = text;
-  }
-
-  std::size_t Open() const override {
-    const std::lock_guard<std::mutex> lock(m_mutex);
-    return m_open.size();
-  }
-
-  bool Acknowledge(int alarm) override {
-    const std::lock_guard<std::mutex> lock(m_mutex);
-    return m_open.erase(alarm) == 1;
+    std::vector<Alarm> open;
+    for (const auto& entry : m_open) open.push_back(entry.second);
+    return open;
   }
 
  private:
-  const std::size_t m_limit;
-  mutable std::mutex m_mutex;
-  int m_last = 0;                     // guarded by m_mutex
-  std::map<int, std::string> m_open;  // guarded by m_mutex
-};
+  void See(const DeviceService::Device& device, const std::string& reading) {
+    const Alarm alarm = {device.site, m_alarmReading + " at " + device.site};
+    const bool begins = reading == m_alarmReading;
+    {
+      const std::lock_guard<std::mutex> lock(m_mutex);
+      if (begins ? !m_open.emplace(device.id, alarm).second : m_open.erase(device.id) == 0) return;
+    }
+    IKPXFormatLog(board::kProgress, kPlugin, "%s: %s", begins ? "alarm" : "over",
+                  alarm.text.c_str());
+    m_bus->Publish(begins ? kBegin : kOver, alarm.site, alarm.text);
+  }
 
-std::shared_ptr<EventBusService> g_bus;
-int g_subscription = 0;
+  const std::shared_ptr<EventBusService> m_bus;
+  const std::string m_alarmReading;
+  mutable std::mutex m_mutex;
+  std::map<std::string, Alarm> m_open;  // by device; guarded by m_mutex
+  const Subscription m_watch;
+};
 
 }  // namespace
 
 bool Init() {
-  const auto config = board::Find<ConfigService>();
-  g_bus = board::Find<EventBusService>();
-  if (!config || !g_bus || !board::Find<DeviceService>()) return false;
-  const auto alarms = std::make_shared<Alarms>(std::stoul(config->Value("alarm.limit", "50")));
-  g_subscription = g_bus->Subscribe(
-      "alarm", [alarms](const EventBusService::Event& event) { alarms->Raise(event.text); });
-  g_bus->Publish("alarm", "self test");
-  board::Publish<AlarmService>(alarms);
-  return alarms->Acknowledge(1) && alarms->Open() == 0;
+  const auto config = board::Need<ConfigService>(kPlugin);
+  const auto devices = board::Need<DeviceService>(kPlugin);
+  const auto bus = board::Need<EventBusService>(kPlugin);
+  if (!config || !devices || !bus) return false;
+  board::Publish<AlarmService>(
+      std::make_shared<Alarms>(*devices, bus, config->Value("alarm.reading", "smoke")));
+  return true;
 }
 
 bool UnInit() {
   board::Withdraw(AlarmService::kName);
-  if (g_bus) g_bus->Unsubscribe(g_subscription);
-  g_bus.reset();
   return true;
 }

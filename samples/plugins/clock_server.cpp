@@ -1,8 +1,10 @@
-// clock.server: the time of day and of the week, for schedules.
+// clock.server: the time of day and of the week, and a tick every second.
 
 #include <chrono>
+#include <cstdint>
 
 #include "samples/board/Board.h"
+#include "samples/board/Every.h"
 #include "samples/board/Services.h"
 #include "sdk/plugin/TevPlugin.h"
 
@@ -17,19 +19,26 @@ class Clock : public ClockService {
   // 1 January 1970 was a Thursday.
   int DayOfWeek() const override { return static_cast<int>((Minutes() / kMinutesOfADay + 4) % 7); }
 
+  Subscription EverySecond(std::function<void()> handler) override {
+    return m_listeners.Add(std::move(handler));
+  }
+
  private:
   static std::int64_t Minutes() {
     const auto now = std::chrono::system_clock::now().time_since_epoch();
     return std::chrono::duration_cast<std::chrono::minutes>(now).count();
   }
+
+  Listeners<> m_listeners;
+  Every m_ticks{std::chrono::seconds(1), [this] { m_listeners.Call(); }};
 };
 
 }  // namespace
 
 bool Init() {
   board::Publish<ClockService>(std::make_shared<Clock>());
-  const auto clock = board::Find<ClockService>();
-  return clock->MinuteOfDay() < 24 * 60 && clock->DayOfWeek() < 7;
+  IKPXFormatLog(board::kProgress, "clock.server", "ticks once a second");
+  return true;
 }
 
 bool UnInit() {

@@ -1,44 +1,53 @@
-// dashboard.server: one page over all the others, filled into a template. The report and the backup
-// may be absent; the page says so.
+// dashboard.server: one line over all the others, made anew every second. Report and backup may be
+// absent; the line says so.
 
-#include <map>
+#include <chrono>
 
 #include "samples/board/Board.h"
+#include "samples/board/Every.h"
 #include "samples/board/Services.h"
 #include "sdk/plugin/TevPlugin.h"
 
 namespace {
 
-/// Replaces each {name} by its value; an unknown name stays as it is.
-std::string Render(const std::string& page, const std::map<std::string, std::string>& values) {
-  std::string rendered;
-  std::size_t at = 0;
-  while (at < page.size()) {
-    const std::size_t open = page.find('{', at);
-    const std::size_t close = page.find('}', open);
-    if (open == std::string::npos || close == std::string::npos) break;
-    rendered += page.substr(at, open - at);
-    const auto value = values.find(page.substr(open + 1, close - open - 1));
-    rendered += value == values.end() ? page.substr(open, close - open + 1) : value->second;
-    at = close + 1;
+constexpr char kPlugin[] = "dashboard.server";
+
+class Dashboard {
+ public:
+  explicit Dashboard(std::shared_ptr<LinkageService> linkage)
+      : m_linkage(std::move(linkage)),
+        m_report(board::Find<ReportService>()),
+        m_backup(board::Find<BackupService>()) {}
+
+ private:
+  void Refresh() {
+    const std::string line = (m_report ? m_report->Text() : "no report") +
+                             ", actions: " + std::to_string(m_linkage->Fired()) + ", " +
+                             (m_backup ? "last backup: " + m_backup->Last() : "no backup");
+    if (line == m_line) return;
+    m_line = line;
+    IKPXFormatLog(board::kProgress, kPlugin, "%s", m_line.c_str());
   }
-  return rendered + page.substr(at);
-}
+
+  const std::shared_ptr<LinkageService> m_linkage;
+  const std::shared_ptr<ReportService> m_report;  // null: absent
+  const std::shared_ptr<BackupService> m_backup;  // null: absent
+  std::string m_line;                             // the thread's own
+  Every m_refreshes{std::chrono::seconds(1), [this] { Refresh(); }};
+};
+
+std::unique_ptr<Dashboard> g_dashboard;
 
 }  // namespace
 
 bool Init() {
-  const auto linkage = board::Find<LinkageService>();
+  const auto linkage = board::Need<LinkageService>(kPlugin);
   if (!linkage) return false;
-  const auto report = board::Find<ReportService>();
-  const auto backup = board::Find<BackupService>();
-  const std::string page = Render("{actions} fired; {report}; {backup}",
-                                  {{"actions", std::to_string(linkage->Fired())},
-                                   {"report", report ? report->Text() : "no report"},
-                                   {"backup", backup ? backup->Last() : "no backup"}});
-  return page.find('{') == std::string::npos && Render("a {b} c{d", {{"b", "x"}}) == "a x c{d";
+  g_dashboard = std::make_unique<Dashboard>(linkage);
+  return true;
 }
 
 bool UnInit() {
+  g_dashboard.reset();
   return true;
 }

@@ -1,22 +1,31 @@
-// device.server: the registry of the site's devices, kept in storage as one text.
+// device.server: the site's devices, from a table of the storage, and what they report.
 
+#include <chrono>
 #include <sstream>
 
 #include "samples/board/Board.h"
+#include "samples/board/Every.h"
 #include "samples/board/Services.h"
 #include "sdk/plugin/TevPlugin.h"
 
 namespace {
 
+constexpr char kPlugin[] = "device.server";
+
+using Device = DeviceService::Device;
+
+/// Stands in for the lines to the devices: what this one reports in a second of each minute; empty
+/// for nothing.
+std::string Reading(const Device& device, int second) {
+  if (device.kind == "sensor") return second >= 1 && second < 30 ? "smoke" : "clear";
+  if (device.id == "door-1" && second == 1) return "79927398713";
+  if (device.id == "cam-1" && (second == 2 || second == 32)) return "HH-A 1";
+  return std::string();
+}
+
 class Devices : public DeviceService {
  public:
-  /// Takes lines of "id kind site".
-  explicit Devices(const std::string& text) {
-    std::istringstream words(text);
-    for (Device device; words >> device.id >> device.kind >> device.site;) {
-      m_devices.push_back(device);
-    }
-  }
+  explicit Devices(std::vector<Device> devices) : m_devices(std::move(devices)) {}
 
   std::vector<Device> OfKind(const std::string& kind) const override {
     std::vector<Device> found;
@@ -26,20 +35,39 @@ class Devices : public DeviceService {
     return found;
   }
 
+  Subscription Watch(Handler handler) override { return m_watchers.Add(std::move(handler)); }
+
  private:
-  std::vector<Device> m_devices;
+  void Poll() {
+    for (const Device& device : m_devices) {
+      const std::string reading = Reading(device, m_second);
+      if (!reading.empty()) m_watchers.Call(device, reading);
+    }
+    m_second = (m_second + 1) % 60;
+  }
+
+  const std::vector<Device> m_devices;
+  Listeners<Device, std::string> m_watchers;
+  int m_second = 0;  // the thread's own
+  Every m_polls{std::chrono::seconds(1), [this] { Poll(); }};
 };
 
 }  // namespace
 
 bool Init() {
-  const auto storage = board::Find<StorageService>();
+  const auto storage = board::Need<StorageService>(kPlugin);
   if (!storage) return false;
-  storage->Put("devices",
-               "cam-1 camera gate\ncam-2 camera quay\ndoor-1 door gate\nsmoke-1 sensor hall\n");
-  const auto devices = std::make_shared<Devices>(storage->Get("devices"));
-  board::Publish<DeviceService>(devices);
-  return devices->OfKind("camera").size() == 2;
+  std::vector<Device> devices;
+  std::istringstream words(storage->Table("devices"));
+  for (Device device; words >> device.id >> device.kind >> device.site;) devices.push_back(device);
+  if (devices.empty()) {
+    IKPXFormatLog(board::kFailure, kPlugin, "the table \"devices\" lists none");
+    return false;
+  }
+  IKPXFormatLog(board::kProgress, kPlugin, "polls %s devices",
+                std::to_string(devices.size()).c_str());
+  board::Publish<DeviceService>(std::make_shared<Devices>(std::move(devices)));
+  return true;
 }
 
 bool UnInit() {

@@ -1,8 +1,10 @@
-// eventbus.server: topics, subscribers, and their delivery; the last events are kept for a while.
+// eventbus.server: passes events from those who publish them to those who subscribe to their topic,
+// on a thread of its own, in the order in which they were published.
 
+#include <condition_variable>
 #include <deque>
-#include <map>
 #include <mutex>
+#include <thread>
 
 #include "samples/board/Board.h"
 #include "samples/board/Services.h"
@@ -10,69 +12,71 @@
 
 namespace {
 
+constexpr char kPlugin[] = "eventbus.server";
+
 class EventBus : public EventBusService {
  public:
-  explicit EventBus(std::shared_ptr<ClockService> clock) : m_clock(std::move(clock)) {}
+  explicit EventBus(std::shared_ptr<ClockService> clock)
+      : m_clock(std::move(clock)), m_thread([this] { Deliver(); }) {}
 
-  int Subscribe(const std::string& topic, Handler handler) override {
-    const std::lock_guard<std::mutex> lock(m_mutex);
-    m_subscribers[++m_last] = {topic, std::move(handler)};
-    return m_last;
-  }
-
-  void Unsubscribe(int subscription) override {
-    const std::lock_guard<std::mutex> lock(m_mutex);
-    m_subscribers.erase(subscription);
-  }
-
-  void Publish(const std::string& topic, const std::string& text) override {
-    const Event event{topic, text, m_clock->MinuteOfDay()};
-    std::vector<Handler> handlers;  // called without the lock: a handler may publish
+  ~EventBus() override {
     {
       const std::lock_guard<std::mutex> lock(m_mutex);
-      m_recent.push_back(event);
-      if (m_recent.size() > kKept) m_recent.pop_front();
-      for (const auto& subscriber : m_subscribers) {
-        if (subscriber.second.first == topic) handlers.push_back(subscriber.second.second);
-      }
+      m_ended = true;
     }
-    for (const Handler& handler : handlers) handler(event);
+    m_wake.notify_one();
+    m_thread.join();
+    IKPXFormatLog(board::kProgress, kPlugin, "events delivered: %d", m_delivered);
   }
 
-  std::vector<Event> Recent(const std::string& topic) const override {
-    const std::lock_guard<std::mutex> lock(m_mutex);
-    std::vector<Event> events;
-    for (const Event& event : m_recent) {
-      if (event.topic == topic) events.push_back(event);
+  Subscription Subscribe(const std::string& topic, Handler handler) override {
+    return m_listeners.Add([topic, handler = std::move(handler)](const Event& event) {
+      if (event.topic == topic) handler(event);
+    });
+  }
+
+  void Publish(const std::string& topic, const std::string& site,
+               const std::string& text) override {
+    const int now = m_clock->MinuteOfDay();
+    {
+      const std::lock_guard<std::mutex> lock(m_mutex);
+      m_queue.push_back({topic, site, text, now});
     }
-    return events;
+    m_wake.notify_one();
   }
 
  private:
-  static constexpr std::size_t kKept = 100;
+  /// Returns when the bus has ended and all events are delivered.
+  void Deliver() {
+    std::unique_lock<std::mutex> lock(m_mutex);
+    for (;; ++m_delivered) {
+      m_wake.wait(lock, [this] { return m_ended || !m_queue.empty(); });
+      if (m_queue.empty()) return;
+      const Event event = std::move(m_queue.front());
+      m_queue.pop_front();
+      lock.unlock();  // a handler may publish
+      m_listeners.Call(event);
+      lock.lock();
+    }
+  }
 
   const std::shared_ptr<ClockService> m_clock;
-  mutable std::mutex m_mutex;
-  int m_last = 0;                                                // guarded by m_mutex
-  std::map<int, std::pair<std::string, Handler>> m_subscribers;  // guarded by m_mutex
-  std::deque<Event> m_recent;                                    // guarded by m_mutex
+  Listeners<Event> m_listeners;
+  int m_delivered = 0;  // the thread's own, until it is joined
+  std::mutex m_mutex;
+  std::condition_variable m_wake;
+  bool m_ended = false;       // guarded by m_mutex
+  std::deque<Event> m_queue;  // guarded by m_mutex
+  std::thread m_thread;
 };
 
 }  // namespace
 
 bool Init() {
-  const auto clock = board::Find<ClockService>();
+  const auto clock = board::Need<ClockService>(kPlugin);
   if (!clock) return false;
-  const auto bus = std::make_shared<EventBus>(clock);
-  int heard = 0;
-  const int subscription =
-      bus->Subscribe("self", [&heard](const EventBusService::Event&) { ++heard; });
-  bus->Publish("self", "hello");
-  bus->Publish("other", "not for us");
-  bus->Unsubscribe(subscription);
-  bus->Publish("self", "too late");
-  board::Publish<EventBusService>(bus);
-  return heard == 1 && bus->Recent("self").size() == 2;
+  board::Publish<EventBusService>(std::make_shared<EventBus>(clock));
+  return true;
 }
 
 bool UnInit() {

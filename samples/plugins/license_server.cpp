@@ -1,55 +1,65 @@
-// license.server: checks until when the site may use the product. The sample's licence has run out,
-// so its Init fails: the plugins that depend on it must cope.
+// license.server: what the site's licence permits, from the file data/licence.conf. The sample's
+// licence has run out, so its Init fails: the plugins that depend on it must cope.
 
-#include <chrono>
-#include <cstdio>
+#include <ctime>
+#include <iomanip>
+#include <set>
+#include <sstream>
 
 #include "samples/board/Board.h"
+#include "samples/board/DataFiles.h"
 #include "samples/board/Services.h"
 #include "sdk/plugin/TevPlugin.h"
 
 namespace {
 
-/// Days from 1 January 1970 to a date of the Gregorian calendar.
-std::int64_t DaysOf(int year, int month, int day) {
-  const int shifted = month <= 2 ? year - 1 : year;  // years that begin in March
-  const int era = shifted / 400;
-  const int yearOfEra = shifted - era * 400;
-  const int dayOfYear = (153 * (month + (month > 2 ? -3 : 9)) + 2) / 5 + day - 1;
-  const int dayOfEra = yearOfEra * 365 + yearOfEra / 4 - yearOfEra / 100 + dayOfYear;
-  return static_cast<std::int64_t>(era) * 146097 + dayOfEra - 719468;
-}
-
-bool ValidUntil(const std::string& date) {
-  int year = 0;
-  int month = 0;
-  int day = 0;
-  if (std::sscanf(date.c_str(), "%d-%d-%d", &year, &month, &day) != 3) return false;
-  const auto now = std::chrono::system_clock::now().time_since_epoch();
-  const auto today = std::chrono::duration_cast<std::chrono::hours>(now).count() / 24;
-  return today <= DaysOf(year, month, day);
-}
+constexpr char kPlugin[] = "license.server";
 
 class License : public LicenseService {
  public:
-  /// Takes the licensed features, each followed by a space.
-  explicit License(std::string features) : m_features(std::move(features)) {}
-
-  bool Permits(const std::string& feature) const override {
-    return (' ' + m_features).find(' ' + feature + ' ') != std::string::npos;
+  /// Takes the names of the licensed features, between blanks.
+  explicit License(const std::string& features) {
+    std::istringstream words(features);
+    for (std::string feature; words >> feature;) m_features.insert(feature);
   }
 
+  bool Permits(const std::string& feature) const override { return m_features.count(feature) != 0; }
+
  private:
-  const std::string m_features;
+  std::set<std::string> m_features;
 };
+
+/// When a day, "2019-06-30", ends; nothing for what is no day.
+std::optional<std::time_t> EndOf(const std::string& day) {
+  std::tm end{};
+  std::istringstream text(day);
+  if (!(text >> std::get_time(&end, "%Y-%m-%d"))) return std::nullopt;
+  ++end.tm_mday;
+  end.tm_isdst = -1;
+  return std::mktime(&end);
+}
 
 }  // namespace
 
 bool Init() {
-  const auto config = board::Find<ConfigService>();
-  if (!config || !ValidUntil(config->Value("licence.until", ""))) return false;
-  board::Publish<LicenseService>(
-      std::make_shared<License>(config->Value("licence.features", "") + ' '));
+  const auto text = board::ReadData("licence.conf", kPlugin);
+  if (!text) return false;
+  auto values = board::ParseSettings(*text);
+  const std::string lastDay = values["valid.until"];
+  const auto end = EndOf(lastDay);
+  if (!end) {
+    IKPXFormatLog(board::kFailure, kPlugin,
+                  "the licence in data/licence.conf has no line \"valid.until = YYYY-MM-DD\"");
+    return false;
+  }
+  if (*end <= std::time(nullptr)) {
+    IKPXFormatLog(board::kFailure, kPlugin, "the licence in data/licence.conf ran out on %s",
+                  lastDay.c_str());
+    return false;
+  }
+  IKPXFormatLog(board::kProgress, kPlugin, "licensed until %s: %s", lastDay.c_str(),
+                values["features"].c_str());
+  board::Publish<LicenseService>(std::make_shared<License>(values["features"]));
   return true;
 }
 

@@ -1,4 +1,4 @@
-// linkage.server: rules that join an alarm to an action.
+// linkage.server: joins alarms to actions: while there is one at a site, its cameras record.
 
 #include <atomic>
 
@@ -8,52 +8,47 @@
 
 namespace {
 
-struct Rule {
-  std::string word;    // in the alarm's text
-  std::string action;  // the topic to publish on
-};
+constexpr char kPlugin[] = "linkage.server";
 
 class Linkage : public LinkageService {
  public:
-  Linkage(std::shared_ptr<EventBusService> bus, std::vector<Rule> rules)
-      : m_bus(std::move(bus)), m_rules(std::move(rules)) {}
+  Linkage(EventBusService& bus, std::shared_ptr<VideoService> video)
+      : m_video(std::move(video)),
+        m_begin(
+            bus.Subscribe(AlarmService::kBegin, [this](const auto& event) { Act(event.site); })),
+        m_over(bus.Subscribe(AlarmService::kOver,
+                             [this](const auto& event) { m_video->EndRecording(event.site); })) {}
 
-  void OnAlarm(const std::string& text) {
-    for (const Rule& rule : m_rules) {
-      if (text.find(rule.word) == std::string::npos) continue;
-      ++m_fired;
-      m_bus->Publish(rule.action, text);
-    }
+  void Act(const std::string& site) {
+    if (m_video->Record(site) == 0) return;
+    ++m_fired;
+    IKPXFormatLog(board::kProgress, kPlugin, "alarm at %s: its cameras record", site.c_str());
   }
 
   int Fired() const override { return m_fired; }
 
  private:
-  const std::shared_ptr<EventBusService> m_bus;
-  const std::vector<Rule> m_rules;
+  const std::shared_ptr<VideoService> m_video;
   std::atomic<int> m_fired{0};
+  const Subscription m_begin;
+  const Subscription m_over;
 };
-
-std::shared_ptr<EventBusService> g_bus;
-int g_subscription = 0;
 
 }  // namespace
 
 bool Init() {
-  g_bus = board::Find<EventBusService>();
-  if (!g_bus || !board::Find<AlarmService>() || !board::Find<VideoService>()) return false;
-  const auto linkage = std::make_shared<Linkage>(
-      g_bus, std::vector<Rule>{{"smoke", "doors.open"}, {"intrusion", "video.record"}});
-  g_subscription = g_bus->Subscribe(
-      "alarm", [linkage](const EventBusService::Event& event) { linkage->OnAlarm(event.text); });
-  g_bus->Publish("alarm", "smoke in the hall");
+  const auto bus = board::Need<EventBusService>(kPlugin);
+  const auto alarms = board::Need<AlarmService>(kPlugin);
+  const auto video = board::Need<VideoService>(kPlugin);
+  if (!bus || !alarms || !video) return false;
+  const auto linkage = std::make_shared<Linkage>(*bus, video);
+  // After it has subscribed: an alarm that begins meanwhile is met twice, which does no harm.
+  for (const AlarmService::Alarm& alarm : alarms->Open()) linkage->Act(alarm.site);
   board::Publish<LinkageService>(linkage);
-  return linkage->Fired() == 1;
+  return true;
 }
 
 bool UnInit() {
   board::Withdraw(LinkageService::kName);
-  if (g_bus) g_bus->Unsubscribe(g_subscription);
-  g_bus.reset();
   return true;
 }

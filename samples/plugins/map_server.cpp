@@ -1,5 +1,6 @@
-// map.server: the map of the sites, kept in storage, and which of them lies nearest to a point.
+// map.server: the map of the sites, from a table of the storage: which lies nearest to a point?
 
+#include <algorithm>
 #include <cmath>
 #include <sstream>
 
@@ -8,6 +9,8 @@
 #include "sdk/plugin/TevPlugin.h"
 
 namespace {
+
+constexpr char kPlugin[] = "map.server";
 
 struct Site {
   std::string name;
@@ -26,38 +29,31 @@ double Distance(double latitude, double longitude, const Site& site) {
 
 class Map : public MapService {
  public:
-  /// Takes lines of "name latitude longitude".
-  explicit Map(const std::string& text) {
-    std::istringstream words(text);
-    for (Site site; words >> site.name >> site.latitude >> site.longitude;) {
-      m_sites.push_back(site);
-    }
-  }
+  explicit Map(std::vector<Site> sites) : m_sites(std::move(sites)) {}
 
   std::string Nearest(double latitude, double longitude) const override {
-    const Site* nearest = nullptr;
-    for (const Site& site : m_sites) {
-      if (nearest == nullptr ||
-          Distance(latitude, longitude, site) < Distance(latitude, longitude, *nearest)) {
-        nearest = &site;
-      }
-    }
-    return nearest == nullptr ? std::string() : nearest->name;
+    const auto nearest = std::min_element(
+        m_sites.begin(), m_sites.end(), [latitude, longitude](const Site& one, const Site& other) {
+          return Distance(latitude, longitude, one) < Distance(latitude, longitude, other);
+        });
+    return nearest == m_sites.end() ? std::string() : nearest->name;
   }
 
  private:
-  std::vector<Site> m_sites;
+  const std::vector<Site> m_sites;
 };
 
 }  // namespace
 
 bool Init() {
-  const auto storage = board::Find<StorageService>();
+  const auto storage = board::Need<StorageService>(kPlugin);
   if (!storage) return false;
-  storage->Put("sites", "gate 53.54 9.98\nquay 53.53 9.90\nhall 53.60 10.10\n");
-  const auto map = std::make_shared<Map>(storage->Get("sites"));
-  board::Publish<MapService>(map);
-  return map->Nearest(53.55, 10.0) == "gate" && map->Nearest(53.5, 9.8) == "quay";
+  std::vector<Site> sites;
+  std::istringstream words(storage->Table("sites"));
+  for (Site site; words >> site.name >> site.latitude >> site.longitude;) sites.push_back(site);
+  IKPXFormatLog(board::kProgress, kPlugin, "%s sites", std::to_string(sites.size()).c_str());
+  board::Publish<MapService>(std::make_shared<Map>(std::move(sites)));
+  return true;
 }
 
 bool UnInit() {

@@ -1,5 +1,5 @@
-// parking.server, brought by an addon: the free places of the car park, counted in and out, and
-// whose plates a camera at its site has read.
+// parking.server, brought by an addon: counts the cars in the car park, by the plates that the
+// camera at its entrance reads.
 
 #include <algorithm>
 #include <set>
@@ -10,44 +10,55 @@
 
 namespace {
 
+constexpr char kPlugin[] = "parking.server";
+constexpr double kLatitude = 53.541;
+constexpr double kLongitude = 9.97;
+
 class CarPark {
  public:
-  explicit CarPark(std::size_t places) : m_places(places) {}
-
-  /// False when it is full, or when the plate has not left since it came in.
-  bool In(const std::string& plate) {
-    return m_plates.size() < m_places && m_plates.insert(plate).second;
-  }
-
-  /// False for a plate that never came in.
-  bool Out(const std::string& plate) { return m_plates.erase(plate) == 1; }
-
-  std::size_t Free() const { return m_places - m_plates.size(); }
+  CarPark(DeviceService& devices, std::string camera)
+      : m_camera(std::move(camera)),
+        m_watch(
+            devices.Watch([this](const DeviceService::Device& device, const std::string& reading) {
+              if (device.id == m_camera) Pass(reading);
+            })) {}
 
  private:
-  const std::size_t m_places;
-  std::set<std::string> m_plates;
+  /// A plate is read once on its way in, and once on its way out.
+  void Pass(const std::string& plate) {
+    const bool in = m_plates.insert(plate).second;
+    if (!in) m_plates.erase(plate);
+    IKPXFormatLog(board::kProgress, kPlugin, "%s goes %s, cars inside: %s", plate.c_str(),
+                  in ? "in" : "out", std::to_string(m_plates.size()).c_str());
+  }
+
+  const std::string m_camera;
+  std::set<std::string> m_plates;  // only the watch uses it
+  const Subscription m_watch;
 };
 
-bool HasCamera(const DeviceService& devices, const std::string& site) {
-  const auto cameras = devices.OfKind("camera");
-  return std::any_of(cameras.begin(), cameras.end(),
-                     [&site](const auto& camera) { return camera.site == site; });
-}
+std::unique_ptr<CarPark> g_carPark;
 
 }  // namespace
 
 bool Init() {
-  const auto devices = board::Find<DeviceService>();
-  const auto map = board::Find<MapService>();
+  const auto devices = board::Need<DeviceService>(kPlugin);
+  const auto map = board::Need<MapService>(kPlugin);
   if (!devices || !map) return false;
-  const std::string entrance = map->Nearest(53.541, 9.97);
-  if (!HasCamera(*devices, entrance)) return false;  // nobody reads the plates there
-  CarPark park(2);
-  return park.In("HH-A 1") && !park.In("HH-A 1") && park.In("HH-B 2") && !park.In("HH-C 3") &&
-         !park.Out("HH-C 3") && park.Out("HH-A 1") && park.Free() == 1;
+  const std::string site = map->Nearest(kLatitude, kLongitude);
+  const auto cameras = devices->OfKind("camera");
+  const auto camera = std::find_if(cameras.begin(), cameras.end(),
+                                   [&site](const auto& one) { return one.site == site; });
+  if (camera == cameras.end()) {
+    IKPXFormatLog(board::kFailure, kPlugin, "no camera at \"%s\", the site of the entrance",
+                  site.c_str());
+    return false;
+  }
+  g_carPark = std::make_unique<CarPark>(*devices, camera->id);
+  return true;
 }
 
 bool UnInit() {
+  g_carPark.reset();
   return true;
 }

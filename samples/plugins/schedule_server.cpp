@@ -1,6 +1,4 @@
-// schedule.server: which weekly schedule holds now.
-
-#include <vector>
+// schedule.server: opens and closes the site, Monday to Friday from six to ten (UTC).
 
 #include "samples/board/Board.h"
 #include "samples/board/Services.h"
@@ -8,31 +6,34 @@
 
 namespace {
 
-/// A span of a week in minutes from Sunday midnight; it may run over the week's end.
-struct Span {
-  int begin;
-  int end;
+constexpr char kPlugin[] = "schedule.server";
 
-  bool Holds(int minute) const {
-    return begin <= end ? begin <= minute && minute < end : minute >= begin || minute < end;
-  }
-};
-
-int MinuteOfWeek(int day, int minuteOfDay) {
-  return day * 24 * 60 + minuteOfDay;
+bool IsOpen(const ClockService& clock) {
+  constexpr int kSunday = 0;
+  constexpr int kSaturday = 6;
+  const int day = clock.DayOfWeek();
+  const int hour = clock.MinuteOfDay() / 60;
+  return day != kSunday && day != kSaturday && hour >= 6 && hour < 22;
 }
+
+Subscription g_ticks;
 
 }  // namespace
 
 bool Init() {
-  const auto clock = board::Find<ClockService>();
+  const auto clock = board::Need<ClockService>(kPlugin);
   if (!clock) return false;
-  const Span weekend = {MinuteOfWeek(6, 0), MinuteOfWeek(1, 0)};
-  const Span week = {MinuteOfWeek(1, 0), MinuteOfWeek(6, 0)};
-  const int now = MinuteOfWeek(clock->DayOfWeek(), clock->MinuteOfDay());
-  return weekend.Holds(now) != week.Holds(now) && weekend.Holds(MinuteOfWeek(0, 90));
+  bool open = IsOpen(*clock);
+  IKPXFormatLog(board::kProgress, kPlugin, "the site is %s", open ? "open" : "closed");
+  g_ticks = clock->EverySecond([clock, open]() mutable {
+    if (IsOpen(*clock) == open) return;
+    open = !open;
+    IKPXFormatLog(board::kProgress, kPlugin, "the site %s", open ? "opens" : "closes");
+  });
+  return true;
 }
 
 bool UnInit() {
+  g_ticks.reset();
   return true;
 }

@@ -1,58 +1,49 @@
-// storage.server: a key-value store in memory that is rebuilt from its journal.
+// storage.server: the site's tables, which it reads from the data files that the settings name.
 
 #include <map>
-#include <mutex>
+#include <sstream>
 
 #include "samples/board/Board.h"
+#include "samples/board/DataFiles.h"
 #include "samples/board/Services.h"
 #include "sdk/plugin/TevPlugin.h"
 
 namespace {
 
+constexpr char kPlugin[] = "storage.server";
+
 class Storage : public StorageService {
  public:
-  void Put(const std::string& key, const std::string& value) override {
-    const std::lock_guard<std::mutex> lock(m_mutex);
-    m_journal.emplace_back(key, value);
-    m_values[key] = value;
-  }
+  explicit Storage(std::map<std::string, std::string> tables) : m_tables(std::move(tables)) {}
 
-  std::string Get(const std::string& key) const override {
-    const std::lock_guard<std::mutex> lock(m_mutex);
-    const auto value = m_values.find(key);
-    return value == m_values.end() ? std::string() : value->second;
-  }
-
-  /// Whether playing the journal back gives the values as they stand.
-  bool Consistent() const {
-    const std::lock_guard<std::mutex> lock(m_mutex);
-    std::map<std::string, std::string> replayed;
-    for (const auto& entry : m_journal) replayed[entry.first] = entry.second;
-    return replayed == m_values;
+  std::string Table(const std::string& name) const override {
+    const auto table = m_tables.find(name);
+    return table == m_tables.end() ? std::string() : table->second;
   }
 
  private:
-  mutable std::mutex m_mutex;
-  std::vector<std::pair<std::string, std::string>> m_journal;  // guarded by m_mutex
-  std::map<std::string, std::string> m_values;                 // guarded by m_mutex
+  const std::map<std::string, std::string> m_tables;
 };
-
-std::shared_ptr<Storage> g_storage;
 
 }  // namespace
 
 bool Init() {
-  const auto config = board::Find<ConfigService>();
+  const auto config = board::Need<ConfigService>(kPlugin);
   if (!config) return false;
-  g_storage = std::make_shared<Storage>();
-  g_storage->Put("site", config->Value("site.name", "unnamed"));
-  board::Publish<StorageService>(g_storage);
-  return g_storage->Consistent();
+  const std::string names = config->Value("storage.tables", "");
+  std::map<std::string, std::string> tables;
+  std::istringstream words(names);
+  for (std::string name; words >> name;) {
+    auto text = board::ReadData(name + ".txt", kPlugin);
+    if (!text) return false;
+    tables[name] = std::move(*text);
+  }
+  IKPXFormatLog(board::kProgress, kPlugin, "the tables %s", names.c_str());
+  board::Publish<StorageService>(std::make_shared<Storage>(std::move(tables)));
+  return true;
 }
 
 bool UnInit() {
   board::Withdraw(StorageService::kName);
-  const bool consistent = !g_storage || g_storage->Consistent();  // none: Init found no settings
-  g_storage.reset();
-  return consistent;
+  return true;
 }

@@ -1,15 +1,18 @@
 // video.platform: the sub platform of everything with pictures: hands out stream channels.
 
 #include <bitset>
+#include <mutex>
 
+#include "samples/board/Board.h"
+#include "samples/board/Services.h"
 #include "sdk/plugin/TevPlugin.h"
 
 namespace {
 
-class Channels {
+class Channels : public ChannelService {
  public:
-  /// The lowest free channel, or -1.
-  int Take() {
+  int Take() override {
+    const std::lock_guard<std::mutex> lock(m_mutex);
     for (std::size_t i = 0; i < m_taken.size(); ++i) {
       if (m_taken[i]) continue;
       m_taken.set(i);
@@ -18,27 +21,24 @@ class Channels {
     return -1;
   }
 
-  void Give(int channel) { m_taken.reset(static_cast<std::size_t>(channel)); }
-  bool AllFree() const { return m_taken.none(); }
+  void Give(int channel) override {
+    const std::lock_guard<std::mutex> lock(m_mutex);
+    m_taken.reset(static_cast<std::size_t>(channel));
+  }
 
  private:
-  std::bitset<64> m_taken;
+  std::mutex m_mutex;
+  std::bitset<64> m_taken;  // guarded by m_mutex
 };
-
-Channels g_channels;
 
 }  // namespace
 
 bool Init() {
-  const int first = g_channels.Take();
-  const int second = g_channels.Take();
-  g_channels.Give(first);
-  const bool lowestFirst = g_channels.Take() == first;
-  g_channels.Give(first);
-  g_channels.Give(second);
-  return lowestFirst;
+  board::Publish<ChannelService>(std::make_shared<Channels>());
+  return true;
 }
 
 bool UnInit() {
-  return g_channels.AllFree();
+  board::Withdraw(ChannelService::kName);
+  return true;
 }

@@ -1,9 +1,9 @@
-// video.server: the index of recordings. It waits for the first heartbeat of the recorder, which
-// takes its time, and is the slow one among the sample's plugins.
+// video.server: records the cameras. The slow one among the sample's plugins: its Init waits for a
+// recorder.
 
 #include <chrono>
-#include <future>
 #include <map>
+#include <mutex>
 #include <thread>
 
 #include "samples/board/Board.h"
@@ -12,74 +12,74 @@
 
 namespace {
 
+constexpr char kPlugin[] = "video.server";
+
+using Cameras = std::vector<DeviceService::Device>;
+
 class Video : public VideoService {
  public:
-  void Add(const std::string& camera, std::int64_t begin, std::int64_t end, int recording) {
-    m_recordings[camera][begin] = {end, recording};
+  Video(std::shared_ptr<ChannelService> channels, Cameras cameras)
+      : m_channels(std::move(channels)), m_cameras(std::move(cameras)) {}
+
+  std::size_t Record(const std::string& site) override {
+    const std::lock_guard<std::mutex> lock(m_mutex);
+    const std::size_t before = m_recordings.size();
+    for (const auto& camera : m_cameras) {
+      if (camera.site != site || m_recordings.count(camera.id) != 0) continue;
+      const int channel = m_channels->Take();
+      if (channel < 0) break;
+      m_recordings[camera.id] = channel;
+      IKPXFormatLog(board::kProgress, kPlugin, "%s records on channel %d", camera.id.c_str(),
+                    channel);
+    }
+    return m_recordings.size() - before;
   }
 
-  int RecordingAt(const std::string& camera, std::int64_t second) const override {
-    const auto list = m_recordings.find(camera);
-    if (list == m_recordings.end()) return -1;
-    auto next = list->second.upper_bound(second);
-    if (next == list->second.begin()) return -1;
-    --next;
-    return second < next->second.first ? next->second.second : -1;
-  }
-
- private:
-  // By camera, by begin: end and number.
-  std::map<std::string, std::map<std::int64_t, std::pair<std::int64_t, int>>> m_recordings;
-};
-
-/// The recorder beside the host, which gives its first heartbeat when its disks have spun up.
-class Recorder {
- public:
-  Recorder()
-      : m_thread([this] {
-          std::this_thread::sleep_for(std::chrono::milliseconds(1500));
-          m_heartbeat.set_value();
-        }) {}
-
-  ~Recorder() { m_thread.join(); }
-
-  bool WaitForHeartbeat(std::chrono::seconds limit) {
-    return m_heartbeat.get_future().wait_for(limit) == std::future_status::ready;
+  void EndRecording(const std::string& site) override {
+    const std::lock_guard<std::mutex> lock(m_mutex);
+    for (const auto& camera : m_cameras) {
+      const auto recording = m_recordings.find(camera.id);
+      if (camera.site != site || recording == m_recordings.end()) continue;
+      m_channels->Give(recording->second);
+      m_recordings.erase(recording);
+      IKPXFormatLog(board::kProgress, kPlugin, "%s no longer records", camera.id.c_str());
+    }
   }
 
  private:
-  std::promise<void> m_heartbeat;
-  std::thread m_thread;  // behind the promise, which it uses
+  const std::shared_ptr<ChannelService> m_channels;
+  const Cameras m_cameras;
+  std::mutex m_mutex;
+  std::map<std::string, int> m_recordings;  // by camera: its channel; guarded by m_mutex
 };
 
-std::unique_ptr<Recorder> g_recorder;
-
-/// False without devices. Lets go of them again: a stop does not wait for an Init that runs, and
-/// may unmap their code while this one waits for the recorder.
-bool AddRecordings(Video& video) {
-  const auto devices = board::Find<DeviceService>();
-  if (!devices) return false;
-  int recording = 0;
-  for (const DeviceService::Device& camera : devices->OfKind("camera")) {
-    video.Add(camera.id, 0, 3600, ++recording);
-    video.Add(camera.id, 7200, 10800, ++recording);
-  }
-  return true;
+/// Stands in for the wait until the recorder's disks have spun up.
+void WaitForRecorder() {
+  std::this_thread::sleep_for(std::chrono::milliseconds(1500));
 }
 
 }  // namespace
 
 bool Init() {
-  const auto video = std::make_shared<Video>();
-  if (!AddRecordings(*video)) return false;
-  g_recorder = std::make_unique<Recorder>();
-  board::Publish<VideoService>(video);
-  return g_recorder->WaitForHeartbeat(std::chrono::seconds(10)) &&
-         video->RecordingAt("cam-1", 7300) == 2 && video->RecordingAt("cam-1", 5000) == -1;
+  Cameras cameras;
+  {
+    // Let go of again before the wait: a stop does not wait for an Init that runs, and may unmap
+    // the code of the plugins that it depends on.
+    const auto devices = board::Need<DeviceService>(kPlugin);
+    if (!devices) return false;
+    cameras = devices->OfKind("camera");
+  }
+  IKPXFormatLog(board::kProgress, kPlugin, "waits for the recorder");
+  WaitForRecorder();
+  const auto channels = board::Need<ChannelService>(kPlugin);
+  if (!channels) return false;
+  IKPXFormatLog(board::kProgress, kPlugin, "%s cameras are ready",
+                std::to_string(cameras.size()).c_str());
+  board::Publish<VideoService>(std::make_shared<Video>(channels, std::move(cameras)));
+  return true;
 }
 
 bool UnInit() {
   board::Withdraw(VideoService::kName);
-  g_recorder.reset();
   return true;
 }

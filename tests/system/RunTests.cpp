@@ -45,6 +45,23 @@ std::string ForAnotherMachine(const std::string& library) {
   return content;
 }
 
+/// Why license.server fails with this file of its own, in a product of it and what it needs.
+std::string ReasonOfLicence(const std::string& file) {
+  const SiteCopy site;
+  site.Write("Product.xml",
+             "<ProductDescription><Plugins><Plugin ID='config.server'/>"
+             "<Plugin ID='license.server'/></Plugins></ProductDescription>");
+  site.Remove("bin/TevAddons");
+  site.Write("bin/data/licence.conf", file);
+  const HubResult result = RunHub("run --json --seconds 2 --bin " + site.Bin());
+  EXPECT_EQ(3, result.status) << result.errors;
+  return result.Json()["plugins"][1]["reason"];
+}
+
+std::string LogOf(const SiteCopy& site) {
+  return LocalFromPath(site.Path("hub.log"));
+}
+
 TEST(SampleProduct, RunsToTheEndAndIsDegradedOnPurpose) {
   const HubResult result = RunHub("run --json --bin \"" TEV_SITE "/bin\" --seconds 4");
   ASSERT_EQ(3, result.status) << result.errors;
@@ -71,10 +88,52 @@ TEST(SampleProduct, RunsToTheEndAndIsDegradedOnPurpose) {
   EXPECT_EQ(started.size() + 1, run["Handles"].size());  // the one whose Init failed is loaded too
 }
 
+TEST(SampleProduct, SaysWhenItsLicenceRanOut) {
+  EXPECT_EQ(
+      "its Init returned false: [license.server] the licence in data/licence.conf ran out on "
+      "2020-02-29",
+      ReasonOfLicence("valid.until = 2020-02-29"));
+  EXPECT_EQ(
+      "its Init returned false: [license.server] the licence in data/licence.conf has no line "
+      "\"valid.until = YYYY-MM-DD\"",
+      ReasonOfLicence("valid.until = for ever"));
+}
+
+TEST(SampleProduct, ReportsInDetailWithALicence) {
+  const SiteCopy site;
+  site.Write("bin/data/licence.conf", "valid.until = 2999-12-31\nfeatures = report.details\n");
+  HubProcess hub("run --bin " + site.Bin() + " --log \"" + LogOf(site) + "\"");
+  EXPECT_TRUE(hub.AwaitFile(
+      LogOf(site), "[dashboard.server] open alarms: 1, smoke at quay, actions: 1, no backup\n"));
+  EXPECT_TRUE(hub.AwaitOutput("Up after"));
+  hub.AskToStop(StopKind::kTerminate);
+  EXPECT_THAT(hub.Wait().output,
+              HasSubstr("\ndegraded: 19 of 20 plugins started; backup.server was not loaded\n"));
+}
+
+TEST(SampleProduct, ActsOnWhatItsDevicesReport) {
+  const SiteCopy site;
+  HubProcess hub("run --bin " + site.Bin() + " --log \"" + LogOf(site) + "\"");
+  for (const std::string line :
+       {"[access.server] door-1 opens for bo", "[parking.server] HH-A 1 goes in, cars inside: 1",
+        "[alarm.server] alarm: smoke at quay", "[notification.server] to bo: smoke at quay, ",
+        "[video.server] cam-2 records on channel 0",
+        "[linkage.server] alarm at quay: its cameras record",
+        "[dashboard.server] open alarms: 1, actions: 1, no backup"}) {
+    EXPECT_TRUE(hub.AwaitFile(LogOf(site), line)) << line;
+  }
+  EXPECT_TRUE(hub.AwaitOutput("Up after"));
+  hub.AskToStop(StopKind::kTerminate);
+  EXPECT_EQ(3, hub.Wait().status);
+}
+
 TEST(SampleProduct, SurvivesAStopWhileItsSlowPluginIsInInit) {
-  const HubResult result = RunHub("run --json --bin \"" TEV_SITE "/bin\" --seconds 1");
-  EXPECT_EQ(4, result.status) << result.errors;
-  EXPECT_NE("crashed", result.Json()["status"]);
+  // With the second one its Init returns during the stop, and publishes.
+  for (const std::string seconds : {"1", "1.5"}) {
+    const HubResult result = RunHub("run --json --bin \"" TEV_SITE "/bin\" --seconds " + seconds);
+    EXPECT_EQ(4, result.status) << result.errors;
+    EXPECT_NE("crashed", result.Json()["status"]);
+  }
 }
 
 TEST(SampleProduct, ShowsTheFailingAndTheMissingPluginFirst) {
