@@ -6,14 +6,14 @@
 #include <mutex>
 #include <string>
 
-/// Writes texts on a thread of its own: a reader that has stopped reading must hold up neither the
+/// Writes texts on its own thread, so that a reader that has stopped reading delays neither the
 /// plugins nor a stop request.
 ///
-/// Made once, at the begin of main, and never destroyed: its thread may hang in a write while the
-/// process ends. Any thread may write. To be flushed before the process ends.
+/// Created once, at the start of main, and never destroyed: its thread may be blocked in a write
+/// while the process ends. Thread-safe. Call Flush before the process ends.
 class BackgroundWriter {
  public:
-  /// Writes a text; why it could not, empty when it could.
+  /// Writes `text`. Returns why it failed; empty on success.
   using WriteFn = std::function<std::string(const std::string& text)>;
 
   /// `thread`: the thread's name.
@@ -22,16 +22,16 @@ class BackgroundWriter {
   BackgroundWriter(const BackgroundWriter&) = delete;
   BackgroundWriter& operator=(const BackgroundWriter&) = delete;
 
-  /// Texts are written in the order of the calls. After a failure nothing more is tried.
+  /// Texts are written in the order of the calls. After a failed write later texts are dropped.
   void Write(const std::string& text);
 
-  /// Waits until everything is written, at most so long. What is not written then counts as failed.
+  /// Waits until everything is written, at most for `limit`. After that the writer has failed.
   void Flush(std::chrono::milliseconds limit);
 
-  /// Whether what was written before still waits for the reader.
+  /// Whether a text still waits because an earlier write has not finished.
   bool IsBehind() const;
 
-  /// Why something could not be written; empty: nothing of the kind.
+  /// Why a write failed; empty when none has.
   std::string Error() const;
 
  private:

@@ -44,7 +44,7 @@ std::string Quoted(const std::string& word) {
   return "\"" + Escaped(word) + "\"";
 }
 
-/// The full path without links, of what need not exist.
+/// The absolute path with symbolic links resolved; the file itself need not exist.
 fs::path Resolved(const fs::path& path) {
   std::error_code error;
   const fs::path full = fs::absolute(path, error);
@@ -52,8 +52,9 @@ fs::path Resolved(const fs::path& path) {
   return error ? full : resolved;
 }
 
-/// Whether a file written there would damage the product that lies around `bin`.
-bool IsOneOfTheProduct(const std::string& file, const fs::path& bin) {
+/// Whether writing `file` could damage the product: it lies below the folder that holds `bin` and
+/// has the extension of a model file, library or executable.
+bool IsProductFile(const std::string& file, const fs::path& bin) {
   if (file.empty()) return false;
   std::error_code error;
   const fs::path target = Resolved(PathFromLocal(file));
@@ -69,7 +70,7 @@ bool IsOneOfTheProduct(const std::string& file, const fs::path& bin) {
   return isVersioned || own.count(LocalFromPath(PathFromLocal(name).extension())) != 0;
 }
 
-/// Why nothing can be appended there; empty when it can. A pipe hangs whoever opens or fills it.
+/// Why `file` cannot be appended to; empty when it can. Opening or filling a pipe may block.
 std::string WhyNotWritten(const fs::path& file) {
   std::error_code error;
   const fs::file_type type = fs::status(file, error).type();
@@ -77,7 +78,7 @@ std::string WhyNotWritten(const fs::path& file) {
   return type == fs::file_type::directory ? "is a directory" : "";
 }
 
-/// Why a flight record cannot take the place of what is there now; empty when it can.
+/// Why a flight record must not replace the existing `file`; empty when it may.
 std::string WhyNotReplaced(const fs::path& file) {
   std::error_code error;
   const fs::file_type type = fs::status(file, error).type();
@@ -89,7 +90,7 @@ std::string WhyNotReplaced(const fs::path& file) {
   return begin == head ? std::string() : "is there and is no flight record";
 }
 
-/// What is wrong with a request that the command line's grammar allows; empty when nothing is.
+/// What is wrong with options that the parser has accepted; empty when nothing is.
 std::string WhatIsWrong(const Options& options) {
   if (options.json && options.events) return "--json and --events: only one of them";
   if (options.noRecord && !options.record.empty())
@@ -107,7 +108,7 @@ std::string WhatIsWrong(const Options& options) {
   if (!fs::is_directory(bin, error)) return "--bin: " + options.bin + " is no folder";
   for (const auto& [option, file] :
        {std::pair("--log: ", options.log), std::pair("--record: ", options.record)}) {
-    if (IsOneOfTheProduct(file, bin)) {
+    if (IsProductFile(file, bin)) {
       return option + file + " is one of the product's own files, or could pass for one";
     }
     const std::string why = file.empty() ? file : WhyNotWritten(PathFromLocal(file));
@@ -138,9 +139,9 @@ std::string NoCommand(const std::vector<std::string>& words) {
          "; there are " + commands + " (HUB --help)";
 }
 
-/// What is wrong with a word that nothing takes.
-std::string NotTaken(const CLI::App& app, const CLI::App& command,
-                     const std::vector<std::string>& words) {
+/// What is wrong with a word that the parser could not assign to anything.
+std::string UnexpectedWord(const CLI::App& app, const CLI::App& command,
+                           const std::vector<std::string>& words) {
   const std::string& name = command.get_name();
   const std::string help = " (HUB " + name + " --help)";
   const std::string word = app.remaining(true).front();
@@ -153,7 +154,7 @@ std::string NotTaken(const CLI::App& app, const CLI::App& command,
          help;
 }
 
-/// The option of `command` that the parser's sentence is about; it names it before any value.
+/// The option of `command` that the parser's error text is about. The text names it before a value.
 const CLI::Option* OptionIn(const std::string& sentence, const CLI::App& command) {
   const std::size_t begin = sentence.find("--");
   if (begin == std::string::npos) return nullptr;
@@ -161,7 +162,7 @@ const CLI::Option* OptionIn(const std::string& sentence, const CLI::App& command
   return command.get_option_no_throw(sentence.substr(begin, end - begin));
 }
 
-/// What is wrong with the value of an option, or that it has one or none.
+/// What is wrong with the value of an option; also that a value is missing or not allowed.
 std::string WrongValue(const CLI::ParseError& error, const CLI::Option& option,
                        const CLI::App& command) {
   const std::string name = option.get_name();
@@ -178,7 +179,7 @@ std::string WrongValue(const CLI::ParseError& error, const CLI::Option& option,
          command.get_name() + " --help)";
 }
 
-/// What is wrong with a command line that the parser refuses: one sentence.
+/// What is wrong with a command line that the parser has refused, in one sentence.
 std::string WrongUse(const CLI::ParseError& error, const CLI::App& app,
                      const std::vector<std::string>& words) {
   const std::vector<const CLI::App*> commands =
@@ -186,7 +187,7 @@ std::string WrongUse(const CLI::ParseError& error, const CLI::App& app,
   if (commands.empty()) return NoCommand(words);
   const CLI::App& command = *commands.front();
   if (dynamic_cast<const CLI::ExtrasError*>(&error) != nullptr)
-    return NotTaken(app, command, words);
+    return UnexpectedWord(app, command, words);
   const CLI::Option* option = OptionIn(error.what(), command);
   return option == nullptr ? error.what() : WrongValue(error, *option, command);
 }
@@ -209,7 +210,7 @@ CLI::Validator Between(int least, int most) {
                     : Quoted(text) + " is no whole number from " + std::to_string(least) + " to " +
                           std::to_string(most);
       },
-      std::string());  // the help line says it in words
+      std::string());  // no text for the help: the option's own help line names the range
 }
 
 void AddProductOptions(CLI::App& command, Options& options) {
@@ -264,7 +265,7 @@ std::optional<Request> ReadCommandLine(HostContext& context, ExitStatus& status)
   Request request;
   for (const Command& command : Commands()) {
     CLI::App& added = *app.add_subcommand(command.name, command.summary);
-    added.formatter(std::make_shared<CLI::Formatter>());  // not the program's, which is inherited
+    added.formatter(std::make_shared<CLI::Formatter>());  // else it shares the program's formatter
     added.get_formatter()->column_width(kHelpColumn);
     command.addOptions(added, request.options);
     added.callback([&request, run = command.run] { request.run = run; });

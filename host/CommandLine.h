@@ -10,7 +10,7 @@ class App;
 class Validator;
 }  // namespace CLI
 
-/// Accepts every text but the empty one, which a script passes whose variable is not set.
+/// Accepts any text but an empty one: a script passes that when its variable is not set.
 CLI::Validator Path();
 
 /// Accepts whole numbers from `least` to `most`.
@@ -25,6 +25,6 @@ struct Request {
   ExitStatus (*run)(const Options& options, HostContext& context) = nullptr;
 };
 
-/// Reads the command line. None when that was all there is to do, or wrong: help, the version or
-/// one sentence has then been written, and `status` is what the program ends with.
+/// Parses the command line. Returns nothing when the program has only to end with `status`: help,
+/// the version, or one sentence on what is wrong with the command line has been written.
 std::optional<Request> ReadCommandLine(HostContext& context, ExitStatus& status);

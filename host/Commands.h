@@ -16,21 +16,21 @@ class App;
 
 /// HUB's exit statuses; docs/hub.md says what each promises.
 enum ExitStatus : int {
-  kBySignal = -1,  // the system's own, of a process that a crash ends
+  kBySignal = -1,  // a crash ends the process; the system sets its exit status
   kOk = 0,
   kFrameFailed = 1,
   kUsage = 2,
   kDegraded = 3,
-  kCutShort = 4  // stopped before it was up, or left with plugins that had not returned
+  kCutShort = 4  // stopped before all was started, or plugins have not returned from Init or UnInit
 };
 
 enum class Color { kAuto, kAlways, kNever };
 
 /// What the command line asks for.
 struct Options {
-  std::string bin;  // stands for the running executable's folder; empty: the program's own
+  std::string bin;  // used as the executable's folder; empty: the folder of HUB itself
   std::int32_t module = 1;
-  int workers = 0;  // most threads of a pool; 0: as many as are asked for
+  int workers = 0;  // maximum number of threads of a pool; 0: as many as are asked for
 
   std::string log;
   int logLevel = 0;
@@ -42,22 +42,22 @@ struct Options {
   bool all = false;
   Color color = Color::kAuto;
 
-  std::string record;  // empty: in the user's state folder
+  std::string record;  // file; empty: one in the user's state folder
   bool noRecord = false;
 
   std::optional<double> seconds;       // how long to run; none: until a stop request
-  std::optional<double> startTimeout;  // seconds; none: as long as it takes
-  double stopTimeout = 90;             // seconds without any plugin's end
+  std::optional<double> startTimeout;  // seconds; none: no limit
+  double stopTimeout = 90;             // seconds during which no plugin finishes its stop
 };
 
-/// What a command works with, made at the begin of main and alive until its end.
+/// What every command needs; created at the start of main, destroyed at its end.
 struct HostContext {
   StopSignal& stop;
   Output& output;
   std::vector<std::string> commandLine;
 };
 
-/// A request that cannot be served as it was made: HUB ends with kUsage.
+/// The user asked for something that is not possible: HUB ends with kUsage.
 class UsageError : public std::runtime_error {
  public:
   using std::runtime_error::runtime_error;
@@ -71,7 +71,8 @@ struct Command {
   ExitStatus (*run)(const Options& options, HostContext& context);
 };
 
-/// `model`: initialises the frame, prints what it hands over as one JSON object, un-initialises.
+/// `model`: initialises the frame, prints the models that it passes to the platform as one JSON
+/// object, un-initialises the frame.
 Command ModelCommand();
 
 /// `run`: starts the product, shows its plugins, and stops it on request or after a time.

@@ -28,7 +28,7 @@ constexpr std::int64_t kLongestAnswerNs = 3'000'000'000;
 constexpr char kLoading[] = "loading";
 constexpr char kInInit[] = "in Init";
 
-/// The plugin's code that a thread runs. Written and read by that thread alone.
+/// Which plugin's code a thread runs. Written and read by that thread alone.
 struct PluginCode {
   FixedText plugin;
   const char* phase = nullptr;  // null: none
@@ -38,8 +38,8 @@ struct PluginCode {
 thread_local PluginCode t_code;
 thread_local FixedText t_path;  // of the library that was loaded last
 
-/// Where a plugin's library is, or was, mapped. Never removed: that code of an unmapped one runs is
-/// worth telling.
+/// Where a plugin's library is, or was, mapped. Kept after the unmapping, so that a crash in code
+/// that is no longer mapped can be explained.
 struct MappedLibrary {
   FixedText plugin;
   std::string path;  // not for the crash handler
@@ -48,25 +48,25 @@ struct MappedLibrary {
   std::atomic<bool> unmapped{false};
 };
 
-/// Filled from the front, each entry by one thread; `g_mapped` counts those that are complete or
-/// being filled, of which the latter have no end yet.
+/// Filled from the front, each entry by one thread. `g_mapped` counts the complete entries and
+/// those that are being filled, whose `end` is still 0.
 std::array<MappedLibrary, 4096> g_libraries;
 std::atomic<std::size_t> g_mapped{0};
 
-std::atomic<int> g_writers{0};  // threads that hold a permit, or are asking for one
+std::atomic<int> g_writers{0};  // threads that hold a RecordPermit, or are constructing one
 std::atomic<bool> g_crashed{false};
 
 std::atomic<SystemFile> g_record{kNoFile};
 FixedText g_recordPath;
 
-/// The crash as it is written. Written by the reporting thread before it sets g_reported.
+/// What is reported about the crash. Written by the crashed thread before it sets g_reported.
 struct CrashFacts {
   CrashText sentence;
   FixedText plugin;
   const char* phase = "";
   std::int64_t nanoseconds = 0;
   std::uint64_t thread = 0;
-  std::int64_t exitStatus = -1;  // -1: the signal's
+  std::int64_t exitStatus = -1;  // -1: a signal ends the process
 };
 CrashFacts g_crash;
 std::atomic<bool> g_reported{false};
@@ -76,7 +76,7 @@ SystemFile g_output = kNoFile;
 CrashOutput g_outputKind = CrashOutput::kNothing;
 std::uint64_t g_runThread = 0;
 
-/// Who writes the end of the run to standard output.
+/// Which thread writes the end of the run to standard output; kWritten once that is done.
 enum class LastOutput { kNobody, kRun, kCrashReport, kWritten };
 std::atomic<LastOutput> g_lastOutput{LastOutput::kNobody};
 
@@ -87,7 +87,7 @@ void BeginCode(const std::string& plugin, const char* phase) {
   t_code.phase = phase;
 }
 
-void EnterMapped(const std::string& path) {
+void AddMapped(const std::string& path) {
   const auto range = LoadedModule(path);
   const std::size_t at = g_mapped.load();
   if (!range || at >= g_libraries.size()) return;
@@ -99,9 +99,9 @@ void EnterMapped(const std::string& path) {
   g_libraries[mine].end = range->end;
 }
 
-/// Before and after a library is freed: other threads may crash in it before the frame says that it
-/// has been freed, and it may still be mapped then, when somebody else holds it too.
-void EnterUnmapped(bool isFreed) {
+/// Called before and after a library is freed. Before: other threads may crash in it before the
+/// frame logs that it is freed. After: it may still be mapped, if something else has loaded it.
+void MarkUnmapped(bool isFreed) {
   const std::size_t count = std::min(g_mapped.load(), g_libraries.size());
   for (std::size_t i = 0; i < count; ++i) {
     MappedLibrary& library = g_libraries[i];
@@ -110,7 +110,7 @@ void EnterUnmapped(bool isFreed) {
   }
 }
 
-/// The library around an address; of several that lay there one after the other, the last.
+/// The library that contains an address; the last one, when several were mapped there in turn.
 const MappedLibrary* LibraryAt(const void* address) {
   const auto at = reinterpret_cast<std::uintptr_t>(address);
   const std::size_t count = std::min(g_mapped.load(), g_libraries.size());
@@ -126,20 +126,20 @@ void AddSeconds(CrashText& text, std::int64_t nanoseconds) {
   text.AddNumber(tenths / 10).Add(".").AddNumber(tenths % 10).Add(" s");
 }
 
-/// The library whose code crashed, or called what did.
+/// The plugin library whose code crashed or called the code that crashed.
 const MappedLibrary* CrashedLibrary(const Crash& crash) {
   const MappedLibrary* library = LibraryAt(crash.address);
   if (library != nullptr || t_code.phase != nullptr) return library;
   return LibraryAt(FindInCrashStack([](const void* code) { return LibraryAt(code) != nullptr; }));
 }
 
-/// Whose code it was, as the end of the sentence, and the plugin's name.
-void AddWhose(CrashText& text, FixedText& plugin, const Crash& crash) {
+/// Appends whose code crashed to the sentence, and sets the plugin's name.
+void AddCodeOwner(CrashText& text, FixedText& plugin, const Crash& crash) {
   if (crash.sent) return;
   const MappedLibrary* library = CrashedLibrary(crash);
-  const bool isThreads = t_code.phase != nullptr && library != nullptr &&
-                         library->plugin.View() == t_code.plugin.View();
-  if (library != nullptr && library->unmapped && !isThreads) {
+  const bool isOfThisThread = t_code.phase != nullptr && library != nullptr &&
+                              library->plugin.View() == t_code.plugin.View();
+  if (library != nullptr && library->unmapped && !isOfThisThread) {
     plugin = library->plugin;
     text.Add(" in code of ")
         .AddEscaped(plugin.View())
@@ -160,7 +160,7 @@ void AddWhose(CrashText& text, FixedText& plugin, const Crash& crash) {
   text.Add(" on a thread that runs no plugin's Init or UnInit");
 }
 
-/// How many bytes at the begin of `text` are one character in UTF-8; 0 for none.
+/// The length of the UTF-8 character at the start of `text`; 0 when there is no valid one.
 std::size_t CharacterBytes(std::string_view text) {
   const auto first = static_cast<unsigned char>(text.front());
   if (first < 0x80) return 1;
@@ -173,7 +173,7 @@ std::size_t CharacterBytes(std::string_view text) {
   return count;
 }
 
-/// A text inside a JSON string. It may be cut inside a character.
+/// Appends `text` as the inside of a JSON string. `text` may end in the middle of a character.
 void AddJson(CrashText& line, std::string_view text) {
   while (!text.empty()) {
     const std::size_t bytes = CharacterBytes(text);
@@ -188,9 +188,9 @@ void AddJson(CrashText& line, std::string_view text) {
   }
 }
 
-/// Lets nobody else write to the record any more, and lets those who are writing finish; not for
-/// long, as this thread may be one of them.
-void CloseRecordToOthers() {
+/// Waits until no other thread writes to the record; g_crashed keeps new writers out. The wait is
+/// limited, since this thread may itself have crashed while it was writing.
+void WaitForRecordWriters() {
   constexpr std::int64_t longestWaitNs = 100'000'000;
   const std::int64_t begin = SteadyNanoseconds();
   while (g_writers != 0 && SteadyNanoseconds() - begin < longestWaitNs) {
@@ -203,10 +203,10 @@ const char* PhaseOf(const char* code) {
   return isOfTheStart ? RunPhase::kStart : RunPhase::kStop;
 }
 
-void TakeFacts(const Crash& crash) {
-  constexpr std::size_t longestWhat = 500;  // of an exception's text; the rest must fit behind it
+void CollectFacts(const Crash& crash) {
+  constexpr std::size_t longestWhat = 500;  // bytes of an exception's text, to leave room after it
   g_crash.sentence.AddEscaped(std::string_view(crash.what).substr(0, longestWhat));
-  AddWhose(g_crash.sentence, g_crash.plugin, crash);
+  AddCodeOwner(g_crash.sentence, g_crash.plugin, crash);
   g_crash.phase = PhaseOf(t_code.phase);
   g_crash.nanoseconds = SteadyNanoseconds();
   g_crash.thread = ThreadNumber();
@@ -214,7 +214,7 @@ void TakeFacts(const Crash& crash) {
   g_crash.exitStatus = isExit ? static_cast<int>(kCutShort) : -1;
 }
 
-/// The line of the record.
+/// Writes the crash's line of the record.
 void WriteEvent(SystemFile file) {
   CrashText line;
   line.Add(R"({"record":"event","event":"crash","ns":)").AddNumber(g_crash.nanoseconds);
@@ -234,11 +234,11 @@ void WriteEvent(SystemFile file) {
 void WriteRecord() {
   const SystemFile record = g_record;
   if (record == kNoFile) return;
-  CloseRecordToOthers();
+  WaitForRecordWriters();
   WriteEvent(record);
 }
 
-/// What `run --json` prints, without what takes heap and locks.
+/// Writes the object of `run --json`, with null for everything that needs the heap or a lock.
 void WriteObject(SystemFile file) {
   CrashText begin;
   begin.Add(R"({"schema":2,"product":null,"status":"crashed","sentence":"crashed: )");
@@ -272,7 +272,8 @@ bool WaitFor(LastOutput state) {
   return true;
 }
 
-/// Lets the run's thread write the end of the run to standard output, and does what is left of it.
+/// Lets the run's thread write the end of the run to standard output; if it cannot, writes what is
+/// possible from here.
 void CompleteOutput(const Crash& crash) {
   g_reported = true;
   const bool runCanWrite = g_runThread != 0 && !crash.alone && g_runThread != ThreadNumber();
@@ -284,7 +285,7 @@ void CompleteOutput(const Crash& crash) {
   if (g_outputKind == CrashOutput::kEvent) WriteEvent(g_output);
 }
 
-/// False when nobody reads it.
+/// Returns false when standard error cannot be written.
 bool WriteStandardError() {
   CrashText text;
   text.Add("\nHUB: the process ends: ").Add(g_crash.sentence.View()).Add("\n");
@@ -295,10 +296,10 @@ bool WriteStandardError() {
   return WriteCrashText(StandardError(), record.View());
 }
 
-/// The record first: standard error may be a pipe that nobody reads.
+/// Writes the record first, since writing to standard error may block.
 void Report(const Crash& crash) noexcept {
   g_crashed = true;
-  TakeFacts(crash);
+  CollectFacts(crash);
   WriteRecord();
   if (WriteStandardError()) WriteCrashStack(StandardError());
   CompleteOutput(crash);
@@ -359,7 +360,7 @@ RecordPermit::~RecordPermit() {
   --g_writers;
 }
 
-void FollowPluginCode(const FrameEvent& event) {
+void TrackPluginCode(const FrameEvent& event) {
   using Kind = FrameEvent::Kind;
   switch (event.kind) {
     case Kind::kLoadTaskBegin:
@@ -371,15 +372,15 @@ void FollowPluginCode(const FrameEvent& event) {
     case Kind::kUnInitBegin:
       return BeginCode(event.plugin, "in UnInit");
     case Kind::kFreeBegin:
-      EnterUnmapped(false);
+      MarkUnmapped(false);
       return BeginCode(std::string(t_code.plugin.View()), "being unmapped");
     case Kind::kLoadBegin:
       t_path.Set(event.path);
       return;
     case Kind::kLoadSucceeded:
-      return EnterMapped(event.path);
+      return AddMapped(event.path);
     case Kind::kFreeEnd:
-      return EnterUnmapped(true);
+      return MarkUnmapped(true);
     case Kind::kStartCounted:
     case Kind::kStartAbandoned:
     case Kind::kNotLoadedCounted:

@@ -8,43 +8,43 @@
 #include "workbench/record/FrameEvent.h"
 #include "workbench/record/RunEvent.h"
 
-// What HUB says when the process ends by a crash or by an exit that is not its own: which plugin's
-// code ran on that thread, in which phase and for how long, the stack, and where the record lies.
+// What HUB reports when the process crashes, or when something other than HUB calls exit: which
+// plugin's code ran on that thread, in which phase and for how long, the stack, the record's path.
 //
-// The thread that crashed writes that to the record and to standard error. What belongs on standard
-// output the run's thread writes, which may use the heap and waits in ReportedCrash meanwhile; the
-// thread that crashed waits for it, some seconds at most, and then writes the little that it can.
+// The crashed thread writes this to the record and to standard error. Standard output is written by
+// the run's thread, which waits in ReportedCrash until then and may use the heap. The crashed
+// thread waits for it, three seconds at most, and then writes what is possible without the heap.
 
-/// Installs the crash handler. At the begin of main.
+/// Installs the crash handler. Call it at the start of main.
 void InstallCrashReport();
 
-/// From now on an exit is HUB's own, unless the process is crashing: then this does not return, and
-/// the crash ends the process with its own status.
+/// Call it before HUB ends the process itself: the exit is then not reported as a crash. Does not
+/// return when the process is crashing: the crash then ends the process with its own status.
 void AnnounceExit();
 
-/// `file`: where the crash's line goes to; `record`: what the sentence calls the record. Each may
-/// be empty. Called once.
+/// `file`: the file to which the crash's line is appended; `record`: the record's path to show to
+/// the user. Each may be empty. Called once.
 void SetCrashRecord(const std::filesystem::path& file, const std::filesystem::path& record);
 
-/// What standard output says of a crash when the run's thread cannot write it.
+/// What the crashed thread writes to standard output when the run's thread cannot write there.
 enum class CrashOutput { kNothing, kObject, kEvent };
 
-/// The calling thread is the run's from now on. `output`: HUB's own standard output.
+/// Registers the calling thread as the run's thread. `output`: HUB's standard output.
 void SetCrashOutput(SystemFile output, CrashOutput kind);
 
-/// The crash that ends the process, its number the exit status, -1 where the signal is it; none:
-/// there is none. Waits until the thread that crashed has written its report. The run's thread.
+/// The crash that ends the process; none when there is no crash. `number` is the exit status, or -1
+/// when a signal ends the process. Waits for the crashed thread's report. For the run's thread.
 std::optional<RunEvent> ReportedCrash();
 
-/// To be called before the end of the run is written to standard output, by the run's thread; false
-/// when the thread that crashed has begun to do so.
+/// Called by the run's thread before it writes the end of the run to standard output. Returns false
+/// when the crashed thread has already begun to write it.
 bool ClaimLastOutput();
 
-/// The end of the run stands on standard output.
+/// Called when the end of the run has been written to standard output.
 void LastOutputIsWritten();
 
-/// Permission to write a line of the record. Once the process has crashed there is none, so that
-/// the crash's line stays the last one. Any thread; held for the write alone.
+/// Permission to write a line of the record. It is refused once the process has crashed, so that
+/// the crash's line stays the last one. Thread-safe; hold it only during the write.
 class RecordPermit {
  public:
   RecordPermit();
@@ -58,9 +58,9 @@ class RecordPermit {
   bool m_granted;
 };
 
-/// Follows which plugin's code the calling thread runs, and which libraries are mapped, by what the
-/// frame logs on it. Must be called on the thread that logged.
-void FollowPluginCode(const FrameEvent& event);
+/// Keeps track of which plugin's code the calling thread runs and which libraries are mapped, from
+/// the frame's log lines. Must be called on the thread that logged the line.
+void TrackPluginCode(const FrameEvent& event);
 
-/// The library file that the calling thread has loaded last for a plugin; empty for none.
+/// The last library file that the calling thread loaded for a plugin; empty when it loaded none.
 std::string LoadedLibrary();

@@ -4,9 +4,9 @@
 #include <cstddef>
 #include <string_view>
 
-/// A text without heap, which is cut to its place: for what a crash handler reads, and for what a
-/// thread has of its own. A thread that ends with its process must have nothing to destroy: Windows
-/// may stop it in the middle, with the locks that it holds.
+/// A text in a fixed buffer, cut to its size: for what a crash handler reads, and for thread-local
+/// texts. Thread-local data must need no destructor here: when the process ends, Windows may stop a
+/// thread inside a destructor while it holds a lock.
 class FixedText {
  public:
   void Set(std::string_view text) { m_size = text.copy(m_text.data(), m_text.size()); }

@@ -7,12 +7,12 @@
 #include <queue>
 #include <thread>
 
-/// The thread that drives the frame: every call of its entries is made here, in order, and so is
-/// all reading of the product's files, so that the run's own thread stays free for stop requests
-/// and the screen however long a call takes.
+/// The thread that calls the frame. All calls of the frame's entries and all reading of the
+/// product's files happen here, in order, so that the run's thread stays free for stop requests and
+/// the screen, however long a call takes.
 ///
-/// One thread uses it. The destructor waits for the calls that have begun; a program that leaves
-/// one behind ends without destroying its driver.
+/// Not thread-safe. The destructor waits for all calls; a program that does not want to wait for a
+/// call must end without destroying the driver.
 class FrameDriver {
  public:
   FrameDriver();
@@ -20,10 +20,10 @@ class FrameDriver {
   FrameDriver(const FrameDriver&) = delete;
   FrameDriver& operator=(const FrameDriver&) = delete;
 
-  /// Begins `call` on the driver's thread, after those before it. What it throws ends the program.
+  /// Runs `call` on the driver's thread, after the earlier calls. An exception ends the program.
   void Begin(std::function<void()> call);
 
-  /// Waits for the return of all calls, at most so long. False when one has not returned yet.
+  /// Waits until all calls have returned, at most for `limit`. False when one has not returned yet.
   bool WaitForEnd(std::chrono::milliseconds limit);
 
  private:

@@ -3,10 +3,10 @@
 #include <cstdint>
 #include <string>
 
-/// The frame's library as a site's host drives it: loaded by path, its entries looked up by name.
+/// The frame's library, loaded by path, with its entries looked up by name, as a site's host does.
 ///
-/// One thread's own. The library stays loaded until the process ends: a plugin that never returned
-/// would otherwise lose the code that called it.
+/// Not thread-safe. The library stays loaded until the process ends: a plugin that has not returned
+/// still needs the frame's code that called it.
 class FrameLibrary {
  public:
   /// Loads the library at `path`. Throws std::runtime_error, with a sentence that names the library
@@ -18,7 +18,7 @@ class FrameLibrary {
   void Stop() const { m_stop(); }
   void UnInit() const { m_uninit(); }
 
-  /// The frame's library as it lies beside this program.
+  /// The path of the frame's library in the folder of this program.
   static std::string PathBesideProgram();
 
  private:

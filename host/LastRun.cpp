@@ -15,7 +15,7 @@ constexpr char kKilled[] = "before its end: it was killed, or the machine went d
 
 }  // namespace
 
-std::optional<std::string> HowItBroke(const FlightRecord& record) {
+std::optional<std::string> AbnormalEnd(const FlightRecord& record) {
   std::optional<std::string> how = kKilled;
   for (const RunEvent& event : record.events) {
     if (event.kind == RunEvent::Kind::kEnd) how.reset();
@@ -26,7 +26,7 @@ std::optional<std::string> HowItBroke(const FlightRecord& record) {
 
 fs::path LastRun::Record() const {
   std::string name;
-  std::getline(std::ifstream(Memory(), std::ios::binary), name);
+  std::getline(std::ifstream(MarkerFile(), std::ios::binary), name);
   return fs::u8path(name);
 }
 
@@ -38,22 +38,21 @@ std::optional<std::string> LastRun::Recall(const fs::path& next) const {
   if (file == next) place = " (this run replaces its record)";
   try {
     const FlightRecord record = ReadFlightRecord(file);
-    const auto how = HowItBroke(record);
+    const auto how = AbnormalEnd(record);
     if (!how) return std::nullopt;
     return kTheLastRun + (", begun " + record.head.time) + ", ended " + *how + place;
-  } catch (
-      const std::exception&) {  // it was killed before it wrote anything, or its record is gone
+  } catch (const std::exception&) {  // killed before it wrote anything, or its record was removed
     return kTheLastRun + (std::string(" ended ") + kKilled) + place;
   }
 }
 
 void LastRun::Begin(const fs::path& record) const {
   const fs::path& file = record.empty() ? Unrecorded() : record;
-  std::ofstream(Memory(), std::ios::binary) << file.u8string() << "\n";
+  std::ofstream(MarkerFile(), std::ios::binary) << file.u8string() << "\n";
 }
 
 void LastRun::End() const {
   std::error_code ignored;
-  fs::remove(Memory(), ignored);
+  fs::remove(MarkerFile(), ignored);
   fs::remove(Unrecorded(), ignored);
 }

@@ -6,37 +6,37 @@
 
 #include "workbench/record/FlightRecord.h"
 
-/// Remembers in a product's folder of records, between two runs, a run that has not ended: its file
-/// `last` names the record of the run that goes on, and is removed when the run has ended. So the
-/// next run learns of one that was killed or crashed, wherever its record lies.
+/// Lets a run find out that the run before it was killed or crashed. A run writes the path of its
+/// record to the file `last` in the product's folder of records and removes that file when it has
+/// ended; a file that is still there names the record of a run that did not end.
 ///
-/// Used by the one HUB that holds the product's lock. Failures of the file system lose the memory
-/// and nothing else.
+/// Used only by the HUB that holds the product's lock. When the file cannot be written, the next
+/// run reports nothing; the run itself is not affected.
 class LastRun {
  public:
   explicit LastRun(const std::filesystem::path& folder) : m_folder(folder) {}
 
-  /// The record of the run that goes on, or that has not ended; empty for none.
+  /// The record of the run that is running, or that did not end; empty when there is none.
   std::filesystem::path Record() const;
 
-  /// What is to be said of the run before, in a sentence; none when it has ended. Before Begin.
-  /// `next`: the record that is about to be written.
+  /// A sentence on how the previous run ended; none when it ended in order. Call it before Begin.
+  /// `next`: the record that this run is about to write.
   std::optional<std::string> Recall(const std::filesystem::path& next) const;
 
-  /// `record`: of the run that begins, its full path; empty when it has none.
+  /// `record`: full path of the record of the run that begins; empty when it has none.
   void Begin(const std::filesystem::path& record) const;
 
   void End() const;
 
-  /// Where a run without a record leaves its head, and how it crashed.
+  /// The file to which a run without a record writes its head and, if it crashes, the crash.
   std::filesystem::path Unrecorded() const { return m_folder / "last-unrecorded"; }
 
  private:
-  std::filesystem::path Memory() const { return m_folder / "last"; }
+  std::filesystem::path MarkerFile() const { return m_folder / "last"; }
 
   const std::filesystem::path m_folder;
 };
 
-/// How a run without an end ended: by a crash, "so: SIGSEGV in a.server", or it was killed. None
-/// for a run that has an end and no crash.
-std::optional<std::string> HowItBroke(const FlightRecord& record);
+/// How a run ended that did not end in order: by a crash ("so: SIGSEGV in a.server"), or because it
+/// was killed. None when the record has an end and no crash.
+std::optional<std::string> AbnormalEnd(const FlightRecord& record);

@@ -15,14 +15,14 @@ std::string BetterLoadReason(const std::string& library, const std::string& mess
     const std::string reason =
         WhyNotLoaded(PathFromLocal(library), message, program, SystemNames());
     return reason == message ? std::string() : reason;
-  } catch (const std::exception&) {  // names in a damaged library that no path can have
+  } catch (const std::exception&) {  // a damaged library names a file that no path can express
     return std::string();
   }
 }
 
 std::string MangledExport(const std::string& library, const std::string& function) {
   const std::vector<std::string> exported = ExportedNames(PathFromLocal(library));
-  // As GCC and Clang, and as Microsoft's compiler name `bool Init()`.
+  // The mangled names of `bool Init()`: of GCC and Clang, and of Microsoft's compiler.
   for (const std::string& mangled :
        {"_Z" + std::to_string(function.size()) + function + "v", "?" + function + "@@YA_NXZ"}) {
     if (std::find(exported.begin(), exported.end(), mangled) != exported.end()) {

@@ -2,10 +2,10 @@
 
 #include <string>
 
-/// Why `library` was not loaded, better than by `message`, the loader's: what is missing, what lies
-/// there in its place; empty when nothing better can be said. Reads files; any thread.
+/// A better reason why `library` was not loaded than the loader's `message`: which file is missing,
+/// or what is wrong with it. Empty when there is no better one. Reads files; thread-safe.
 std::string BetterLoadReason(const std::string& library, const std::string& message);
 
-/// Under which mangled name `library` exports `function`, as a clause that says what was probably
-/// forgotten; empty when it does not. Reads the file; any thread.
+/// A clause that names the C++ mangled name under which `library` exports `function`, and what was
+/// probably forgotten. Empty when it exports no such name. Reads the file; thread-safe.
 std::string MangledExport(const std::string& library, const std::string& function);

@@ -29,11 +29,11 @@ Json OrNull(const std::optional<Value>& value) {
 struct Reading {
   std::int32_t result = -1;
   std::string model;                   // as JSON
-  std::vector<std::string> sentences;  // on what is wrong with it
+  std::vector<std::string> sentences;  // what is wrong with the product
 };
 
-/// Initialises the frame, copies what it handed over, and un-initialises it: nothing was started,
-/// so there is nothing to stop.
+/// Initialises the frame, copies the models that it passed to the platform, and un-initialises it.
+/// Nothing was started, so Frame_Stop is not called.
 Reading Read(const FrameLibrary& frame, const RunMonitor& monitor) {
   Reading reading;
   reading.result = InitialiseFrame(frame);
@@ -57,8 +57,8 @@ Reading Read(const FrameLibrary& frame, const RunMonitor& monitor) {
   return reading;
 }
 
-/// Reads on a driver's thread. A stop request ends the process: a file that is read for ever has no
-/// other end.
+/// Reads on a driver's thread. A stop request ends the process, since reading a file may block for
+/// ever and cannot be interrupted.
 Reading ReadUnlessStopped(const FrameLibrary& frame, const RunMonitor& monitor,
                           HostContext& context) {
   FrameDriver driver;

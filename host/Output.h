@@ -6,11 +6,11 @@
 #include "host/BackgroundWriter.h"
 #include "reference/os/Terminal.h"
 
-/// HUB's two streams, each written in the background: standard output, which nobody else writes to,
-/// and standard error. Made once, at the begin of main, and never destroyed. Any thread.
+/// HUB's standard output, to which only HUB writes, and its standard error; each is written on its
+/// own thread. Created once, at the start of main, and never destroyed. Thread-safe.
 class Output {
  public:
-  /// Takes standard output; see OwnOutput.
+  /// Takes over standard output; see OwnOutput.
   Output();
   ~Output() = delete;
   Output(const Output&) = delete;
@@ -19,18 +19,18 @@ class Output {
   /// Writes to standard output.
   void Write(const std::string& text) { m_writer.Write(text); }
 
-  /// Writes to standard error "HUB: " and the sentence: as a line, or on the terminal of standard
-  /// output as lines of its width, in order with what that shows.
+  /// Writes "HUB: " and the sentence to standard error. When that is the terminal of standard
+  /// output, the text is wrapped to its width and written in order with the other output.
   void WriteError(const std::string& sentence);
 
-  /// Waits until everything is written, for a few seconds at most. What is not written then is
-  /// lost.
+  /// Waits until everything is written, five seconds at most for each stream. What is not written
+  /// by then is lost.
   void Flush();
 
   /// Whether standard output still waits for its reader.
   bool IsBehind() const { return m_writer.IsBehind(); }
 
-  /// Why something could not be written to standard output; empty: nothing of the kind.
+  /// Why a write to standard output failed; empty when none has.
   std::string Error() const { return m_writer.Error(); }
 
   /// Standard output itself, for a crash report.

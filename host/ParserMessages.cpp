@@ -13,7 +13,7 @@ namespace {
 constexpr char kModule[] = "xml";
 constexpr int kTolerated = 4;
 
-/// The frame hands over each message whole: "file:line: text\n".
+/// Each call gets one whole message: "file:line: text\n".
 // NOLINTNEXTLINE(cert-dcl50-cpp): the parser's interface
 [[gnu::format(printf, 2, 3)]] void Log(void*, const char* format, ...) {
   std::va_list arguments;

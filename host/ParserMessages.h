@@ -1,7 +1,7 @@
 #pragma once
 
-/// Leads what the XML parser says on the calling thread to the log, one line a message, while one
-/// exists: by default it goes to standard error, where nobody looks when a service has failed.
+/// While an object exists, the XML parser's messages on the calling thread go to the log, one line
+/// for each. By default they go to standard error, which a service usually does not keep.
 class ParserMessages {
  public:
   ParserMessages();

@@ -22,7 +22,7 @@ Finding Error(const std::string& text) {
   return {Finding::Severity::kError, text};
 }
 
-std::string FrameWords(const std::vector<FrameEvent>& notes) {
+std::string FrameReason(const std::vector<FrameEvent>& notes) {
   std::string words = "Frame_Init failed and logged no reason";
   for (const FrameEvent& note : notes) {
     if (note.kind == FrameEvent::Kind::kStepThrew) {
@@ -62,7 +62,7 @@ std::vector<Finding> ProductFindings(const ProductModel& model,
   for (const FrameEvent& note : notes) {
     if (note.kind != FrameEvent::Kind::kTypeUnknown) continue;
     const auto path = PathFromLocal(note.path).lexically_normal().make_preferred();
-    // One that reads as empty has no type either, and is among the files' findings.
+    // A file that reads as empty has no type either; FindingsOfFiles has reported it already.
     const bool isGood = std::any_of(files.begin(), files.end(), [&](const ModelFile& file) {
       return file.path == path && file.state == ModelFile::State::kGood;
     });
@@ -104,9 +104,9 @@ std::vector<std::string> FailureSentences(const std::vector<FrameEvent>& notes) 
     const auto bin = PathFromLocal(GetCurExeDir());
     sentences = UnreadableProductSentences(ReadModelFiles(bin, names), names);
   } catch (const std::bad_alloc&) {
-    // As the frame itself: its own words say so.
+    // The frame ran out of memory as well: its own reason says so.
   }
-  if (sentences.empty()) return {FrameWords(notes)};
+  if (sentences.empty()) return {FrameReason(notes)};
   return sentences;
 }
 

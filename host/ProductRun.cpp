@@ -73,11 +73,11 @@ ProductRun::ProductRun(const Options& options, HostContext& context)
 ExitStatus ProductRun::Run() {
   Begin();
   if (LoadFrame() && Initialise()) {
-    if (!m_stopAsked && Start()) Stay();
+    if (!m_stopAsked && Start()) WaitForStopRequest();
     Stop();
   }
   const Verdict verdict = End();
-  // What still runs must not run on into the process's own end.
+  // Plugin code that still runs must not run while main returns and destroys static objects.
   if (MayStillRun()) EndProcess(verdict.exitStatus);
   return verdict.exitStatus;
 }
@@ -90,7 +90,7 @@ void ProductRun::Begin() {
                                                              : CrashOutput::kNothing);
   m_monitor.Begin(m_head);
   m_reporter.LogHead(m_head);
-  for (const Finding& finding : m_record.Findings()) m_reporter.Say(finding);
+  for (const Finding& finding : m_record.Findings()) m_reporter.ReportFinding(finding);
 }
 
 bool ProductRun::LoadFrame() {
@@ -99,19 +99,19 @@ bool ProductRun::LoadFrame() {
     return true;
   } catch (const std::runtime_error& error) {
     m_facts.failure = error.what();
-    m_reporter.SayError({m_facts.failure});
+    m_reporter.ReportError({m_facts.failure});
     return false;
   }
 }
 
-/// What Product.xml calls the product, for the head. None when its folder does not answer, which
-/// Frame_Init is about to wait for as well.
+/// The product's name and version from Product.xml, for the head. Empty when the file cannot be
+/// read in time; Frame_Init then has to wait for it as well.
 ProductName ProductRun::ReadName() {
   m_driver.Begin([this] { m_name = NameOfProduct(); });
   return m_driver.WaitForEnd(kLongestNameReading) ? m_name : ProductName();
 }
 
-/// Frame_Init, and what is found in the product. False when there is nothing to start or to stop.
+/// Calls Frame_Init and reports what is wrong with the product. False when Frame_Init failed.
 bool ProductRun::Initialise() {
   std::int32_t result = -1;
   Call("Frame_Init", [this, &result] {
@@ -124,11 +124,11 @@ bool ProductRun::Initialise() {
     ExplainFailure();
     return false;
   }
-  SayFindings();
+  ReportFindings();
   return true;
 }
 
-/// Frame_Start. False when the platform refused.
+/// Calls Frame_Start. False when it failed.
 bool ProductRun::Start() {
   std::int32_t result = -1;
   m_startNs = SteadyNanoseconds();
@@ -138,52 +138,53 @@ bool ProductRun::Start() {
   return result == 0;
 }
 
-/// Whether code of a plugin may still run: a task, or a thread of one whose stop was refused.
+/// Whether plugin code may still run: in a task, or on a thread of a plugin that refused to stop.
 bool ProductRun::MayStillRun() const {
   return m_facts.unfinishedTasks != 0 || CountTotals(m_monitor.State()).stopRefused != 0;
 }
 
-/// From the start of the plugins to the stop request.
-void ProductRun::Stay() {
-  Await([this] { return m_stopAsked || StartCallbackResult(); });
+/// Waits for the end of the plugins' start, and then for the stop request.
+void ProductRun::WaitForStopRequest() {
+  WaitUntil([this] { return m_stopAsked || StartCallbackResult(); });
   m_facts.callbackResult = StartCallbackResult();
   if (m_facts.callbackResult == false) {
     m_facts.failure = "the plugins could not be started: " + StartFailure(m_monitor.Notes());
     return;
   }
   if (m_facts.callbackResult) {
-    m_reporter.SayUp((SteadyNanoseconds() - m_startNs) / 1'000'000, m_stopAsked);
+    m_reporter.ReportUp((SteadyNanoseconds() - m_startNs) / 1'000'000, m_stopAsked);
   }
-  Await([this] { return m_stopAsked; });
+  WaitUntil([this] { return m_stopAsked; });
 }
 
-/// Frame_Stop, and Frame_UnInit.
+/// Calls Frame_Stop and Frame_UnInit.
 void ProductRun::Stop() {
   m_stopLimit.emplace(m_options.stopTimeout, SteadyNanoseconds());
   if (m_facts.startResult) Call(kFrameStop, [this] { m_frame->Stop(); });
-  SayNotes();
-  // A plugin is counted shortly before its task ends. One that is still in its Init is not waited
-  // for: the stop has passed it by, and may have unmapped what it depends on.
+  ReportNotes();
+  // A plugin is counted shortly before its task ends. A plugin still in its Init is not waited for:
+  // the stop has already counted it, and may have unmapped what it depends on.
   const std::int64_t stopped = SteadyNanoseconds();
-  Await([stopped] { return UnfinishedTasks() == 0 || SecondsSince(stopped) > kLastTasksSeconds; });
+  WaitUntil(
+      [stopped] { return UnfinishedTasks() == 0 || SecondsSince(stopped) > kLastTasksSeconds; });
   Call("Frame_UnInit", [this] { m_frame->UnInit(); });
   m_stopLimit.reset();
 }
 
-/// Says how the run ended, on the screen, in the log and in the record.
+/// Reports how the run ended on the screen, in the log and in the record.
 Verdict ProductRun::End() {
   m_facts.unfinishedTasks = UnfinishedTasks();
-  m_reporter.FoundLoss();
+  m_reporter.ReportLosses();
   Verdict verdict = Judge(m_facts, m_monitor.State());
   if (!ClaimLastOutput()) EndProcess(verdict.exitStatus);
   m_reporter.ShowEnd(m_head, m_clock, m_facts, verdict);
-  // When the end itself could not be written, the status and the record still say so.
-  if (m_reporter.FoundLoss()) verdict = Judge(m_facts, m_monitor.State());
+  // If writing the end failed, the exit status and the record report that.
+  if (m_reporter.ReportLosses()) verdict = Judge(m_facts, m_monitor.State());
   if (auto crash = ReportedCrash()) m_monitor.Add(std::move(*crash));
   if (!m_monitor.State().Crash()) AddEnd(verdict);
   m_context.output.Flush();
   LastOutputIsWritten();
-  if (m_reporter.FoundLoss()) verdict = Judge(m_facts, m_monitor.State());
+  if (m_reporter.ReportLosses()) verdict = Judge(m_facts, m_monitor.State());
   return verdict;
 }
 
@@ -198,8 +199,8 @@ void ProductRun::AddEnd(const Verdict& verdict) {
   m_record.End();
 }
 
-/// Begins `call` on the driver's thread and waits for its end. `what`: what has not returned if a
-/// stop request ends the waiting.
+/// Runs `call` on the driver's thread and waits for its end. `what`: its name, for the report when
+/// the run ends before the call has returned.
 void ProductRun::Call(const char* what, std::function<void()> call) {
   m_facts.pendingCall = what;
   m_callSince = SteadyNanoseconds();
@@ -208,7 +209,7 @@ void ProductRun::Call(const char* what, std::function<void()> call) {
   m_facts.pendingCall.clear();
 }
 
-void ProductRun::Await(const std::function<bool()>& over) {
+void ProductRun::WaitUntil(const std::function<bool()>& over) {
   while (!over()) {
     if (const auto request = m_context.stop.WaitFor(kTick)) OnStopRequest(*request);
     Tick();
@@ -220,21 +221,21 @@ void ProductRun::Tick() {
   while (const auto request = m_context.stop.WaitFor(std::chrono::milliseconds(0))) {
     OnStopRequest(*request);
   }
-  if (!m_stopAsked && TimeIsUp()) AskToStop(fmt::format("--seconds {:g}", *m_options.seconds));
+  if (!m_stopAsked && TimeIsUp()) RequestStop(fmt::format("--seconds {:g}", *m_options.seconds));
   if (!m_stopAsked && StartTimeIsUp()) {
-    AskToStop(fmt::format("--start-timeout {:g}", *m_options.startTimeout));
+    RequestStop(fmt::format("--start-timeout {:g}", *m_options.startTimeout));
   }
-  WatchDisplaced();
+  WarnOfDisplaced();
   const bool showsCall = !m_facts.pendingCall.empty() && m_facts.pendingCall != kFrameStop;
   m_reporter.ShowProgress(showsCall ? WaitingForCall(m_facts.pendingCall, SecondsSince(m_callSince))
                                     : std::string());
-  m_reporter.FoundLoss();
+  m_reporter.ReportLosses();
   CheckStopLimit();
 }
 
-/// Says that a stop request does not come here, once that has lasted: the C library itself ignores
-/// SIGINT while it waits for a command that a plugin runs.
-void ProductRun::WatchDisplaced() {
+/// Warns that a stop signal no longer reaches HUB, if that lasts two seconds or more: for a shorter
+/// time the C library itself ignores SIGINT, while `system` waits for a plugin's command.
+void ProductRun::WarnOfDisplaced() {
   const std::vector<StopRequest> displaced = m_context.stop.Displaced();
   for (auto since = m_displacedSince.begin(); since != m_displacedSince.end();) {
     const bool goesOn = std::count(displaced.begin(), displaced.end(), since->first) != 0;
@@ -243,8 +244,8 @@ void ProductRun::WatchDisplaced() {
   for (const StopRequest request : displaced) {
     const auto since = m_displacedSince.emplace(request, SteadyNanoseconds()).first;
     if (SecondsSince(since->second) < kLongestDisplacement) continue;
-    if (!m_displacedSaid.insert(request).second) continue;
-    m_reporter.Say(
+    if (!m_displacedReported.insert(request).second) continue;
+    m_reporter.ReportFinding(
         {Finding::Severity::kWarning, std::string("code of a plugin handles or ignores ") +
                                           Name(request) + ": it does not stop HUB"});
   }
@@ -253,21 +254,21 @@ void ProductRun::WatchDisplaced() {
 void ProductRun::OnStopRequest(StopRequest request) {
   const std::string name = Name(request);
   if (std::exchange(m_signalled, true)) {
-    Leave(name + ", a second request");
+    EndEarly(name + ", a second request");
   }
   if (m_stopAsked)
-    m_reporter.SayLine("It is stopping already; " + name + " again ends it at once.");
-  AskToStop(name);
+    m_reporter.ReportLine("It is stopping already; " + name + " again ends it at once.");
+  RequestStop(name);
 }
 
-void ProductRun::AskToStop(const std::string& who) {
+void ProductRun::RequestStop(const std::string& who) {
   RunEvent request;
   request.kind = RunEvent::Kind::kStopRequest;
   request.text = who;
   m_monitor.Add(std::move(request));
   if (std::exchange(m_stopAsked, true)) return;
   m_facts.stoppedBy = who;
-  m_reporter.SayLine("Stopping (" + who + ").");
+  m_reporter.ReportLine("Stopping (" + who + ").");
   m_stopLimit.emplace(m_options.stopTimeout, SteadyNanoseconds());
 }
 
@@ -289,30 +290,30 @@ void ProductRun::CheckStopLimit() {
     const std::string rest = stuck       ? "what is left can never stop, and {:g} s have passed"
                              : ofPlugins ? "no plugin has ended for {:g} s"
                                          : "{:g} s have passed since the stop request";
-    Leave(fmt::format(fmt::runtime(rest), m_stopLimit->Seconds()));
+    EndEarly(fmt::format(fmt::runtime(rest), m_stopLimit->Seconds()));
   }
 }
 
-/// Ends the process in the middle of the run, with everything said that is known.
-void ProductRun::Leave(const std::string& why) {
+/// Ends the process in the middle of the run, after all reports of the run's end.
+void ProductRun::EndEarly(const std::string& why) {
   m_facts.unfinishedTasks = UnfinishedTasks();
-  if (m_facts.pendingCall.empty()) {  // between two calls: the next one is left out
+  if (m_facts.pendingCall.empty()) {  // between two calls: report the next one as not returned
     const bool stopped = m_monitor.State().FindPhase(RunPhase::kFrameStop) != nullptr;
     m_facts.pendingCall = stopped ? "Frame_UnInit" : kFrameStop;
   }
-  m_reporter.SayError({why + ": " + Judge(m_facts, m_monitor.State()).sentence});
+  m_reporter.ReportError({why + ": " + Judge(m_facts, m_monitor.State()).sentence});
   EndProcess(End().exitStatus);
 }
 
-/// Says on standard output, as far as it still can, how the crash ends the run. The process ends by
-/// the thread that crashed.
+/// Reports on standard output, where that is still possible, that a crash has ended the run. The
+/// crashed thread ends the process.
 void ProductRun::EndByCrash(RunEvent crash) {
   m_monitor.Add(std::move(crash));
   EndProcess(End().exitStatus);
 }
 
-/// Says what is wrong with the product that was read.
-void ProductRun::SayFindings() {
+/// Reports what is wrong with the product that was read.
+void ProductRun::ReportFindings() {
   const auto model = SnapshotPlatform().productModel;
   if (!model) return;
   std::vector<std::string> cycles;
@@ -323,22 +324,22 @@ void ProductRun::SayFindings() {
     m_monitor.SetPlugins(PluginHeads(*model, m_bin));
     findings = ProductFindings(*model, m_monitor.Notes());
   });
-  for (const Finding& finding : findings) m_reporter.Say(finding);
+  for (const Finding& finding : findings) m_reporter.ReportFinding(finding);
 }
 
-/// Says what the frame has noted since the last call.
-void ProductRun::SayNotes() {
+/// Reports the frame's notes that were added since the last call.
+void ProductRun::ReportNotes() {
   const std::vector<FrameEvent> notes = m_monitor.Notes();
-  for (; m_notesSaid < notes.size(); ++m_notesSaid) {
-    if (const auto finding = FindingOf(notes[m_notesSaid])) m_reporter.Say(*finding);
+  for (; m_notesReported < notes.size(); ++m_notesReported) {
+    if (const auto finding = FindingOf(notes[m_notesReported])) m_reporter.ReportFinding(*finding);
   }
 }
 
-/// Says why Frame_Init failed, all of it.
+/// Reports every reason why Frame_Init failed.
 void ProductRun::ExplainFailure() {
   std::vector<std::string> sentences;
   Call(kReadingOfFiles, [&] { sentences = FailureSentences(m_monitor.Notes()); });
-  m_reporter.SayError(FirstSentences(sentences));
+  m_reporter.ReportError(FirstSentences(sentences));
   m_facts.failure = sentences.front();
   if (sentences.size() > 1) m_facts.failure += fmt::format(" (and {} more)", sentences.size() - 1);
 }

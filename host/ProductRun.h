@@ -21,12 +21,12 @@
 
 /// One run of the product, from Frame_Init to Frame_UnInit, on the thread `run`.
 ///
-/// The frame's calls run on a driver's thread; this one waits for stop requests, watches the limits
-/// and shows what goes on. Used once. A run that would leave something behind, plugins that have
-/// not returned or a call of the frame, ends the process instead.
+/// The frame's calls run on a FrameDriver's thread; this thread waits for stop requests, checks the
+/// time limits and updates the screen. Used once. Run does not return but ends the process when
+/// plugins or a call of the frame have not returned.
 class ProductRun {
  public:
-  /// Throws UsageError when the record that was asked for cannot be written.
+  /// Throws UsageError when the file given by --record cannot be written.
   ProductRun(const Options& options, HostContext& context);
   ProductRun(const ProductRun&) = delete;
   ProductRun& operator=(const ProductRun&) = delete;
@@ -34,33 +34,33 @@ class ProductRun {
   ExitStatus Run();
 
  private:
-  // The run, in this order.
+  // The steps of a run, in this order.
   void Begin();
   bool LoadFrame();
   bool Initialise();
   bool Start();
-  void Stay();
+  void WaitForStopRequest();
   void Stop();
   Verdict End();
   void AddEnd(const Verdict& verdict);
   bool MayStillRun() const;
 
-  // Waiting, during which stop requests, limits and the screen are looked after.
+  // Waiting; meanwhile stop requests and limits are handled and the screen is updated.
   void Call(const char* what, std::function<void()> call);
-  void Await(const std::function<bool()>& over);
+  void WaitUntil(const std::function<bool()>& over);
   void Tick();
   void OnStopRequest(StopRequest request);
-  void WatchDisplaced();
-  void AskToStop(const std::string& who);
+  void WarnOfDisplaced();
+  void RequestStop(const std::string& who);
   bool TimeIsUp() const;
   bool StartTimeIsUp() const;
   void CheckStopLimit();
-  [[noreturn]] void Leave(const std::string& why);
+  [[noreturn]] void EndEarly(const std::string& why);
   [[noreturn]] void EndByCrash(RunEvent crash);
 
   ProductName ReadName();
-  void SayFindings();
-  void SayNotes();
+  void ReportFindings();
+  void ReportNotes();
   void ExplainFailure();
   void AddPhase(RunEvent::Kind kind, const char* phase);
 
@@ -76,14 +76,14 @@ class ProductRun {
   RunHead m_head;
   RunFacts m_facts;
 
-  std::int64_t m_startNs = 0;            // of Frame_Start; 0: not begun
-  std::int64_t m_callSince = 0;          // of the pending call
-  bool m_stopAsked = false;              // by whomever
+  std::int64_t m_startNs = 0;            // when Frame_Start was called; 0: not yet
+  std::int64_t m_callSince = 0;          // when the pending call began
+  bool m_stopAsked = false;              // by a signal or by a time limit
   bool m_signalled = false;              // by a signal
-  std::optional<StopLimit> m_stopLimit;  // since the stop request
-  std::size_t m_notesSaid = 0;
-  std::map<StopRequest, std::int64_t> m_displacedSince;  // requests that do not come here
-  std::set<StopRequest> m_displacedSaid;
+  std::optional<StopLimit> m_stopLimit;  // set by the first stop request
+  std::size_t m_notesReported = 0;
+  std::map<StopRequest, std::int64_t> m_displacedSince;  // signals whose handler was replaced
+  std::set<StopRequest> m_displacedReported;
 
   FrameDriver m_driver;  // destroyed first: its thread uses the others
 };

@@ -5,7 +5,7 @@
 #include "sdk/kpx/platform.h"
 #include "sdk/lpc/lpc.h"
 
-// Every record that the frame hands over, as JSON: each field once, under its own name, in the
+// Converts every record that the frame hands over to JSON: each field under its own name, in the
 // record's order.
 
 using Json = nlohmann::ordered_json;
@@ -127,7 +127,7 @@ inline void to_json(Json& json, const AddonApplication& record) {
               TEV_FIELD(AuxFlag2)};
 }
 
-/// The fields that an addon and a tool share, base and installation side by side.
+/// The fields that an addon and a tool have in common.
 template <typename Record>
 Json SharedFields(const Record& record) {
   return Json{TEV_FIELD(ID),

@@ -10,7 +10,7 @@
 
 namespace {
 
-/// A number of seconds that is one: neither negative nor infinite.
+/// Accepts a finite number of seconds, zero or more.
 CLI::Validator Seconds() {
   return CLI::Validator(
       [](const std::string& text) {
@@ -22,7 +22,7 @@ CLI::Validator Seconds() {
       std::string());
 }
 
-/// One of the colours' names, which becomes the number that the option takes.
+/// Accepts auto, always or never and replaces it by the number of the enumerator.
 CLI::Validator ColorName() {
   return CLI::Validator(
       [](std::string& text) {

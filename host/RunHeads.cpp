@@ -13,7 +13,7 @@ std::string PlatformVersion() {
   return text;
 }
 
-/// An argument as a shell takes it.
+/// The argument in double quotes when it contains blanks or quotes or is empty.
 std::string Quoted(const std::string& argument) {
   const bool plain = !argument.empty() && argument.find_first_of(" \t\"'") == std::string::npos;
   return plain ? argument : "\"" + argument + "\"";

@@ -7,10 +7,10 @@
 #include "workbench/product/ProductName.h"
 #include "workbench/record/RunEvent.h"
 
-/// What is known of a run before it begins. `bin`: the folder that stands for the running
-/// executable's own, in the local code page. `product`: what its Product.xml calls it.
+/// What is known of a run before it begins. `bin`: the folder used as the executable's folder, in
+/// the local code page. `product`: name and version from Product.xml.
 RunHead MakeRunHead(const RunClock& clock, const std::string& bin,
                     const std::vector<std::string>& commandLine, const ProductName& product);
 
-/// The head as the log's first line of a run.
+/// The head as one line of text, with which a run begins in the log.
 std::string HeadLine(const RunHead& head);

@@ -10,8 +10,8 @@
 #include "workbench/record/RunEvent.h"
 #include "workbench/record/RunState.h"
 
-/// The object that `run --json` prints, whatever ended the run; docs/run-json.md describes it and
-/// schemas/run.schema.json checks it. `record`: the flight record's path; empty: there is none.
+/// The object that `run --json` prints; docs/run-json.md describes it and schemas/run.schema.json
+/// checks it. `record`: the flight record's path; empty when there is no record.
 nlohmann::ordered_json RunJson(const RunHead& head, const RunClock& clock, const RunFacts& facts,
                                const RunState& state, const Verdict& verdict,
                                const PlatformRecord& platform, const LpcRecord& lpc,

@@ -41,7 +41,8 @@ RunEventSource::Where Now() {
 /// The loader's last message on this thread.
 thread_local FixedText t_loaderMessage;
 
-/// Adds a reason that is found in files; before the monitor's lock, for which all others wait.
+/// Adds a reason that is found by reading files. Called without the monitor's lock, so that other
+/// threads do not have to wait for the file system.
 void AddReason(FrameEvent& event) {
   switch (event.kind) {
     case FrameEvent::Kind::kLoadBegin:
@@ -58,7 +59,7 @@ void AddReason(FrameEvent& event) {
   }
 }
 
-/// So that `top` and a debugger show which plugin's code a thread runs.
+/// Names the thread after the plugin whose code it runs, for `top` and debuggers.
 void NameThreadAfter(const FrameEvent& event) {
   const bool begins = event.kind == FrameEvent::Kind::kLoadTaskBegin ||
                       event.kind == FrameEvent::Kind::kUnloadTaskBegin;
@@ -118,7 +119,7 @@ void RunMonitor::OnLogLine(int level, const std::string& module, const std::stri
   if (module == kHostModule) return;
   std::optional<FrameEvent> event = ParseFrameLog(level, module, text);
   if (event) {
-    FollowPluginCode(*event);
+    TrackPluginCode(*event);
     NameThreadAfter(*event);
   }
   if (module == kLoaderModule) t_loaderMessage.Set(text);
@@ -148,9 +149,9 @@ void RunMonitor::OnTask(const TaskEvent& event) {
   }
 }
 
-/// The start of all plugins waits for the thread that posts, so it does not wait here for another
-/// thread, which may have been suspended while it holds the lock. The event is then taken before
-/// the next one: at the latest, before its task begins.
+/// The thread that posts tasks must not wait here, since the start of all plugins waits for it. If
+/// another thread holds the lock, the event stays in m_posted until the next call of Here, which
+/// comes at the latest when the task begins.
 void RunMonitor::OnTaskPosted(std::uint64_t task) {
   {
     const std::lock_guard<std::mutex> lock(m_postedMutex);
@@ -160,8 +161,8 @@ void RunMonitor::OnTaskPosted(std::uint64_t task) {
   if (lock) Here();
 }
 
-/// Takes the posted tasks so far and returns where and when the caller is. Both under one lock, so
-/// that the events' times are in their order.
+/// Makes events of the tasks posted so far, and returns the caller's time and thread. The time is
+/// read under the same lock as the list of tasks, so that the events are in the order of time.
 RunEventSource::Where RunMonitor::Here() {
   std::vector<std::pair<RunEventSource::Where, std::uint64_t>> posted;
   RunEventSource::Where here;

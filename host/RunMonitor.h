@@ -14,16 +14,16 @@
 #include "workbench/record/RunEventSource.h"
 #include "workbench/record/RunState.h"
 
-/// Watches a run: makes events of what is logged and of what the pool does, writes each to the
-/// flight record as it happens, passes it on, and keeps the state that follows from them.
+/// Observes a run: makes events from log lines and from the pool's tasks, passes each to the sink
+/// as a line of the flight record, and keeps the state of the run that results from the events.
 ///
-/// While one exists it is the log's and the pool's observer. Made and destroyed by the run; fed
-/// from any thread, asked from any thread. A line of the record that cannot be written is counted
-/// by the writer.
+/// The observer of the log and of the pools while it exists. Created and destroyed by the run's
+/// thread; otherwise thread-safe. A line of the record that cannot be written is counted by
+/// RecordWriter.
 class RunMonitor {
  public:
-  /// Takes lines of the record, one or several with line feeds between them, in order; called under
-  /// the monitor's lock.
+  /// Receives the lines of the record in order, one or several with line feeds between them. Called
+  /// while the monitor's lock is held.
   using LineSink = std::function<void(const std::string& lines)>;
 
   /// `sink` may be empty.
@@ -32,19 +32,19 @@ class RunMonitor {
   RunMonitor(const RunMonitor&) = delete;
   RunMonitor& operator=(const RunMonitor&) = delete;
 
-  /// Writes the head. The first call.
+  /// Writes the head. Call it first.
   void Begin(const RunHead& head);
 
-  /// Names the plugins, with what their starts wait for, before Frame_Start.
+  /// Sets the plugins and what their starts wait for. Call it before Frame_Start.
   void SetPlugins(const std::vector<PluginHead>& plugins);
 
-  /// Adds an event of the host's own: its time and thread are set here when it has no thread.
+  /// Adds an event of the host. When its thread is 0, time and thread are set to the caller's.
   void Add(RunEvent event);
 
   RunState State() const;
 
-  /// What the frame logged that is no plugin's start or stop: files that could not be read, plugins
-  /// dropped, reasons of a failure, in order.
+  /// The frame's log lines on files that could not be read, dropped plugins and failed steps, in
+  /// order.
   std::vector<FrameEvent> Notes() const;
 
  private:
@@ -57,14 +57,14 @@ class RunMonitor {
   const LineSink m_sink;
 
   mutable std::mutex m_mutex;  // held while lines are written
-  std::mutex m_postedMutex;    // taken under m_mutex or alone, for a moment
+  std::mutex m_postedMutex;    // taken under m_mutex or alone, and held only for a moment
 
   // Guarded by m_mutex.
   RunEventSource m_source;
   RunState m_state;
   std::vector<FrameEvent> m_notes;
-  bool m_sinkClosed = false;  // by the end or the crash, which are the last line
+  bool m_sinkClosed = false;  // after the event kEnd or kCrash, which is the record's last line
 
-  // Guarded by m_postedMutex: tasks that were posted and not taken yet.
+  // Guarded by m_postedMutex: posted tasks of which no event has been made yet.
   std::vector<std::pair<RunEventSource::Where, std::uint64_t>> m_posted;
 };

@@ -17,7 +17,7 @@ constexpr char kWithoutRecord[] = "; --no-record runs without one, --record FILE
 }  // namespace
 
 RunRecord::RunRecord(const Options& options, const fs::path& bin, const RunClock& clock) {
-  fs::path file;  // in the state folder; empty: there is none
+  fs::path file;  // empty: no record is written
   try {
     file = UseStateFolder(bin, clock);
   } catch (const std::exception& error) {
@@ -28,7 +28,7 @@ RunRecord::RunRecord(const Options& options, const fs::path& bin, const RunClock
   }
   if (!options.record.empty()) file = fs::absolute(PathFromLocal(options.record));
   if (options.noRecord) file.clear();
-  // Before the file is emptied: it may be the last run's record.
+  // Before the file is emptied, since it may be the last run's record.
   if (m_lastRun) Recall(file);
   try {
     if (!file.empty()) m_writer.emplace(file);
@@ -65,13 +65,13 @@ std::size_t RunRecord::LostLines() const {
   return m_writer ? m_writer->LostLines() : 0;
 }
 
-/// The state folder has the product's lock and its last run, even when the record lies elsewhere.
-/// Where this run's record is to lie in it.
+/// Takes the product's lock in the user's state folder, even when the record lies elsewhere.
+/// Returns the path that this run's record would have in that folder.
 fs::path RunRecord::UseStateFolder(const fs::path& bin, const RunClock& clock) {
   const fs::path state = UserStateFolder();
   if (state.empty()) throw std::runtime_error("the user has no folder for it");
   std::error_code error;
-  const fs::path resolved = fs::weakly_canonical(bin, error);  // one folder, however it is named
+  const fs::path resolved = fs::weakly_canonical(bin, error);  // the same for every spelling of it
   const RecordFolder& folder = m_folder.emplace(state, error ? bin : resolved);
   fs::path file = folder.NewRecord(clock.UtcText(clock.nanoseconds),
                                    static_cast<std::int64_t>(ProcessNumber()));

@@ -13,15 +13,15 @@
 #include "workbench/product/Findings.h"
 #include "workbench/record/FlightRecord.h"
 
-/// The flight record of this run, in its place among those of earlier runs of the product.
+/// The flight record of this run, and the folder with the records of the product's earlier runs.
 ///
-/// Made before the run, destroyed after it; holds the product's lock meanwhile. WriteLine is called
-/// from one thread at a time; the rest by the run's thread.
+/// Created before the run, destroyed after it; holds the product's lock meanwhile. WriteLine is
+/// called by one thread at a time; the other functions by the run's thread.
 class RunRecord {
  public:
-  /// Opens the record where `options` says, or in the user's state folder. What cannot be had is a
-  /// finding, not a failure; but a --record that cannot be written throws UsageError: the user
-  /// asked for it. `bin`: the product's, in full.
+  /// Opens the record given by `options`, or one in the user's state folder. If that fails, it is a
+  /// finding and the run goes on; only a --record that cannot be written throws UsageError. `bin`:
+  /// the full path of the product's bin folder.
   RunRecord(const Options& options, const std::filesystem::path& bin, const RunClock& clock);
   RunRecord(const RunRecord&) = delete;
   RunRecord& operator=(const RunRecord&) = delete;
@@ -34,13 +34,13 @@ class RunRecord {
   /// The record's full path; empty when there is none.
   std::filesystem::path File() const;
 
-  /// Where a crash adds its line: the record, or without one what the next run recalls. Empty:
-  /// nowhere.
+  /// The file to which a crash appends its line: the record, or for a run without a record the file
+  /// that the next run reads (LastRun::Unrecorded). Empty when there is neither.
   std::filesystem::path CrashFile() const;
   std::size_t LostLines() const;
 
-  /// What is to be said at the begin: that another HUB runs the product, how its last run ended
-  /// when that was a crash, why there is no record.
+  /// What to report when the run begins: that another HUB runs the product, that its last run did
+  /// not end in order, why there is no record.
   const std::vector<Finding>& Findings() const { return m_findings; }
 
  private:
@@ -52,8 +52,8 @@ class RunRecord {
   std::optional<RecordFolder> m_folder;  // none: there is no state folder
   std::optional<FileLock> m_lock;
   std::optional<RecordWriter> m_writer;
-  std::optional<LastRun> m_lastRun;          // none: somebody else holds the product's lock
-  std::optional<RecordWriter> m_unrecorded;  // of a run without a record: takes the head
+  std::optional<LastRun> m_lastRun;          // none: the product's lock is not held
+  std::optional<RecordWriter> m_unrecorded;  // of a run without a record: only the head is written
   bool m_headIsWritten = false;
   std::vector<Finding> m_findings;
 };

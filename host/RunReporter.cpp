@@ -58,25 +58,25 @@ void RunReporter::LogHead(const RunHead& head) {
   IKPXFormatLog(kProgress, kModule, "%s", HeadLine(head).c_str());
 }
 
-void RunReporter::Say(const Finding& finding) {
+void RunReporter::ReportFinding(const Finding& finding) {
   m_monitor.Add(EventOf(finding));
   const std::string text = Escaped(finding.text);
   const bool bad = finding.severity == Finding::Severity::kError;
   IKPXFormatLog(bad ? kFailure : kTolerated, kModule, "%s", text.c_str());
-  if (InTable()) {
-    m_screen.Say(std::string(Word(finding.severity)) + ": " + text);
+  if (ShowsTable()) {
+    m_screen.PrintLine(std::string(Word(finding.severity)) + ": " + text);
   } else {
     m_output.WriteError(std::string(Word(finding.severity)) + ": " + text);
   }
 }
 
-void RunReporter::SayLine(const std::string& line) {
+void RunReporter::ReportLine(const std::string& line) {
   IKPXFormatLog(kProgress, kModule, "%s", line.c_str());
-  if (InTable()) m_screen.Say(line);
+  if (ShowsTable()) m_screen.PrintLine(line);
 }
 
-void RunReporter::SayError(const std::vector<std::string>& sentences) {
-  if (InTable()) m_screen.Finish(m_monitor.State());
+void RunReporter::ReportError(const std::vector<std::string>& sentences) {
+  if (ShowsTable()) m_screen.Finish(m_monitor.State());
   for (const std::string& sentence : sentences) {
     m_monitor.Add(EventOf({Finding::Severity::kError, sentence}));
     IKPXFormatLog(kFailure, kModule, "%s", sentence.c_str());
@@ -84,29 +84,29 @@ void RunReporter::SayError(const std::vector<std::string>& sentences) {
   }
 }
 
-void RunReporter::SayUp(std::int64_t milliseconds, bool isStopping) {
+void RunReporter::ReportUp(std::int64_t milliseconds, bool isStopping) {
   RunEvent up;
   up.kind = RunEvent::Kind::kUp;
   up.milliseconds = milliseconds;
   m_monitor.Add(std::move(up));
-  if (InTable()) m_screen.Finish(m_monitor.State());
+  if (ShowsTable()) m_screen.Finish(m_monitor.State());
   const char* how = isStopping          ? ""
                     : m_options.seconds ? " Stops by itself; Ctrl-C stops it now."
                                         : " Ctrl-C stops it.";
-  SayLine(fmt::format("Up after {} ms.{}", milliseconds, how));
+  ReportLine(fmt::format("Up after {} ms.{}", milliseconds, how));
 }
 
 void RunReporter::ShowProgress(const std::string& otherwise) {
   const RunState state = m_monitor.State();
   const std::int64_t now = SteadyNanoseconds();
   const std::string line = WaitingLine(state, m_cycles, now);
-  if (InTable()) m_screen.Update(state, line.empty() ? otherwise : line);
+  if (ShowsTable()) m_screen.Update(state, line.empty() ? otherwise : line);
   if (m_waitingLog.IsDue(WaitedFor(state, m_cycles), now)) {
     IKPXFormatLog(kProgress, kModule, "%s", line.c_str());
   }
 }
 
-bool RunReporter::FoundLoss() {
+bool RunReporter::ReportLosses() {
   const bool output = ReportLoss(m_outputLost, !m_output.Error().empty(),
                                  "standard output (" + m_output.Error() + ")");
   const bool log = ReportLoss(m_logLost, LostLogLines() != 0, "the log " + m_options.log);
@@ -118,7 +118,7 @@ bool RunReporter::FoundLoss() {
 bool RunReporter::ReportLoss(bool& said, bool isLost, const std::string& what) {
   if (!isLost || std::exchange(said, true)) return false;
   const std::string text = what + " cannot be written: a part of it is lost";
-  if (InTable()) m_screen.Finish(m_monitor.State());
+  if (ShowsTable()) m_screen.Finish(m_monitor.State());
   IKPXFormatLog(kFailure, kModule, "%s", text.c_str());
   m_output.WriteError(text);
   m_monitor.Add(EventOf({Finding::Severity::kError, text}));
@@ -135,7 +135,7 @@ void RunReporter::ShowEnd(const RunHead& head, const RunClock& clock, const RunF
     const Json json = RunJson(head, clock, facts, state, verdict, SnapshotPlatform(), SnapshotLpc(),
                               LocalFromPath(m_record.File()));
     m_output.Write(json.dump(2, ' ', false, Json::error_handler_t::replace) + "\n");
-  } else if (InTable()) {
+  } else if (ShowsTable()) {
     m_screen.Finish(state);
     const TableStyle style{m_screen.Columns(), m_screen.Colored(), m_options.all};
     m_output.Write("\n" + RunTable(state, verdict, style));

@@ -14,47 +14,47 @@
 #include "host/StatusText.h"
 #include "workbench/product/Findings.h"
 
-/// Says what happens in a run to whoever wants to know: on the screen or as JSON, in the log, in
-/// the flight record, and on standard error what must not be missed.
+/// Reports what happens in a run: on the screen or as JSON, in the log, in the flight record, and
+/// errors also on standard error.
 ///
-/// Used by the run's thread alone. An output that cannot be written is said once on standard error
-/// and becomes a finding of the run; nothing else is lost.
+/// Used by the run's thread alone. When an output cannot be written, that is reported once on
+/// standard error and as a finding of the run; the other outputs go on.
 class RunReporter {
  public:
   RunReporter(const Options& options, HostContext& context, const RunRecord& record,
               RunMonitor& monitor);
 
-  /// The cycles that plugins wait in, as they are to be shown.
+  /// The dependency cycles of the product, as the texts to be shown.
   void SetCycles(std::vector<std::string> cycles) { m_cycles = std::move(cycles); }
 
   /// The run's first line in the log.
   void LogHead(const RunHead& head);
 
-  void Say(const Finding& finding);
+  void ReportFinding(const Finding& finding);
 
-  /// A line for the screen and the log.
-  void SayLine(const std::string& line);
+  /// Writes a line to the screen and the log.
+  void ReportLine(const std::string& line);
 
-  /// Sentences that must not be missed: findings of the run, on standard error.
-  void SayError(const std::vector<std::string>& sentences);
+  /// Reports each sentence as an error: on standard error, in the log, and as a finding of the run.
+  void ReportError(const std::vector<std::string>& sentences);
 
-  /// `isStopping`: a stop was asked for already.
-  void SayUp(std::int64_t milliseconds, bool isStopping);
+  /// Reports that all plugins have been counted. `isStopping`: a stop was requested already.
+  void ReportUp(std::int64_t milliseconds, bool isStopping);
 
-  /// What has happened since the last call, and who is waited for: plugins, else what `otherwise`
-  /// says. To be called several times a second; which plugins are waited for goes to the log when
-  /// it changes, and once a minute.
+  /// Shows what has happened since the last call and which plugins the run waits for; when it waits
+  /// for none, shows `otherwise`. Call it several times a second. The plugins waited for are also
+  /// logged, when they change and once a minute.
   void ShowProgress(const std::string& otherwise);
 
-  /// Whether an output has been found to lose something since the last call.
-  bool FoundLoss();
+  /// Reports outputs that cannot be written, each once. True when this call reported one.
+  bool ReportLosses();
 
-  /// The table or the object at the end.
+  /// Prints the table or the JSON object at the end of the run.
   void ShowEnd(const RunHead& head, const RunClock& clock, const RunFacts& facts,
                const Verdict& verdict);
 
  private:
-  bool InTable() const { return !m_options.json && !m_options.events; }
+  bool ShowsTable() const { return !m_options.json && !m_options.events; }
   bool ReportLoss(bool& said, bool isLost, const std::string& what);
 
   const Options& m_options;

@@ -58,7 +58,7 @@ std::string WithoutTrailingBlanks(std::string line) {
   return line;
 }
 
-/// The widths of the cells and of the gaps between them.
+/// The widths of the columns and of the gaps between them.
 struct Layout {
   std::size_t name;
   std::size_t nameGap;
@@ -132,7 +132,7 @@ class Table {
     return m_style.color ? color + text + kPlain : text;
   }
 
-  /// Whether there is room for a reason behind the cells; else it stands on lines of its own.
+  /// Whether a reason fits on the plugin's line; otherwise it is printed on the lines below.
   bool ReasonBesideCells() const {
     return m_style.columns == 0 || m_style.columns >= m_layout.ReasonBegin() + kLeastReasonWidth;
   }
@@ -142,7 +142,7 @@ class Table {
   std::string m_text;
 };
 
-/// Those that need attention first, else in the model's order.
+/// The plugins that need attention first; within each group, in the model's order.
 std::vector<const PluginRun*> Sorted(const RunState& state) {
   std::vector<const PluginRun*> plugins;
   for (const PluginRun& plugin : state.Plugins()) {

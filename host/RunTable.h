@@ -6,15 +6,15 @@
 #include "host/RunVerdict.h"
 #include "workbench/record/RunState.h"
 
-/// How the table at the end of a run is to look.
+/// The format of the table at the end of a run.
 struct TableStyle {
-  std::size_t columns = 0;  // of the terminal; 0: it is none, and nothing is cut or wrapped
+  std::size_t columns = 0;  // of the terminal; 0: no terminal, nothing is cut or wrapped
   bool color = false;
-  bool all = false;  // every plugin, however many there are
+  bool all = false;  // show every plugin, however many there are
 };
 
-/// Each plugin, how it started and stopped and what that took, and why it failed; those that need
-/// attention first. Beyond 40 plugins those that are well are folded into a line. Then the totals,
-/// and the verdict's sentence in the last line. No line is wider than the terminal: names are cut,
-/// reasons and sentences wrapped.
+/// A line for each plugin: how it started and stopped, how long that took, why it failed; plugins
+/// that need attention first. Of more than 40 plugins the further ones that need no attention are
+/// replaced by one line. Then the totals, and the verdict's sentence. No line is wider than the
+/// terminal: names are cut, reasons and sentences are wrapped.
 std::string RunTable(const RunState& state, const Verdict& verdict, const TableStyle& style);

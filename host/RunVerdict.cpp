@@ -25,7 +25,7 @@ std::vector<std::string> StartedAs(const RunState& state, State how) {
   return Names(state, [how](const PluginRun& plugin) { return plugin.started == how; });
 }
 
-/// "; a.server and b.server failed in Init"; nothing for no names.
+/// "; a.server and b.server failed in Init"; empty when there are no names.
 std::string Clause(const std::vector<std::string>& names, const std::string& one,
                    const std::string& many) {
   if (names.empty()) return std::string();
@@ -40,7 +40,7 @@ bool NeverBegan(const PluginRun& plugin) {
   return plugin.started == State::kWaiting && plugin.startedAtNs < 0;
 }
 
-/// What became of the start of the only plugin.
+/// How the start ended, for a product with one plugin.
 std::string TheOnePlugin(const RunState& state) {
   const auto isIt = [](const PluginRun& plugin) { return IsStarted(plugin.head); };
   const auto plugin = std::find_if(state.Plugins().begin(), state.Plugins().end(), isIt);
@@ -59,7 +59,7 @@ std::string StartedText(const RunState& state) {
   return fmt::format("{} of {} started", started, Count(all, "plugin"));
 }
 
-/// What went wrong with plugins, as clauses.
+/// Clauses on the plugins that failed to start or to stop.
 std::string Trouble(const RunState& state) {
   const auto refused = [](const PluginRun& p) { return p.state == State::kStopRefused; };
   const auto late = [](const PluginRun& p) { return p.state == State::kStarted && p.stopCounted; };
@@ -78,7 +78,7 @@ std::vector<std::string> Errors(const RunState& state) {
   return errors;
 }
 
-/// "; the first error (and 2 more errors)"; nothing for none.
+/// "; the first error (and 2 more errors)"; empty when there are no errors.
 std::string ErrorsText(const RunState& state) {
   const std::vector<std::string> errors = Errors(state);
   if (errors.empty()) return std::string();
@@ -86,8 +86,8 @@ std::string ErrorsText(const RunState& state) {
   return fmt::format("; {} (and {})", errors.front(), Count(errors.size() - 1, "more error"));
 }
 
-/// Those that are left in the stop and that `plugin` waits for: to begin, what it depends on; to
-/// stop, what depends on it.
+/// The plugins that `plugin` waits for: if it was never started, those that it depends on and that
+/// have not been counted; otherwise those that depend on it and have not been stopped.
 std::vector<std::string> HeldUpBy(const RunState& state, const PluginRun& plugin) {
   const auto has = [](const std::vector<std::string>& ids, const std::string& id) {
     return std::find(ids.begin(), ids.end(), id) != ids.end();
@@ -98,8 +98,8 @@ std::vector<std::string> HeldUpBy(const RunState& state, const PluginRun& plugin
   });
 }
 
-/// "a.server never started: it waits for b.server": why the stop waits for `plugin` though no code
-/// of it runs.
+/// "a.server never started: it waits for b.server": why the stop waits for a plugin whose code does
+/// not run.
 std::string WaitingFor(const RunState& state, const PluginRun& plugin) {
   if (plugin.head.id.empty() && plugin.head.kind == "platform") {
     return "the stop of a sub platform without an ID is never counted";
@@ -114,7 +114,7 @@ std::string WaitingFor(const RunState& state, const PluginRun& plugin) {
          (itself ? "itself" : JoinNames(others, kMostNames));
 }
 
-/// That of each that the stop waits for, as clauses.
+/// The WaitingFor clauses of all plugins that the stop waits for.
 std::string WaitingForEver(const RunState& state) {
   std::string text;
   std::size_t left = 0;

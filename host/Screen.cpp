@@ -18,7 +18,7 @@ bool IsSet(const char* variable) {
   return value != nullptr && *value != '\0';
 }
 
-/// `text` as lines, each with its line feed.
+/// `text` wrapped to `columns`, each line with a line feed.
 std::string Lines(const std::string& text, std::size_t columns, std::size_t indent) {
   std::string lines;
   for (const std::string& line : Wrapped(text, columns, indent)) lines += line + "\n";
@@ -49,9 +49,9 @@ void Screen::Update(const RunState& state, const std::string& waiting) {
     ClearWaitingLine();
     m_lastWaitingLine = now;
   } else if (m_output.IsBehind()) {
-    // Nobody reads it: the next line replaces this one.
+    // The reader is slow: skip this line, the next call writes a newer one.
   } else if (m_onTerminal) {
-    // One column is left free: a full line would wrap, and then not be drawn over.
+    // Leaves one column free: a full line would wrap, and kClearLine clears only one row.
     m_output.Write(kClearLine + CutToColumns(waiting, Columns() - 1));
     m_waitingLineStands = true;
   } else if (now - m_lastWaitingLine >= kBetweenWaitingLines) {
@@ -65,7 +65,7 @@ void Screen::Finish(const RunState& state) {
   ClearWaitingLine();
 }
 
-void Screen::Say(const std::string& line) {
+void Screen::PrintLine(const std::string& line) {
   ClearWaitingLine();
   m_output.Write(Lines(line, Columns(), kSentenceIndent));
 }

@@ -8,28 +8,28 @@
 #include "host/Output.h"
 #include "workbench/record/RunState.h"
 
-/// Shows on HUB's own output what becomes of the plugins, while it happens.
+/// Shows the progress of the plugins on standard output.
 ///
-/// One line for each start and stop; and the plugins that are waited for: on a terminal in a last
-/// line that is drawn again and again, elsewhere as a line once a second. On a terminal nothing is
-/// wider than it: that last line is cut, all others are wrapped. Not thread-safe.
+/// Prints one line for each start and stop, and the plugins that the run waits for: on a terminal
+/// as a last line that is overwritten, otherwise as a new line once a second. On a terminal that
+/// last line is cut to the terminal's width, all others are wrapped. Not thread-safe.
 class Screen {
  public:
   Screen(Output& output, Color color);
 
   bool Colored() const { return m_colored; }
-  /// Columns of the terminal; 0 when it is none.
+  /// The terminal's width; 0 when standard output is no terminal.
   std::size_t Columns() const;
 
-  /// Prints what has happened since the last call, and `waiting` (empty: nobody is waited for). To
-  /// be called several times a second.
+  /// Prints the starts and stops since the last call, and `waiting`, which names the plugins waited
+  /// for (empty: none). Call it several times a second.
   void Update(const RunState& state, const std::string& waiting);
 
-  /// Prints what is left, and takes the last line away.
+  /// Prints the starts and stops since the last call, and clears the line of the plugins waited
+  /// for.
   void Finish(const RunState& state);
 
-  /// Prints a line of the caller's between the others.
-  void Say(const std::string& line);
+  void PrintLine(const std::string& line);
 
  private:
   void PrintEvents(const RunState& state);

@@ -16,8 +16,8 @@ using State = PluginRun::State;
 constexpr std::size_t kMostNames = 5;
 constexpr std::int64_t kNanosecondsInAMinute = 60'000'000'000;
 
-/// Whether the phase waits for code of the plugin. A stop does not wait for an Init that still
-/// runs.
+/// Whether the start or stop waits for the plugin's code to return. A stop does not wait for an
+/// Init that still runs.
 bool Running(const PluginRun& plugin) {
   const bool starting = plugin.state == State::kLoading || plugin.state == State::kInInit;
   return (starting && !plugin.stopCounted) || plugin.state == State::kInUnInit;
@@ -36,9 +36,9 @@ bool NeverCounted(const RunState& state, const PluginRun& plugin) {
   return Stopping(state) && plugin.head.kind == "platform" && plugin.head.id.empty();
 }
 
-/// Whether the frame only has to look again for some plugin to begin.
+/// Whether some plugin can begin as soon as the frame next checks what is ready.
 bool SomebodyIsReady(const RunState& state) {
-  std::set<std::string> keptUp;  // at the stop: what plugins that are not done depend on
+  std::set<std::string> keptUp;  // at the stop: dependencies of plugins that have not been stopped
   for (const PluginRun& plugin : state.Plugins()) {
     if (!Stopping(state) || Done(state, plugin)) continue;
     keptUp.insert(plugin.head.dependsOn.begin(), plugin.head.dependsOn.end());
@@ -50,7 +50,7 @@ bool SomebodyIsReady(const RunState& state) {
   });
 }
 
-/// What is waited for when no plugin runs: it never ends.
+/// What blocks the start or stop for ever, when no plugin's code runs and none is ready.
 std::string WaitedForEver(const RunState& state, const std::vector<std::string>& cycles) {
   if (!OnlyWaiting(state) || SomebodyIsReady(state)) return std::string();
   std::string text;
@@ -76,8 +76,8 @@ std::string Waited(const RunState& state, const std::vector<std::string>& cycles
   return "waiting for " + JoinNames(names, kMostNames);
 }
 
-/// "16 of 20 started, 1 failed"; at the stop, of those that have something to stop, "9 of 18
-/// stopped, 1 refused".
+/// "16 of 20 started, 1 failed"; at the stop "9 of 18 stopped, 1 refused", where plugins that had
+/// nothing to stop are not counted.
 std::string DoneText(const RunState& state) {
   const bool stopping = Stopping(state);
   std::size_t all = 0;
@@ -144,8 +144,8 @@ std::string WaitingForCall(const std::string& call, double seconds) {
 }
 
 std::size_t NameColumns(std::size_t columns) {
-  constexpr std::size_t usual = 24;       // of a terminal of 80
-  constexpr std::size_t besideName = 80;  // that the other cells of the table and a reason take
+  constexpr std::size_t usual = 24;       // for the name, on a terminal with 80 columns
+  constexpr std::size_t besideName = 80;  // for the table's other columns and a reason
   if (columns == 0) return std::numeric_limits<std::size_t>::max();
   return columns > besideName + usual ? columns - besideName : std::min(usual, columns / 2);
 }

@@ -7,30 +7,30 @@
 
 #include "workbench/record/RunState.h"
 
-// What a run says while it goes on, as texts.
+// The texts that are shown while a run goes on.
 
-/// Whom the run waits for now, without times: "" for nobody; the same as long as the same plugins
-/// are waited for.
+/// The plugins that the run waits for now, without times; "" for none. The text stays the same
+/// while the same plugins are waited for.
 ///
-/// Those whose library is being loaded or whose Init or UnInit is running; when there are none,
-/// those that are waited for for ever: `cycles` (each as "a → b → a"), and at the stop a sub
-/// platform without an ID. At most five names. Nobody while the frame only has to look again.
+/// These are the plugins whose library is being loaded or whose Init or UnInit runs. When there are
+/// none, it is what never ends: `cycles` (each as "a → b → a"), and at the stop a sub platform
+/// without an ID. At most five names. "" also when the frame is about to begin another plugin.
 std::string WaitedFor(const RunState& state, const std::vector<std::string>& cycles);
 
-/// That line with what is done and how long each has taken: "16 of 20 started, 1 failed; waiting
-/// for video.server (1.2 s)". Empty when nobody is waited for.
+/// WaitedFor with the number of finished plugins and with times: "16 of 20 started, 1 failed;
+/// waiting for video.server (1.2 s)". Empty when WaitedFor is empty.
 std::string WaitingLine(const RunState& state, const std::vector<std::string>& cycles,
                         std::int64_t nowNs);
 
-/// What is waited for when that is no plugin: "waiting for Frame_Init (12.0 s)"; empty as long as
-/// that takes no longer than usual.
+/// The text while the run waits for a call: "waiting for Frame_Init (12.0 s)"; empty for the first
+/// two seconds.
 std::string WaitingForCall(const std::string& call, double seconds);
 
-/// Decides when the log is told whom the run waits for: when that changes, and once a minute.
+/// Decides when to log which plugins the run waits for: when they change, and once a minute.
 /// Not thread-safe.
 class WaitingLog {
  public:
-  /// `waiting`: as WaitedFor has it. `nowNs`: of the steady clock.
+  /// `waiting`: the text of WaitedFor. `nowNs`: the steady clock's time.
   bool IsDue(const std::string& waiting, std::int64_t nowNs);
 
  private:
@@ -38,16 +38,16 @@ class WaitingLog {
   std::int64_t m_lastNs = 0;
 };
 
-/// Whether a phase goes on in which some plugin is not done, though nothing says that one of them
-/// is on the way: those that are left may wait for each other.
+/// Whether the start or stop of the plugins has begun and not ended, and some plugin is not done.
+/// When no task runs then, the plugins that are left may wait for each other for ever.
 bool OnlyWaiting(const RunState& state);
 
-/// How many plugins have been counted in the stop.
+/// How many plugins the frame has counted at the stop.
 std::size_t CountStopped(const RunState& state);
 
-/// How many columns of a terminal that has `columns` a plugin's name may take beside other things;
-/// of 0 columns, as many as it has.
+/// How many columns a plugin's name may take on a terminal with `columns`, so that the other cells
+/// fit; unlimited when `columns` is 0.
 std::size_t NameColumns(std::size_t columns);
 
-/// What has just become of a plugin, as a line without its name; empty when it is not worth one.
+/// The line for a plugin's new state, without its name; empty for states that are not shown.
 std::string EventText(const PluginRun& plugin);

@@ -3,19 +3,19 @@
 #include <cstddef>
 #include <cstdint>
 
-/// Decides when a stop has taken too long: so many seconds in which no plugin finished, and no more
-/// than five once nothing can finish any more.
+/// Decides when a stop has taken too long: after the given number of seconds in which no plugin
+/// finished, or after at most five seconds when no plugin can finish any more.
 ///
-/// Not thread-safe. Times are of the steady clock.
+/// Not thread-safe. All times are the steady clock's.
 class StopLimit {
  public:
   StopLimit(double seconds, std::int64_t beginNs);
 
-  /// `finished`: how many plugins have finished so far. `stuck`: those that are left wait for each
-  /// other, or can never be counted.
+  /// `finished`: how many plugins have finished so far. `stuck`: the plugins that are left wait for
+  /// each other or can never be counted.
   bool Expired(std::int64_t nowNs, std::size_t finished, bool stuck);
 
-  /// The limit that expired, in seconds.
+  /// The limit that applies now, in seconds.
   double Seconds() const { return m_stuck ? m_stuckSeconds : m_seconds; }
 
  private:

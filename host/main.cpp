@@ -1,4 +1,4 @@
-// HUB: the host program. Loads the frame as a site's host does and shows people what goes on.
+// HUB, the host program: loads the frame as a site's host does and shows what happens in a run.
 
 #include <exception>
 #include <filesystem>
@@ -21,7 +21,7 @@ namespace fs = std::filesystem;
 
 namespace {
 
-/// Makes `bin` the folder of the running executable, which keeps its own name.
+/// Makes the frame take `bin` for the executable's folder, and HUB for the executable's name.
 void UseProductFolder(const std::string& bin) {
   if (bin.empty()) return;
   const fs::path extension = fs::path(ProcessPath()).extension();
@@ -85,13 +85,13 @@ int main(int argc, char** argv) {
     SuppressErrorDialogs();
     InstallCrashReport();
     HostContext context{stop, output, std::vector<std::string>(argv, argv + argc)};
-    // Signals that are sent to the process interrupt this thread, so that the run's own can still
-    // write how it ended.
+    // The system delivers the process's signals to this thread, so that the thread `run` can still
+    // write how the run ended.
     int status = kFrameFailed;
     std::thread([&] { status = Hub(context); }).join();
     return status;
   } catch (const std::exception& error) {
-    std::cerr << "HUB: " << error.what() << std::endl;  // there may be no Output
+    std::cerr << "HUB: " << error.what() << std::endl;  // Output may not have been created
     return kFrameFailed;
   }
 }
