@@ -9,7 +9,8 @@
 
 namespace {
 
-/// One character of a text: its bytes, and its code point; a byte that is not UTF-8 stands alone.
+/// One character of a text: its length in bytes and its code point. A byte that is not valid UTF-8
+/// is a character by itself.
 struct Character {
   std::size_t bytes = 1;
   char32_t code = 0xFFFD;
@@ -38,7 +39,7 @@ struct Range {
   char32_t last;
 };
 
-/// The blocks of combining marks and of characters without a width that names are written with.
+/// The blocks of combining marks and zero-width characters that occur in names.
 constexpr Range kNoColumn[] = {
     {0x0300, 0x036F}, {0x0483, 0x0489},  {0x0591, 0x05BD}, {0x064B, 0x065F}, {0x0E31, 0x0E31},
     {0x0E34, 0x0E3A}, {0x0E47, 0x0E4E},  {0x1AB0, 0x1AFF}, {0x1DC0, 0x1DFF}, {0x200B, 0x200F},
@@ -64,12 +65,12 @@ std::size_t ColumnsOf(char32_t code) {
   return Within(kTwoColumns, code) ? 2 : 1;
 }
 
-/// What a terminal may execute beside the control bytes of ASCII: the C1 control characters, line
-/// and paragraph separators, and what turns the direction of the text behind it.
+/// Characters, besides the ASCII control bytes, on which a terminal may act: the C1 control
+/// characters, line and paragraph separators, and those that change the direction of the text.
 constexpr Range kExecuted[] = {
     {0x0080, 0x009F}, {0x2028, 0x2029}, {0x202A, 0x202E}, {0x2066, 0x2069}};
 
-/// How many bytes of `text` take at most `columns`, whole characters with their marks.
+/// How many bytes of `text` fit into `columns`; whole characters with their combining marks.
 std::size_t BytesWithin(std::string_view text, std::size_t columns) {
   std::size_t taken = 0;
   std::size_t at = 0;
@@ -82,8 +83,8 @@ std::size_t BytesWithin(std::string_view text, std::size_t columns) {
   return at;
 }
 
-/// Where the line that begins `text`, of which more than `columns` is left, is broken. `next`: how
-/// many columns the lines behind it have for a word.
+/// The number of bytes of the first line of `text`, which is wider than `columns`. `next`: how many
+/// columns the following lines have.
 std::size_t BreakOf(std::string_view text, std::size_t columns, std::size_t next) {
   const std::size_t most = BytesWithin(text, columns);
   if (text[most] == ' ') return most;

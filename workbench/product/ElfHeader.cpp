@@ -11,15 +11,15 @@ namespace {
 
 constexpr std::uint64_t kClass64 = 2;
 constexpr std::uint64_t kBigEndian = 2;
-constexpr std::uint64_t kLoad = 1;     // of a segment
-constexpr std::uint64_t kDynamic = 2;  // of a segment
-constexpr std::uint64_t kEnd = 0;      // of a dynamic entry
+constexpr std::uint64_t kLoad = 1;     // type of a segment
+constexpr std::uint64_t kDynamic = 2;  // type of a segment
+constexpr std::uint64_t kEnd = 0;      // tag of a dynamic entry, as the next two
 constexpr std::uint64_t kNeeded = 1;
 constexpr std::uint64_t kStringTable = 5;
-constexpr std::uint64_t kDynamicSymbols = 11;  // of a section
+constexpr std::uint64_t kDynamicSymbols = 11;  // type of a section
 constexpr std::uint64_t kUndefined = 0;        // section of a symbol that another library defines
 
-// More than any sound file has; a broken one may claim any number.
+// Limits that no valid file reaches; a damaged file may contain any number.
 constexpr std::uint64_t kMostSegments = 1000;
 constexpr std::uint64_t kMostEntries = 10000;
 constexpr std::uint64_t kMostSections = 70000;
@@ -34,7 +34,7 @@ std::string MachineName(std::uint64_t machine) {
   return name == names.end() ? "ELF machine " + std::to_string(machine) : name->second;
 }
 
-/// Where the fields of the two classes lie.
+/// The offsets and sizes of the fields, which differ between 32-bit and 64-bit files.
 struct Layout {
   std::size_t word;
   std::uint64_t programHeaders, programHeaderSize, programHeaderCount;  // in the file
@@ -81,7 +81,7 @@ struct Section {
   std::uint64_t type;
   std::uint64_t offset;
   std::uint64_t size;
-  std::uint64_t link;  // of symbols: the section of their names
+  std::uint64_t link;  // for a symbol table: the index of the section with the names
 };
 
 std::vector<Section> ReadSections(FileBytes& file, const Layout& layout) {

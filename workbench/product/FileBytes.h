@@ -5,10 +5,10 @@
 #include <fstream>
 #include <string>
 
-/// Numbers and texts at offsets of a file that may be broken. Not thread-safe.
+/// Reads numbers and texts at given offsets of a file that may be damaged. Not thread-safe.
 class FileBytes {
  public:
-  /// Thrown for what does not lie inside the file.
+  /// Thrown when the requested bytes are not inside the file.
   struct Broken {};
 
   explicit FileBytes(const std::filesystem::path& file);
@@ -21,7 +21,7 @@ class FileBytes {
   /// The number in the `size` bytes, at most 8, at `offset`.
   std::uint64_t Number(std::uint64_t offset, std::size_t size);
 
-  /// The bytes at `offset` up to a zero byte, which has to come within kLongestText.
+  /// The bytes from `offset` to a zero byte. Throws Broken when kLongestText bytes contain none.
   std::string Text(std::uint64_t offset);
 
   void UseBigEndian(bool bigEndian) { m_bigEndian = bigEndian; }
@@ -37,6 +37,6 @@ class FileBytes {
 struct LibraryHeader;
 enum class LibraryPart;
 
-// Each reads what its format has; the file's first bytes are that format's. Throws Broken.
+// Fill `header` from a file whose first bytes are those of the format. Throw Broken.
 void ReadElf(FileBytes& file, LibraryPart part, LibraryHeader& header);
 void ReadPe(FileBytes& file, LibraryPart part, LibraryHeader& header);

@@ -1,4 +1,4 @@
-// What is said of model files that cannot be read, or read as empty.
+// The sentences on model files that cannot be read or that read as empty.
 
 #include <algorithm>
 #include <optional>
@@ -24,7 +24,7 @@ std::string Place(const fs::path& file, int line, const LocalNames& names) {
   return line > 0 ? name + ":" + std::to_string(line) : name;
 }
 
-/// `Product.xml:7 lists "a.server"`; empty for a file that is always read.
+/// `Product.xml:7 lists "a.server"`; empty for a file that no other file lists.
 std::string ListingClause(const ModelFileEntry& listed, const LocalNames& names) {
   if (listed.element.empty()) return std::string();
   return Place(listed.file.filename(), listed.line, names) + " lists " + Quoted(listed.id);
@@ -34,7 +34,7 @@ bool CannotBeRead(const ModelFile& file) {
   return file.state == State::kMissing || file.state == State::kUnreadable;
 }
 
-/// What is wrong with a file that cannot be read, who lists it, and which one is there instead.
+/// Why a file cannot be read, which file lists it, and which file with other letter case exists.
 std::string WhyUnreadable(const ModelFile& file, const LocalNames& names) {
   if (!file.listed.element.empty() && file.listed.id.empty()) {
     return EntryWithoutID(file.listed, names);
@@ -84,9 +84,9 @@ std::string ReadsAsEmpty(const ModelFile& file, const LocalNames& names) {
   return text;
 }
 
-/// What is wrong with the ID that a plugin's description holds itself; none when it is the one that
-/// the plugin is listed by. The frame goes by the description's, and starts one of several plugins
-/// with one ID: an addon may so replace a plugin of the product.
+/// The finding for a plugin whose description contains another ID than the list that names it. The
+/// frame uses the description's ID. Of several plugins with the same ID it starts only one, which
+/// is how an addon replaces a plugin of the product.
 std::optional<Finding> WrongHeldID(const ModelFile& file, const std::vector<ModelFile>& files,
                                    const LocalNames& names) {
   const bool isPlugin = file.root == "Plugin" && file.state == State::kGood;
@@ -110,7 +110,7 @@ std::optional<Finding> WrongHeldID(const ModelFile& file, const std::vector<Mode
                  place + Quoted(file.heldID) + entry + "the plugin counts as that one"};
 }
 
-/// What an addon or tool, or all of them, lose by a file that is not required and cannot be read.
+/// The sentence on a file that is not required and cannot be read: which addons or tools are lost.
 std::string LostAddon(const ModelFile& file, const LocalNames& names) {
   const std::string why = WhyUnreadable(file, names) + "; ";
   if (file.root == "AddonList") return why + "no addon is read, not even an installed one";
@@ -128,8 +128,8 @@ const ModelFile* Find(const std::vector<ModelFile>& files, const std::string& ro
   return found == files.end() ? nullptr : &*found;
 }
 
-/// Addons or tools that are installed but not read, because their catalogue or the product's
-/// version is missing: `list` is theirs in the file of installed ones.
+/// The sentence on installed addons or tools that are not read, because their catalogue or the
+/// product's version is missing. `list`: their elements in InstalledProducts.xml.
 std::string NotEvenInstalled(const std::vector<ModelFile>& files, const std::string& catalogueRoot,
                              const std::string& list, const std::string& what,
                              const LocalNames& names) {
@@ -140,7 +140,7 @@ std::string NotEvenInstalled(const std::vector<ModelFile>& files, const std::str
   const int count = XmlFile(ReadTextAgain(installed->read)).Count(list);
   if (count == 0) return std::string();
   const ModelFile& product = files.front();
-  if (catalogue == nullptr && product.state != State::kGood) return std::string();  // told already
+  if (catalogue == nullptr && product.state != State::kGood) return std::string();  // reported
   const std::string why = catalogue == nullptr
                               ? names.fromPath(product.read) + ": its Version has no three parts"
                               : WhyUnreadable(*catalogue, names);
@@ -167,7 +167,7 @@ std::vector<std::string> UnreadableProductSentences(const std::vector<ModelFile>
   for (const ModelFile& file : files) {
     if (!file.required || !CannotBeRead(file)) continue;
     std::string sentence = WhyUnreadable(file, names) + "; the product cannot be read";
-    // Each entry that a second section hides has the same one.
+    // All entries hidden by a second section have the same sentence.
     if (std::count(sentences.begin(), sentences.end(), sentence) > 0) continue;
     sentences.push_back(std::move(sentence));
   }
@@ -191,7 +191,7 @@ std::vector<Finding> FindingsOfFiles(const std::vector<ModelFile>& files, const 
       add(severity,
           Place(file.read, file.line, names) + ": " + file.detail + ": " + Loss(file, names));
     } else if (CannotBeRead(file) && !file.required) {
-      // Products without addons and tools have no catalogues.
+      // A product without addons and tools needs no catalogues.
       const bool tolerated = file.state == State::kMissing && file.listed.element.empty();
       if (!tolerated) add(severity, LostAddon(file, names));
     }

@@ -19,7 +19,7 @@ std::string Shown(const std::string& id) {
   return id.empty() ? "(no ID)" : id;
 }
 
-/// "x, y and z", or five of them "and N more".
+/// "x, y and z"; of more than five, the first five "and N more".
 std::string NameList(const std::vector<std::string>& ids) {
   std::string text;
   const std::size_t shown = std::min(ids.size(), kMostNames);
@@ -101,7 +101,7 @@ std::vector<Finding> FindingsBeforeStart(const fs::path& bin, const ProductModel
   if (nameless) {
     for (const ModelFileEntry& entry : SubPlatformsWithoutID(files)) {
       std::string text = NamelessFinding(entry, names);
-      // Each entry that a second section hides has the same one.
+      // All entries hidden by a second section have the same sentence.
       if (findings.empty() || findings.back().text != text) {
         findings.push_back({Severity::kError, std::move(text)});
       }

@@ -8,10 +8,10 @@
 #include "workbench/product/LocalNames.h"
 #include "workbench/product/ModelFiles.h"
 
-/// One sentence about a product that people should read.
+/// A problem of a product, or a note on it, as one sentence for the user.
 struct Finding {
   enum class Severity {
-    kNote,     // worth knowing
+    kNote,     // nothing is lost
     kWarning,  // something is lost, but no plugin
     kError     // a plugin is lost or never starts, or a model file reads as empty
   };
@@ -20,15 +20,15 @@ struct Finding {
   std::string text;
 };
 
-/// A cycle as "a → b → a"; of a long one, the first members and how many more there are.
+/// A cycle as "a → b → a"; for a long one, the first members and how many more there are.
 std::string CycleText(const std::vector<std::string>& cycle);
 
-/// What keeps a product that could be read from starting or stopping as a whole: dependency cycles,
-/// plugins that depend on themselves, sub platforms without an ID. `model` is the one that the
-/// frame handed over; the files are read only when there is something to say.
+/// What prevents plugins of a readable product from ever starting, or its stop from ending:
+/// dependency cycles, plugins that depend on themselves, sub platforms without an ID. `model` is
+/// the one that the frame handed over; files are read only when there is something to report.
 std::vector<Finding> FindingsBeforeStart(const std::filesystem::path& bin,
                                          const ProductModel& model, const LocalNames& names);
 
-/// What is lost because of model files with which the frame starts all the same: files that read
-/// as empty, and addons and tools whose own files, or whose plugins' descriptions, cannot be read.
+/// What is lost because of faulty model files that do not make Frame_Init fail: files that read as
+/// empty, and addons and tools whose files or plugin descriptions cannot be read.
 std::vector<Finding> FindingsOfFiles(const std::vector<ModelFile>& files, const LocalNames& names);

@@ -21,7 +21,7 @@ bool Exists(const fs::path& path) {
   return fs::exists(path, error);
 }
 
-/// Whether `folder` holds a file of this name, letter case aside, as Windows has it.
+/// Whether `folder` contains a file of this name; letter case is ignored, as on Windows.
 bool Holds(const fs::path& folder, const std::string& name) {
   return Exists(folder / name) || FileWithOtherCase(folder / name).has_value();
 }
@@ -31,7 +31,7 @@ bool IsNamePart(char c) {
          c == '+';
 }
 
-/// Whether `words` hold the file name `name`, not as a part of another.
+/// Whether `words` contain the file name `name`, not as part of a longer name.
 bool Mentions(const std::string& words, const std::string& name) {
   for (std::size_t at = words.find(name); at != std::string::npos; at = words.find(name, at + 1)) {
     const std::size_t end = at + name.size();
@@ -41,14 +41,14 @@ bool Mentions(const std::string& words, const std::string& name) {
   return false;
 }
 
-/// A library that another one needs and that could not be found.
+/// A needed library that could not be found.
 struct Missing {
   std::string name;
-  std::string neededBy;  // a library beside the plugin's; empty for the plugin's own
+  std::string neededBy;  // a library in the same folder; empty: the plugin's library itself
 };
 
-/// The first needed library for which `isMissing`, of the plugin's library and then of those that
-/// lie beside it. The name is empty when there is none.
+/// The first needed library for which `isMissing` is true: of the plugin's library, then of the
+/// needed libraries in the same folder. The name is empty when there is none.
 Missing FindMissing(const fs::path& library, const LibraryHeader& header,
                     const std::function<bool(const std::string&)>& isMissing) {
   std::deque<std::pair<std::string, std::vector<std::string>>> queue = {{"", header.needed}};
@@ -64,7 +64,7 @@ Missing FindMissing(const fs::path& library, const LibraryHeader& header,
   return Missing();
 }
 
-/// "needs libx.so, which ", or through another library: "needs liby.so, which needs libx.so,
+/// "needs libx.so, which "; when another library needs it: "needs liby.so, which needs libx.so,
 /// which ".
 std::string NeedsClause(const Missing& missing) {
   const std::string way = missing.neededBy.empty() ? "" : missing.neededBy + ", which needs ";
@@ -88,7 +88,8 @@ std::string CaseHint(const fs::path& wanted, const LocalNames& names) {
          ", with other letter case";
 }
 
-/// Why an ELF library's loader found one that it needs missing; empty when it was not that.
+/// Why the loader did not find a library that an ELF library needs; empty when the loader's message
+/// has another reason.
 std::string MissingElf(const fs::path& library, const LibraryHeader& header, std::string words,
                        const LibraryHeader& program, const LocalNames& names) {
   if (words.find("No such file or directory") == std::string::npos) return std::string();
@@ -111,8 +112,8 @@ std::string MissingElf(const fs::path& library, const LibraryHeader& header, std
          (missing.neededBy.empty() ? "the plugin" : missing.neededBy) + " with an RPATH of $ORIGIN";
 }
 
-/// Which library that a PE library needs is nowhere; empty when all are somewhere, or when nobody
-/// knows where the loader looks.
+/// Which library that a PE library needs does not exist; empty when all exist, or when it is not
+/// known where the loader looks.
 std::string MissingPe(const fs::path& library, const LibraryHeader& header,
                       const std::vector<fs::path>& folders) {
   if (folders.empty()) return std::string();
@@ -120,7 +121,7 @@ std::string MissingPe(const fs::path& library, const LibraryHeader& header,
     std::string lower = name;
     std::transform(lower.begin(), lower.end(), lower.begin(),
                    [](unsigned char c) { return static_cast<char>(std::tolower(c)); });
-    // Names for sets of functions, which the system itself leads to its libraries.
+    // API set names, which the system maps to its own libraries.
     if (lower.compare(0, 7, "api-ms-") == 0 || lower.compare(0, 7, "ext-ms-") == 0) return false;
     if (Holds(library.parent_path(), name)) return false;
     return std::none_of(folders.begin(), folders.end(),
@@ -136,7 +137,7 @@ const char* FormatName(Format format) {
   return format == Format::kElf ? "ELF" : "PE";
 }
 
-/// What is wrong with the library's file itself; empty when nothing is, or it cannot be told.
+/// What is wrong with the library's file itself; empty when nothing is or it cannot be read.
 std::string WrongFile(const fs::path& library, const LibraryHeader& header,
                       const LibraryHeader& program) {
   std::error_code error;

@@ -5,7 +5,7 @@
 #include <string>
 #include <vector>
 
-/// What the headers of one ELF or PE file say.
+/// What the headers of an ELF or PE file contain.
 struct LibraryHeader {
   enum class Format {
     kUnreadable,  // the file cannot be opened
@@ -15,13 +15,13 @@ struct LibraryHeader {
   };
 
   Format format = Format::kNone;
-  bool broken = false;              // cut short or damaged; `needed` is then incomplete
-  std::string machine;              // "x86-64"; empty when broken before it
+  bool broken = false;              // truncated or damaged; `needed` is then incomplete
+  std::string machine;              // "x86-64"; empty when it cannot be read
   std::vector<std::string> needed;  // DT_NEEDED, or the imported libraries
   std::vector<std::string> exported;
 };
 
-/// What is read besides format and machine.
+/// What to read besides format and machine.
 enum class LibraryPart { kNeeded, kExports };
 
 LibraryHeader ReadLibraryHeader(const std::filesystem::path& file,

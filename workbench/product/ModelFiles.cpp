@@ -16,7 +16,7 @@ namespace {
 constexpr char kProduct[] = "ProductDescription";
 constexpr char kPlugin[] = "Plugin";
 
-/// `path` without "..", and still leading to the same folder.
+/// `path` without "..", changed so that it still names the same folder if links are involved.
 fs::path Plain(const fs::path& path) {
   fs::path plain = path.lexically_normal();
   if (plain == path) return plain;
@@ -27,7 +27,7 @@ fs::path Plain(const fs::path& path) {
   return error ? plain : folder / path.filename();
 }
 
-/// Whether the frame finds the three parts in a product's version that it decides on addons with.
+/// Whether the version has three parts; the frame needs them to decide which addons are compatible.
 bool HasThreeParts(const std::string& version) {
   int parts = 0;
   for (std::size_t i = 0; i < version.size(); ++i) {
@@ -36,15 +36,15 @@ bool HasThreeParts(const std::string& version) {
   return parts >= 3;
 }
 
-/// Reads model files one after the other and keeps what becomes of each.
+/// Reads model files one after the other and keeps a record of each.
 class ModelFileReader {
  public:
   explicit ModelFileReader(const LocalNames& names) : m_names(names) {}
 
-  /// What was read of one file. Holds nothing when the file cannot be read.
+  /// The content of one file; `xml` is empty when the file cannot be read.
   struct Document {
     XmlFile xml;
-    std::size_t file;  // position of its record
+    std::size_t file;  // index of its record
   };
 
   /// Reads the file that the frame names `local`.
@@ -69,7 +69,7 @@ class ModelFileReader {
     return document;
   }
 
-  /// Whether a file listed as `id` was not read before; one without an ID never was.
+  /// Whether the file listed as `id` has not been read before; always true without an ID.
   bool IsNew(const std::string& local, const std::string& root, const std::string& id) {
     return id.empty() || m_known.emplace(local, root).second;
   }
@@ -103,12 +103,12 @@ class ModelFileReader {
 
   const LocalNames& m_names;
   std::vector<ModelFile> m_files;
-  std::set<std::pair<std::string, std::string>> m_known;  // local name and root
+  std::set<std::pair<std::string, std::string>> m_known;  // local name and root element
 };
 
 using Document = ModelFileReader::Document;
 
-/// The `element`s in `section`, as the frame reads them from `file`.
+/// The `element`s of `section` as the frame reads them. `file`: the file that `xml` was read from.
 std::vector<ModelFileEntry> ReadEntries(const XmlFile& xml, const fs::path& file,
                                         const std::string& section, const std::string& element) {
   std::vector<ModelFileEntry> entries;
@@ -124,8 +124,8 @@ std::vector<ModelFileEntry> ReadEntries(const XmlFile& xml, const fs::path& file
   return entries;
 }
 
-/// Follows the list of `element`s in `section` of `list` to ID/ID.xml in `folder`; `then` gets each
-/// file that was read for the first time, and the ID that it is listed by.
+/// Reads the file ID/ID.xml in `folder` for each `element` in `section` of `list`. Calls `then`
+/// with each file that was read for the first time and the ID that it is listed by.
 template <typename Then>
 void FollowList(ModelFileReader& reader, const Document& list, const std::string& section,
                 const std::string& element, const std::string& folder, const std::string& root,
@@ -140,7 +140,7 @@ void FollowList(ModelFileReader& reader, const Document& list, const std::string
   }
 }
 
-/// Follows a list of plugins to their descriptions.
+/// Reads the descriptions of the plugins in a list.
 void FollowPlugins(ModelFileReader& reader, const Document& list, const std::string& section,
                    const std::string& element, const std::string& folder, bool required) {
   FollowList(reader, list, section, element, folder, kPlugin, required,
@@ -151,8 +151,8 @@ void FollowPlugins(ModelFileReader& reader, const Document& list, const std::str
              });
 }
 
-/// Marks the description of an addon or tool that the frame skips because of its ID. Returns
-/// whether the frame goes on with it.
+/// Marks the description of an addon or tool as kOtherID when its ID is not `id`. Returns whether
+/// the frame uses the description.
 bool CheckID(ModelFileReader& reader, const Document& document, const std::string& id) {
   ModelFile& file = reader.File(document);
   if (file.state != ModelFile::State::kGood) return false;
@@ -163,7 +163,7 @@ bool CheckID(ModelFileReader& reader, const Document& document, const std::strin
   return false;
 }
 
-/// What one description says of its plugin.
+/// Version and dependencies of a plugin, from its description.
 struct Declared {
   std::string version;
   std::vector<std::pair<std::string, int>> dependencies;  // that order the start, with their lines

@@ -10,7 +10,7 @@ namespace fs = std::filesystem;
 
 namespace {
 
-/// Why `file` cannot be read, or empty and its bytes in `text`.
+/// Reads `file` into `text`. Returns why it cannot be read; empty on success.
 std::string Read(std::string& text, const fs::path& file, bool& missing) {
   std::error_code error;
   const fs::file_status status = fs::status(file, error);

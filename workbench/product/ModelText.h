@@ -3,16 +3,16 @@
 #include <filesystem>
 #include <string>
 
-// The bytes of a model file, taken by the frame's rule.
+// Reads the text of a model file by the same rule as the frame.
 
-/// One file, or the one that stands in for it.
+/// The text of a file, or of the .data file beside it.
 struct ModelText {
   std::filesystem::path read;  // empty when neither can be read
   std::string text;            // without trailing line feeds
   bool missing = false;        // the file itself does not exist
-  std::string problem;         // why the file itself is not read: "is empty"; empty when it is
-  std::string standIn;         // the name of the file that may stand in
-  std::string standInProblem;  // why that is not read either
+  std::string problem;         // why the file itself cannot be read: "is empty"; empty when it can
+  std::string standIn;         // the name of the .data file
+  std::string standInProblem;  // why that cannot be read either
 };
 
 /// Reads the file that the frame names `local`, a name in the local code page, or the .data file
@@ -20,5 +20,5 @@ struct ModelText {
 ModelText ReadModelText(const std::string& local,
                         std::filesystem::path (*toPath)(const std::string& local));
 
-/// The bytes of a file that could be read before; empty when it no longer can.
+/// The text of a file that was readable before; empty when it cannot be read any more.
 std::string ReadTextAgain(const std::filesystem::path& file);

@@ -22,7 +22,7 @@ bool Exists(const fs::path& path) {
   return fs::exists(path, error);
 }
 
-/// What lies in `folder` under `name`, letter case aside; the very name first.
+/// The entries of `folder` whose name is `name`, ignoring letter case; the exact name first.
 std::vector<fs::path> Candidates(const fs::path& folder, const fs::path& name) {
   std::vector<fs::path> candidates;
   if (Exists(folder / name)) candidates.push_back(folder / name);
@@ -36,7 +36,7 @@ std::vector<fs::path> Candidates(const fs::path& folder, const fs::path& name) {
   return candidates;
 }
 
-/// The first existing path below `folder` for the parts from `part` on.
+/// The first existing path below `folder` that matches `parts` from index `part` on.
 std::optional<fs::path> Search(const fs::path& folder, const std::vector<fs::path>& parts,
                                std::size_t part) {
   if (part == parts.size()) return folder;

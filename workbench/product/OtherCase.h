@@ -3,6 +3,6 @@
 #include <filesystem>
 #include <optional>
 
-/// The file that is there when `wanted` is not, and only the case of ASCII letters differs, in any
-/// part of it below a folder that exists. None when `wanted` exists.
+/// An existing file whose path differs from `wanted` only in the case of ASCII letters, in any part
+/// below a folder that exists. None when `wanted` itself exists.
 std::optional<std::filesystem::path> FileWithOtherCase(const std::filesystem::path& wanted);

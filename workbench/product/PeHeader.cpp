@@ -9,11 +9,11 @@
 namespace {
 
 constexpr std::uint64_t kHeaderOffset = 0x3C;  // in the DOS header
-constexpr std::uint64_t k64Bit = 0x20B;        // magic of the optional header
-constexpr std::uint64_t kExports = 0;          // of the data directories
+constexpr std::uint64_t k64Bit = 0x20B;        // magic number of the optional header
+constexpr std::uint64_t kExports = 0;          // index of a data directory, as the next one
 constexpr std::uint64_t kImports = 1;
 
-// More than any sound file has; a broken one may claim any number, or have no end.
+// Limits that no valid file reaches; a damaged file may contain any number, or a list without end.
 constexpr std::uint64_t kMostSections = 1000;
 constexpr std::uint64_t kMostImports = 10000;
 constexpr std::uint64_t kMostExports = 70000;

@@ -5,12 +5,12 @@
 
 #include "workbench/product/LocalNames.h"
 
-/// What Product.xml calls the product; both empty when it cannot be read.
+/// The product's name and version from Product.xml; both empty when it cannot be read.
 struct ProductName {
   std::string name;
   std::string version;
 };
 
-/// Reads it for the product whose executables lie in `bin`, from a regular file alone: reading a
-/// pipe might never end. Throws std::bad_alloc alone.
+/// Reads them for the product whose executables lie in `bin`. Only a regular file is read, since
+/// reading a pipe might never end. Throws only std::bad_alloc.
 ProductName ReadProductName(const std::filesystem::path& bin, const LocalNames& names);

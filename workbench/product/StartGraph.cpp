@@ -7,7 +7,7 @@
 
 namespace {
 
-constexpr std::int32_t kOrders = 1;  // of DependentType
+constexpr std::int32_t kOrders = 1;  // a DependentType
 
 /// The same rule as the frame's: see OrdersTheStart there.
 bool OrdersTheStart(const PluginDependency& dependency) {
@@ -16,7 +16,7 @@ bool OrdersTheStart(const PluginDependency& dependency) {
   return onPlugin && dependency.DependentType == kOrders;
 }
 
-/// The graph by positions in `ids`.
+/// The graph's edges, as indices into `ids`.
 using Edges = std::vector<std::vector<std::size_t>>;
 
 std::map<std::string, std::size_t> Positions(const StartGraph& graph) {
@@ -44,9 +44,9 @@ Edges Reversed(const Edges& edges) {
   return reversed;
 }
 
-/// Which group of nodes that all reach each other each node belongs to: the group's first node.
+/// The strongly connected components: maps each node to the first node of its component.
 ///
-/// Kosaraju's two passes, with stacks of their own: a chain may be as long as the product.
+/// Kosaraju's algorithm, without recursion: a chain of dependencies may contain every plugin.
 class Groups {
  public:
   explicit Groups(const Edges& edges) : m_group(edges.size(), kNone) {
@@ -89,7 +89,7 @@ class Groups {
     return finished;
   }
 
-  /// Puts all that reach `root`, and are in no group, into one.
+  /// Makes a group of `root` and all nodes without a group that reach it.
   void Collect(const Edges& reversed, std::size_t root) {
     std::vector<std::size_t> members = {root};
     m_group[root] = root;
@@ -107,7 +107,7 @@ class Groups {
   std::vector<std::size_t> m_group;
 };
 
-/// The shortest cycle of two or more nodes through `first`, whose group has as many.
+/// The shortest cycle of two or more nodes through `first`, whose group has at least two.
 std::vector<std::size_t> ShortestCycle(const Edges& edges, std::size_t first) {
   std::map<std::size_t, std::size_t> cameFrom;
   std::deque<std::size_t> queue = {first};

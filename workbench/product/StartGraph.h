@@ -6,23 +6,23 @@
 
 #include "src/model/ProductModel.h"
 
-/// Which plugin's start waits for which: what the frame orders its start by.
+/// The dependencies by which the frame orders the start: which plugin waits for which.
 struct StartGraph {
   /// Server plugins, then sub platforms, in the model's order, each once. An empty ID is an ID.
   std::vector<std::string> ids;
 
-  /// For each of `ids`, those that it waits for: each once, in the order declared.
+  /// For each of `ids`, the plugins that it waits for: each once, in the order of declaration.
   std::map<std::string, std::vector<std::string>> dependsOn;
 };
 
 StartGraph MakeStartGraph(const ProductModel& model);
 
-/// Why some plugins never start: each plugin that depends on itself as {a}, and of each group of
-/// plugins that all wait for each other one cycle, {a, b, c} for a → b → c → a: the shortest one
-/// through the group's first member. Each begins with its member that stands first in the model,
-/// and they are in the order of these members.
+/// The cycles because of which some plugins never start: {a} for each plugin that depends on itself
+/// and, for each group of plugins that all wait for each other, the shortest cycle through the
+/// group's first plugin, {a, b, c} for a → b → c → a. A cycle begins with its plugin that comes
+/// first in the model; the cycles are in the order of these plugins.
 std::vector<std::vector<std::string>> FindCycles(const StartGraph& graph);
 
-/// Who depends on one of `members`, directly or not, and is none of them, in the model's order.
+/// The plugins outside `members` that depend on one of them, directly or not, in the model's order.
 std::vector<std::string> WaitingBehind(const StartGraph& graph,
                                        const std::vector<std::string>& members);

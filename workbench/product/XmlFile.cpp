@@ -22,7 +22,7 @@ std::string FromXml(const xmlChar* text) {
   return text == nullptr ? std::string() : reinterpret_cast<const char*>(text);
 }
 
-/// `message` without its last line break, and with blanks for the others.
+/// `message` without trailing whitespace, and with blanks for line breaks and tabs.
 std::string OneLine(std::string message) {
   const std::size_t last = message.find_last_not_of(" \t\r\n");
   message.resize(last == std::string::npos ? 0 : last + 1);
@@ -32,8 +32,8 @@ std::string OneLine(std::string message) {
   return message;
 }
 
-/// Takes libxml2's messages on this thread while it exists, and keeps the first one that makes a
-/// document not well-formed.
+/// Receives libxml2's messages on this thread while it exists, and keeps the first fatal one, which
+/// says why a document is not well-formed.
 class XmlMessages {
  public:
   XmlMessages() : m_handler(xmlStructuredError), m_context(xmlStructuredErrorContext) {
@@ -61,25 +61,26 @@ class XmlMessages {
     try {
       messages.m_first = OneLine(error->message == nullptr ? "" : error->message);
       messages.m_line = error->line;
-    } catch (const std::bad_alloc&) {  // must not cross libxml2's frames
+    } catch (const std::bad_alloc&) {  // no exception may pass through libxml2's C code
       messages.m_outOfMemory = true;
     }
   }
 
-  const xmlStructuredErrorFunc m_handler;  // the host's
+  const xmlStructuredErrorFunc m_handler;  // the previous one, which is restored
   void* const m_context;
   std::string m_first;
   int m_line = 0;
   bool m_outOfMemory = false;
 };
 
-/// Puts the texts of a node list together, entities replaced, and stops at a bound: a small file
-/// can ask for gigabytes by naming one long entity again and again.
+/// Concatenates the texts of a node list, with entities replaced, up to a limit: a small file can
+/// expand to gigabytes by naming one long entity again and again.
 class TextPieces {
  public:
   explicit TextPieces(const xmlDoc* document) : m_document(document) {}
 
-  /// As deep as entities nest, which the parser limits to 40.
+  /// False when the limit is exceeded. Recurses as deep as entities nest, which libxml2 limits
+  /// to 40.
   bool Append(const xmlNode* list) {
     for (const xmlNode* node = list; node != nullptr; node = node->next) {
       if (++m_nodes > kMostNodes) return false;
@@ -97,7 +98,7 @@ class TextPieces {
   const std::string& Text() const { return m_text; }
 
  private:
-  static constexpr std::size_t kMostBytes = 10'000'000;  // the frame's own bound
+  static constexpr std::size_t kMostBytes = 10'000'000;  // the same limit as in the frame
   static constexpr std::size_t kMostNodes = 10'000'000;
 
   const xmlDoc* m_document;
@@ -168,7 +169,7 @@ std::string XmlFile::Attribute(const std::string& expression, const std::string&
   const xmlNode* node = FirstNode(matches.get());
   const xmlAttr* attribute = node == nullptr ? nullptr : xmlHasProp(node, XmlString(name));
   if (attribute == nullptr) return fallback;
-  if (attribute->type == XML_ATTRIBUTE_DECL) {  // absent, with a default of the file's own DOCTYPE
+  if (attribute->type == XML_ATTRIBUTE_DECL) {  // absent; the file's DOCTYPE declares a default
     return FromXml(reinterpret_cast<const xmlAttribute*>(attribute)->defaultValue);
   }
   return TextOf(attribute->children, fallback);

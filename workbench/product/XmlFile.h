@@ -7,16 +7,16 @@
 #include <string>
 #include <vector>
 
-/// One model file's XML as the frame parses and addresses it, with lines.
+/// The XML of a model file, parsed and queried as in the frame, with line numbers.
 ///
-/// What is not well-formed holds nothing: queries find no element, and Problem says why. libxml2's
-/// messages go nowhere else. Not thread-safe. Throws std::bad_alloc alone.
+/// A text that is not well-formed reads as empty: queries find no element, and Problem says why.
+/// libxml2's messages are not printed. Not thread-safe. Throws only std::bad_alloc.
 class XmlFile {
  public:
-  /// `text`: the file's bytes, which are read as UTF-8 whatever they declare.
+  /// `text`: the file's bytes, read as UTF-8 even if they declare another encoding.
   explicit XmlFile(const std::string& text);
 
-  /// What is not well-formed, without a line break, and in which line; empty when nothing is.
+  /// Why the text is not well-formed, in one line, and the line number; empty when it is.
   const std::string& Problem() const { return m_problem; }
   int ProblemLine() const { return m_problemLine; }
 
@@ -29,7 +29,8 @@ class XmlFile {
 
   int Count(const std::string& expression) const;
 
-  /// Of the first element that matches; `fallback` or 0 when there is none or it has no such value.
+  // Each returns a value of the first element that matches `expression`; `fallback` or 0 when there
+  // is no such element or value.
   std::string Text(const std::string& expression, const std::string& fallback) const;
   std::string Attribute(const std::string& expression, const std::string& name,
                         const std::string& fallback) const;
@@ -52,14 +53,14 @@ class XmlFile {
   int m_problemLine = 0;
 };
 
-/// One element of a list as the frame addresses it.
+/// One element of a list, found by its position as in the frame.
 struct XmlListElement {
-  std::string path;     // the expression to ask for
+  std::string path;     // its XPath expression
   int line = 0;         // of the element, or of the second section when it is hidden
-  bool hidden = false;  // counted, but no section has an element of this number
+  bool hidden = false;  // counted, but no section has an element at this position
 };
 
-/// The `element`s in all sections `section`: as many as there are, each asked for by its position,
-/// which counts inside each section.
+/// An entry for each `element` in all sections `section`. Each is looked up by its position, which
+/// in XPath counts inside each section.
 std::vector<XmlListElement> ListElements(const XmlFile& file, const std::string& section,
                                          const std::string& element);

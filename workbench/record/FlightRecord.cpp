@@ -27,7 +27,7 @@ constexpr Named<Result> kResults[] = {{Result::kOk, "ok"},
 constexpr Named<Severity> kSeverities[] = {
     {Severity::kNote, "note"}, {Severity::kWarning, "warning"}, {Severity::kError, "error"}};
 
-/// The members of an event's line besides its name, time and thread.
+/// The members of an event's line in addition to its name, time and thread.
 enum Member : unsigned {
   kPhase = 1U << 0U,
   kPlugin = 1U << 1U,
@@ -94,7 +94,7 @@ Value ValueOf(const Named<Value> (&table)[N], const std::string& name) {
   throw std::invalid_argument(name);
 }
 
-/// Calls `visit(member, name, field)` for each member of an event's line, in its order.
+/// Calls `visit(member, name, field)` for each member of an event's line, in the line's order.
 template <typename Event, typename Visit>
 void VisitMembers(Event& event, Visit visit) {
   visit(kPhase, "phase", event.phase);
@@ -123,7 +123,7 @@ void VisitTotals(Totals& totals, Visit visit) {
   visit("stopRefused", totals.stopRefused);
 }
 
-/// Whether a member that may be left out is.
+/// Whether a member that may be left out has no value.
 template <typename Field>
 bool Empty(const Field&) {
   return false;
@@ -139,14 +139,14 @@ std::string Dump(const Json& json) {
   return json.dump(-1, ' ', false, Json::error_handler_t::replace);
 }
 
-/// Whether a text is its own JSON but for the quotes around it.
+/// Whether a text needs no escaping in JSON.
 bool IsPlain(const std::string& text) {
   return std::all_of(text.begin(), text.end(),
                      [](char c) { return c >= 0x20 && c < 0x7f && c != '"' && c != '\\'; });
 }
 
-// An event's line is put together by hand: plugins wait for it, and to build a document for each
-// takes ten times as long.
+// An event's line is composed without a JSON document, which would take ten times as long: plugins
+// wait until the line is written.
 
 void Append(std::string& line, const std::string& text) {
   if (IsPlain(text)) {
@@ -177,7 +177,7 @@ void Append(std::string& line, Severity severity) {
   line.append(1, '"').append(NameOf(kSeverities, severity)).append(1, '"');
 }
 
-// A member of another type than it must have is thrown, and makes its line an unreadable one.
+// A member of the wrong type throws, so that its line counts as unreadable.
 
 void Read(const Json& json, const char* name, std::string& value) {
   const auto member = json.find(name);
@@ -218,7 +218,7 @@ void Read(const Json& json, const char* name, Severity& value) {
   value = ValueOf(kSeverities, json.at(name).get<std::string>());
 }
 
-/// The schema of the head; throws when it is no head.
+/// The schema number of the head; throws when `json` is no head.
 std::int64_t ReadSchema(const Json& json) {
   if (json.at("record").get<std::string>() != "head") throw std::invalid_argument("record");
   std::int64_t schema = 0;
@@ -272,7 +272,7 @@ RunEvent ReadEvent(const Json& json) {
   throw std::invalid_argument(name);
 }
 
-/// One line behind the head; throws when it is unreadable.
+/// Reads a line after the head; throws when it is unreadable.
 void ReadLine(const std::string& line, FlightRecord& record) {
   const Json json = Json::parse(line);
   const std::string part = json.at("record").get<std::string>();
@@ -394,7 +394,7 @@ FlightRecord ReadFlightRecord(const std::filesystem::path& file) {
                              std::to_string(RunHead::kSchema));
   }
   while (std::getline(stream, line)) {
-    if (line.empty()) continue;  // begun by a line that followed a lost one
+    if (line.empty()) continue;  // a line that follows a lost line begins with a line feed
     try {
       ReadLine(line, record);
     } catch (const std::exception&) {

@@ -3,7 +3,7 @@
 #include <cstdint>
 #include <string>
 
-/// What one line of the frame's log says. Beside each kind stands what it fills.
+/// The content of one line of the frame's log. The comment at each kind names the members it sets.
 struct FrameEvent {
   enum class Kind {
     // Frame_Init
@@ -13,15 +13,15 @@ struct FrameEvent {
     kManagerInitEnd,  // milliseconds
     kManagerInitFailed,
     kFrameInitEnd,            // milliseconds
-    kInitRefused,             // reason: the frame's own words for why the initialisation failed
-    kStepThrew,               // reason: what a call around the frame threw out of an entry's step
-    kStepThrewNoException,    // something that is no exception object
-    kRequiredFileUnreadable,  // path: a model file that the product cannot do without
-    kOptionalFileUnreadable,  // path: one that it can do without
+    kInitRefused,             // reason: the frame's text on why the initialisation failed
+    kStepThrew,               // reason: the text of the exception that a step of an entry threw
+    kStepThrewNoException,    // a step threw something that is no exception object
+    kRequiredFileUnreadable,  // path: a model file without which Frame_Init fails
+    kOptionalFileUnreadable,  // path: a model file without which the frame goes on
     kPluginDropped,           // plugin, path: an addon's plugin without a readable description
     kTypeUnknown,             // path: a description whose type is neither library nor executable
-    kAddonDropped,            // plugin: the addon's ID. A plugin of it was dropped
-    kAddonUnreadable,         // path: its description cannot be read, or is another addon's
+    kAddonDropped,            // plugin: the addon's ID. One of its plugins was dropped
+    kAddonUnreadable,         // path: its description cannot be read, or has another ID
     kAddonIncompatible,      // plugin: the addon's ID. It is installed, for another product version
     kToolUnreadable,         // path: as kAddonUnreadable
     kProductVersionMissing,  // so that no addon is read
@@ -40,14 +40,14 @@ struct FrameEvent {
     kLoadTaskBegin,         // plugin
     kLoadBegin,             // path
     kLoadSucceeded,         // path
-    kLoadFailed,            // path; number: the system's error code; reason: not in the line, a
-                            // better one than the loader's message, found elsewhere
+    kLoadFailed,            // path; number: the system's error code; reason: not in the line, added
+                            // by the host when it has a better one than the loader's message
     kInitBegin,             // plugin
     kInitSucceeded,         // plugin, milliseconds
     kInitFailed,            // plugin, milliseconds
     kInitThrew,             // reason: the exception's text
     kInitThrewNoException,  // something that is no exception object
-    kInitMissing,           // reason: not in the line, under which name it was probably exported
+    kInitMissing,           // reason: not in the line, added by the host: the exported mangled name
     kStartCounted,          // plugin; number: the count
     kStartFailedCounted,    // plugin; number: the count. Its Init failed
     kStartAbandoned,        // plugin, reason; number: the count. Its task threw
@@ -68,7 +68,7 @@ struct FrameEvent {
 
     // one plugin's stop, on its thread
     kUnloadTaskBegin,         // plugin
-    kNamelessNotCounted,      // a record without a name, which no stop ever counts
+    kNamelessNotCounted,      // a record without a name, which the stop never counts
     kUnInitBegin,             // plugin
     kUnInitEnd,               // plugin, milliseconds
     kUnInitThrew,             // reason: the exception's text

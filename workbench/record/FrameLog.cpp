@@ -22,7 +22,7 @@ constexpr Level kWell = Level::kBelowFailure;
 constexpr Level kBadly = Level::kFailure;
 constexpr Level kFatal = Level::kFatal;
 
-/// A row as it is written below, its fields by name in braces.
+/// A row of the table below; field names stand in braces in `text`.
 struct Pattern {
   Kind kind;
   Level level;
@@ -154,7 +154,7 @@ FrameLogRow MakeRow(const Pattern& pattern) {
   return row;
 }
 
-/// The frame's own words of a line, between its function and its source file.
+/// The part of a line between its function and its source file.
 std::string_view Body(std::string_view text) {
   const std::size_t begin = text.find(']');
   const std::size_t end = text.rfind('[');

@@ -6,12 +6,12 @@
 
 #include "workbench/record/FrameEvent.h"
 
-// The frame's log lines, taken apart: the one place that knows their texts.
+// Parses the frame's log lines. No other code knows their texts.
 
-/// A log line that is an event: its texts, with the fields that stand between them.
+/// The pattern of a log line that is an event: its constant texts and the fields between them.
 ///
-/// The first text begins, and the last one ends, what the frame says between the line's function
-/// and its source file.
+/// The pattern covers the part between the function at the line's start and the source file at its
+/// end; it begins with the first text and ends with the last one.
 struct FrameLogRow {
   enum class Field { kPlugin, kPath, kReason, kMilliseconds, kNumber, kPassedOver };
   enum class Level { kAny, kBelowFailure, kFailure, kFatal };
@@ -24,16 +24,17 @@ struct FrameLogRow {
   std::vector<Field> fields;
 };
 
-/// All rows. A line is the event of the first one that it matches. Any thread.
+/// All rows. A line is the event of the first row that it matches. Thread-safe.
 const std::vector<FrameLogRow>& FrameLogRows();
 
-/// The event that a log line is as the row has it; none when it is no line of the row.
+/// The event of a log line that matches `row`; none when it does not match.
 ///
-/// Plugin names, paths and reasons hold any bytes, texts of the row among them. So the texts are
-/// looked for from the line's ends: of those between two fields, the last place counts.
+/// Plugin names, paths and reasons may contain any bytes, even texts of the row. The texts are
+/// therefore searched from the end of the line: a text between two fields matches where it occurs
+/// last.
 std::optional<FrameEvent> MatchFrameLog(const FrameLogRow& row, int level,
                                         const std::string& module, const std::string& text);
 
-/// The event that a log line is; none for a line that is no event. Any thread.
+/// The event of a log line; none when no row matches it. Thread-safe.
 std::optional<FrameEvent> ParseFrameLog(int level, const std::string& module,
                                         const std::string& text);

@@ -74,7 +74,7 @@ fs::path RecordFolder::NewRecord(const std::string& time, std::int64_t pid) cons
     throw std::runtime_error("the folder of the records, " + m_path.u8string() +
                              ", cannot be made: " + error.message());
   }
-  std::string name = time;  // without the separators, of which Windows takes no colon
+  std::string name = time;  // without '-' and ':'; Windows allows no colon in a name
   name.erase(std::remove_if(name.begin(), name.end(), [](char c) { return c == '-' || c == ':'; }),
              name.end());
   return m_path / (name + "-" + std::to_string(pid) + ".jsonl");

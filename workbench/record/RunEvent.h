@@ -5,9 +5,9 @@
 #include <string>
 #include <vector>
 
-/// How many plugins a run had, and what became of them.
+/// How many plugins a run had, and how many of them were started, failed, were stopped...
 struct RunTotals {
-  std::int64_t plugins = 0;  // of the start: neither executables nor drivers
+  std::int64_t plugins = 0;  // that the frame starts: without executables and drivers
   std::int64_t started = 0;
   std::int64_t initFailed = 0;
   std::int64_t notLoaded = 0;
@@ -17,20 +17,20 @@ struct RunTotals {
   bool operator==(const RunTotals& other) const;
 };
 
-/// One thing that happened in a run of a product: a line of its flight record.
+/// One event in a run of a product: a line of its flight record.
 ///
-/// Beside each kind stands what it fills besides time and thread; docs/record.md names the members
-/// of its line.
+/// The comment at each kind names the members that it sets in addition to time and thread;
+/// docs/record.md names the members of its line.
 struct RunEvent {
   enum class Kind {
     kPhaseBegin,   // phase
     kPhaseEnd,     // phase; milliseconds where the frame measured them
-    kReady,        // phase (start or stop), plugin: nothing that it waits for is left. text: the
-                   // last plugin that it waited for; empty for none
-    kPosted,       // task: the pool took it. The first event on the thread of its kTaskBegin names
-                   // its plugin
+    kReady,        // phase (start or stop), plugin: it waits for no other plugin any more. text:
+                   // the last plugin that it waited for; empty for none
+    kPosted,       // task: it was posted to a pool. The next event on the thread of its kTaskBegin
+                   // names its plugin
     kTaskBegin,    // task
-    kLoadBegin,    // plugin, task; task 0: the thread runs none that is known
+    kLoadBegin,    // plugin, task; task 0: not known
     kLoadEnd,      // plugin, result (kOk, kFailed); text: why it failed
     kInitBegin,    // plugin
     kInitEnd,      // plugin, result (kOk, kFailed), milliseconds; text: why it failed
@@ -42,7 +42,7 @@ struct RunEvent {
     kTaskEnd,      // task
     kUp,           // every plugin has been counted; milliseconds since Frame_Start
     kStopRequest,  // text: who or what asked
-    kFinding,      // severity, text: what was said on the screen
+    kFinding,      // severity, text: a problem that was reported to the user
     kCrash,        // plugin (empty: none), phase (empty: none), text: the sentence; number, not in
                    // the record: the exit status, -1 where a signal ends the process
     kEnd           // status, number: the exit status, totals, text: the sentence
@@ -65,7 +65,7 @@ struct RunEvent {
   std::string text;
 };
 
-/// The phases of a run, as they are written.
+/// The names of a run's phases in the record.
 namespace RunPhase {
 constexpr char kFrameInit[] = "frame-init";
 constexpr char kPlatformStart[] = "platform-start";
@@ -76,14 +76,14 @@ constexpr char kFrameStop[] = "frame-stop";  // all of Frame_Stop
 constexpr char kFrameUnInit[] = "frame-uninit";
 }  // namespace RunPhase
 
-/// A plugin as the model has it, before anything ran.
+/// What the model says about a plugin.
 struct PluginHead {
   std::string id;
   std::string kind;  // "server", "platform", "driver" or "executable"
   std::string version;
   std::string library;                 // full path of the library or executable
-  std::int64_t librarySize = -1;       // -1: it is not there
-  std::vector<std::string> dependsOn;  // those of the same model that its start waits for
+  std::int64_t librarySize = -1;       // -1: the file does not exist
+  std::vector<std::string> dependsOn;  // plugins of the same model that its start waits for
 };
 
 /// The first line of a flight record.
@@ -92,7 +92,7 @@ struct RunHead {
 
   std::string run;               // unique
   std::string time;              // UTC, as 2026-11-21T18:46:59.123Z
-  std::string zone;              // the local one's offset, as +01:00
+  std::string zone;              // the local time zone's offset, as +01:00
   std::int64_t nanoseconds = 0;  // of the steady clock at `time`
   std::int64_t pid = 0;
   std::string host;
@@ -100,7 +100,7 @@ struct RunHead {
   std::string frameVersion;
   std::string platformVersion;
   std::vector<std::string> commandLine;
-  std::string product;  // its name in Product.xml; empty when that cannot be read
+  std::string product;  // name in Product.xml; empty when that cannot be read
   std::string productVersion;
   std::string path;  // the folder that holds META_INFO and the libraries
   int cores = 0;

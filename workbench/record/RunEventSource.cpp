@@ -8,7 +8,7 @@ namespace {
 using Kind = FrameEvent::Kind;
 using Result = RunEvent::Result;
 
-/// One line, whatever bytes a plugin's texts hold.
+/// `text` in one line, with control bytes as \xNN.
 std::string OneLine(const std::string& text) {
   constexpr char digits[] = "0123456789abcdef";
   std::string line;
@@ -46,7 +46,7 @@ RunEvent TaskEvent(const RunEventSource::Where& where, RunEvent::Kind kind, std:
   return event;
 }
 
-/// What the loader's error code means, for a loader that gives no message.
+/// The meaning of the loader's error code, for a loader that gives no message.
 std::string LoadErrorText(std::int64_t code) {
   switch (code) {
     case 5:
@@ -70,7 +70,7 @@ std::string WithoutPath(const std::string& message, const std::string& path) {
   return end == std::string::npos ? message : message.substr(end + 2);
 }
 
-/// Why a library was not loaded. `message`: the loader's, empty for none.
+/// Why a library was not loaded. `message`: the loader's message; empty when there is none.
 std::string NotLoaded(const FrameEvent& event, const std::string& message) {
   if (!event.reason.empty()) return event.reason;
   if (!message.empty()) return message;
@@ -127,7 +127,7 @@ std::vector<RunEvent> RunEventSource::OnTaskPosted(const Where& where, std::uint
 }
 
 std::vector<RunEvent> RunEventSource::OnTaskBegun(const Where& where, std::uint64_t task) {
-  m_turns.erase(where.thread);  // of a task whose end was not reported
+  m_turns.erase(where.thread);  // a previous task whose end was not reported
   m_tasks[where.thread] = task;
   return {TaskEvent(where, RunEvent::Kind::kTaskBegin, task)};
 }
@@ -283,8 +283,8 @@ void RunEventSource::OnStopLine(const Where& where, const FrameEvent& event, Eve
       if (turn != nullptr) turn->reason = "its library exports no UnInit";
       return;
     case Kind::kUnInitEnd: {
-      // The line says nothing of the result. Without a reason the next line does: the library is
-      // unmapped, or the plugin is counted.
+      // The line does not contain the result. If no earlier line gave a reason, the next line shows
+      // it: the library is unmapped, or the plugin is counted.
       Turn& returned = TurnOf(where, event.plugin);
       returned.step = Turn::Step::kUnInitReturned;
       returned.milliseconds = event.milliseconds;
@@ -309,7 +309,7 @@ void RunEventSource::OnStopLine(const Where& where, const FrameEvent& event, Eve
   }
 }
 
-// ---------------------------------------------------------------- who waits for whom
+// ---------------------------------------------------------------- the order of start and stop
 
 void RunEventSource::Open(const Where& where, Order& order, Events& events) const {
   order.open = true;
@@ -326,8 +326,8 @@ void RunEventSource::AddReady(const Where& where, Order& order, const std::strin
   events.back().text = last;
 }
 
-/// The frame begins a plugin's dependents once its code has returned, which may be before the
-/// plugin is counted. Such a dependent begins before its kReady was added.
+/// The frame begins a plugin's dependents once the plugin's Init or UnInit has returned, which may
+/// be before the plugin is counted. The kReady of such a dependent is added here, as it begins.
 void RunEventSource::AddMissingReady(const Where& where, Order& order, const std::string& plugin,
                                      Events& events) const {
   const auto waitsFor = order.waitsFor.find(plugin);
@@ -356,7 +356,7 @@ void RunEventSource::Count(const Where& where, Order& order, const FrameEvent& e
   }
 }
 
-// ---------------------------------------------------------------- what a thread does
+// ---------------------------------------------------------------- the threads
 
 RunEventSource::Turn& RunEventSource::BeginTurn(const Where& where, const std::string& plugin) {
   Turn& turn = m_turns[where.thread];
@@ -365,7 +365,7 @@ RunEventSource::Turn& RunEventSource::BeginTurn(const Where& where, const std::s
   return turn;
 }
 
-/// The thread's turn, begun now where the line of its begin is missing.
+/// The thread's turn; begins one if the line that begins it is missing.
 RunEventSource::Turn& RunEventSource::TurnOf(const Where& where, const std::string& plugin) {
   Turn* turn = FindTurn(where);
   return turn != nullptr && turn->plugin == plugin ? *turn : BeginTurn(where, plugin);
@@ -404,7 +404,7 @@ void RunEventSource::EndInit(const Where& where, const FrameEvent& event, Events
   events.push_back(std::move(ended));
 }
 
-/// Adds the end of an UnInit that has returned, unless it was added before.
+/// Adds the kUnInitEnd of an UnInit that has returned, unless it was added before.
 void RunEventSource::EndUnInit(const Where& where, Result result, const std::string& reason,
                                Events& events) {
   Turn* turn = FindTurn(where);

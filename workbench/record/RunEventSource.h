@@ -11,32 +11,33 @@
 #include "workbench/record/FrameEvent.h"
 #include "workbench/record/RunEvent.h"
 
-/// Makes the events of a run from what the frame logs and what the pool does, on which thread and
-/// when: it knows which plugin's code a thread runs, which reason belongs to which plugin, and
-/// which plugin became ready when another was counted.
+/// Makes the events of a run from the frame's log lines and the pool's tasks, with the time and
+/// thread of each. Determines which plugin's code a thread runs, which reason belongs to which
+/// plugin, and which plugin became ready when another was counted.
 ///
-/// Not thread-safe: the caller serialises the calls, which come in the order of their times. What
-/// makes no sense (a plugin that SetPlugins did not name, a thread without a task, an end without a
-/// begin) is accepted as it is; a plugin that was not named only gets no kReady.
+/// Not thread-safe; the calls must come in the order of their times. Inconsistent input (a plugin
+/// that SetPlugins did not name, a thread without a task, an end without a begin) is accepted; a
+/// plugin that was not named gets no kReady.
 class RunEventSource {
  public:
+  /// When and on which thread something happened.
   struct Where {
     std::int64_t nanoseconds = 0;
     std::uint64_t thread = 0;
   };
 
-  /// Names the plugins of the model, with what each waits for, before the first event of the start.
-  /// Of two with one ID the first one counts; executables and drivers are passed over.
+  /// Sets the model's plugins and what each waits for. Call it before the first event of the start.
+  /// Of two plugins with the same ID the first one counts; executables and drivers are ignored.
   void SetPlugins(std::vector<PluginHead> plugins);
 
-  // Each returns the events that come of it, none, one or several. Reasons are one line: their
-  // control bytes are written as \xNN.
+  // Each returns the resulting events: none, one or several. Reasons are one line, with control
+  // bytes as \xNN.
 
   std::vector<RunEvent> OnFrameEvent(const Where& where, const FrameEvent& event);
-  /// What the system's loader says, while a library is loaded on that thread: "path: message".
+  /// A message of the system's loader while that thread loads a library: "path: message".
   std::vector<RunEvent> OnLoaderMessage(const Where& where, const std::string& text);
-  /// Any other log line, with its module as it is to be shown. On a thread that runs a plugin's
-  /// Init it is the plugin's own: the last one is part of the reason when that Init returns false.
+  /// Any other log line, preceded by its module. On a thread that runs a plugin's Init the plugin
+  /// has logged it: the last such line is part of the reason when that Init returns false.
   std::vector<RunEvent> OnOtherLine(const Where& where, const std::string& text);
   std::vector<RunEvent> OnTaskPosted(const Where& where, std::uint64_t task);
   std::vector<RunEvent> OnTaskBegun(const Where& where, std::uint64_t task);
@@ -45,28 +46,29 @@ class RunEventSource {
  private:
   using Events = std::vector<RunEvent>;
 
-  /// The start or the stop of all plugins: who still waits for whom.
+  /// The order of the start or of the stop: which plugins still wait for which.
   struct Order {
     explicit Order(const char* name) : phase(name) {}
 
     const char* phase;
-    bool open = false;                                        // between its begin and its end
-    std::map<std::string, std::set<std::string>> waitsFor;    // of a plugin: those not counted yet
-    std::map<std::string, std::vector<std::string>> waiters;  // of a plugin: those that wait for
+    bool open = false;                                        // the phase has begun and not ended
+    std::map<std::string, std::set<std::string>> waitsFor;    // by plugin: those not counted yet
+    std::map<std::string, std::vector<std::string>> waiters;  // by plugin: those that wait for
                                                               // it, in the model's order
-    std::set<std::string> ready;                              // whose kReady was added
-    std::vector<std::string> done;                            // whose code has returned, in order
+    std::set<std::string> ready;                              // plugins whose kReady was added
+    std::vector<std::string> done;                            // plugins whose Init or UnInit has
+                                                              // returned, in order
   };
 
-  /// A plugin's turn on a thread, from its begin until the plugin is counted.
+  /// The start or stop of one plugin on a thread, from its begin until the plugin is counted.
   struct Turn {
     enum class Step { kNone, kLoad, kInit, kUnInit, kUnInitReturned };
 
     std::string plugin;
     Step step = Step::kNone;
-    std::string path;               // of the library that is loaded
+    std::string path;               // of the library that is being loaded
     std::string message;            // of the loader; in Init, the last line that the plugin logged
-    std::string reason;             // why Init or UnInit will have failed; empty: not known yet
+    std::string reason;             // why Init or UnInit failed; empty: not known yet
     std::int64_t milliseconds = 0;  // how long UnInit took, once it has returned
   };
 
@@ -74,7 +76,7 @@ class RunEventSource {
   void OnStartLine(const Where& where, const FrameEvent& event, Events& events);
   void OnStopLine(const Where& where, const FrameEvent& event, Events& events);
 
-  // Who waits for whom.
+  // Which plugin waits for which.
   void Open(const Where& where, Order& order, Events& events) const;
   void AddReady(const Where& where, Order& order, const std::string& plugin,
                 const std::string& last, Events& events) const;

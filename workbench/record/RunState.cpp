@@ -26,7 +26,7 @@ void EndStart(PluginRun& plugin, State state, const RunEvent& event) {
   plugin.reason = event.text;
 }
 
-/// How a start ended by the event that counts it.
+/// How a start ended, from the result of the event kCounted.
 State StartedBy(Result result) {
   switch (result) {
     case Result::kNotLoaded:
@@ -78,7 +78,7 @@ void RunState::BeginPhase(const RunEvent& event) {
   m_phases.push_back(phase);
 }
 
-/// An end without a begin makes a phase without a length.
+/// An end without a begin adds a phase of length zero.
 void RunState::EndPhase(const RunEvent& event) {
   auto phase = std::find_if(m_phases.rbegin(), m_phases.rend(), [&](const Phase& other) {
     return other.name == event.phase && other.endNs < 0;
@@ -102,7 +102,7 @@ void RunState::Apply(const RunEvent& event) {
     case Kind::kPosted:
     case Kind::kTaskBegin:
     case Kind::kTaskEnd:
-      break;  // no plugin's yet, or no longer
+      break;  // belong to no plugin
     case Kind::kUp:
       m_up = event;
       break;
@@ -172,7 +172,7 @@ void RunState::ApplyToPlugin(const RunEvent& event) {
 void RunState::ApplyCount(const RunEvent& event) {
   PluginRun& plugin = Plugin(event.plugin);
   if (event.phase == RunPhase::kStart) {
-    // The count has the last word: a task that runs out of memory after a good Init has failed.
+    // The count decides: a task that runs out of memory after a successful Init counts as failed.
     plugin.startCounted = true;
     plugin.started = StartedBy(event.result);
     if (!StopHasBegun(plugin)) Enter(plugin, plugin.started, event.nanoseconds);
