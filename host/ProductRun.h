@@ -80,7 +80,7 @@ class ProductRun {
   std::int64_t m_callSince = 0;          // when the pending call began
   bool m_stopAsked = false;              // by a signal or by a time limit
   bool m_signalled = false;              // by a signal
-  std::optional<StopLimit> m_stopLimit;  // set by the first stop request
+  std::optional<StopLimit> m_stopLimit;  // from the stop request or the stop on
   std::size_t m_notesReported = 0;
   std::map<StopRequest, std::int64_t> m_displacedSince;  // signals whose handler was replaced
   std::set<StopRequest> m_displacedReported;

@@ -20,15 +20,15 @@
 
 namespace {
 
-/// Where lines go.
+/// The outputs of the log.
 struct Sinks {
   int consoleLevel = 0;
-  spdlog::sink_ptr console;  // null: nowhere
+  spdlog::sink_ptr console;  // null: no lines on standard error
   int fileLevel = 0;
-  spdlog::sink_ptr file;  // null: nowhere
+  spdlog::sink_ptr file;  // null: no file
 };
 
-/// The log's whole state. Never destroyed: threads may log while the process ends.
+/// The state of the log. Never destroyed: threads may log while the process ends.
 struct LogState {
   std::mutex sinksMutex;
   std::shared_ptr<const Sinks> sinks;  // guarded by sinksMutex
@@ -73,7 +73,7 @@ LogState& TheLog() {
   if (format == nullptr) return std::string();
   std::va_list again;
   va_copy(again, arguments);
-  // NOLINTNEXTLINE(clang-analyzer-valist.Uninitialized): the caller has begun it
+  // NOLINTNEXTLINE(clang-analyzer-valist.Uninitialized): the caller has called va_start
   const int length = std::vsnprintf(nullptr, 0, format, arguments);
   std::string text = format;  // kept when an argument cannot be converted
   if (length >= 0) {
@@ -102,8 +102,8 @@ void Write(int level, const std::string& module, const std::string& text) {
     if (toFile) sinks->file->log(message);
     isInFileOrCounted = true;
     if (toConsole) sinks->console->log(message);
-  } catch (const std::exception&) {  // no memory, or no console any more: the observer is called
-                                     // all the same
+  } catch (const std::exception&) {  // out of memory, or the console was closed: the observer is
+                                     // still called
     if (!isInFileOrCounted) ++log.lostLines;
   }
 }
@@ -118,7 +118,7 @@ void LogLoaderMessage(const char* text) noexcept {
   IKPXFormatLog(5, "platform.os", "%s", text);
 }
 
-/// Set when this library is loaded: the layers below the log do not know it.
+/// Sets the loader's log when this library is loaded: the layers below the log cannot call it.
 // NOLINTNEXTLINE(cert-err58-cpp): it throws nothing
 [[maybe_unused]] const bool g_isLoaderLogSet = (SetLoaderLog(&LogLoaderMessage), true);
 

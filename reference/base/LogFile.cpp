@@ -19,7 +19,7 @@ std::string Reason(int error) {
   return std::generic_category().message(error);
 }
 
-/// A process that ended amid a line left no line end behind.
+/// Whether the file does not end in a line feed: a process was killed while it wrote a line.
 bool EndsMidLine(const std::string& path) {
   std::ifstream file(path, std::ios::binary);
   file.seekg(-1, std::ios::end);
@@ -44,13 +44,13 @@ void LogFile::sink_it_(const spdlog::details::log_msg& message) {
   } catch (const std::bad_alloc&) {
     m_error = ENOMEM;
   } catch (const std::exception&) {
-    m_error = EIO;  // the system refused the file's size
+    m_error = EIO;  // the file's size cannot be read
   }
   ++m_unreported;
   ++m_lost;
 }
 
-/// log.txt is number 0, log.1.txt the youngest of those put aside.
+/// log.txt is number 0; log.1.txt is the newest of the renamed files.
 std::string LogFile::Name(std::size_t number) const {
   if (number == 0) return m_path;
   const auto [stem, extension] = spdlog::details::file_helper::split_by_extension(m_path);
@@ -65,7 +65,7 @@ bool LogFile::Open() {
     return false;
   }
   m_file.reset(file);
-  // The library's buffer would keep what could not be written, and write it later.
+  // No buffer: stdio would keep bytes that could not be written, and write them later.
   std::setvbuf(file, nullptr, _IONBF, 0);
   m_size = os::filesize(file);
   m_isMidLine = m_size > 0 && EndsMidLine(m_path);
@@ -86,7 +86,7 @@ bool LogFile::Write(const spdlog::details::log_msg& message) {
   return Append(line);
 }
 
-/// Writes a line of the log's own, with the time of the line that it comes before.
+/// Writes a line about the log itself, with the time of the line that follows it.
 bool LogFile::WriteNotice(const std::string& text, const spdlog::details::log_msg& before) {
   const std::string notice = LogLine(4, "base.log", text);
   spdlog::memory_buf_t line;
@@ -115,19 +115,19 @@ bool LogFile::Put(const char* bytes, std::size_t count) {
 
 bool LogFile::IsFullFor(std::size_t bytes) {
   if (m_size + bytes <= m_fullAt) return false;
-  // Somebody else may have emptied the file, and a device has no size.
+  // Another process may have truncated the file; a device has no size.
   m_size = os::filesize(m_file.get());
   return m_size > 0 && m_size + bytes > m_fullAt;
 }
 
-/// Renames the full file and opens a new one; false when no file is open afterwards. A refused
-/// rename is reported in the file, before `next`, and loses nothing: the oldest file is removed
-/// only when all have been renamed.
+/// Renames the full file and opens a new one; false when no file is open afterwards. If a rename
+/// fails, that is reported in the file before the line `next`, and no file is lost: the oldest is
+/// removed only when all have been renamed.
 bool LogFile::PutAside(const spdlog::details::log_msg& next) {
   m_file.reset();  // Windows renames no open file
   std::size_t number = 1;
   while (number <= m_maxFiles && os::path_exists(Name(number))) ++number;
-  if (number > m_maxFiles) os::remove(Name(number));  // left there by a refusal
+  if (number > m_maxFiles) os::remove(Name(number));  // left there when a rename failed
   int refusal = 0;
   for (; number > 0 && refusal == 0; --number) {
     if (os::rename(Name(number - 1), Name(number)) != 0) refusal = errno;

@@ -12,16 +12,16 @@
 
 #include "reference/base/Log.h"
 
-/// The file of the log: appends each line with one write and puts a full file aside.
+/// The log's file: appends each line with one write, and renames a full file (see LogConfig).
 ///
-/// Made by ConfigureLog and owned by the log's present configuration. Any thread, one at a time by
-/// the base class. A line that cannot be written is counted; nothing is thrown but by the
-/// constructor. A file that cannot be put aside is appended to, until it has grown by as much
-/// again.
+/// Created by ConfigureLog and owned by the log's current configuration. Thread-safe: the base
+/// class serialises the calls. A line that cannot be written is counted as lost; only the
+/// constructor throws. When a full file cannot be renamed, lines are still appended to it; the next
+/// attempt follows after another maxFileBytes.
 class LogFile final : public spdlog::sinks::base_sink<std::mutex> {
  public:
-  /// Opens the file of `config`, and its folder if need be. Throws std::runtime_error with the
-  /// system's reason. Lines that are lost are added to `lost`, which outlives the object.
+  /// Opens the file of `config`; creates its folder if it is missing. Throws std::runtime_error
+  /// with the system's reason. Counts lost lines in `lost`, which must outlive the object.
   LogFile(const LogConfig& config, std::atomic<std::uint64_t>& lost);
 
  protected:
@@ -51,7 +51,7 @@ class LogFile final : public spdlog::sinks::base_sink<std::mutex> {
   std::unique_ptr<std::FILE, Close> m_file;  // null while it cannot be opened
   std::size_t m_size = 0;
   std::size_t m_fullAt;
-  bool m_isMidLine = false;        // the last line was written in part
-  std::uint64_t m_unreported = 0;  // lost lines that no notice in the file counts yet
-  int m_error = 0;                 // why the last of them was lost
+  bool m_isMidLine = false;        // the last line was only partly written
+  std::uint64_t m_unreported = 0;  // lost lines that have not been reported in the file yet
+  int m_error = 0;                 // why the last of them was lost (errno)
 };

@@ -4,7 +4,7 @@
 #include "sdk/xrt/runtime.h"
 
 std::string GetCurExeDir() {
-  // Longer than any path that a system gives.
+  // Longer than any path that a system returns.
   std::string path(65536, '\0');
   if (XRT_GetCurExePath(path.data(), static_cast<std::int32_t>(path.size())) != 0)
     return std::string();

@@ -17,7 +17,7 @@ constexpr char kModule[] = "base.thread";
 std::atomic<std::uint64_t> g_lastTask{0};
 std::atomic<std::size_t> g_unfinished{0};
 
-/// The pool whose thread this is.
+/// The pool to which the calling thread belongs; null for other threads.
 thread_local const Pool* t_pool = nullptr;
 
 }  // namespace
@@ -29,7 +29,7 @@ bool Pool::Grow(int least, int most, int reserved) {
   m_least = std::max(m_least, least);
   m_most = std::max({m_most, most, m_least});
   m_reserved = std::clamp(reserved, 0, m_most - 1);
-  m_work.notify_all();  // other bounds may let several tasks be taken
+  m_work.notify_all();  // with the new bounds several tasks may begin
   while (m_threads < m_least || NeedsThread()) {
     ++m_threads;
     lock.unlock();
@@ -63,7 +63,7 @@ bool Pool::Post(std::shared_ptr<CTMTask> task, bool urgent) {
     needsThread = NeedsThread();
     if (needsThread) ++m_threads;
   }
-  // Refused another thread, the task waits for one of those that are there.
+  // If no thread can be started, the task waits for one of the existing threads.
   if (!needsThread || !StartThread()) m_work.notify_one();
   return true;
 }
@@ -89,16 +89,15 @@ bool Pool::IsOnOwnThread() const {
   return t_pool == this;
 }
 
-/// How many of the waiting tasks may begin now, if there are threads for them. At least as many
-/// idle threads, or all, are awake or being woken: a post wakes one, and a thread that has ended a
-/// task looks for the next one itself.
+/// How many of the waiting tasks may begin now, if there are threads for them. It is enough that a
+/// post wakes one thread: a thread that has ended a task takes the next one by itself.
 int Pool::Takeable() const {
   const int free = m_most - m_reserved - (m_running - m_urgentRunning);
   return static_cast<int>(m_urgent.size()) +
          std::min(static_cast<int>(m_ordinary.size()), std::max(free, 0));
 }
 
-/// Whether the threads shall end.
+/// Whether the threads have to end.
 bool Pool::IsAtEnd() const {
   return m_closed && m_urgent.empty() && m_ordinary.empty() && m_announced == 0;
 }
@@ -107,8 +106,8 @@ bool Pool::NeedsThread() const {
   return Takeable() > m_threads - m_running && m_threads < m_most;
 }
 
-/// Starts a thread that m_threads counts already, or takes it from there. Not under the mutex:
-/// making a thread takes long.
+/// Starts a thread, which the caller has already counted in m_threads; on failure corrects the
+/// count. Called without the mutex, since creating a thread takes long.
 bool Pool::StartThread() {
   try {
     std::thread([pool = shared_from_this()] { pool->Run(); }).detach();
@@ -143,7 +142,7 @@ void Pool::Run() {
   }
 }
 
-/// Drops the last reference of the pool to the task, while the task still counts as running.
+/// Runs the task and releases the pool's last reference to it while it still counts as running.
 void Pool::Execute(std::shared_ptr<CTMTask> task, std::uint64_t number) {
   ObserveTask({TaskEvent::Kind::kBegun, number, m_name});
   try {

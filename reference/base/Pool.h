@@ -11,32 +11,32 @@
 
 #include "sdk/base/thread.h"
 
-/// One named pool, which runs tasks on detached threads of its own.
+/// A named pool that runs tasks on its own detached threads.
 ///
-/// Shared by the manager, until its last holder has released it, and by the pool's threads, the
-/// last of which frees it. All members may be called from any thread. A thread that the system
-/// refuses is a logged false. Tasks, the log and the task observer are called without the mutex.
+/// Shared by the manager, until the last holder has released the pool, and by the pool's threads,
+/// the last of which frees it. Thread-safe. If the system cannot create a thread, that is logged
+/// and false is returned. Tasks, the log and the task observer are called without the mutex.
 class Pool : public std::enable_shared_from_this<Pool> {
  public:
   explicit Pool(std::string name);
 
-  /// Raises the bounds and sees to it that `least` threads, and one at the least, are there. False
+  /// Raises the bounds and starts threads until there are at least `least`, and at least one. False
   /// when there are fewer.
   bool Grow(int least, int most, int reserved);
 
   /// False when the pool is closed.
   bool Post(std::shared_ptr<CTMTask> task, bool urgent);
 
-  /// Takes no task any more; the threads end when none is left.
+  /// Accepts no more tasks; the threads end when no task is left.
   void Close();
 
-  /// Returns when the tasks that have been posted until now have ended. Not for the pool's threads.
+  /// Returns when all tasks posted so far have ended. Must not be called on the pool's threads.
   void WaitForTasks();
 
   /// How many tasks of all pools wait or run.
   static std::size_t UnfinishedOfAll();
 
-  /// Is the calling thread one of the pool's?
+  /// Whether the calling thread belongs to this pool.
   bool IsOnOwnThread() const;
 
  private:
@@ -58,7 +58,7 @@ class Pool : public std::enable_shared_from_this<Pool> {
   const std::string m_name;
 
   std::mutex m_mutex;
-  std::condition_variable m_work;   // a task may be taken, or the threads shall end
+  std::condition_variable m_work;   // a task may begin, or the threads have to end
   std::condition_variable m_ended;  // a wave has ended
 
   // Guarded by m_mutex.
@@ -68,12 +68,12 @@ class Pool : public std::enable_shared_from_this<Pool> {
   int m_least = 1;
   int m_most = 1;
   int m_reserved = 0;
-  int m_threads = 0;  // with those that are being started
+  int m_threads = 0;  // including those that are being started
   int m_running = 0;
-  int m_urgentRunning = 0;  // of those
+  int m_urgentRunning = 0;  // included in m_running
   bool m_closed = false;
-  // Who waits for tasks begins a new wave of them and waits for the waves before: how many tasks of
-  // each have not ended, from the oldest on. The last one is the present wave.
+  // Tasks are grouped in waves: WaitForTasks begins a new wave and waits for all earlier ones. Each
+  // element counts the unfinished tasks of a wave, oldest first; the last is the current wave.
   std::deque<std::size_t> m_waves{0};
   std::uint64_t m_oldestWave = 0;
 };

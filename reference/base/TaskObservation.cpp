@@ -24,7 +24,7 @@ void ObserveTask(const TaskEvent& event) noexcept try {
   const std::shared_lock<std::shared_mutex> lock(observation.mutex);
   if (observation.observer) observation.observer(event);
 } catch (...) {
-  // An observer that fails must not lose the task.
+  // The task must run even if the observer throws.
 }
 
 void SetTaskObserver(TaskObserver observer) {

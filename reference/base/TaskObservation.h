@@ -2,5 +2,5 @@
 
 #include "reference/base/ThreadPools.h"
 
-/// Calls the task observer, if there is one. Not to be called under a mutex of the pools.
+/// Calls the task observer, if there is one. Must not be called with a pool's mutex locked.
 void ObserveTask(const TaskEvent& event) noexcept;

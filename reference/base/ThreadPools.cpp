@@ -14,9 +14,9 @@
 
 namespace {
 
-std::atomic<int> g_mostThreads{0};  // of a pool; 0: no limit
+std::atomic<int> g_mostThreads{0};  // maximum for a pool; 0: no limit
 
-/// A pool and how many have been granted it and not released it.
+/// A pool and how many holders it has: calls that granted it, less those that released it.
 struct SharedPool {
   std::shared_ptr<Pool> pool;
   int holders = 0;
@@ -40,7 +40,7 @@ std::shared_ptr<Pool> FindPool(const std::string& name) {
   return found == pools.byName.end() ? nullptr : found->second.pool;
 }
 
-/// Counts one holder more; null when there is no pool of that name.
+/// Adds a holder to the pool; null when there is no pool of that name.
 std::shared_ptr<Pool> HoldPool(const std::string& name) {
   Pools& pools = ThePools();
   const std::lock_guard<std::mutex> lock(pools.mutex);
@@ -50,9 +50,9 @@ std::shared_ptr<Pool> HoldPool(const std::string& name) {
   return found->second.pool;
 }
 
-/// Enters `fresh`, held once, unless somebody else was first: then theirs is held. Returns the one
-/// that is held.
-std::shared_ptr<Pool> EnterPool(const std::string& name, const std::shared_ptr<Pool>& fresh) {
+/// Adds the pool `fresh`, unless another thread has added one of that name meanwhile. Adds a holder
+/// to the pool of that name and returns it.
+std::shared_ptr<Pool> AddPool(const std::string& name, const std::shared_ptr<Pool>& fresh) {
   Pools& pools = ThePools();
   const std::lock_guard<std::mutex> lock(pools.mutex);
   SharedPool& entry = pools.byName.emplace(name, SharedPool{fresh, 0}).first->second;
@@ -90,10 +90,10 @@ unsigned int CThreadManager::GetAvailableThreadpool(const std::string& name, int
   }
   const auto fresh = std::make_shared<Pool>(name);
   if (!fresh->Grow(least, most, reserved)) {
-    fresh->Close();  // ends the threads that there are
+    fresh->Close();  // ends the threads that were started
     return 0;
   }
-  const std::shared_ptr<Pool> granted = EnterPool(name, fresh);
+  const std::shared_ptr<Pool> granted = AddPool(name, fresh);
   if (granted != fresh) {
     fresh->Close();
     granted->Grow(least, most, reserved);

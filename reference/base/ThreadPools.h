@@ -5,11 +5,11 @@
 #include <functional>
 #include <string>
 
-/// How many tasks wait or run, over all pools, those released included. Any thread.
+/// How many tasks wait or run in all pools, including released ones. Thread-safe.
 std::size_t UnfinishedTasks();
 
-/// Later calls of GetAvailableThreadpool grant at most so many threads, however many are asked for;
-/// 0: no limit. A pool that has more already keeps them. Any thread.
+/// Limits the threads of a pool in later calls of GetAvailableThreadpool to `most`; 0: no limit.
+/// A pool that already has more threads keeps them. Thread-safe.
 void LimitPoolThreads(int most);
 
 /// One step of a task in a pool; `task` numbers tasks from 1 in the process.
@@ -20,11 +20,11 @@ struct TaskEvent {
   const std::string& pool;
 };
 
-/// Called on the thread where the step happens: kPosted on the one that posts, before any pool
-/// thread can begin the task; kBegun and kEnded on the task's thread, around Exec (kEnded before
-/// UnfinishedTasks counts it as finished, after the pool dropped the task). Several at once. Must
-/// not post, release or set an observer; what it throws is dropped.
+/// Called on the thread where the step happens, concurrently on several threads: kPosted on the
+/// thread that posts, before the task can begin; kBegun and kEnded on the task's thread, before and
+/// after Exec. At kEnded the pool has released the task, but UnfinishedTasks still counts it. Must
+/// not post, release a pool or set an observer; exceptions are ignored.
 using TaskObserver = std::function<void(const TaskEvent&)>;
 
-/// Sets the observer, or none when empty. The one before is not called any more after the return.
+/// Sets the observer; empty: none. After the return the former observer is not called any more.
 void SetTaskObserver(TaskObserver observer);

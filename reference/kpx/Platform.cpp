@@ -17,14 +17,14 @@ constexpr char kVersion[] = TEV_VERSION;
 
 enum ErrorCode : std::int32_t {
   kNone = 0,
-  kOutOfOrder = 1,   // a call before the one that it needs, or a second time
+  kOutOfOrder = 1,   // a call too early, or a second time
   kBadArgument = 2,  // a null callback
-  kNoThread = 3,     // the system gave no thread
+  kNoThread = 3,     // the system could not create a thread
   kStartFailed = 4   // the start callback returned false or threw
 };
 
-/// The platform's whole state. Everything but `starter` is guarded by `mutex`; `starter` belongs to
-/// the host's thread.
+/// The platform's state. `mutex` guards everything but `starter`, which only the host's thread
+/// uses.
 struct Platform {
   std::mutex mutex;
   bool up = false;
@@ -36,7 +36,7 @@ struct Platform {
   std::thread starter;
 };
 
-/// Never destroyed: the host may end while a plugin that never returned still holds the starter.
+/// Never destroyed: the host may end while the starter thread still waits for a plugin.
 Platform& ThePlatform() {
   static Platform& platform = *new Platform;
   return platform;
@@ -77,14 +77,14 @@ void FinishStart(KPXStartFinishFn finished) {
   const std::string failure = "the start callback did not succeed";
   WithPlatform([&](Platform& platform) {
     for (const auto& plugin : started) platform.record.handles.push_back(plugin.first);
-    // Together: whoever sees the start failed finds the reason.
+    // Under the same lock: a thread that sees the failed result also finds the reason.
     platform.record.callbackResult = result;
     if (!result) SetError(platform, kStartFailed, failure);
   });
   if (!result) IKPXFormatLog(5, kModule, "%s", failure.c_str());
 }
 
-/// Copies `source` into `text` of `size` bytes, zero-terminated, as much as fits.
+/// Copies as much of `source` as fits into `text`, which has `size` bytes; zero-terminated.
 void CopyText(const std::string& source, char* text, std::int32_t size) {
   if (text == nullptr || size <= 0) return;
   const std::size_t length = std::min(source.size(), static_cast<std::size_t>(size) - 1);
@@ -138,7 +138,7 @@ std::int32_t KPX_Stop() {
 std::int32_t KPX_UnInit() {
   const bool wasUp = WithPlatform([](Platform& platform) {
     const bool up = platform.up;
-    platform.up = false;  // the record stays, for the host to show
+    platform.up = false;  // the record is kept: the host still reads it
     return up;
   });
   return wasUp ? kNone : Fail(kOutOfOrder, "KPX_UnInit: the platform is not initialised");

@@ -9,31 +9,32 @@
 
 #include "sdk/kpx/platform.h"
 
-// What the open platform library shows of itself to its host.
+// Functions of the reference platform library for its host; a site's own library has none of them.
 
-/// One line of the start-up timing table; -1 milliseconds mark a line that is no timing.
+/// One line of the start-up timing table; -1 milliseconds for a line without a time.
 struct TimingLine {
   std::string text;
   std::int32_t milliseconds = 0;
 };
 
-/// All that the platform was handed since KPX_Init. What it never was handed has no value.
+/// Everything that the frame has passed to the platform since KPX_Init. A member has no value as
+/// long as nothing was passed.
 struct PlatformRecord {
   std::optional<ProductModel> productModel;
   std::optional<std::vector<AddonModel>> addons;
   std::optional<std::vector<ToolModel>> tools;
   std::optional<std::map<std::string, CPluginInfo>> plugins;
   std::optional<std::map<std::string, bool>> loadState;
-  std::vector<std::string> handles;  // names of the plugins that the start callback handed over
+  std::vector<std::string> handles;  // names of the plugins that the start callback returned
   std::vector<TimingLine> timing;
   std::optional<bool> callbackResult;  // none until the start callback has returned
 };
 
-/// A copy of the record as it is now. Any thread.
+/// A copy of the current record. Thread-safe.
 PlatformRecord SnapshotPlatform();
 
-/// What the start callback returned; none until it has. Any thread, cheap enough to poll.
+/// The result of the start callback; none until it has returned. Thread-safe, cheap enough to poll.
 std::optional<bool> StartCallbackResult();
 
-/// Sets what KPX_GetRunningModule answers; 1 unless set. Any thread.
+/// Sets the result of KPX_GetRunningModule, which is 1 by default. Thread-safe.
 void SetRunningModule(std::int32_t module);

@@ -10,13 +10,13 @@ constexpr std::int32_t kAlreadyUp = 1;
 constexpr std::int32_t kNotUp = 2;
 constexpr std::int32_t kNoName = 3;
 
-/// The framework's whole state, guarded by `mutex`.
+/// The framework's state; `mutex` guards `record`.
 struct Framework {
   std::mutex mutex;
   LpcRecord record;
 };
 
-/// Never destroyed: a plugin that never returned may still call in while the process ends.
+/// Never destroyed: a plugin that has not returned may still call while the process ends.
 Framework& TheFramework() {
   static Framework& framework = *new Framework;
   return framework;

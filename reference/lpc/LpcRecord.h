@@ -6,7 +6,8 @@
 
 #include "sdk/lpc/lpc.h"
 
-/// All that the open local-procedure-call framework was given since its last TevLPCFrameInit.
+/// Everything passed to the reference local-procedure-call framework since the last
+/// TevLPCFrameInit.
 struct LpcRecord {
   bool up = false;
   std::string name;
@@ -14,5 +15,5 @@ struct LpcRecord {
   std::vector<std::string> notified;  // texts of the start notifications, in order
 };
 
-/// A copy of the record as it is now; it stays after TevLPCFrameUnInit. Any thread.
+/// A copy of the current record, which is kept after TevLPCFrameUnInit. Thread-safe.
 LpcRecord SnapshotLpc();

@@ -28,7 +28,7 @@ CrashText& CrashText::AddEscaped(std::string_view text) noexcept {
 CrashText& CrashText::AddNumber(std::int64_t number) noexcept {
   char digits[20];
   std::size_t at = sizeof(digits);
-  // The smallest number has no positive counterpart of its own type.
+  // Negated as unsigned, since the smallest int64_t cannot be negated.
   auto rest = static_cast<std::uint64_t>(number);
   if (number < 0) rest = 0 - rest;
   do {

@@ -6,8 +6,8 @@
 
 #include "reference/os/SystemFile.h"
 
-/// A text on the stack, made without heap, lock or locale: for the report of a crash. What does not
-/// fit is dropped. Async-signal-safe.
+/// A text of limited length, built without heap, lock or locale, for the report of a crash. Text
+/// that does not fit is dropped. Async-signal-safe.
 class CrashText {
  public:
   CrashText& Add(std::string_view text) noexcept;
@@ -25,9 +25,9 @@ class CrashText {
   static constexpr std::size_t kLongest = 2047;
 
   std::size_t m_size = 0;
-  char m_text[kLongest + 1] = {};  // ends with 0 at all times
+  char m_text[kLongest + 1] = {};  // always zero-terminated
 };
 
-/// Writes all of `text`. False when that fails, or when nobody has read for two seconds, so that a
-/// crash report does not wait for ever; see WriteWhole.
+/// Writes all of `text`. False when that fails or the reader has not read for two seconds; a crash
+/// report must not wait for ever. See WriteWhole.
 bool WriteCrashText(SystemFile file, std::string_view text) noexcept;

@@ -4,17 +4,18 @@
 #include <filesystem>
 #include <optional>
 
-/// A lock between processes, kept by a file: at most one process at a time holds it. Move-only.
+/// A lock on a file that at most one process at a time holds. Move-only.
 ///
-/// It is released by the destructor, or when the process ends in any way. The file stays: to remove
-/// it would let two processes lock two files of one name. Programs that the process starts do not
-/// inherit the lock, but a child of a fork that never calls exec keeps it beyond its parent's end.
+/// Released by the destructor or when the process ends in any way. The file is not removed:
+/// otherwise two processes could lock two different files with the same name. Programs that the
+/// process starts do not inherit the lock, but a forked child that never calls exec keeps it even
+/// after its parent has ended.
 /// Not thread-safe; different objects may be used on different threads.
 class FileLock {
  public:
-  /// Locks `file`, which is created when missing (its folder is not). Empty when it is locked
-  /// already, by another process or by this one. Throws std::system_error with the file's name when
-  /// it cannot be opened or locked.
+  /// Locks `file`, which is created if it is missing; its folder must exist. Empty when it is
+  /// already locked, by another process or by this one. Throws std::system_error with the file's
+  /// name when it cannot be opened or locked.
   static std::optional<FileLock> TryLock(const std::filesystem::path& file);
 
   FileLock(FileLock&& other) noexcept;

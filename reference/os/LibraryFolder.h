@@ -2,7 +2,7 @@
 
 #include <string>
 
-/// Makes the loader look in `folder`, a full path, for the libraries that a library needs, as it
-/// does in the running program's own. Nothing happens where every library itself names the places
-/// to look in. For the begin of a program, before other threads.
+/// Makes the loader search `folder`, a full path, for the libraries that a library needs, in
+/// addition to the program's own folder. Does nothing on systems where each library itself names
+/// the folders to search. Call it at the start of the program, before there are other threads.
 void LookForLibrariesIn(const std::string& folder);

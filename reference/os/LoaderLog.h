@@ -1,9 +1,9 @@
 #pragma once
 
-/// Takes what the system's loader says of a library that it could not load: "path: message". Called
-/// on the thread that asked for the library.
+/// Receives the message of the system's loader when it could not load a library: "path: message".
+/// Called on the thread that tried to load it.
 using LoaderLogFn = void (*)(const char* text) noexcept;
 
-/// Sets where loader messages go, which must not be null; to standard error unless set. Any thread.
-/// Windows' loader says nothing but its error code, so that nothing comes there.
+/// Sets the receiver of loader messages, not null; by default they go to standard error.
+/// Thread-safe. Does nothing on Windows, whose loader gives only an error code.
 void SetLoaderLog(LoaderLogFn log);

@@ -4,13 +4,13 @@
 #include <optional>
 #include <string>
 
-/// The addresses from `begin` to before `end` that a loaded library or program occupies.
+/// The addresses of a loaded library or program: from `begin` up to but not including `end`.
 struct ModuleRange {
   std::uintptr_t begin = 0;
   std::uintptr_t end = 0;
 };
 
-/// Where the library lies that is loaded now from `path`, the path that it was loaded with, in the
-/// local code page; empty when none is. The caller keeps the library loaded during the call. Any
-/// thread, but not a signal handler.
+/// The addresses of the library that was loaded from `path` (in the local code page); empty when it
+/// is not loaded. The caller must keep the library loaded during the call. Thread-safe, but not
+/// for signal handlers.
 std::optional<ModuleRange> LoadedModule(const std::string& path);

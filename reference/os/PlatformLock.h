@@ -4,9 +4,9 @@
 
 #include "sdk/xrt/lock.h"
 
-// One platform lock object inside a lock's state, which must not move while the lock exists. All
-// return 0 or the system's error number. A lock that is not `recursive` must not be taken again by
-// its holder.
+// Operate on a lock object of the system inside `state`, which must not move while the lock exists.
+// All return 0 or the system's error number. A thread that holds a lock must not lock it again
+// unless it was created with `recursive`.
 
 std::int32_t CreatePlatformLock(xrt::LockState& state, bool recursive);
 std::int32_t DestroyPlatformLock(xrt::LockState& state);

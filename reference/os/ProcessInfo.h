@@ -3,12 +3,12 @@
 #include <cstdint>
 #include <string>
 
-// The process and its machine, as a record of a run describes them. Any thread.
+// Information on the process and its machine, for the record of a run. Thread-safe.
 
-/// The system's number of this process.
+/// The process ID.
 std::uint64_t ProcessNumber();
 
-/// The machine's name, in the local code page; empty when the system gives none.
+/// The machine's name, in the local code page; empty when unknown.
 std::string HostName();
 
 /// The number of cores that the process may run on, at least 1.

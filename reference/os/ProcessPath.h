@@ -2,6 +2,6 @@
 
 #include <string>
 
-/// The full path of the running executable, of any length; empty when the system gives none.
-/// Any thread.
+/// The full path of the running executable, of any length; empty when unknown.
+/// Thread-safe.
 std::string ProcessPath();

@@ -4,37 +4,37 @@
 #include <optional>
 #include <vector>
 
-/// How a person or the system asked the program to stop: SIGINT, SIGTERM, SIGHUP; on Windows
-/// Ctrl-C, Ctrl-Break, and the end of the console or of the session.
+/// How a user or the system requested the stop: SIGINT, SIGTERM, SIGHUP; on Windows Ctrl-C,
+/// Ctrl-Break, and the end of the console or of the session.
 enum class StopRequest { kInterrupt, kTerminate, kHangUp };
 
-/// The request in the system's own words: "SIGINT", or "Ctrl-C" on Windows.
+/// The name of the request on this system: "SIGINT", or "Ctrl-C" on Windows.
 const char* Name(StopRequest request);
 
 /// Receives stop requests instead of letting them end the process.
 ///
-/// Created once, at the begin of main before any other thread, after OwnOutput. On POSIX systems
-/// handlers are installed and nothing is blocked or ignored, so that a child process starts with
-/// the default actions; SIGHUP alone stays ignored if it was (nohup). Writing to a broken pipe, or
-/// beyond the limit of a file's size, fails with an error instead of ending the process. A child of
-/// a fork that has not called exec is ended by these signals as by default.
+/// Created once, at the start of main before any other thread, after OwnOutput. On POSIX systems it
+/// installs signal handlers and blocks or ignores nothing, so that child programs start with the
+/// default actions; only SIGHUP stays ignored if it was ignored before (nohup). Writing to a broken
+/// pipe, or beyond the limit of a file's size, fails with an error instead of ending the process.
+/// These signals end a forked child that has not called exec, as by default.
 class StopSignal {
  public:
-  /// Throws std::system_error when the system refuses.
+  /// Throws std::system_error when a pipe or a handler cannot be installed.
   StopSignal();
   ~StopSignal() = default;  // the handlers stay: a second request must not end a running stop
   StopSignal(const StopSignal&) = delete;
   StopSignal& operator=(const StopSignal&) = delete;
 
-  /// Waits for a request, at most `limit`. A request that came before the call is kept; each is
-  /// returned once. Any thread.
+  /// Waits for a request, at most for `limit`. Requests received before the call are kept; each is
+  /// returned once. Thread-safe.
   std::optional<StopRequest> WaitFor(std::chrono::milliseconds limit);
 
-  /// The requests that do not come here any more, since other code of the process has installed a
-  /// handler of its own or ignores the signal. None on Windows, where that cannot be known.
+  /// The requests that are not received any more, because other code in the process has installed
+  /// another handler or ignores the signal. Always empty on Windows, where this is not known.
   std::vector<StopRequest> Displaced() const;
 };
 
-/// Keeps the system from showing an error box for a library that cannot be loaded or a crash:
-/// nobody sits in front of a service.
+/// Prevents the system from showing a dialog when a library cannot be loaded or the process
+/// crashes: a service has no user who could close it.
 void SuppressErrorDialogs();

@@ -6,37 +6,38 @@
 
 #include "reference/os/SystemFile.h"
 
-/// The process's standard output, kept for the program itself: what plugins print to theirs goes to
-/// standard error instead.
+/// The process's standard output, reserved for the program itself: what plugins write to standard
+/// output goes to standard error instead.
 ///
 /// Created once, as the first thing in main, and kept until the process ends. From then on
-/// descriptor 1 leads to where descriptor 2 leads; child processes inherit only that. Descriptors
-/// 0, 1 and 2 are all open afterwards, on the null device where they were closed, so that no file
-/// opened later becomes somebody's standard output. On Windows the same holds for the C runtime's
-/// descriptors and the system's standard handles. Any thread.
+/// descriptor 1 refers to the same file as descriptor 2; child processes inherit only that.
+/// Descriptors 0, 1 and 2 are then all open, on the null device if they were closed, so that no
+/// file opened later gets one of these numbers. On Windows this applies to the C runtime's
+/// descriptors and to the system's standard handles. Thread-safe.
 class OwnOutput {
  public:
-  /// Throws std::system_error when the system has no descriptor left.
+  /// Throws std::system_error when a descriptor cannot be opened or duplicated.
   OwnOutput();
   ~OwnOutput();
   OwnOutput(const OwnOutput&) = delete;
   OwnOutput& operator=(const OwnOutput&) = delete;
 
-  /// Writes all of `text`, in UTF-8; the texts of concurrent calls do not mix. False when it cannot
-  /// be written (output closed, reader gone, disk full); from then on always false, and nothing is
-  /// written any more.
+  /// Writes all of `text`, in UTF-8; texts of concurrent calls are not mixed. False when it cannot
+  /// be written (output closed, reader gone, disk full); after that, later calls write nothing and
+  /// return false.
   bool Write(std::string_view text);
 
-  /// Why Write returned false, in the system's words. To be read after that; constant then.
+  /// The system's reason why Write has returned false; constant after that. Empty before, and may
+  /// then be read only while no Write is running.
   const std::string& Error() const { return m_error; }
 
-  /// Is it a terminal that understands cursor sequences? On Windows they have been turned on.
+  /// Whether it is a terminal that supports cursor sequences; on Windows they have been enabled.
   bool IsTerminal() const { return m_isTerminal; }
 
-  /// Is it a terminal, and standard error the same one?
+  /// Whether it is a terminal and standard error is the same terminal.
   bool IsTerminalOfErrors() const { return m_isTerminalOfErrors; }
 
-  /// The terminal's present width in columns; 80 when unknown.
+  /// The terminal's current width in columns; 80 when unknown.
   int Columns() const;
 
   /// The file itself, for the report of a crash; kNoFile when standard output was closed.
@@ -50,7 +51,7 @@ class OwnOutput {
   bool m_isTerminal = false;
   bool m_isTerminalOfErrors = false;
 
-  std::mutex m_mutex;  // also keeps texts together
+  std::mutex m_mutex;  // also held while a text is written, so that texts are not mixed
 
   // Guarded by m_mutex; constant once m_failed is true.
   bool m_failed = false;

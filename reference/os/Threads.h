@@ -3,19 +3,18 @@
 #include <cstdint>
 #include <string>
 
-// The calling thread, as the system knows it.
+// Functions on the calling thread.
 
-/// Prepares the calling thread to run plugin code: its signal mask is emptied, which its child
-/// processes inherit, and under a sanitizer too it can report an overflow of its stack (an
-/// alternate signal stack, freed when the thread ends; without memory for it an overflow ends the
-/// process without a report). For the first thing that a thread does; further calls only empty the
-/// mask. On Windows there is nothing to prepare.
+/// Prepares the calling thread to run plugin code. Empties its signal mask, which child processes
+/// inherit, and gives it an alternate signal stack, so that a stack overflow can be reported under
+/// a sanitizer as well; without memory for it an overflow is not reported. Call it first on a
+/// thread; further calls only empty the mask. Does nothing on Windows.
 void PrepareWorkerThread();
 
-/// Names the calling thread, for debuggers and `top`. What is too long for the system is cut, on
-/// Linux to 15 bytes, never inside a UTF-8 character. `name` is in the local code page. Without
-/// effect where the system has no such names.
+/// Names the calling thread, for debuggers and `top`. A name that is too long for the system is
+/// cut, on Linux to 15 bytes, never inside a UTF-8 character. `name` is in the local code page.
+/// Does nothing on systems without thread names.
 void NameThread(const std::string& name);
 
-/// The system's number of the calling thread.
+/// The system's ID of the calling thread.
 std::uint64_t ThreadNumber();

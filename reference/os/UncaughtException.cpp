@@ -21,6 +21,6 @@ void DescribeUncaughtException(CrashText& text) {
   } catch (const std::exception& exception) {
     text.Add(": ").AddEscaped(exception.what());
   } catch (...) {
-    return;  // its type is all that is known of it
+    return;  // only its type is known
   }
 }

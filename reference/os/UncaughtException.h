@@ -2,6 +2,6 @@
 
 #include "reference/os/CrashText.h"
 
-/// Appends why std::terminate was called: the type and the text of the exception that nobody
-/// caught. For a terminate handler only; runs the exception's own code.
+/// Appends why std::terminate was called: the type and the text of the uncaught exception. Only for
+/// a terminate handler; calls the exception's what().
 void DescribeUncaughtException(CrashText& text);

@@ -2,6 +2,6 @@
 
 #include <string>
 
-/// Makes the runtime report `path` as the running executable's; empty: its real one again.
-/// Any thread.
+/// Makes XRT_GetCurExePath return `path` instead of the real path; empty: the real path again.
+/// Thread-safe.
 void SetExecutablePath(const std::string& path);

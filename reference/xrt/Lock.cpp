@@ -1,5 +1,5 @@
-// Making, taking and freeing the runtime's locks. Their copy operations and the scope guard are not
-// here: the frame's library exports them.
+// The runtime's locks: creating, locking, unlocking, destroying. Their copy operations and the
+// scope guard are exported by the frame's library.
 
 #include "sdk/xrt/lock.h"
 

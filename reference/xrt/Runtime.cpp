@@ -12,7 +12,7 @@ namespace {
 
 std::mutex g_mutex;
 
-/// Guarded by g_mutex. Never destroyed: a plugin's thread may ask while the process ends.
+/// Guarded by g_mutex. Never destroyed: a plugin's thread may read it while the process ends.
 std::string& ReportedPath() {
   static std::string& path = *new std::string;
   return path;

@@ -1,5 +1,5 @@
 #pragma once
 
-/// Gives the calling thread an alternate signal stack until it ends, unless it has one of ours.
-/// Never fails: without memory the thread has none.
+/// Gives the calling thread an alternate signal stack until it ends; later calls do nothing.
+/// Reports no failure: without memory the thread simply has none.
 void UseAlternateStack();

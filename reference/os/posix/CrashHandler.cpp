@@ -38,11 +38,11 @@ std::atomic<pid_t> g_process{0};
 std::atomic<bool> g_exitExpected{false};
 std::atomic<pid_t> g_reporter{0};  // the one thread that reports; the process ends with it
 
-// The reporting thread's own: where to go on when what it runs crashes or hangs.
+// Used by the reporting thread alone: where RunGuarded continues after a crash or a hang.
 sigjmp_buf* volatile g_recovery = nullptr;
 
 bool IsWatched() noexcept {
-  return getpid() == g_process;  // not so in a child of a fork
+  return getpid() == g_process;  // false in a forked child
 }
 
 void SetAction(int signal, void (*handler)(int)) noexcept {
@@ -64,27 +64,28 @@ void Unblock(int signal) noexcept {
   SetAction(signal, SIG_DFL);
   Unblock(signal);
   tgkill(getpid(), gettid(), signal);  // raise() would address the parent's thread after a vfork
-  LeaveNow(128 + signal);  // the first process of a container is not ended by its own signals
+  // Process 1 of a container is not ended by a signal that it sends itself.
+  EndProcessNow(128 + signal);
 }
 
-void GoOn() noexcept {
+void Recover() noexcept {
   // NOLINTNEXTLINE(cert-err52-cpp): there is no other way out of a crash
   if (g_recovery != nullptr) siglongjmp(*g_recovery, 1);
 }
 
-/// True on the first thread that asks. Another one waits here until that one ends the process. When
-/// the reporting thread itself comes again, it goes on behind what it was running.
+/// True for the first thread that calls it. Any other thread waits here until that one ends the
+/// process. When the reporting thread itself crashes, it continues after the guarded action.
 bool BecomeReporter() noexcept {
   pid_t reporter = 0;
   if (g_reporter.compare_exchange_strong(reporter, gettid())) return true;
   while (reporter != gettid()) pause();
-  GoOn();
+  Recover();
   return false;
 }
 
 void OnAlarm(int) {
   if (gettid() == g_reporter) {
-    GoOn();
+    Recover();
   } else {
     tgkill(getpid(), g_reporter, SIGALRM);
   }
@@ -149,7 +150,7 @@ void OnTerminate() {
     g_terminateBefore();
     std::abort();
   }
-  // Before anything is claimed: a crash in the exception's own code is reported as such.
+  // Before BecomeReporter, so that a crash in the exception's what() is reported as a crash.
   CrashText what;
   DescribeUncaughtException(what);
   if (BecomeReporter()) {
@@ -196,10 +197,10 @@ void ReportExit(Crash::Kind kind, std::int64_t status, const char* function,
     crash.address = caller;
     Report(crash, caller);
   }
-  LeaveNow(g_exitStatus);
+  EndProcessNow(g_exitStatus);
 }
 
-void LeaveNow(int status) noexcept {
+void EndProcessNow(int status) noexcept {
   while (true) syscall(SYS_exit_group, status);
 }
 
@@ -221,8 +222,8 @@ void InstallCrashHandler(CrashReportFn report, int exitStatus) {
   }
 }
 
-/// Only what does not pass through the exit functions of ours comes here: the end of the process's
-/// last thread.
+/// The exit functions in ExitCalls.cpp report themselves, so only one case is left here: the
+/// process ends because its last thread has ended.
 void ReportUnexpectedExit() {
   if (ExitIsReported()) {
     ReportExit(Crash::Kind::kExit, 0, "exit", __builtin_return_address(0));

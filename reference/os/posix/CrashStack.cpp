@@ -1,5 +1,5 @@
-// The stack of a crash: unwound by the compiler's runtime, described by libbacktrace, both of which
-// need no heap. Only to demangle a name takes some; what hangs or crashes there is given up.
+// The stack of a crash: unwound by the compiler's runtime, with names and lines from libbacktrace.
+// Neither needs the heap; only demangling a name does, and is abandoned if it hangs or crashes.
 
 #include <backtrace.h>
 #include <cxxabi.h>
@@ -32,19 +32,19 @@ struct Stack {
 
 enum class Detail { kDemangled, kMangled, kModule };
 
-/// How far the stack is written, kept when a crash cuts a step short.
+/// How much of the stack has been written; kept when a step is abandoned after a crash.
 struct Progress {
   SystemFile file;
   Stack stack;
   std::size_t next;  // the first frame not yet written
   int number;        // of the next line
-  int written;       // lines of that frame, which are not written again
+  int written;       // lines of frame `next` that have been written, which are not repeated
   Detail detail;
 };
 
-_Unwind_Reason_Code TakeFrame(_Unwind_Context* context, void* argument) {
+_Unwind_Reason_Code AddFrame(_Unwind_Context* context, void* argument) {
   Stack& stack = *static_cast<Stack*>(argument);
-  int interrupted = 0;  // else the address is the one behind the call
+  int interrupted = 0;  // 0: the address is the one after the call
   const std::uintptr_t code = _Unwind_GetIPInfo(context, &interrupted);
   if (!stack.begun) {
     const auto caller = reinterpret_cast<std::uintptr_t>(g_caller);
@@ -54,7 +54,7 @@ _Unwind_Reason_Code TakeFrame(_Unwind_Context* context, void* argument) {
       stack.interrupted = {code, _Unwind_GetCFA(context)};
     }
   }
-  if (code == 0 && interrupted == 0) return _URC_END_OF_STACK;  // behind a thread's first function
+  if (code == 0 && interrupted == 0) return _URC_END_OF_STACK;  // above a thread's first function
   stack.cut = stack.count == kMostFrames;
   if (stack.cut) return _URC_END_OF_STACK;
   stack.code[stack.count++] = interrupted != 0 ? code : code - 1;
@@ -68,8 +68,8 @@ struct Module {
   std::uintptr_t base;
 };
 
-/// Does `module` hold the address? Unlike dladdr this waits for no lock that is held while a
-/// library's constructors run.
+/// Returns 1 when `module` contains the address. Unlike dladdr, dl_iterate_phdr waits for no lock
+/// that is held while a library's constructors run.
 int FindModule(dl_phdr_info* module, std::size_t, void* argument) {
   Module& search = *static_cast<Module*>(argument);
   for (int i = 0; i < module->dlpi_phnum; ++i) {
@@ -89,8 +89,8 @@ Module ModuleOf(std::uintptr_t address) {
   return module;
 }
 
-/// A call to an address without code has no frame: who called it stands on top of the stack, on the
-/// machines that keep return addresses there.
+/// After a call to an address without code there is no frame to unwind. The return address is then
+/// on top of the stack, on machines that keep return addresses there.
 void GuessCaller(Stack& stack) {
   const std::uintptr_t top = stack.interrupted.stackPointer;
   if (stack.count != 1 || top == 0 || ModuleOf(stack.code[0]).path != nullptr) return;
@@ -102,10 +102,10 @@ void GuessCaller(Stack& stack) {
 
 void TakeStack(void* argument) {
   Stack& stack = static_cast<Progress*>(argument)->stack;
-  _Unwind_Backtrace(&TakeFrame, &stack);
-  if (!stack.begun) {  // the caller has no frame of its own
+  _Unwind_Backtrace(&AddFrame, &stack);
+  if (!stack.begun) {  // no frame has the caller's address: take all frames
     stack.begun = true;
-    _Unwind_Backtrace(&TakeFrame, &stack);
+    _Unwind_Backtrace(&AddFrame, &stack);
   }
   GuessCaller(stack);
 }
@@ -130,8 +130,8 @@ void AddModule(CrashText& line, std::uintptr_t code) {
   line.Add(" in ").AddEscaped(name).Add("+").AddHex(code - module.base);
 }
 
-/// What libbacktrace says of one frame. Code that was inlined has several functions, the innermost
-/// first; only the last one, which holds all the code, is in the symbol table.
+/// What libbacktrace reports on one frame. With inlining it has several functions, the innermost
+/// first; only the last one, into which the others were inlined, is in the symbol table.
 struct Frame {
   Progress& progress;
   std::uintptr_t code;
@@ -218,7 +218,7 @@ void WriteCrashStack(SystemFile file) noexcept {
   Progress progress = {};
   progress.file = file;
   const bool complete = RunGuarded(2, &TakeStack, &progress);
-  // Each step knows less than the one before and is less likely to hang or crash.
+  // Each step writes fewer details than the one before and is less likely to hang or crash.
   for (const Detail detail : {Detail::kDemangled, Detail::kMangled, Detail::kModule}) {
     progress.detail = detail;
     if (RunGuarded(2, &WriteFrames, &progress)) break;

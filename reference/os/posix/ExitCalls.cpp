@@ -1,6 +1,5 @@
-// The C library's exit functions, as every library of the process finds them: this library stands
-// before the C library in the loader's order. Where no exit is to be reported they do what the C
-// library's do.
+// Replaces the C library's exit functions for all libraries of the process, since the loader finds
+// this library before the C library. An exit that needs no report goes on as in the C library.
 
 #include <dlfcn.h>
 #include <unistd.h>
@@ -13,11 +12,11 @@ namespace {
 
 using ExitFn = void (*)(int);
 
-/// Calls the C library's function; ends the process in any case.
+/// Calls the C library's function; ends the process even if that is not found or returns.
 [[noreturn]] void CallNext(const char* function, int status) {
   const auto next = reinterpret_cast<ExitFn>(dlsym(RTLD_NEXT, function));
   if (next != nullptr) next(status);
-  LeaveNow(status);
+  EndProcessNow(status);
 }
 
 }  // namespace
@@ -45,14 +44,14 @@ void _exit(int status) {
   if (ExitIsReported()) {
     ReportExit(Crash::Kind::kImmediateExit, status, "_exit", __builtin_return_address(0));
   }
-  LeaveNow(status);
+  EndProcessNow(status);
 }
 
 void _Exit(int status) noexcept {
   if (ExitIsReported()) {
     ReportExit(Crash::Kind::kImmediateExit, status, "_Exit", __builtin_return_address(0));
   }
-  LeaveNow(status);
+  EndProcessNow(status);
 }
 
 }  // extern "C"

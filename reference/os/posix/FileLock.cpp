@@ -9,7 +9,7 @@
 #include <utility>
 
 std::optional<FileLock> FileLock::TryLock(const std::filesystem::path& file) {
-  constexpr mode_t readableAndWritable = 0666;  // less what the process's umask forbids
+  constexpr mode_t readableAndWritable = 0666;  // without the bits of the process's umask
   const int descriptor = open(file.c_str(), O_RDWR | O_CREAT | O_CLOEXEC, readableAndWritable);
   if (descriptor < 0) {
     throw std::system_error(errno, std::generic_category(), "cannot open " + file.string());
@@ -36,6 +36,6 @@ FileLock::~FileLock() {
 void FileLock::Release() noexcept {
   if (m_file == kNone) return;
   const int descriptor = static_cast<int>(std::exchange(m_file, kNone));
-  flock(descriptor, LOCK_UN);  // closing alone releases nothing while a forked child has it open
+  flock(descriptor, LOCK_UN);  // close alone does not unlock it while a forked child has it open
   close(descriptor);
 }

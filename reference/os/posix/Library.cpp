@@ -1,4 +1,5 @@
-// The library loader and the clock under their Windows names, over dlopen and the steady clock.
+// The Windows functions for loading libraries and for the time, implemented by dlopen and the
+// steady clock.
 
 #include <dlfcn.h>
 #include <elf.h>
@@ -41,8 +42,9 @@ bool IsElf(const std::string& path) {
   return std::memcmp(magic, ELFMAG, SELFMAG) == 0;
 }
 
-/// What the loader says of the library itself begins with its path, of one that it needs with the
-/// other's; only the rest of a message holds no file name that could pass for the reason.
+/// The Windows error code for a message of the loader. A message begins with the path of the
+/// library or of one that it needs; only the text after it is compared, since a path may contain
+/// any words.
 DWORD ErrorCode(const std::string& path, const std::string& message) {
   const std::size_t nameEnd = message.find(": ", StartsWith(message, path) ? path.size() : 0);
   const std::string reason = nameEnd == std::string::npos ? message : message.substr(nameEnd);
@@ -52,29 +54,29 @@ DWORD ErrorCode(const std::string& path, const std::string& message) {
   if (faccessat(AT_FDCWD, path.c_str(), R_OK, AT_EACCESS) != 0) {
     return errno == EACCES ? ERROR_ACCESS_DENIED : ERROR_MOD_NOT_FOUND;
   }
-  // The library is there: unless it is for another machine, what cannot be opened is one that it
-  // needs.
+  // The library itself exists. If it is an ELF file, the file that cannot be opened is a library
+  // that it needs.
   const bool needed = IsElf(path) && !StartsWith(message, path + ": ");
   if (needed && Contains(reason, "cannot open shared object file")) return ERROR_MOD_NOT_FOUND;
   return ERROR_BAD_EXE_FORMAT;
 }
 
-/// "path: message", where the loader itself may have begun its message with the path.
+/// "path: message"; the path is added unless the loader's message begins with it.
 std::string WithPath(const std::string& path, const std::string& message) {
   return StartsWith(message, path + ": ") ? message : path + ": " + message;
 }
 
-/// Ends the process when there is no memory for a path, or when a static constructor of the library
-/// throws: the loader would stay locked, and the next one to load anything would wait for ever.
+/// noexcept ends the process when there is no memory for a path, or when a static constructor of
+/// the library throws: the loader would stay locked, and the next load would wait for ever.
 HMODULE Load(const wchar_t* path) noexcept {
   const std::string local = LocalFromWide(path);
-  if (local.empty()) {  // to the loader that would be the program itself
+  if (local.empty()) {  // for dlopen an empty path means the program itself
     t_error = ERROR_MOD_NOT_FOUND;
     g_log.load()("a library without a name was asked for");
     return nullptr;
   }
   void* library = dlopen(local.c_str(), RTLD_NOW | RTLD_LOCAL);
-  // NOLINTNEXTLINE(concurrency-mt-unsafe): each thread has a message of its own
+  // NOLINTNEXTLINE(concurrency-mt-unsafe): the message is stored for each thread
   const std::string message = library == nullptr ? dlerror() : std::string();
   if (library != nullptr) return library;
   t_error = ErrorCode(local, message);

@@ -6,7 +6,7 @@ namespace {
 
 constexpr std::uint32_t kRawByte = 0xDC00;  // plus a byte from 0x80 on
 
-/// One UTF-8 sequence: its code point and length; a length of 0 for none.
+/// One UTF-8 sequence: its code point and length; the length is 0 when it is not valid.
 struct Sequence {
   std::uint32_t code = 0;
   std::size_t length = 0;

@@ -30,8 +30,8 @@ int TakeRange(dl_phdr_info* module, std::size_t, void* argument) {
 }  // namespace
 
 std::optional<ModuleRange> LoadedModule(const std::string& path) {
-  if (path.empty()) return std::nullopt;  // to the loader that would be the program itself
-  // Finds the library by any of its paths, which a comparison of names would not.
+  if (path.empty()) return std::nullopt;  // for dlopen an empty path means the program itself
+  // dlopen also finds it when it was loaded by another path; comparing names would not.
   void* library = dlopen(path.c_str(), RTLD_LAZY | RTLD_NOLOAD);
   if (library == nullptr) return std::nullopt;
   link_map* map = nullptr;

@@ -18,7 +18,7 @@ std::string HostName() {
 }
 
 int UsableCores() {
-  // A set that is smaller than the kernel's own is refused.
+  // The kernel refuses a set that is smaller than its own.
   for (std::size_t sets = 1; sets <= 64; sets *= 2) {
     std::vector<cpu_set_t> cores(sets);
     const std::size_t size = sets * sizeof(cpu_set_t);

@@ -50,11 +50,11 @@ void OnStopSignal(int signal) {
   const int before = errno;
   if (getpid() == g_process) {
     const auto byte = static_cast<unsigned char>(signal);
-    // A full pipe holds more requests than anybody needs.
+    // A write to a full pipe fails, but then it contains more than enough requests.
     [[maybe_unused]] const ssize_t written = write(g_writeEnd, &byte, 1);
   } else {
-    // In a child of a fork the pipe is still the parent's. The signal is blocked until this
-    // returns, then it ends the child. raise() would address the parent's thread after a vfork.
+    // A forked child still has the parent's pipe. The signal is blocked until this handler returns,
+    // and then ends the child. raise() would address the parent's thread after a vfork.
     struct sigaction action = {};
     action.sa_handler = SIG_DFL;
     sigaction(signal, &action, nullptr);
@@ -63,7 +63,7 @@ void OnStopSignal(int signal) {
   errno = before;
 }
 
-/// Unlike SIG_IGN not inherited by the program that a child executes.
+/// A handler instead of SIG_IGN, which programs executed by a child would inherit.
 void DoNothing(int) {}
 
 bool HasHandler(int signal, void (*handler)(int)) {
@@ -100,7 +100,7 @@ StopSignal::StopSignal() {
     Install(signal, &DoNothing);
     sigaddset(&unblocked, signal);
   }
-  // Whoever started the program may have left them blocked.
+  // The program may have been started with these signals blocked.
   pthread_sigmask(SIG_UNBLOCK, &unblocked, nullptr);
 }
 
@@ -116,7 +116,7 @@ std::optional<StopRequest> StopSignal::WaitFor(std::chrono::milliseconds limit) 
     if (left <= milliseconds(0)) return std::nullopt;
     pollfd ready = {Requests().readEnd, POLLIN, 0};
     poll(&ready, 1, static_cast<int>(left.count()));
-    // A descriptor that other code has closed is always ready; without this the wait would spin.
+    // If other code has closed the descriptor, poll returns at once: wait here, do not spin.
     if ((ready.revents & POLLNVAL) != 0) poll(nullptr, 0, static_cast<int>(left.count()));
   }
 }

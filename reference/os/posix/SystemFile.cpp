@@ -9,8 +9,8 @@
 
 namespace {
 
-/// Waits until a pipe takes PIPE_BUF bytes at once, at most so many milliseconds.
-bool AwaitReader(int file, int longestWait) noexcept {
+/// Waits until PIPE_BUF bytes can be written without blocking, at most `longestWait` milliseconds.
+bool WaitForReader(int file, int longestWait) noexcept {
   pollfd ready = {file, POLLOUT, 0};
   const int count = poll(&ready, 1, longestWait);
   return count > 0 || (count < 0 && errno == EINTR);
@@ -32,10 +32,10 @@ SystemFile StandardError() noexcept {
 
 bool WriteWhole(SystemFile file, std::string_view text, int longestWait) noexcept {
   const int descriptor = static_cast<int>(file);
-  // A larger part might block although there is a reader.
+  // A larger write might block even after a successful poll.
   const std::size_t most = longestWait == kForEver ? text.size() : PIPE_BUF;
   while (!text.empty()) {
-    if (!AwaitReader(descriptor, longestWait)) return false;
+    if (!WaitForReader(descriptor, longestWait)) return false;
     const ssize_t written = write(descriptor, text.data(), text.substr(0, most).size());
     if (written < 0 && errno != EINTR && errno != EAGAIN) return false;
     if (written > 0) text.remove_prefix(static_cast<std::size_t>(written));

@@ -14,10 +14,10 @@ namespace {
   throw std::system_error(errno, std::generic_category(), what);
 }
 
-/// Opens the null device as `descriptor` if that is closed. True when it was.
+/// Opens the null device as `descriptor` if that is closed. True when it was closed.
 bool OpenIfClosed(int descriptor) {
   if (fcntl(descriptor, F_GETFD) != -1 || errno != EBADF) return false;
-  // The lowest free descriptor is returned; those below are open.
+  // open returns the lowest free descriptor, and all below `descriptor` are open.
   if (open("/dev/null", O_RDWR) != descriptor) Refuse("a standard descriptor cannot be opened");
   return true;
 }

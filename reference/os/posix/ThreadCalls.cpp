@@ -1,6 +1,6 @@
-// The C library's pthread_create, as every library of the process finds it: this library stands
-// before the C library in the loader's order. So a thread that a plugin creates can report an
-// overflow of its stack as well.
+// Replaces the C library's pthread_create for all libraries of the process, since the loader finds
+// this library before the C library. It gives threads that a plugin creates an alternate signal
+// stack too, so that their stack overflows are reported.
 
 #include <dlfcn.h>
 #include <pthread.h>
@@ -21,7 +21,7 @@ struct Start {
   void* argument;
 };
 
-/// The first code of each thread.
+/// The first function of each thread.
 void* Run(void* argument) {
   const Start start = *std::unique_ptr<Start>(static_cast<Start*>(argument));
   UseAlternateStack();

@@ -10,12 +10,12 @@
 
 namespace {
 
-/// One thread's alternate signal stack. The one before it, which a sanitizer may have set, is
-/// restored at the end.
+/// The alternate signal stack of a thread. The destructor restores the previous one, which a
+/// sanitizer may have set.
 class AlternateStack {
  public:
   AlternateStack() {
-    // The page at the low end stays without access: the alternate stack can overflow as well.
+    // A guard area at the low end is not accessible: the alternate stack may overflow as well.
     void* memory = mmap(nullptr, kGuard + kSize, PROT_NONE, MAP_PRIVATE | MAP_ANONYMOUS, -1, 0);
     if (memory == MAP_FAILED) return;
     m_memory = static_cast<char*>(memory);
@@ -34,15 +34,15 @@ class AlternateStack {
 
  private:
   static constexpr std::size_t kGuard = 0x10000;  // a multiple of every page size
-  static constexpr std::size_t kSize = 0x40000;   // reading debug information needs most of it
+  static constexpr std::size_t kSize = 0x40000;   // mostly needed to read debug information
 
   char* m_memory = nullptr;
   bool m_used = false;
   stack_t m_before = {};
 };
 
-/// The length of the longest begin of `text` with at most `limit` bytes that ends between
-/// characters.
+/// The length of the longest prefix of `text` with at most `limit` bytes that does not end inside a
+/// character.
 std::size_t CutLength(const std::string& text, std::size_t limit) {
   if (text.size() <= limit) return text.size();
   std::size_t length = limit;

@@ -13,7 +13,7 @@ namespace {
 
 /// The absolute path in an environment variable; empty when there is none.
 fs::path FromEnvironment(const char* name) {
-  // NOLINTNEXTLINE(concurrency-mt-unsafe): UserStateFolder requires that nobody changes them
+  // NOLINTNEXTLINE(concurrency-mt-unsafe): UserStateFolder requires that no thread changes them
   const char* value = std::getenv(name);
   const fs::path path = value == nullptr ? "" : value;
   return path.is_absolute() ? path : fs::path();

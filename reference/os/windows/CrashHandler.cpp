@@ -9,7 +9,7 @@
 namespace {
 
 constexpr DWORD kReportMilliseconds = 10000;
-constexpr DWORD kAborted = 0xC0000409;  // what abort() of the present C runtime ends with
+constexpr DWORD kAborted = 0xC0000409;  // after abort() of Microsoft's current C runtime
 
 // Written by InstallCrashHandler, constant afterwards.
 CrashReportFn g_report = nullptr;
@@ -23,11 +23,11 @@ volatile LONG g_reporter = 0;  // the one thread that reports; the process ends 
 DWORD g_endCode = 0;
 StackBegin g_stackBegin;
 
-// The reporting thread's own: where to go on when what it runs crashes.
+// Used by the reporting thread alone: where RunGuarded continues after a crash.
 CONTEXT g_recovery = {};
 bool g_canRecover = false;
 
-/// Keeps of the calling thread's stack what reporting its overflow needs.
+/// Reserves part of the calling thread's stack for the report of a stack overflow.
 void ReserveStack() noexcept {
   ULONG reserve = 64 * 1024;
   SetThreadStackGuarantee(&reserve);
@@ -37,16 +37,16 @@ void ReserveStack() noexcept {
   while (true) TerminateProcess(GetCurrentProcess(), code);
 }
 
-/// The one thread of ours that a hanging report cannot stop. The system ends it before the
-/// libraries are notified of an exit, so that the report of an exit has no time limit.
+/// A thread that ends the process when the report hangs. At an exit the system ends this thread
+/// before it notifies the libraries, so the report of such an exit has no time limit.
 DWORD WINAPI EndHangingReport(void*) {
   WaitForSingleObject(g_reportBegun, INFINITE);
   Sleep(kReportMilliseconds);
   EndWith(g_endCode);
 }
 
-/// True on the first thread that asks. Another one waits here until that one ends the process.
-/// False when the reporting thread itself comes again.
+/// True for the first thread that calls it. Any other thread waits here until that one ends the
+/// process. False when the reporting thread itself calls it again.
 bool BecomeReporter() noexcept {
   const auto self = static_cast<LONG>(GetCurrentThreadId());
   const LONG reporter = InterlockedCompareExchange(&g_reporter, self, 0);
@@ -62,13 +62,13 @@ bool BecomeReporter() noexcept {
   EndWith(endCode);
 }
 
-/// Reports what has no exception of the system's. `alone`: all other threads have been ended.
+/// Reports an end without a structured exception. `alone`: all other threads have been ended.
 [[noreturn]] void ReportCall(Crash::Kind kind, int code, const char* what, const void* caller,
                              DWORD endCode, bool alone = false) noexcept {
   if (!BecomeReporter()) EndWith(g_endCode);
   RtlCaptureContext(&g_stackBegin.context);
   g_stackBegin.caller = caller;
-  g_stackBegin.withNames = !alone;  // the others may have held locks
+  g_stackBegin.withNames = !alone;  // the ended threads may have held locks that dbghelp needs
   Crash crash;
   crash.alone = alone;
   crash.kind = kind;
@@ -113,7 +113,7 @@ void Describe(CrashText& text, const EXCEPTION_RECORD& record) {
   }
 }
 
-/// An exception of GCC's C++ that nobody caught: continued, it becomes std::terminate.
+/// Whether it is an uncaught C++ exception of GCC: when continued, it calls std::terminate.
 bool IsGccException(DWORD code) {
   return (code & 0x20FFFFFFU) == 0x20474343U;
 }
@@ -144,7 +144,7 @@ void OnAbort(int signal) {
 }
 
 void OnTerminate() {
-  // Before anything is claimed: a crash in the exception's own code is reported as such.
+  // Before BecomeReporter, so that a crash in the exception's what() is reported as a crash.
   CrashText what;
   DescribeUncaughtException(what);
   ReportCall(Crash::Kind::kTerminate, SIGABRT, what.CStr(), __builtin_return_address(0), kAborted);
@@ -161,7 +161,7 @@ bool RunGuarded(void (*action)(void*), void* argument) noexcept {
   const bool outerCanRecover = g_canRecover;
   volatile bool begun = false;
   volatile bool completed = false;
-  RtlCaptureContext(&g_recovery);  // a crash continues behind this call, with `begun` set
+  RtlCaptureContext(&g_recovery);  // after a crash, execution continues here with `begun` set
   if (!begun) {
     begun = true;
     g_canRecover = true;
@@ -195,8 +195,8 @@ void ExpectExit() {
   InterlockedExchange(&g_exitExpected, 1);
 }
 
-/// Called by the system at the begin of every thread, those of plugins as well, and when all
-/// threads but this one have been ended: all ways of an exit lead here.
+/// The system calls this at the start of every thread, also those of plugins, and at every kind of
+/// exit, when it has ended all other threads.
 extern "C" BOOL WINAPI DllMain(HINSTANCE, DWORD reason, void* processEnds) {
   if (reason == DLL_THREAD_ATTACH) ReserveStack();
   if (reason == DLL_PROCESS_DETACH && processEnds != nullptr && g_report != nullptr &&

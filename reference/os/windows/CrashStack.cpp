@@ -23,8 +23,8 @@ struct Stack {
   bool withNames;
 };
 
-/// What the caller of code without unwind data continues with stands on top of the stack: such code
-/// is a simple function, or no code at all after a call of a null pointer.
+/// For code without unwind data the return address is on top of the stack: it is either a function
+/// that uses no stack, or no code at all, after a call of a null pointer.
 bool LeaveSimpleFunction(CONTEXT& context) {
   DWORD64 code = 0;
   SIZE_T size = 0;
@@ -87,8 +87,8 @@ void AddFunction(CrashText& line, DWORD64 code) {
   char* readable = abi::__cxa_demangle(symbol->Name, nullptr, nullptr, &error);
   line.Add(" ").Add(readable != nullptr ? readable : symbol->Name);
   std::free(readable);
-  // Of a library without debug information only the exported functions are known: a large offset
-  // shows that this is another one.
+  // In a library without debug information only exported functions are known: a large offset shows
+  // that the code belongs to another function.
   line.Add("+").AddHex(offset);
   IMAGEHLP_LINE64 place = {};
   place.SizeOfStruct = sizeof(place);

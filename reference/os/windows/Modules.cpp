@@ -4,7 +4,7 @@
 #include "sdk/os/os.h"
 
 std::optional<ModuleRange> LoadedModule(const std::string& path) {
-  if (path.empty()) return std::nullopt;  // to the system that would be the program itself
+  if (path.empty()) return std::nullopt;  // the system would return the program itself
   const HMODULE module = GetModuleHandleW(PathFromLocal(path).make_preferred().c_str());
   if (module == nullptr) return std::nullopt;
   const auto begin = reinterpret_cast<std::uintptr_t>(module);

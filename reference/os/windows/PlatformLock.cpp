@@ -16,7 +16,7 @@ CRITICAL_SECTION* Section(xrt::LockState& state) {
 
 }  // namespace
 
-// A critical section may always be taken again by its holder: there is one kind for both.
+// A thread may always enter its own critical section again: `recursive` makes no difference.
 std::int32_t CreatePlatformLock(xrt::LockState& state, bool) {
   state = xrt::LockState();
   InitializeCriticalSection(new (state.bytes) CRITICAL_SECTION);

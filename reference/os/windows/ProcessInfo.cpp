@@ -21,7 +21,7 @@ int UsableCores() {
   DWORD_PTR own = 0;
   DWORD_PTR all = 0;
   GetProcessAffinityMask(GetCurrentProcess(), &own, &all);
-  // 0 for a process that runs in several groups of processors, each of up to 64.
+  // The mask is 0 for a process in several processor groups, each with up to 64 processors.
   const int count = own != 0 ? static_cast<int>(std::bitset<64>(own).count())
                              : static_cast<int>(GetActiveProcessorCount(ALL_PROCESSOR_GROUPS));
   return std::max(1, count);

@@ -10,8 +10,9 @@ namespace {
 
 constexpr int kRequests = 3;
 
-/// One semaphore for each StopRequest, counting those not yet returned. Created by the constructor
-/// and never closed: the system calls the handler, on a thread of its own, until the process ends.
+/// One semaphore for each StopRequest, which counts those not yet returned. Created by the
+/// constructor, never closed: the system calls the handler on its own thread until the process
+/// ends.
 HANDLE g_requests[kRequests] = {};
 
 StopRequest RequestOf(DWORD event) {
@@ -22,9 +23,9 @@ StopRequest RequestOf(DWORD event) {
 BOOL WINAPI OnConsoleEvent(DWORD event) {
   const StopRequest request = RequestOf(event);
   ReleaseSemaphore(g_requests[static_cast<int>(request)], 1, nullptr);
-  // After Ctrl-C and Ctrl-Break the program goes on. After the others (window closed, logged off,
-  // shut down) the system ends the process as soon as this returns; so it never does, and the
-  // program has until its own end, or until the system's patience is over, to stop its plugins.
+  // After Ctrl-C and Ctrl-Break the program continues. After the other events (window closed, user
+  // logged off, shutdown) the system ends the process as soon as this returns. So it does not
+  // return, and the program has time to stop its plugins until the system's time limit expires.
   if (request == StopRequest::kHangUp) Sleep(INFINITE);
   return TRUE;
 }

@@ -27,13 +27,13 @@ HANDLE HandleOf(SystemFile file) {
   return reinterpret_cast<HANDLE>(file);
 }
 
-/// A process without a console has -2 here for a stream that leads nowhere.
+/// In a process without a console the handle of an unconnected stream is -2.
 bool IsOpen(int descriptor) {
   const intptr_t handle = _get_osfhandle(descriptor);
   return handle != -1 && handle != -2;
 }
 
-/// Opens the null device as `descriptor` if that is closed. True when it was.
+/// Opens the null device as `descriptor` if that is closed. True when it was closed.
 bool OpenIfClosed(int descriptor) {
   if (IsOpen(descriptor)) return false;
   const int null = _open("NUL", _O_RDWR);
@@ -46,7 +46,7 @@ bool OpenIfClosed(int descriptor) {
   return true;
 }
 
-/// Makes the system's standard handle follow the C runtime's descriptor.
+/// Sets the system's standard handle to that of the C runtime's descriptor.
 void SetStandardHandle(DWORD which, int descriptor) {
   SetStdHandle(which, HandleOf(_get_osfhandle(descriptor)));
 }
@@ -57,13 +57,13 @@ bool TurnSequencesOn(HANDLE file) {
   return SetConsoleMode(file, mode | ENABLE_VIRTUAL_TERMINAL_PROCESSING) != 0;
 }
 
-/// The console takes UTF-16 whatever its code page is.
+/// Writes UTF-16, which the console accepts with any code page.
 bool WriteToConsole(HANDLE console, std::string_view text) {
   const int size = static_cast<int>(text.size());
   std::wstring wide(text.size(), L'\0');  // never longer than in UTF-8
   wide.resize(
       static_cast<std::size_t>(MultiByteToWideChar(CP_UTF8, 0, text.data(), size, &wide[0], size)));
-  constexpr std::size_t most = 8192;  // older consoles refuse more at once
+  constexpr std::size_t most = 8192;  // older consoles refuse longer writes
   for (std::size_t at = 0; at < wide.size();) {
     DWORD written = 0;
     const auto count = static_cast<DWORD>(std::min(most, wide.size() - at));
@@ -90,7 +90,7 @@ OwnOutput::OwnOutput() {
     }
     m_file = reinterpret_cast<SystemFile>(own);
     m_isTerminal = TurnSequencesOn(own);
-    DWORD mode = 0;  // a process has one console
+    DWORD mode = 0;  // only its success counts: a process has only one console
     m_isTerminalOfErrors =
         m_isTerminal && GetConsoleMode(HandleOf(_get_osfhandle(kError)), &mode) != 0;
   }

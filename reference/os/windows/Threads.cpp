@@ -3,7 +3,7 @@
 #include "reference/os/LocalText.h"
 #include "sdk/os/os.h"
 
-void PrepareWorkerThread() {}  // DllMain has prepared it, as every thread
+void PrepareWorkerThread() {}  // DllMain prepares every thread
 
 void NameThread(const std::string& name) {
   using SetThreadDescriptionFn = HRESULT(WINAPI*)(HANDLE, PCWSTR);

@@ -22,7 +22,7 @@ fs::path FromEnvironment(const wchar_t* name) {
   }
 }
 
-/// Looked up at run time: the shell's library takes long to load and is hardly ever needed.
+/// Loads the shell's library at run time, since that takes long and is hardly ever needed.
 fs::path FromShell() {
   using GetFolderFn = decltype(&SHGetFolderPathW);
   const HMODULE shell = LoadLibraryW(L"shell32.dll");
