@@ -1,5 +1,5 @@
-// How long one plugin library takes from its load to its release: in the frame, through the
-// operating-system layer alone, and with the system's loader alone.
+// How long it takes to load, start, stop and free one plugin library: by the frame, by the
+// operating-system layer alone, and by the system's loader alone.
 
 #include <benchmark/benchmark.h>
 #include <dlfcn.h>
@@ -22,8 +22,8 @@ constexpr std::size_t kLibraries = 200;
 
 using Entry = bool (*)();
 
-/// The libraries' paths without their extension: copies of one, each a library of its own to the
-/// loader, in turn, so that no load finds its library mapped.
+/// The libraries' paths without their extension. They are copies of one library, which the loader
+/// treats as different libraries; used in turn, so that no load finds its library still mapped.
 const std::vector<std::string>& Libraries() {
   static const std::vector<std::string> paths = [] {
     ConfigureLog({0, "", 0, 0});

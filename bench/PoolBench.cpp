@@ -1,4 +1,4 @@
-// What a post costs the processor when many threads of the pool are idle.
+// The processor time of a post when many threads of the pool are idle.
 
 #include <benchmark/benchmark.h>
 
@@ -24,7 +24,7 @@ class FunctionTask : public CTMTask {
   std::function<void()> m_work;
 };
 
-/// Opens when so many have arrived.
+/// Wait returns after `arrivals` calls of Arrive.
 class Meeting {
  public:
   explicit Meeting(int arrivals) : m_missing(arrivals) {}
@@ -48,8 +48,8 @@ void Post(std::function<void()> work) {
   CThreadManager::Instance().PostTask(std::make_shared<FunctionTask>(std::move(work)), false);
 }
 
-/// 200 tasks that do nothing, each posted when the one before has run, with as many idle threads as
-/// the argument says; the time is the whole process's on the processor.
+/// Posts 200 tasks that do nothing, each when the one before has run, to a pool with as many idle
+/// threads as the argument says. The time is the processor time of the whole process.
 void PostOneByOne(benchmark::State& state) {
   const auto threads = static_cast<int>(state.range(0));
   CThreadManager& manager = CThreadManager::Instance();
@@ -57,7 +57,7 @@ void PostOneByOne(benchmark::State& state) {
     state.SkipWithError("no such pool");
     return;
   }
-  Meeting all(threads);  // every thread has run a task
+  Meeting all(threads);  // ensures that every thread has run a task
   for (int i = 0; i < threads; ++i) {
     Post([&all] {
       all.Arrive();

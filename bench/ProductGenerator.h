@@ -12,14 +12,15 @@ struct GeneratedPlugin {
   std::filesystem::path library;  // copied to bin/<id>.dll; empty: no library
 };
 
-/// "p000.server", "p001.server", ...: the name of a product's plugin number `number`.
+/// "p000.server", "p001.server", ...: the ID of plugin `number`.
 std::string GeneratedID(std::size_t number);
 
-/// Writes a whole product below `root`, in place of what is there: a description for each of
-/// `plugins`, each with `menuItems` menu items of which every field has a value, and every optional
-/// file without an entry. Throws std::filesystem::filesystem_error or std::ios_base::failure.
+/// Replaces the folder `root` by a whole product: a description for each of `plugins`, with
+/// `menuItems` menu items whose fields all have a value, and the optional files without entries.
+/// Throws std::filesystem::filesystem_error or std::ios_base::failure.
 void WriteProduct(const std::filesystem::path& root, const std::vector<GeneratedPlugin>& plugins,
                   int menuItems);
 
-/// How many bytes of XML lie below `root`: what the frame reads of a generated product.
+/// How many bytes the XML files below `root` have; the frame reads all those of a generated
+/// product.
 std::uintmax_t XmlBytes(const std::filesystem::path& root);

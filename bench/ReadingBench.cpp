@@ -1,7 +1,7 @@
-// How long Frame_Init takes to read a product, against bare libxml2 that is asked the same.
+// How long Frame_Init takes to read a product, compared with the same calls of libxml2 alone.
 //
-// Both are timed by the processor time of their thread: the files lie in the page cache, so that
-// neither ever waits, and other work on the machine does not count.
+// Both are measured in processor time of their thread, which does not include other work on the
+// machine. The files are in the page cache, so neither has to wait.
 
 #include <benchmark/benchmark.h>
 
@@ -53,15 +53,16 @@ class FrameInit {
   PluginFrame::CPluginManager m_manager;
 };
 
-/// Makes the product with `plugins` plugins the one that the frame reads. The frame remembers its
-/// folder for the whole process, so the folder is a link that is set anew.
+/// Makes the frame read the product with `plugins` plugins. The frame keeps the product's folder
+/// for the whole process, so that folder is a symbolic link, which is set to another product.
 void SwitchTo(std::size_t plugins) {
   const fs::path current = kProducts / "current";
   fs::remove(current);
   fs::create_directory_symlink(std::to_string(plugins), current);
 }
 
-/// What the frame asks of libxml2 to read that product; found out once, with the product's making.
+/// The calls of libxml2 with which the frame reads that product. Generates the product and records
+/// the calls once for each size.
 const std::vector<XmlStep>& StepsOf(std::size_t plugins) {
   static std::map<std::size_t, std::vector<XmlStep>> known;
   const auto [steps, isNew] = known.try_emplace(plugins);
@@ -101,8 +102,8 @@ double TimeFloor(const std::vector<XmlStep>& steps) {
   return seconds;
 }
 
-/// The time is the frame's. The floor is timed right beside it, before it and after it in turn: the
-/// speed of a shared machine changes by more than the two differ.
+/// Measures Frame_Init. The floor is measured in the same iteration, alternately before and after
+/// it: the speed of a shared machine varies by more than the two differ.
 void FrameInit(benchmark::State& state) {
   const std::vector<XmlStep>& steps = StepsOf(static_cast<std::size_t>(state.range(0)));
   static bool floorFirst = false;

@@ -1,4 +1,4 @@
-// What the flight record costs a start of 200 plugins.
+// How much longer the start of 200 plugins takes with a flight record.
 
 #include <benchmark/benchmark.h>
 
@@ -24,8 +24,8 @@ bool CoinIsHeads() {
   return std::bernoulli_distribution()(generator);
 }
 
-/// Starts the product once with nothing observing and once with a record, in an order that a coin
-/// decides: what else the machine does changes from minute to minute, and shall not fall on one.
+/// Starts the product once without any observer and once with a record, in random order, so that
+/// other load on the machine, which changes over time, affects both alike.
 void MeasureRecord(benchmark::State& state, const fs::path& product) {
   const std::string record = "--start '" + (product / "record.jsonl").string() + "'";
   for (auto _ : state) {

@@ -1,5 +1,5 @@
-// How long whole products take to start and to stop, what the processor does meanwhile, and how
-// much memory Frame_Init takes. Every run is a child process.
+// How long whole products take to start and to stop, how much processor time that takes, and how
+// much memory Frame_Init needs. Every run is a child process.
 
 #include <benchmark/benchmark.h>
 
@@ -14,12 +14,12 @@ namespace fs = std::filesystem;
 
 namespace {
 
-constexpr double kPollMilliseconds = 200;  // how often the frame looks for plugins that are ready
+constexpr double kPollMilliseconds = 200;  // interval at which the frame looks for ready plugins
 
 const fs::path kData = TEV_BENCH_DATA;
 
-/// Runs `product`, in which `levels` rounds of looking are the least that a start or a stop takes,
-/// and reports what goes beyond those as the frame's own.
+/// Runs `product`, whose start and stop need at least `levels` polling intervals of the frame, and
+/// reports the time beyond these intervals as the frame's own.
 void MeasureRun(benchmark::State& state, const fs::path& product, double levels) {
   for (auto _ : state) {
     std::map<std::string, double> run = RunTimed(product);
@@ -38,7 +38,7 @@ void MeasureRun(benchmark::State& state, const fs::path& product, double levels)
   }
 }
 
-/// A chain as long as the argument, 50 ms a plugin: a level each.
+/// A chain of as many plugins as the argument says, 50 ms each: one level for each plugin.
 void Chain(benchmark::State& state) {
   const auto depth = static_cast<std::size_t>(state.range(0));
   std::vector<GeneratedPlugin> plugins = IndependentPlugins(depth);
@@ -48,22 +48,23 @@ void Chain(benchmark::State& state) {
   MeasureRun(state, product, static_cast<double>(depth));
 }
 
-/// As many plugins as the argument says, 50 ms each, none of which waits for another.
+/// As many plugins as the argument says, 50 ms each, without dependencies.
 void Independent(benchmark::State& state) {
   const fs::path product = kData / "independent";
   WriteProduct(product, IndependentPlugins(static_cast<std::size_t>(state.range(0))), 1);
   MeasureRun(state, product, 1);
 }
 
-/// As many plugins as the argument says, 50 ms each, which all wait for one more that takes 2000
-/// ms: eleven rounds at the start and at the stop.
+/// As many plugins as the argument says, 50 ms each, which all wait for one more plugin of 1900 ms:
+/// eleven polling intervals at the start and at the stop.
 void Waiting(benchmark::State& state) {
   const fs::path product = kData / "waiting";
   WriteProduct(product, WaitingPlugins(static_cast<std::size_t>(state.range(0))), 1);
   MeasureRun(state, product, 11);
 }
 
-/// Frame_Init's peak of resident memory, beyond what was resident before, and the bytes of XML.
+/// The peak of resident memory in Frame_Init, less the memory resident before it, and the size of
+/// the XML.
 void Memory(benchmark::State& state) {
   const fs::path product = kData / "memory" / std::to_string(state.range(0));
   std::vector<GeneratedPlugin> plugins(static_cast<std::size_t>(state.range(0)));

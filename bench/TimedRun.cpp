@@ -1,11 +1,11 @@
-// Runs the product in argv[1] once, in a process of its own: a second Frame_Init in one process
-// starts nothing. Prints what it measured, a name and a number a line.
+// Runs the product in argv[1] once. A separate process, since a second Frame_Init in one process
+// starts nothing. Prints the measurements, one line "name number" for each.
 //
 //   timed_run PRODUCT                    start and stop
 //   timed_run PRODUCT --init             Frame_Init alone
 //   timed_run PRODUCT --start [RECORD]   the start alone, with a flight record in this file
 //
-// Exit status 1, with a sentence on standard error, when the run did not go as it had to.
+// Exit status 1, with a sentence on standard error, when the run failed.
 
 #include <sys/resource.h>
 
@@ -33,7 +33,7 @@
 
 namespace {
 
-/// The wall's clock and the process's processor time, in milliseconds.
+/// Elapsed time (steady clock) and processor time of the process, in milliseconds.
 struct Moment {
   double wall = 0;
   double processor = 0;
@@ -56,8 +56,8 @@ void Print(const std::string& name, const Moment& from, const Moment& to) {
             << name << "_cpu_ms " << to.processor - from.processor << "\n";
 }
 
-/// Learns from the frame's log when the start is over, and from when to when the plugin that the
-/// others wait for was in Init: the first to begin, while it is the only one.
+/// Determines from the frame's log when the start has ended, and when the first Init began and the
+/// first one ended: the Init of the plugin that all others wait for.
 class Watch {
  public:
   Watch() {
@@ -132,7 +132,7 @@ void Init(const FrameLibrary& frame) {
 }
 
 void MeasureInit(const FrameLibrary& frame) {
-  std::ofstream("/proc/self/clear_refs") << 5;  // the peak starts anew from what is resident now
+  std::ofstream("/proc/self/clear_refs") << 5;  // resets the peak to the memory resident now
   const double before = StatusField("VmRSS");
   Init(frame);
   std::cout << "before_kib " << before << "\n"
@@ -168,7 +168,7 @@ struct RecordedRun {
   RunMonitor monitor;
 };
 
-/// Returns with the plugins started. `recordFile` empty: without a record, and nothing observes.
+/// Returns with the plugins started. `recordFile`: empty for a start without record and observers.
 void MeasureStart(const FrameLibrary& frame, const std::string& recordFile) {
   std::optional<RecordedRun> recorded;
   if (!recordFile.empty()) recorded.emplace(recordFile);
@@ -178,7 +178,7 @@ void MeasureStart(const FrameLibrary& frame, const std::string& recordFile) {
   }
   const Moment begin = Now();
   if (frame.Start() != 0) throw std::runtime_error("Frame_Start failed");
-  KPX_Stop();  // waits for the start callback's return, without an observer of the log
+  KPX_Stop();  // waits until the start callback has returned; needs no observer of the log
   const Moment started = Now();
   CheckThatAllStarted();
   if (recorded) recorded->Check();

@@ -29,8 +29,8 @@ namespace {
 
 using Kind = XmlStep::Kind;
 
-std::vector<XmlStep>* g_steps = nullptr;  // where steps are written down; null: nowhere
-std::string g_opened;                     // the file opened last, while steps are written down
+std::vector<XmlStep>* g_steps = nullptr;  // the recorded steps; null: nothing is recorded
+std::string g_opened;                     // the file opened last, while steps are recorded
 
 const xmlChar* XmlString(const std::string& text) {
   return reinterpret_cast<const xmlChar*>(text.c_str());

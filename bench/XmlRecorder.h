@@ -4,17 +4,16 @@
 #include <string>
 #include <vector>
 
-// What the frame asks of libxml2 while it reads a product, written down call by call, and the same
-// calls again without the frame: the floor below which no reader that asks the same can come.
+// Records the calls of libxml2 that the frame makes while it reads a product, and repeats them
+// without the frame: no reader that makes the same calls can take less time than that.
 //
-// The program that uses this is linked with --wrap for the functions that are written down. One
-// thread at a time.
+// The program that uses this is linked with --wrap for the recorded functions. Not thread-safe.
 
-/// One call, or a query and the copy of what it found.
+/// One call of libxml2; a query together with the copying of its result.
 struct XmlStep {
   enum class Kind {
     kParse,     // read the file `text` and parse it
-    kMatch,     // evaluate `text`, no more: a count, or nothing was found
+    kMatch,     // evaluate `text` only: to count, or because nothing was found
     kText,      // evaluate `text` and copy the first match's text
     kAttribute  // evaluate `text` and copy the first match's `attribute`
   };
@@ -23,7 +22,7 @@ struct XmlStep {
   std::string attribute;
 };
 
-/// Writes down every step that is made while it exists.
+/// Records every step that is made while the object exists.
 class XmlRecorder {
  public:
   /// Appends to `steps`, which must outlive this.
@@ -33,7 +32,7 @@ class XmlRecorder {
   XmlRecorder& operator=(const XmlRecorder&) = delete;
 };
 
-/// Makes the same steps with bare libxml2: a context of its own for each query, as in the frame.
-/// Appends a copy of each text and attribute to `copies`. Throws std::runtime_error, naming the
-/// step, when one does not find what it found when it was written down.
+/// Repeats the steps with libxml2 alone, with a new context for each query, as in the frame.
+/// Appends a copy of each text and attribute to `copies`. Throws std::runtime_error, with the
+/// step's name, when a step finds nothing although it did when it was recorded.
 void Replay(const std::vector<XmlStep>& steps, std::deque<std::string>& copies);

@@ -1,6 +1,6 @@
-# gnuplot -e "data='FILE'; picture='FILE'" growth.gnuplot: the time of Frame_Init and of its floor
-# against the number of plugins; beside it, per plugin. The data's columns: plugins, frame, floor,
-# in milliseconds.
+# gnuplot -e "data='FILE'; picture='FILE'" growth.gnuplot: plots the time of Frame_Init and of its
+# floor against the number of plugins, in total and per plugin. Columns of the data: plugins, frame
+# in milliseconds, floor in milliseconds.
 if (!exists('format')) format = 'svg'
 set terminal @format size 960,430 font 'DejaVu Sans,12' background rgb 'white'
 set output picture
