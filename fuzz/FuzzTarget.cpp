@@ -16,8 +16,8 @@ namespace fs = std::filesystem;
 
 namespace {
 
-/// Takes libxml2's messages, millions of them, and puts them together without showing them.
-[[gnu::format(printf, 2, 3)]] void Swallow(void*, const char* format, ...) {
+/// Formats libxml2's messages, of which there are millions, but prints none.
+[[gnu::format(printf, 2, 3)]] void DiscardMessage(void*, const char* format, ...) {
   char text[256];
   std::va_list arguments;
   va_start(arguments, format);
@@ -45,7 +45,7 @@ FuzzFolder::FuzzFolder() {
            ("tevfuzz." + std::to_string(random()));
   Clear();
   ConfigureLog({0, ""});
-  xmlSetGenericErrorFunc(nullptr, &Swallow);
+  xmlSetGenericErrorFunc(nullptr, &DiscardMessage);
   SetExecutablePath(Path("bin/HUB"));
 }
 

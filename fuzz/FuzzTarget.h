@@ -5,15 +5,15 @@
 
 #include "host/RecordJson.h"
 
-/// What one target does with one input. Anything but a plain return is a finding: a crash, a leak,
-/// an exception, or Check with false.
+/// Processes one input; each target defines it. A crash, a leak, an exception or a failed Check is
+/// a finding.
 void Fuzz(const std::string& input);
 
-/// Ends the process with `promise` on standard error when it is broken.
+/// Ends the process with `promise` on standard error when `kept` is false.
 void Check(bool kept, const char* promise);
 
-/// The folder in memory in which this process lays its files out; the running executable is said to
-/// lie in its "bin/".
+/// The folder, in memory if possible, for the files of this process. The runtime reports the
+/// executable as lying in its "bin/".
 class FuzzFolder {
  public:
   static FuzzFolder& Instance();
@@ -21,7 +21,7 @@ class FuzzFolder {
   /// Writes `content` to the file `name`, a relative path, and returns its full path.
   std::string Write(const std::string& name, const std::string& content) const;
 
-  /// Takes the files of earlier inputs away.
+  /// Removes the files of earlier inputs.
   void Clear() const;
 
   std::string Path(const std::string& name) const { return (m_root / name).generic_string(); }
@@ -33,8 +33,8 @@ class FuzzFolder {
   std::filesystem::path m_root;
 };
 
-/// Reads twice with `read`, a function from a fresh `Record` to nothing: nothing may be left over
-/// from the first time, or stay unset.
+/// Calls `read` with two new `Record`s and checks that both are equal: the second must contain
+/// nothing left over from the first, and no uninitialised value.
 template <typename Record, typename Read>
 void ReadTwice(Read read) {
   Record first{};

@@ -1,4 +1,4 @@
-// An installed addon's own description, for an addon of whatever ID it carries.
+// The description of an installed addon, read for an addon with the ID that the input contains.
 
 #include "fuzz/FuzzTarget.h"
 #include "src/private/ProductModelReaderImpl.h"

@@ -1,5 +1,5 @@
-// The list of what is installed, with the descriptions of two addons and two tools of the sample's
-// beside it, for the list to name.
+// InstalledProducts.xml, beside the descriptions of the sample product's addons and tools, which
+// the input may name.
 
 #include "fuzz/FuzzTarget.h"
 #include "src/private/ProductModelReaderImpl.h"

@@ -1,4 +1,4 @@
-// An installed tool's own description, for a tool of whatever ID it carries.
+// The description of an installed tool, read for a tool with the ID that the input contains.
 
 #include "fuzz/FuzzTarget.h"
 #include "src/private/ProductModelReaderImpl.h"

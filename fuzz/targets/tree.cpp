@@ -1,6 +1,6 @@
-// A whole product: the input is cut at each line "==" into the files named below, in that order; a
-// file without a piece is missing. What the frame does of it at its initialisation follows, up to
-// the platform.
+// A whole product. The input is split at each line "==" into the files named below, in that order;
+// a file without a piece, or with an empty one, is missing. Then the frame initialises the product
+// and passes it to the platform.
 
 #include <array>
 

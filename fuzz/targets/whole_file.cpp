@@ -1,13 +1,13 @@
-// A file read whole, its stand-ins, and what each way must give. The first byte says which of the
-// files are there and which way is asked for; the rest, cut in two at the last byte "|", is what
-// they hold.
+// ReadWholeFile with a file and its stand-in, and the result that each combination must have. The
+// first byte of the input says which files exist and whether the stand-in is named; the rest, split
+// at the last "|", is the content of the two files.
 
 #include "fuzz/FuzzTarget.h"
 #include "src/private/XmlProto.h"
 
 namespace {
 
-/// Without the line feeds at the end; a file of nothing else stays as it is.
+/// `content` without the line feeds at its end; unchanged when it consists only of line feeds.
 std::string Trimmed(const std::string& content) {
   const std::size_t last = content.find_last_not_of('\n');
   return last == std::string::npos ? content : content.substr(0, last + 1);
