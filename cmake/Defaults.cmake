@@ -1,5 +1,4 @@
-# What every target of ours is compiled with; the one place that sets warnings. The presets make
-# errors of them.
+# `defaults`: the compile options of all targets. Warnings are set only here.
 
 add_library(tev_defaults INTERFACE)
 target_compile_features(tev_defaults INTERFACE cxx_std_17)

@@ -1,6 +1,6 @@
-# tev_export_only(target list...): the shared library `target` exports the symbols that the files
-# `list` name, one a line, and nothing else. A name may hold wildcards, which Windows does not know:
-# there such a library exports all that it defines.
+# tev_export_only(target list...): makes the shared library `target` export only the symbols that the
+# files `list` name, one in each line. A name may contain wildcards; Windows does not support them,
+# and there such a library exports all its symbols.
 function(tev_export_only target)
   set(symbols)
   foreach(list IN LISTS ARGN)
@@ -16,7 +16,7 @@ function(tev_export_only target)
     target_link_options(${target} PRIVATE -Wl,--version-script=${script} -Wl,--no-undefined)
     set_property(TARGET ${target} APPEND PROPERTY LINK_DEPENDS ${script})
   elseif(NOT symbols MATCHES "[*]")
-    list(TRANSFORM symbols APPEND " DATA" REGEX "^_ZT")  # virtual tables and types are no functions
+    list(TRANSFORM symbols APPEND " DATA" REGEX "^_ZT")  # virtual tables and type_info objects
     list(JOIN symbols "\n  " symbols)
     set(definition ${CMAKE_CURRENT_BINARY_DIR}/${target}.def)
     file(CONFIGURE OUTPUT ${definition} CONTENT "EXPORTS\n  @symbols@\n" @ONLY)

@@ -1,4 +1,4 @@
-# What the frame is compiled and linked against: the reference libraries, or a site's own.
+# `sdk`: the libraries that the frame is compiled and linked against, the reference ones or a site's.
 
 add_library(tev_sdk INTERFACE)
 add_library(Tev::Sdk ALIAS tev_sdk)

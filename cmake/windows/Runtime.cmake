@@ -1,5 +1,5 @@
-# Puts the libraries that every Windows program of ours needs, the compiler's and libxml2, beside the
-# programs; TEV_WINDOWS_RUNTIME lists them.
+# Copies the libraries that all Windows programs need, the compiler's and libxml2, to the programs'
+# folder, and lists them in TEV_WINDOWS_RUNTIME.
 set(TEV_WINDOWS_RUNTIME ${TEV_WINDOWS_PREFIX}/bin/libxml2.dll)
 foreach(library libstdc++-6 libgcc_s_seh-1 libwinpthread-1)
   execute_process(COMMAND ${CMAKE_CXX_COMPILER} -print-file-name=${library}.dll
