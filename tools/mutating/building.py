@@ -1,8 +1,7 @@
 """Builds changed sources against the objects of a finished build, without touching it.
 
 `Build` is the finished build: its compile and link commands and its tests. A `Bench` is a copy of
-its programs in a folder of its own, in which one change after the other is compiled, linked and
-tested.
+its programs in another folder, in which one change after the other is compiled, linked and tested.
 """
 
 import json
@@ -23,7 +22,7 @@ UNOPTIMISED = ["-O0", "-g0"]  # builds in a third of the time
 
 
 class Processes:
-    """The processes that run, each in a group of its own, so that they can be ended together."""
+    """The running processes, each in its own process group, so that its children end with it."""
 
     def __init__(self):
         self._mutex = threading.Lock()
@@ -31,7 +30,7 @@ class Processes:
         self._closed = False  # guarded by _mutex
 
     def run(self, command, limit=None, output=subprocess.DEVNULL, **how):
-        """The exit status, or None when the time limit ended it."""
+        """Runs a command. Returns its exit status, or None when the time limit ended it."""
         with self._mutex:
             if self._closed:
                 raise KeyboardInterrupt
@@ -46,7 +45,7 @@ class Processes:
         finally:
             os.close(ended)
             with self._mutex:
-                self._end(process.pid)  # also what it has left behind
+                self._end(process.pid)  # also children that it has left running
                 self._running.discard(process.pid)
         status = process.wait()
         with self._mutex:
@@ -55,7 +54,7 @@ class Processes:
         return status if in_time else None
 
     def close(self):
-        """Ends all, and lets no other begin."""
+        """Ends all processes and prevents new ones."""
         with self._mutex:
             self._closed = True
             for pid in self._running:
@@ -70,7 +69,7 @@ class Processes:
 
 
 class Test:
-    """One test of ctest's list, a process of its own."""
+    """One test of ctest's list; it runs as a process."""
 
     def __init__(self, entry, build):
         properties = {p["name"]: p["value"] for p in entry.get("properties", [])}
@@ -79,7 +78,7 @@ class Test:
         self.program = os.path.relpath(self.command[0], build)
         self.folder = properties.get("WORKING_DIRECTORY", str(build))
         self.environment = dict(pair.split("=", 1) for pair in properties.get("ENVIRONMENT", []))
-        self.seconds = 0.0  # when nothing is changed
+        self.seconds = 0.0  # duration without a change
 
 
 class Build:
@@ -121,7 +120,7 @@ class Build:
     def _add_link(self, entry):
         steps = [step.strip() for step in entry["command"].split(" && ")]
         steps = [step for step in steps if re.search(r" -o \S+|^\S*ar qc |^\S*ranlib ", step)]
-        if steps:  # the shell's own quoting: "\$ORIGIN"
+        if steps:  # quoted for the shell: "\$ORIGIN"
             self.links[entry["output"]] = [
                 [word.replace("\\$", "$") for word in shlex.split(step)] for step in steps]
 
@@ -130,7 +129,7 @@ class Build:
                 if word != output and (word in self.compiles or word in self.links)]
 
     def _loads(self):
-        """Output -> programs and libraries that it starts or loads: they are built before it."""
+        """Output -> the programs and libraries that it starts or loads: those built before it."""
         loads, current = {}, None
         for line in self._ninja("-t", "query", *self.links).splitlines():
             if not line[:1].isspace():
@@ -140,7 +139,7 @@ class Build:
         return loads
 
     def _headers(self):
-        """Object -> the files of the project that it was made from."""
+        """Object -> the files of the project from which it was compiled."""
         headers, current = {}, None
         root = str(self.root) + os.sep
         for line in self._ninja("-t", "deps").splitlines():
@@ -164,7 +163,7 @@ class Build:
         return {program: found for program, found in tests.items() if program in self.links}
 
     def check_fresh(self, programs):
-        """Raises Fault unless these programs were built from the sources as they are."""
+        """Raises Fault unless these programs were built from the current sources."""
         for output in sorted(set().union(programs, *(self.used(p, loaded=True) for p in programs))):
             parts = {output, *self.contents(output)}
             for part in sorted(parts - {output}):
@@ -180,22 +179,22 @@ class Build:
                 raise Fault(f"{built} is older than {path}; build it first: make build")
 
     def objects_of(self, path, paths):
-        """The objects of sources below `paths` that are, or include, the one at `path`."""
+        """The objects of those sources below `paths` that are, or include, the file at `path`."""
         return sorted(output for output, entry in self.compiles.items()
                       if path in self.headers.get(output, ()) and below(entry["file"], paths))
 
     def objects_with(self, path, program):
-        """The objects of the program that are, or include, the source at `path`."""
+        """The objects of the program whose source is, or includes, the file at `path`."""
         return sorted(output for output in self.contents(program)
                       if output in self.compiles and path in self.headers.get(output, ()))
 
     def contents(self, output):
-        """Objects and archives that an output is linked from, all the way down."""
+        """Objects and archives from which an output is linked, directly or through archives."""
         return self._reached(output, lambda name: [
             part for part in self.inputs.get(name, ()) if not is_library(part)])
 
     def used(self, output, loaded):
-        """The programs and libraries that an output runs with, itself among them; when `loaded`,
+        """The programs and libraries that an output needs to run, including itself; with `loaded`
         also those that it starts or loads."""
         found = self._reached(output, lambda name: [
             *self.inputs.get(name, ()), *(self.loads.get(name, ()) if loaded else ())])
@@ -237,14 +236,14 @@ class Bench:
         self.mirror = folder / "build"
         self.overlay = folder / "source"
         self._processes = processes
-        self._changed = {}  # object -> the one to link in its place
-        self._version = None  # which change the changed objects hold
-        self._built = {}  # output -> the objects in it that are not the build's, and their change
-        self._moved = {}  # object -> the one that names this bench in place of the build
+        self._changed = {}  # object -> the changed object to link instead of it
+        self._version = None  # the change that the changed objects contain
+        self._built = {}  # output -> the objects linked instead of the build's, and their change
+        self._moved = {}  # object -> the one compiled with this bench's paths, not the build's
 
     def prepare(self):
-        """Copies what programs and tests open: all but objects and archives. Programs and libraries
-        are links: a new one takes a link's place, and nothing writes into them."""
+        """Copies all files that programs and tests open: everything but objects and archives.
+        Programs and libraries are only linked: a new one replaces the link, none is modified."""
         shutil.rmtree(self.folder, ignore_errors=True)
         for folder in (self.overlay, self.folder / "objects", self.folder / "temporary"):
             folder.mkdir(parents=True)
@@ -259,8 +258,8 @@ class Bench:
                 (os.link if linked else shutil.copy2)(os.path.join(path, name), here / name)
 
     def move(self, programs, objects):
-        """Compiles again what names a part of the build folder that this bench has of its own: what
-        holds these objects, or a folder, which a test may write into."""
+        """Compiles objects again whose options name a part of the build folder that this bench has
+        its own copy of: an output with these objects, or a folder, into which a test may write."""
         own = {o for o in self.build.links if self.build.contents(o) & set(objects)}
         shared = {f"{self.build.folder}/{o}" for o in self.build.links
                   if not self.build.used(o, loaded=True) & own}
@@ -293,14 +292,14 @@ class Bench:
     # Compiling.
 
     def change(self, version, path=None, text=None):
-        """Begins with a change: what is compiled from now on sees `text` as the file at `path`."""
+        """Begins a change: sources compiled from now on see `text` as the file at `path`."""
         shutil.rmtree(self.overlay, ignore_errors=True)
         self._changed.clear()
         self._version = version
         if path:
             changed = self.overlay / path
             changed.parent.mkdir(parents=True)
-            # The log shows where a line came from: the original's path.
+            # Log lines contain the source file: keep the original's path.
             changed.write_text(f'#line 1 "{self.build.root / path}"\n{text}', encoding="utf-8")
 
     def compile(self, outputs, includes):
@@ -338,8 +337,8 @@ class Bench:
     # Linking.
 
     def link(self, program):
-        """Links the program, and the libraries that it loads, as far as they hold changed objects.
-        False when that fails."""
+        """Links the program and the libraries that it loads, if they contain changed objects. False
+        when that fails."""
         return all(map(self._materialise, sorted(self.build.used(program, loaded=True))))
 
     def _materialise(self, output):
@@ -378,7 +377,7 @@ class Bench:
     # Testing.
 
     def run(self, test, limit):
-        """How many seconds the test took, or None when it failed, crashed or took too long."""
+        """Runs the test. Returns its duration in seconds; None if it failed or took too long."""
         temporary = self.folder / "temporary"
         environment = {**os.environ, **test.environment, "TMPDIR": str(temporary)}
         begin = time.monotonic()
@@ -391,7 +390,7 @@ class Bench:
 
 
 def without_cache(words):
-    """A compile command without the compiler's cache, which knows no changed source."""
+    """A compile command without the compiler cache, which never contains a changed source."""
     return list(words[1:] if os.path.basename(words[0]) == "ccache" else words)
 
 

@@ -7,8 +7,8 @@ from . import Fault
 
 
 def choose(possible, count, seed):
-    """`count` of the changes, 0 for all: spread over the files by how many each has, at least one
-    in each that has any. The same changes, count and seed make the same choice."""
+    """Chooses `count` of the changes, all for 0, spread over the files in proportion to how many
+    each has, at least one for each file. The same changes, count and seed give the same choice."""
     sizes = {path: len(changes) for path, changes in sorted(possible.items()) if changes}
     total = sum(sizes.values())
     if count == 0 or count >= total:
@@ -27,8 +27,8 @@ def choose(possible, count, seed):
 
 
 def read_equivalents(path):
-    """(file, line before, line after) -> the reason, from a list of entries of four lines: the
-    file, "- " and the line, "+ " and the line changed, "= " and the reason, which may go on."""
+    """(file, line before, line after) -> the reason, read from entries of four lines: the file,
+    "- " and the line, "+ " and the changed line, "= " and the reason, which may have more lines."""
     equivalents = {}
     text = path.read_text(encoding="utf-8") if path.is_file() else ""
     text = re.sub(r"^#.*\n", "", text, flags=re.MULTILINE)

@@ -58,7 +58,7 @@ class Token(NamedTuple):
 
 
 class Change(NamedTuple):
-    """One wrong place: `replacement` in the place of text[start:end] of the file at `path`."""
+    """One change: `replacement` replaces text[start:end] of the file at `path`."""
 
     path: str
     operator: str
@@ -66,7 +66,7 @@ class Change(NamedTuple):
     end: int
     replacement: str
     line: int
-    before: str  # the lines that change, on one line
+    before: str  # the lines that change, joined to one
     after: str
 
     def key(self):
@@ -137,7 +137,7 @@ class Source:
             (not texts or self.tokens[i].text in texts)
 
     def _partners(self):
-        """Of each bracket's token the other one's."""
+        """Maps the index of each bracket to that of its counterpart."""
         partner, opened = {}, []
         for i, token in enumerate(self.tokens):
             if token.kind != "sign":
@@ -164,7 +164,7 @@ class Source:
             return True
         if self._sign(before, ")", "]", ";", "{", "}", ":"):
             return not self._sign(before, "]") or before == i - 1
-        k = before  # a name: of a scope, of a lambda's result, or of what is initialised
+        k = before  # a name: of a scope, of a lambda's result type, or of an initialised variable
         while k >= 0 and not self._sign(k, ";", "{", "}", "(", "=", ","):
             if self._sign(k, "->") and self._sign(k - 1, ")"):
                 return True
@@ -180,7 +180,7 @@ class Source:
         return False
 
     def _statements(self):
-        """The statements that end in a semicolon, within blocks."""
+        """The statements in blocks that end in a semicolon."""
         statements = []
         for i in range(len(self.tokens)):
             if self._sign(i, "{") and i in self.partner and not self._is_scope(i) \
@@ -288,7 +288,7 @@ class Source:
             outer.append(self.tokens[k].text)
             k = self.partner.get(k, k) + 1 if self._sign(k, *OPEN) else k + 1
         if outer.count("==") + outer.count("!=") == 1 and not {"&&", "||"} & set(outer):
-            return  # the relation swapped is the same
+            return  # swapping the relation has the same effect
         start, end = self._span(first, last)
         self._add("condition", start, end, "!(" + self.text[start:end] + ")")
 
@@ -334,7 +334,7 @@ class Source:
             previous = None if jump else statement
 
     def _ends_function(self, statement):
-        """Whether it is a function's last return, which nothing builds without."""
+        """Whether it is a function's last return; without it the source does not build."""
         close = self.partner[statement.block]
         if not self._name(statement.first, "return") or statement.last + 1 != close:
             return False
@@ -345,7 +345,7 @@ class Source:
             self._sign(statement.first - 1, ";", "{", "}")
 
     def _depend(self, one, other):
-        """False for two assignments of which neither names what the other sets."""
+        """False for two assignments neither of which uses the variable that the other sets."""
         sets = []
         for statement in (one, other):
             k = statement.first
@@ -374,8 +374,8 @@ class Source:
                               + self.text[middle:again] + self.text[start:middle])
 
     def _alike(self, one, other, macro):
-        """Whether two arguments may have one type: not a text and a number, nor one lambda. What a
-        macro joins to a text of its own is no argument."""
+        """Whether two arguments may have the same type: not a text and a number, nor if one is a
+        lambda. A literal that a macro joins to its own text is no argument."""
         kinds = {self._kind(*one), self._kind(*other)}
         return not ("lambda" in kinds or {"text", "number"} <= kinds or (macro and "text" in kinds)
                     or self._text(*one) == self._text(*other))
@@ -386,7 +386,7 @@ class Source:
         return self.tokens[first].kind if first == last else "other"
 
     def _parts(self, open_, close):
-        """The first and last tokens of what commas part between two brackets."""
+        """The first and last token of each part between two brackets, separated by commas."""
         parts, first, k, angles = [], open_ + 1, open_ + 1, 0
         while k < close:
             if self._sign(k, *OPEN):
@@ -436,11 +436,11 @@ def next_number(text):
 
 
 def changed_texts(literal):
-    """What to replace in a text literal: a letter in the middle of each piece between slashes."""
+    """The changed texts of a literal: one letter in the middle of each part between slashes."""
     begin, end = literal.index('"') + 1, literal.rindex('"')
     if begin == end:
         return [(begin, end, "x")]
-    # Letters of conversions and escapes are no text of ours.
+    # Not the letters of printf conversions and escape sequences.
     plain = re.sub(r"%[-+ #0]*[\d*]*(?:\.[\d*]+)?[hlzjtL]*[a-zA-Z]|\\(?:x[\da-fA-F]+|[0-7]+|.)",
                    lambda match: "\0" * len(match.group()), literal[begin:end])
     changes = []
