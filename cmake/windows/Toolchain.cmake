@@ -1,5 +1,5 @@
 # Cross build for Windows x86-64: MinGW-w64 with POSIX threads, tests run by Wine.
-# TEV_WINDOWS_PREFIX is where tools/windows-dependencies put the libraries.
+# TEV_WINDOWS_PREFIX: the folder in which tools/windows-dependencies has installed the libraries.
 
 set(CMAKE_SYSTEM_NAME Windows)
 set(CMAKE_SYSTEM_PROCESSOR x86_64)
@@ -15,7 +15,7 @@ set(CMAKE_FIND_ROOT_PATH_MODE_LIBRARY ONLY)
 set(CMAKE_FIND_ROOT_PATH_MODE_INCLUDE ONLY)
 set(CMAKE_FIND_ROOT_PATH_MODE_PACKAGE ONLY)
 
-# Windows 7 and later; the same for every target, so that all see the same system headers.
+# Windows 7 and later; set here so that every target sees the same declarations in system headers.
 set(CMAKE_CXX_FLAGS_INIT -D_WIN32_WINNT=0x0601)
 set(CMAKE_C_FLAGS_INIT -D_WIN32_WINNT=0x0601)
 

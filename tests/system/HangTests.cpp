@@ -60,7 +60,7 @@ TEST(CycleOfDependencies, IsShownAsWhatIsWaitedFor) {
   MadeProduct product;
   HubProcess hub(Cycle(product).Arguments("--stop-timeout 1"));
   EXPECT_TRUE(hub.AwaitOutput(std::string("1 of 4 started; waiting for the cycle ") + kCycle));
-  hub.AskToStop(StopKind::kTerminate);
+  hub.RequestStop(StopKind::kTerminate);
   EXPECT_EQ(4, hub.Wait().status);
 }
 
@@ -158,7 +158,7 @@ TEST(StopRequest, BeforeTheProductIsUpCutsItShort) {
   }
   HubProcess hub(product.Arguments("--json"));
   ASSERT_TRUE(hub.AwaitRecord("init-end"));
-  hub.AskToStop(StopKind::kTerminate);
+  hub.RequestStop(StopKind::kTerminate);
   const HubResult result = hub.Wait();
   EXPECT_EQ(4, result.status) << result.errors;
   EXPECT_EQ("cut-short", result.Json()["status"]);
@@ -169,7 +169,7 @@ TEST(StopRequest, DoesNotWaitForAPluginInItsInit) {
   product.Plugin("hangs.server", "init_hangs");
   HubProcess hub(product.Arguments("--json"));
   ASSERT_TRUE(hub.AwaitRecord("init-begin"));
-  hub.AskToStop(StopKind::kTerminate);
+  hub.RequestStop(StopKind::kTerminate);
   const HubResult result = hub.Wait();
   EXPECT_EQ(4, result.status) << result.errors;
   EXPECT_EQ("left behind: hangs.server has not returned from its Init",
@@ -181,9 +181,9 @@ TEST(StopRequest, ASecondOneLeavesAtOnceWithTheTableAndTheObject) {
   product.Plugin("hangs.server", "uninit_hangs");
   HubProcess table(product.Arguments(""));
   ASSERT_TRUE(table.AwaitOutput("Up after"));
-  table.AskToStop(StopKind::kInterrupt);
+  table.RequestStop(StopKind::kInterrupt);
   ASSERT_TRUE(table.AwaitOutput("0 of 1 stopped; waiting for hangs.server"));
-  table.AskToStop(StopKind::kTerminate);
+  table.RequestStop(StopKind::kTerminate);
   const HubResult shown = table.Wait();
   EXPECT_EQ(4, shown.status);
   EXPECT_THAT(shown.errors, HasSubstr("a second request: left behind: "));
@@ -196,7 +196,7 @@ TEST(StopRequest, AfterTheTimeIsUpIsAFirstOne) {
   product.Plugin("hangs.server", "uninit_hangs");
   HubProcess hub(product.Arguments("--seconds 0.5 --stop-timeout 3"));
   ASSERT_TRUE(hub.AwaitOutput("0 of 1 stopped; waiting for hangs.server"));
-  hub.AskToStop(StopKind::kInterrupt);
+  hub.RequestStop(StopKind::kInterrupt);
   const HubResult result = hub.Wait();
   EXPECT_EQ(4, result.status);
   EXPECT_THAT(result.errors, AllOf(Not(HasSubstr("a second request")),

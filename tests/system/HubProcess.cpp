@@ -101,7 +101,7 @@ bool HubProcess::Await(const std::function<std::string()>& content, const std::s
   return false;
 }
 
-void HubProcess::AskToStop(StopKind how) {
+void HubProcess::RequestStop(StopKind how) {
   StopProcess(m_process, how);
 }
 

@@ -57,7 +57,7 @@ class HubProcess {
   /// The same of the one flight record in its state folder.
   bool AwaitRecord(const std::string& text);
 
-  void AskToStop(StopKind how);
+  void RequestStop(StopKind how);
   int Id() const { return static_cast<int>(m_process.id()); }
   HubResult Wait();
 

@@ -53,7 +53,7 @@ void RunWithMebibytes(MadeProduct& product, int plugins) {
   const std::string log = LocalFromPath(product.Site().Path("hub.log"));
   HubProcess hub(product.Arguments("--log-size 1 --log-files 2 --log \"" + log + "\""));
   EXPECT_TRUE(hub.AwaitOutput("Up after"));
-  hub.AskToStop(StopKind::kTerminate);
+  hub.RequestStop(StopKind::kTerminate);
   EXPECT_EQ(0, hub.Wait().status);
 }
 

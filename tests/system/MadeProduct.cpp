@@ -70,6 +70,6 @@ HubResult RunningProduct::RunAgain(const std::string& bin) const {
 }
 
 HubResult RunningProduct::Stop() {
-  m_hub->AskToStop(StopKind::kTerminate);
+  m_hub->RequestStop(StopKind::kTerminate);
   return m_hub->Wait();
 }

@@ -33,7 +33,7 @@ const std::set<std::string> kMembers = {
 HubResult RunUntilUp(MadeProduct& product, const std::string& arguments) {
   HubProcess hub(product.Arguments(arguments));
   EXPECT_TRUE(hub.AwaitRecord("\"event\":\"up\""));
-  hub.AskToStop(StopKind::kTerminate);
+  hub.RequestStop(StopKind::kTerminate);
   return hub.Wait();
 }
 
@@ -96,9 +96,9 @@ TEST(RunJson, IsAWholeObjectAfterASecondStopRequest) {
   product.Plugin("a.server").Plugin("hangs.server", "uninit_hangs", DependsOn("a.server"));
   HubProcess hub(product.Arguments("--json"));
   ASSERT_TRUE(hub.AwaitRecord("\"event\":\"up\""));
-  hub.AskToStop(StopKind::kInterrupt);
+  hub.RequestStop(StopKind::kInterrupt);
   ASSERT_TRUE(hub.AwaitRecord("\"event\":\"uninit-begin\""));
-  hub.AskToStop(StopKind::kTerminate);
+  hub.RequestStop(StopKind::kTerminate);
   const HubResult result = hub.Wait();
   EXPECT_EQ(4, result.status);
   EXPECT_THAT(result.errors, HasSubstr("a second request: left behind: "));
@@ -151,7 +151,7 @@ TEST(RunEvents, ReachTheReaderAsTheyHappen) {
   MadeProduct product;
   HubProcess hub(product.Plugin("a.server").Arguments("--events"));
   EXPECT_TRUE(hub.AwaitOutput("\"event\":\"up\""));
-  hub.AskToStop(StopKind::kTerminate);
+  hub.RequestStop(StopKind::kTerminate);
   EXPECT_EQ(0, hub.Wait().status);
 }
 

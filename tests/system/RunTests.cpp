@@ -180,7 +180,7 @@ TEST(Run, StopsInOrderWhenAPersonOrTheSystemAsks) {
     const std::string log = LocalFromPath(product.Site().Path("hub.log"));
     HubProcess hub(product.Arguments("--log \"" + log + "\""));
     ASSERT_TRUE(hub.AwaitOutput("Up after"));
-    hub.AskToStop(how);
+    hub.RequestStop(how);
     const HubResult result = hub.Wait();
     EXPECT_EQ(0, result.status) << result.errors;
     EXPECT_THAT(result.output, HasSubstr("\nup: all 2 plugins started\n"));

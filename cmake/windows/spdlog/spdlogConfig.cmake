@@ -1,4 +1,4 @@
-# spdlog and the fmt beneath it as headers alone: the installed packages' libraries are not Windows'.
+# spdlog and fmt, header-only: the libraries in the installed packages are not for Windows.
 if(NOT TARGET spdlog::spdlog)
   add_library(spdlog::spdlog INTERFACE IMPORTED)
   target_compile_definitions(spdlog::spdlog INTERFACE SPDLOG_FMT_EXTERNAL FMT_HEADER_ONLY)

@@ -19,9 +19,9 @@ HubResult RunUntilNoAnswer(int readings, const std::string& text) {
                           {"TEV_HANGS_AFTER", std::to_string(readings)}};
   HubProcess hub(product.Plugin("a.server").Arguments("--json"), settings);
   EXPECT_TRUE(hub.AwaitRecord(text));
-  hub.AskToStop(StopKind::kTerminate);
+  hub.RequestStop(StopKind::kTerminate);
   EXPECT_TRUE(hub.AwaitRecord("stop-request"));
-  hub.AskToStop(StopKind::kTerminate);
+  hub.RequestStop(StopKind::kTerminate);
   return hub.Wait();
 }
 

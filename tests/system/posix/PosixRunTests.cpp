@@ -312,7 +312,7 @@ TEST(Threads, AreNamedAfterThePluginWhoseCodeTheyRun) {
   // A thread names itself when it first runs, which may be later than the plugin's Init.
   hub.Await([&] { return names = NamesOfThreads(hub.Id()); }, kAllThreads);
   EXPECT_EQ(kAllThreads, names);
-  hub.AskToStop(StopKind::kTerminate);
+  hub.RequestStop(StopKind::kTerminate);
   EXPECT_EQ(4, hub.Wait().status);
 }
 
@@ -372,7 +372,7 @@ TEST(ChildOfAPlugin, HasNoSignalBlockedAlthoughHubWasStartedWithAllBlocked) {
   HubProcess hub(product.Arguments(""), settings);
   ASSERT_EQ(0, pthread_sigmask(SIG_SETMASK, &before, nullptr));
   ASSERT_TRUE(hub.AwaitOutput("Up after"));
-  hub.AskToStop(StopKind::kTerminate);
+  hub.RequestStop(StopKind::kTerminate);
   const HubResult result = hub.Wait();
   EXPECT_EQ(0, result.status) << result.output;
   for (const Signals& signals : ReadSignals(product.Site().Read("child"))) {
@@ -389,8 +389,8 @@ TEST(StopRequest, ByAHangUpThatIsIgnoredFromTheStartIsNone) {
   product.Site().Write("command", "trap '' HUP\nexec " + Hub(product, ""));
   HubProcess hub("\"" + command + "\"", settings);
   ASSERT_TRUE(hub.AwaitOutput("Up after"));
-  hub.AskToStop(StopKind::kHangUp);
-  hub.AskToStop(StopKind::kTerminate);
+  hub.RequestStop(StopKind::kHangUp);
+  hub.RequestStop(StopKind::kTerminate);
   const HubResult result = hub.Wait();
   EXPECT_EQ(0, result.status) << result.errors;
   EXPECT_THAT(result.output, HasSubstr("\nStopping (SIGTERM).\n"));
@@ -400,8 +400,8 @@ TEST(StopRequest, ThatComesTwiceAtOnceLeaves) {
   MadeProduct product;
   HubProcess hub(product.Plugin("a.server").Arguments("--json"));
   ASSERT_TRUE(hub.AwaitRecord("\"up\""));
-  hub.AskToStop(StopKind::kTerminate);
-  hub.AskToStop(StopKind::kInterrupt);
+  hub.RequestStop(StopKind::kTerminate);
+  hub.RequestStop(StopKind::kInterrupt);
   const HubResult result = hub.Wait();
   EXPECT_EQ(4, result.status);
   EXPECT_EQ("left-behind", result.Json()["status"]);
@@ -413,9 +413,9 @@ TEST(StopRequest, WhileAFileIsReadForEverIsKeptAndASecondOneLeaves) {
   ASSERT_EQ(0, mkfifo(site.Path("Product.xml").c_str(), 0600));
   HubProcess run("run --json --bin " + site.Bin());
   ASSERT_TRUE(run.AwaitRecord("phase-begin"));
-  run.AskToStop(StopKind::kTerminate);
+  run.RequestStop(StopKind::kTerminate);
   ASSERT_TRUE(run.AwaitRecord("stop-request"));
-  run.AskToStop(StopKind::kTerminate);
+  run.RequestStop(StopKind::kTerminate);
   const HubResult result = run.Wait();
   EXPECT_EQ(4, result.status);
   EXPECT_EQ("left-behind", result.Json()["status"]);
@@ -429,7 +429,7 @@ TEST(StopRequest, ThatAPluginIgnoresOrHandlesIsSaid) {
   const std::string rest = ": it does not stop HUB\n";
   EXPECT_TRUE(hub.AwaitOutput(warning + "SIGTERM" + rest));
   EXPECT_TRUE(hub.AwaitOutput(warning + "SIGHUP" + rest));
-  hub.AskToStop(StopKind::kInterrupt);
+  hub.RequestStop(StopKind::kInterrupt);
   EXPECT_EQ(0, hub.Wait().status);
 }
 
@@ -440,7 +440,7 @@ TEST(StopRequest, EndsTheModelThatIsReadForEver) {
   const std::string log = site.Path("hub.log").string();
   HubProcess model("model --bin " + site.Bin() + " --log \"" + log + "\"");
   ASSERT_TRUE(model.AwaitFile(log, "Begin Read Product.xml"));
-  model.AskToStop(StopKind::kTerminate);
+  model.RequestStop(StopKind::kTerminate);
   const HubResult result = model.Wait();
   EXPECT_EQ(4, result.status);
   EXPECT_EQ("HUB: stopped by SIGTERM before the product was read\n", result.errors);
