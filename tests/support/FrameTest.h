@@ -10,8 +10,8 @@
 #include "tests/support/ProductTree.h"
 #include "tests/support/Seam.h"
 
-/// A test of the frame between its doubles, with a product tree of its own. Every line that the
-/// frame logs in it is checked for its module, its function and its source file.
+/// A test of the frame with doubles of all libraries around it and with a new product tree. The
+/// module, function and source file of every line that the frame logs are checked.
 class FrameTest : public testing::Test {
  protected:
   FrameTest() {
@@ -28,8 +28,8 @@ class FrameTest : public testing::Test {
   Seam seam;
 };
 
-/// A test through the exported entries. The frame starts its plugins once in a process, so of
-/// several tests in one process only the first can run; ctest runs each in a process of its own.
+/// A test through the exported entries. The frame starts its plugins only once in a process, so
+/// only one such test can run in a process; ctest runs each test in a separate process.
 class FrameEntriesTest : public FrameTest {
  protected:
   void SetUp() override {

@@ -8,9 +8,9 @@
 #include <string>
 #include <vector>
 
-// The double of the product's log: keeps every line.
+// A double of the base library's log that stores every line.
 
-/// One log call, taken apart.
+/// One log call and the parts of its text.
 struct LogLine {
   int level = 0;
   std::string module;
@@ -41,16 +41,16 @@ class Log {
   bool StaysAt(const std::string& function, std::size_t count) const;
   std::vector<LogLine> Lines() const;
 
-  /// Every line as "LEVEL FUNCTION: TEXT", functions without their namespaces and classes.
+  /// Every line as "LEVEL FUNCTION: TEXT", with functions without namespace and class.
   std::vector<std::string> Brief() const;
 
-  /// Those of one function.
+  /// The lines of one function, in the same form.
   std::vector<std::string> Brief(const std::string& function) const;
 
-  /// Those of one level or above.
+  /// The lines of `level` or above, in the same form.
   std::vector<std::string> BriefFrom(int level) const;
 
-  /// What is wrong with the lines' frame fields: module, qualified function, source file; empty
-  /// when every line is as it has to be.
+  /// The lines whose module, qualified function or source file is wrong; empty when there are
+  /// none.
   std::string Faults() const;
 };

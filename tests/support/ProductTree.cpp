@@ -8,7 +8,7 @@ namespace fs = std::filesystem;
 
 namespace {
 
-/// One folder for the process: the frame remembers the executable's directory.
+/// The same folder for the whole process, since the frame keeps the executable's directory.
 const fs::path& ProcessFolder() {
   static const fs::path folder = [] {
     std::random_device random;

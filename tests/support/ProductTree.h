@@ -4,8 +4,8 @@
 #include <string>
 #include <vector>
 
-/// An installed product on disk, in a folder of the test's own: the executable's directory is
-/// root/bin/. The folder's path is the same for the whole process, its content new for each test.
+/// An installed product on disk; the executable's directory is root/bin/. The folder's path is the
+/// same for the whole process; each test starts with an empty folder.
 class ProductTree {
  public:
   ProductTree();
@@ -19,13 +19,13 @@ class ProductTree {
   std::string Write(const std::string& path, const std::string& content) const;
   void Remove(const std::string& path) const;
 
-  /// Writes a whole product with server plugins in the words "name:dependency,dependency", sub
-  /// platforms in words without a ":", and none of the optional files.
+  /// Writes a whole product without the optional files. `words` are separated by blanks: a server
+  /// plugin is "name:dependency,dependency", a sub platform a word without ":".
   void Product(const std::string& words) const;
 
  private:
   std::filesystem::path m_root;
 };
 
-/// A whole file of plugin `id` with the given inner elements.
+/// The description of plugin `id`, with `inner` as further elements.
 std::string PluginXml(const std::string& id, const std::string& inner = "");

@@ -16,7 +16,8 @@ namespace {
 
 Seam* g_seam = nullptr;
 
-/// The library whose entry this thread looked up last: what an entry without arguments acts on.
+/// The library whose entry this thread looked up last. Init and UnInit have no argument that says
+/// which library they belong to.
 thread_local ScriptedLibrary* t_library = nullptr;
 
 bool RunInit() {
@@ -241,7 +242,7 @@ ULONGLONG GetTickCount64() {
 
 namespace {
 
-/// Gives each lock bytes of its own, so that a copied state can be told from a new one.
+/// Fills each lock's state with different bytes, so that a copied state differs from a new one.
 void FillState(xrt::LockState& state) {
   static unsigned char number = 0;
   std::memset(state.bytes, ++number, sizeof(state.bytes));

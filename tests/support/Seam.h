@@ -14,8 +14,8 @@
 #include "sdk/kpx/platform.h"
 #include "sdk/lpc/lpc.h"
 
-// Doubles of the libraries around the frame. Each free function of the seam goes to the current
-// `Seam`, which the test owns: results are scripted there, calls are recorded there.
+// Doubles of the libraries around the frame. Their free functions forward to the current `Seam`,
+// which the test owns: it determines the results and records the calls.
 
 /// The platform library.
 class MockPlatform {
@@ -53,7 +53,7 @@ class MockThreads {
   MOCK_METHOD(bool, Post, (const std::string& group, bool urgent));
 };
 
-/// A plugin library as the loader double knows it.
+/// A plugin library of the loader's double, and how it behaves.
 struct ScriptedLibrary {
   bool loads = true;
   std::function<void()> onLoad = [] {};
@@ -63,7 +63,7 @@ struct ScriptedLibrary {
   std::function<bool()> uninit = [] { return true; };
   std::function<void()> onFree = [] {};
 
-  int handles = 0;  // given out and not yet given back
+  int handles = 0;  // loaded and not yet freed
 };
 
 class Seam {
@@ -77,21 +77,21 @@ class Seam {
   testing::NiceMock<MockLpc> lpc;
   testing::NiceMock<MockThreads> threads;
 
-  /// Every call that matters for the frame's order, as a word: "KPX_Init", "load a.server", ...
+  /// Records a call whose order tests check: "KPX_Init", "load a.server", ...
   void Record(const std::string& call);
   std::vector<std::string> Calls() const;
 
-  // ---- the clock: GetTickCount64, moved only by the test.
+  // ---- the clock: the result of GetTickCount64; only the test changes it.
   std::uint64_t now = 1000;
 
-  // ---- plugin libraries: by file name without directory and extension. A file that is not named
-  // here does not load.
+  // ---- plugin libraries: by file name without directory and extension. Any other file fails to
+  // load.
   std::map<std::string, ScriptedLibrary> libraries;
   std::uint32_t loadError = 126;
   std::vector<std::string> loadedPaths;
 
-  // ---- tasks: kept until the frame sleeps, and run then, on the frame's own thread, in the order
-  // posted unless a test has another idea.
+  // ---- tasks: stored until the frame sleeps, and then run on the frame's thread in the order in
+  // which they were posted; a test may replace onSleep.
   std::vector<std::shared_ptr<CTMTask>> tasks;
   std::function<void()> onSleep = [this] { RunTasks(); };
   std::vector<std::uint32_t> sleeps;

@@ -6,7 +6,7 @@
 #include <random>
 #include <string>
 
-/// A folder of a test's own, gone with it.
+/// A new, empty folder, which is removed with the object.
 class TemporaryFolder {
  public:
   TemporaryFolder() {
@@ -24,7 +24,7 @@ class TemporaryFolder {
 
   const std::filesystem::path& Path() const { return m_path; }
 
-  /// The path of the file `name` in the folder, whether or not there is one.
+  /// The path of the file `name` in the folder; the file need not exist.
   std::string operator/(const std::string& name) const { return (m_path / name).string(); }
 
   /// Writes `content` to the file `name` and returns its path.

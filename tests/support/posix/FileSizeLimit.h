@@ -4,8 +4,8 @@
 
 #include <csignal>
 
-/// Bounds the size of every file that this process writes, and those that it starts meanwhile,
-/// until it is destroyed.
+/// While an object exists, limits the size of files that this process and its new child processes
+/// write.
 class FileSizeLimit {
  public:
   explicit FileSizeLimit(rlim_t bytes) : m_oldHandler(std::signal(SIGXFSZ, SIG_IGN)) {

@@ -2,8 +2,8 @@
 
 #include "sdk/os/os.h"
 
-/// Makes `process` handle a console event as it does when its console has one: on a thread of its
-/// own that begins where the console's would. So no console is needed. False when refused.
+/// Makes `process` handle a console event without a console: starts a thread in it at the function
+/// at which the system would start its own. False when that fails.
 inline bool RaiseConsoleEvent(HANDLE process, DWORD kind) {
   const FARPROC routine = GetProcAddress(GetModuleHandleW(L"kernel32.dll"), "CtrlRoutine");
   const HANDLE thread = CreateRemoteThread(

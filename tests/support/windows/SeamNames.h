@@ -1,10 +1,10 @@
 #pragma once
 
-// The doubles of the operating-system calls under names of their own, forced upon every file of a
-// unit test: a program that took the system's names would take them from the libraries it is linked
-// with as well.
+// Gives the doubles of the operating-system calls other names; included into every file of a unit
+// test. If the test program itself defined the system's names, the libraries that are linked into
+// it would call the doubles too.
 
-// First all that declares the system's calls by itself.
+// First the headers that declare the system's calls.
 #include <boost/thread/lock_types.hpp>
 #include <boost/thread/mutex.hpp>
 #include <boost/thread/shared_mutex.hpp>
