@@ -1,4 +1,4 @@
-// In which words HUB refuses a command line, and what it says of itself.
+// The messages with which HUB refuses a command line, its help and its version.
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -29,7 +29,7 @@ class CommandLine : public testing::Test {
 
   std::string Path(const std::string& name) const { return LocalFromPath(folder.Path() / name); }
 
-  /// What is said of arguments that are wrong use.
+  /// The message for arguments that are refused.
   static std::string Refused(const std::string& arguments, const HubSettings& settings = {}) {
     const HubResult result = RunHub(arguments, settings);
     EXPECT_EQ(2, result.status) << arguments;
@@ -37,7 +37,7 @@ class CommandLine : public testing::Test {
     return result.errors;
   }
 
-  /// The same of these options of `run`.
+  /// The message for options of `run` that are refused.
   std::string RunRefused(const std::string& options) const {
     return Refused("run --bin \"" + Path("site/bin") + "\" " + options);
   }
@@ -45,7 +45,7 @@ class CommandLine : public testing::Test {
     return RunRefused(option + " \"" + file + "\"");
   }
 
-  /// The same of a HUB that runs in this folder.
+  /// Settings for a HUB whose working directory is `place`.
   HubSettings In(const std::string& place) const {
     HubSettings settings;
     settings.folder = folder.Path() / place;

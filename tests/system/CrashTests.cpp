@@ -1,4 +1,4 @@
-// Plugins whose code ends the process: HUB names them, and never ends as if nothing had been.
+// Plugins whose code ends the process: HUB names them, and never ends with status 0.
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -67,7 +67,7 @@ TEST(Crash, ByAnExceptionOnAThreadOfThePluginsOwnNamesThePlugin) {
 
 TEST(Crash, InCodeThatWasUnmappedIsToldAsSuch) {
   MadeProduct product;
-  Among(product, "thread_outlives_the_library");
+  AddAmongOthers(product, "thread_outlives_the_library");
   // The other plugins keep the process alive for a while after bad.server was unmapped.
   const HubResult result = product.Run("--seconds 0.5");
   EXPECT_THAT(result.errors, HasSubstr("in code of bad.server, whose library was unmapped"));
@@ -77,7 +77,7 @@ TEST(Crash, InCodeThatWasUnmappedIsToldAsSuch) {
 /// What HUB prints on standard output when `fixture` ends the process.
 HubResult OutputOfTheCrash(const std::string& fixture, const std::string& format) {
   MadeProduct product;
-  return Among(product, fixture).Run(format + " --no-record");
+  return AddAmongOthers(product, fixture).Run(format + " --no-record");
 }
 
 TEST(Crash, LeavesAWholeObjectThatNamesThePlugin) {
@@ -119,7 +119,7 @@ TEST(Crash, IsTheLastLineOfTheTable) {
               MatchesRegex("crashed: .* in bad.server, in Init for .*\n"));
 }
 
-/// What the run after a crash says of it, when the run that crashed had these arguments.
+/// The output of the run after a run that crashed. `arguments`: of the run that crashed.
 std::string NextRunOutput(const std::string& arguments) {
   TemporaryFolder state;
   HubSettings settings;

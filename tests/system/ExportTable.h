@@ -7,19 +7,19 @@
 #include <set>
 #include <string>
 
-/// What a built library offers under one name.
+/// A symbol that a library exports.
 struct ExportedSymbol {
   bool function;
-  std::uint64_t address;            // from the library's start
-  std::optional<std::size_t> size;  // where the library's format has it
+  std::uint64_t address;            // relative to the library's start
+  std::optional<std::size_t> size;  // if the library's format contains it
 };
 
-/// All that a built library offers, by name.
+/// All exported symbols of a library, by name.
 std::map<std::string, ExportedSymbol> ExportedSymbols(const std::string& library);
 
-/// The names that a built library takes from others.
+/// The names of the symbols that a library imports.
 std::set<std::string> ImportedNames(const std::string& library);
 
-/// The function that code at `address` of a loaded library stands for: another library's, where the
-/// system reaches those through a jump.
+/// The function at `address` of a loaded library. On Windows an imported function is reached
+/// through a jump; then the jump's target is returned.
 const void* FunctionBehind(const void* address);

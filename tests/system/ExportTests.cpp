@@ -1,4 +1,4 @@
-// The exports of the built library: its whole table, and what is behind the names.
+// The exports of the built library: the whole table, and the functions and data of the names.
 
 #include <gtest/gtest.h>
 
@@ -37,7 +37,7 @@ std::set<std::string> ExportedNames(bool functions) {
   return names;
 }
 
-/// A virtual table as the compilers of both systems lay it out.
+/// The layout of a virtual table, the same for the compilers of both systems.
 struct VirtualTable {
   std::ptrdiff_t offsetToTop;
   const std::type_info* type;
@@ -45,7 +45,7 @@ struct VirtualTable {
   const void* deletingDestructor;
 };
 
-/// A library mapped into the test's process, all its symbols bound.
+/// A library loaded into the test's process, with all its symbols bound.
 class Library {
  public:
   explicit Library(const std::string& path)
@@ -103,7 +103,7 @@ TEST(Exports, CopiedRecursiveLockIsOfTheLocksType) {
   alignas(Lock) unsigned char one[sizeof(Lock)];
   std::memset(other, 0x5A, sizeof(other));
   const void* const table = &frame.Get<const VirtualTable*>(kRecursiveTable)->completeDestructor;
-  std::memcpy(other, &table, sizeof(table));  // what is copied is of the type, too
+  std::memcpy(other, &table, sizeof(table));  // the lock that is copied is also of the type
   copy(one, other);
   EXPECT_STREQ("N3xrt19xrt_recursive_mutexE", typeid(*reinterpret_cast<Lock*>(one)).name());
   EXPECT_EQ(0, std::memcmp(one + sizeof(void*), other + sizeof(void*), sizeof(xrt::LockState)));

@@ -1,4 +1,4 @@
-// Products that never come up or never go down by themselves: who is waited for, and how long.
+// Products whose start or stop never ends by itself: which plugins HUB waits for, and how long.
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>

@@ -4,13 +4,13 @@
 
 #include "tests/system/HubProcess.h"
 
-// What the system shows of a process that ended by a crash.
+// What a process that ended by a crash looks like on this system.
 
-/// Of `bad.server`, in this phase: "in Init".
+/// The crash's sentence for a null pointer in `bad.server`; `phase`: "in Init", for example.
 std::string NullPointerSentence(const std::string& phase);
 extern const char* const kAbortSentence;
 
-/// How the stack begins when this function crashed, which its library exports.
+/// The begin of the stack's text when `function`, an exported one, crashed.
 std::string StackBegin(const std::string& function);
 
 void ExpectEndedByMemoryFault(const HubResult& result);

@@ -26,7 +26,7 @@ std::string Content(const fs::path& file) {
   std::ostringstream content;
   content << std::ifstream(file, std::ios::binary).rdbuf();
   std::string text = content.str();
-  // As every reader of text on Windows takes it.
+  // Windows' text files have "\r\n".
   text.erase(std::remove(text.begin(), text.end(), '\r'), text.end());
   return text;
 }

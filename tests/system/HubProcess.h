@@ -9,34 +9,34 @@
 
 #include "tests/support/TemporaryFolder.h"
 
-/// What one run of HUB left behind.
+/// The result of a run of HUB.
 struct HubResult {
   int status = -1;
-  int signal = 0;  // that ended it; 0 for none, and on Windows
+  int signal = 0;  // the signal that ended it; 0 for none, and on Windows
   std::string output;
   std::string errors;
 
   nlohmann::json Json() const { return nlohmann::json::parse(output); }
 
-  /// The lines of `output` as JSON, one object a line.
+  /// The lines of `output`, each parsed as a JSON object.
   std::vector<nlohmann::json> Events() const;
 };
 
-/// How a person or the system asks a program to stop: SIGINT, SIGTERM and SIGHUP; on Windows Ctrl-C
-/// and the closing of the console window, which stands for both others.
+/// How a user or the system requests a stop: SIGINT, SIGTERM, SIGHUP; on Windows Ctrl-C for the
+/// first and the closing of the console window for the others.
 enum class StopKind { kInterrupt, kTerminate, kHangUp };
 
 /// How HUB is run.
 struct HubSettings {
   std::string program = TEV_HUB;
-  std::filesystem::path state;  // the user's state folder; empty: one of the process's own
+  std::filesystem::path state;  // the user's state folder; empty: a new folder
   std::vector<std::pair<std::string, std::string>> environment;
-  std::filesystem::path folder;  // that it runs in; empty: the test's own
-  std::string output;            // a file for standard output; empty: kept for the result
-  std::string errors;            // the same for standard error
+  std::filesystem::path folder;  // working directory; empty: that of the test
+  std::string output;            // a file for standard output; empty: HubResult::output gets it
+  std::string errors;            // a file for standard error; empty: HubResult::errors gets it
 };
 
-/// HUB as a process, from the constructor on. One that is still running is killed with it.
+/// A process that runs HUB. The constructor starts it; the destructor kills it if it still runs.
 class HubProcess {
  public:
   explicit HubProcess(const std::string& arguments, const HubSettings& settings = {});
@@ -44,24 +44,24 @@ class HubProcess {
   HubProcess(const HubProcess&) = delete;
   HubProcess& operator=(const HubProcess&) = delete;
 
-  /// Waits until `text` stands in `content`. False when it has not come after half a minute, or
-  /// when HUB has ended without it.
+  /// Waits until `content` contains `text`. False when it still does not after half a minute, or
+  /// after HUB has ended.
   bool Await(const std::function<std::string()>& content, const std::string& text);
 
-  /// The same of standard output, and of standard error.
+  /// The same for standard output, and for standard error.
   bool AwaitOutput(const std::string& text);
   bool AwaitErrors(const std::string& text);
 
   bool AwaitFile(const std::filesystem::path& file, const std::string& text);
 
-  /// The same of the one flight record in its state folder.
+  /// The same for the only flight record in the state folder.
   bool AwaitRecord(const std::string& text);
 
   void RequestStop(StopKind how);
   int Id() const { return static_cast<int>(m_process.id()); }
   HubResult Wait();
 
-  /// The user's state folder that it has.
+  /// The user's state folder for this HUB.
   const std::filesystem::path& State() const { return m_state; }
 
  private:
@@ -70,18 +70,19 @@ class HubProcess {
   boost::process::child m_process;
 };
 
-/// Runs HUB with these arguments to its end.
+/// Runs HUB with these arguments and waits for its end.
 HubResult RunHub(const std::string& arguments, const HubSettings& settings = {});
 
-/// Copies HUB and the libraries beside it, without the frame's, to `folder`. The program there.
+/// Copies HUB and the libraries beside it, but not the frame's, to `folder`. Returns the program's
+/// path there.
 std::string CopyHubWithoutFrame(const std::filesystem::path& folder);
 
-/// A copy of the sample product in a folder of its own, to be broken by a test.
+/// A copy of the sample product in a new folder, which a test may modify.
 class SiteCopy {
  public:
   explicit SiteCopy(const std::filesystem::path& name = "site");
 
-  /// The folder that HUB takes as --bin, quoted for the command line.
+  /// The folder for --bin, quoted for the command line.
   std::string Bin() const;
   std::filesystem::path Path(const std::string& relative) const { return m_root / relative; }
 

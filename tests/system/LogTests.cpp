@@ -1,4 +1,4 @@
-// The log file of a run: its lines, its levels, and how it is put aside.
+// The log file of a run: its lines, its levels, and what happens when it is full.
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -19,8 +19,8 @@ namespace {
 
 constexpr int kFixtureLines = 1200;  // of init_logs_a_mebibyte
 
-/// The numbers of the lines that the fixture init_logs_a_mebibyte has logged, from the oldest of
-/// the log's files, which are there, to hub.log.
+/// The numbers of the lines that the fixture init_logs_a_mebibyte has logged, read from `files`,
+/// the oldest first, and hub.log. All the files must exist.
 std::vector<int> LoggedNumbers(const SiteCopy& site, const std::vector<std::string>& files) {
   std::vector<int> numbers;
   for (const std::string& file : files) {
@@ -36,14 +36,14 @@ std::vector<int> LoggedNumbers(const SiteCopy& site, const std::vector<std::stri
   return numbers;
 }
 
-/// The same as `plugins` of them log one after the other.
+/// The numbers that `plugins` such plugins log one after the other.
 std::vector<int> NumbersOf(int plugins) {
   std::vector<int> numbers;
   for (int i = 0; i < plugins * kFixtureLines; ++i) numbers.push_back(i % kFixtureLines + 1);
   return numbers;
 }
 
-/// Runs so many plugins that each log more than a mebibyte, one after the other.
+/// Runs `plugins` plugins, one after the other, each of which logs more than a mebibyte.
 void RunWithMebibytes(MadeProduct& product, int plugins) {
   product.Plugin("level0.server", "init_logs_a_mebibyte");
   for (int i = 1; i < plugins; ++i) {

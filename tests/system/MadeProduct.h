@@ -6,27 +6,27 @@
 
 #include "tests/system/HubProcess.h"
 
-/// A product made by a test: plugins under names of the test's own, whose libraries are fixtures.
+/// A product that a test composes: plugins with any ID, whose libraries are fixtures.
 class MadeProduct {
  public:
-  /// A plugin whose library is a copy of the fixture of that name. `inner`: elements for its
+  /// Adds a plugin whose library is a copy of `fixture`. `inner`: further elements of its
   /// description.
   MadeProduct& Plugin(const std::string& id, const std::string& fixture = "well_behaved",
                       const std::string& inner = "");
 
-  /// A plugin whose library has this content.
+  /// Adds a plugin whose library is a file with this content.
   MadeProduct& BrokenLibrary(const std::string& id, const std::string& content);
 
-  /// An element of Product.xml beside the plugins.
+  /// Adds an element to Product.xml.
   MadeProduct& Element(const std::string& xml);
 
-  /// Runs HUB `run` on it with these further arguments.
+  /// Runs `HUB run` on the product with these further arguments.
   HubResult Run(const std::string& arguments, const HubSettings& settings = {});
 
-  /// The command line for that.
+  /// The arguments of HUB for such a run.
   std::string Arguments(const std::string& arguments);
 
-  /// The product on disk, with all that has been asked for so far.
+  /// Writes the product to disk as composed so far and returns its folder.
   const SiteCopy& Site();
 
  private:
@@ -40,15 +40,15 @@ class MadeProduct {
 /// The description's element that makes a plugin depend on others: "a b" names two.
 std::string DependsOn(const std::string& ids);
 
-/// The file of a fixture.
+/// The library file of a fixture.
 std::filesystem::path Fixture(const std::string& name);
 
-/// A product that a HUB runs, from the constructor on until Stop.
+/// A HUB that runs a product. The constructor starts it, and Stop ends it.
 class RunningProduct {
  public:
   RunningProduct();
 
-  /// What another HUB says of the same product that it finds as `bin`, and how it ends.
+  /// Runs another HUB on the same product, whose bin folder is given as `bin`.
   HubResult RunAgain(const std::string& bin) const;
 
   /// Stops the first HUB.

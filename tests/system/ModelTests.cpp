@@ -1,4 +1,4 @@
-// What HUB shows of the model that the frame hands over.
+// The output of `HUB model`.
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>

@@ -1,4 +1,5 @@
-// What HUB writes where: standard output is its own, and what cannot be written is said.
+// What HUB writes to standard output and standard error: only HUB writes to standard output, and
+// output that cannot be written is reported.
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -23,13 +24,13 @@ std::set<std::string> Keys(const json& object) {
   return keys;
 }
 
-/// The members of the object, whatever ended the run.
+/// The members that the object has however the run ended.
 const std::set<std::string> kMembers = {
     "schema",         "product",   "status",  "sentence", "exitStatus", "Frame_Init",
     "Frame_Start",    "LoadState", "Handles", "Timing",   "Notified",   "phases",
     "CallbackResult", "plugins",   "record",  "findings", "totals"};
 
-/// Starts the product, stops it once it is up, and returns what HUB left behind.
+/// Starts the product, stops it when all plugins are started, and returns HUB's result.
 HubResult RunUntilUp(MadeProduct& product, const std::string& arguments) {
   HubProcess hub(product.Arguments(arguments));
   EXPECT_TRUE(hub.AwaitRecord("\"event\":\"up\""));
@@ -37,7 +38,7 @@ HubResult RunUntilUp(MadeProduct& product, const std::string& arguments) {
   return hub.Wait();
 }
 
-/// How many plugins the table at the end of `output` has a row for.
+/// The number of plugin rows in the table at the end of `output`.
 int Rows(const std::string& output) {
   const std::size_t table = output.find("\n\nPlugin ");
   if (table == std::string::npos) return -1;

@@ -1,4 +1,4 @@
-// Every state that is not well has a reason that says what to do.
+// Every failed state has a reason that says what to do.
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -15,7 +15,7 @@ using testing::HasSubstr;
 
 namespace {
 
-/// "state: reason" of the only plugin of a product, after a whole run.
+/// "state: reason" of the only plugin of a product, after a complete run.
 std::string Outcome(MadeProduct& product) {
   const HubResult result = product.Run("--json --seconds 0.5");
   EXPECT_EQ(3, result.status) << result.errors;
@@ -33,7 +33,7 @@ std::string Local(const fs::path& path) {
   return LocalFromPath(preferred.make_preferred());
 }
 
-/// The file of a.server's library as the frame names it: with slashes on every system.
+/// The path of a.server's library as the frame writes it: with slashes on every system.
 std::string Library(MadeProduct& product) {
   std::string file = LocalFromPath(product.Site().Path("bin/a.server.dll"));
   std::replace(file.begin(), file.end(), '\\', '/');
@@ -88,8 +88,8 @@ TEST(Reason, OfWhatLiesInPlaceOfALibrarySaysWhatItIs) {
   EXPECT_EQ("not-loaded: " + Library(folder) + " is a directory", Outcome(folder));
 }
 
-/// Why the product cannot be read for want of the description of `id`, which Product.xml lists in
-/// this line.
+/// The message for a product without the description of `id`, which Product.xml lists in line
+/// `line`.
 std::string MissingDescription(const SiteCopy& site, const std::string& id, int line) {
   return "HUB: " + Local(site.Path("bin/META_INFO/" + id + "/" + id + ".xml")) +
          " does not exist, and there is no " + id +

@@ -1,4 +1,4 @@
-// The sample product, run whole through HUB.
+// Complete runs of the sample product and of other products by HUB.
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -19,7 +19,7 @@ using testing::HasSubstr;
 
 namespace {
 
-/// What the timing table says of each plugin: its name to "Init OK", "Init Failed", "Load Failed".
+/// The timing table's result for each plugin: "Init OK", "Init Failed" or "Load Failed" by name.
 std::map<std::string, std::string> Outcomes(const json& run) {
   std::map<std::string, std::string> outcomes;
   for (const json& line : run["Timing"]) {
@@ -32,13 +32,13 @@ std::map<std::string, std::string> Outcomes(const json& run) {
   return outcomes;
 }
 
-/// The library made over for a machine that is not this one.
+/// The content of the library, changed so that it is for another machine type.
 std::string ForAnotherMachine(const std::string& library) {
   std::ostringstream file;
   file << std::ifstream(library, std::ios::binary).rdbuf();
   std::string content = file.str();
   const bool isElf = content.compare(1, 3, "ELF") == 0;
-  // Where its header names the machine: S/390 here, ARM64 there.
+  // Its header's field for the machine: S/390 for ELF, ARM64 for PE.
   const std::size_t machine = isElf ? 18 : content.find(std::string("PE\0\0", 4)) + 4;
   content[machine] = isElf ? '\x16' : '\x64';
   content[machine + 1] = isElf ? '\0' : '\xAA';
@@ -189,7 +189,7 @@ TEST(Run, StopsInOrderWhenAPersonOrTheSystemAsks) {
 }
 
 TEST(Run, InAFolderWithBlanksAndLettersBeyondAsciiIsTheSame) {
-  // A letter of the local code page, which is two bytes long on systems that speak UTF-8.
+  // A letter of the local code page, which has two bytes on systems with UTF-8.
   SiteCopy site(PathFromLocal(LocalFromWide(L"my site \u00e9 (2)")));
   const HubResult result = RunHub("run --json --bin " + site.Bin() + " --seconds 4");
   EXPECT_EQ(3, result.status) << result.errors;

@@ -22,14 +22,14 @@ json LastLine(const std::string& file) {
 
 }  // namespace
 
-MadeProduct& Among(MadeProduct& product, const std::string& fixture) {
+MadeProduct& AddAmongOthers(MadeProduct& product, const std::string& fixture) {
   return product.Plugin("a.server").Plugin("bad.server", fixture).Plugin("z.server");
 }
 
 HubResult RunToTheCrash(const std::string& fixture, const std::string& sentence,
                         const std::string& arguments) {
   MadeProduct product;
-  Among(product, fixture);
+  AddAmongOthers(product, fixture);
   const std::string record = LocalFromPath(product.Site().Path("run.jsonl"));
   const HubResult result = product.Run(arguments + " --record \"" + record + "\"");
   EXPECT_THAT(result.errors, HasSubstr("HUB: the process ends: " + sentence));

@@ -4,10 +4,10 @@
 
 #include "tests/system/MadeProduct.h"
 
-/// A product in which one plugin of several, bad.server, does what `fixture` does.
-MadeProduct& Among(MadeProduct& product, const std::string& fixture);
+/// Adds the plugin bad.server, whose library is `fixture`, and some other plugins.
+MadeProduct& AddAmongOthers(MadeProduct& product, const std::string& fixture);
 
-/// Runs `fixture` among others with these arguments, until it crashes: the sentence on standard
-/// error, which the record's last line has too.
+/// Runs a product with `fixture` among other plugins until it crashes. Expects `sentence` on
+/// standard error and in the record's last line.
 HubResult RunToTheCrash(const std::string& fixture, const std::string& sentence,
                         const std::string& arguments = "");

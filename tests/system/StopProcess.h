@@ -2,8 +2,8 @@
 
 #include "tests/system/HubProcess.h"
 
-/// Asks a running process to stop.
+/// Sends a stop request to a running process.
 void StopProcess(boost::process::child& process, StopKind how);
 
-/// The signal that ended a process that has been waited for; 0 for none.
+/// The signal that ended a process, after the process was waited for; 0 for none.
 int EndingSignal(const boost::process::child& process);

@@ -1,5 +1,5 @@
-// A product in a folder that does not answer, as a network's may. Not under a sanitizer, which must
-// be loaded before what the test preloads.
+// A product in a folder that does not respond, as on a network. Not built with a sanitizer, whose
+// library must be loaded before the one that the test preloads.
 
 #include <gtest/gtest.h>
 
@@ -9,8 +9,8 @@
 
 namespace {
 
-/// The run of a product, of which Product.xml can be read so often, until it is asked to stop
-/// twice, the first time behind `text` in the record.
+/// Runs a product whose Product.xml can be opened `readings` times and then blocks. Stops it by two
+/// requests, the first one as soon as the record contains `text`.
 HubResult RunUntilNoAnswer(int readings, const std::string& text) {
   MadeProduct product;
   HubSettings settings;

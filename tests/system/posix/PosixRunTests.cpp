@@ -1,5 +1,5 @@
-// What only a POSIX system can be made to show: outputs that cannot be written, signals of
-// children, a stop request while a file is read for ever, a crash that no loader swallows.
+// Runs that can only be tested on POSIX systems: outputs that cannot be written, signals of
+// children, a stop request while reading a file blocks, crashes in static objects.
 
 #include <fcntl.h>
 #include <gmock/gmock.h>
@@ -32,7 +32,7 @@ using testing::Not;
 
 namespace {
 
-/// Runs HUB through a shell, which connects what the test is about.
+/// Runs HUB by a shell command, which redirects its streams.
 HubResult RunInShell(const std::string& command) {
   const TemporaryFolder folder;
   HubSettings settings;
@@ -44,16 +44,17 @@ std::string Hub(MadeProduct& product, const std::string& arguments) {
   return "\"" TEV_HUB "\" " + product.Arguments(arguments);
 }
 
-/// What /proc says of one thread's signals, as bits.
+/// The signals of a thread from /proc, as bits.
 struct Signals {
   std::uint64_t blocked = 0;
   std::uint64_t ignored = 0;
 };
 
-/// Beyond these are those of the C library's own, which it ignores in what it spawns.
+/// The other bits are real-time signals, some of which the C library ignores in processes it
+/// spawns.
 constexpr std::uint64_t kStandardSignals = 0x7FFFFFFF;
 
-/// As the fixture starts_a_child has written them: of the child and of the plugin's thread.
+/// Reads what the fixture starts_a_child has written: for the child and for the plugin's thread.
 std::vector<Signals> ReadSignals(const std::string& text) {
   std::vector<Signals> all(2);
   std::istringstream lines(text);
@@ -103,7 +104,7 @@ TEST(OutputThatCannotBeWritten, IsFoundWhenItsLastLineAloneIsLost) {
   const std::string arguments =
       product.Plugin("a.server").Arguments("--events --no-record --seconds 1");
   const std::string whole = RunHub(arguments).output;
-  // Two runs' events differ by the digits of their numbers alone, by less than half of the last.
+  // The events of two runs differ only in the digits of numbers: less than half of the last event.
   const std::size_t size = (whole.rfind('\n', whole.size() - 2) + whole.size()) / 2;
   HubResult result;
   {
@@ -128,7 +129,7 @@ TEST(OutputThatCannotBeWritten, ByAReaderThatHasGoneEndsNothing) {
 TEST(OutputThatCannotBeWritten, BecauseItsReaderDoesNotReadHoldsNothingUp) {
   MadeProduct product;
   for (int i = 0; i < 60; ++i) product.Plugin("plugin" + std::to_string(i) + ".server");
-  // More events than a pipe holds.
+  // More events than fit into a pipe.
   const HubResult result = RunInShell("(" + Hub(product, "--events --seconds 1") +
                                       "; echo status $? >&2) | (sleep 12; exit 0)");
   EXPECT_THAT(result.errors, AllOf(HasSubstr("nobody reads it"), HasSubstr("status 3")));
@@ -137,7 +138,7 @@ TEST(OutputThatCannotBeWritten, BecauseItsReaderDoesNotReadHoldsNothingUp) {
 TEST(OutputThatCannotBeWritten, IsTheLogOrTheRecordOnAFullDisk) {
   MadeProduct product;
   product.Plugin("a.server");
-  // Through a link: what goes wrong in rotating must not reach the device itself.
+  // Through a link, so that a wrong rotation would rename the link and not the device.
   const std::string full = product.Site().Path("full").string();
   std::filesystem::create_symlink("/dev/full", full);
   const HubResult log = product.Run("--json --seconds 0.5 --log \"" + full + "\"");
@@ -190,7 +191,7 @@ TEST(OutputThatCannotBeWritten, OfTheModelIsSaidAndFails) {
   EXPECT_EQ("HUB: standard output cannot be written: Bad file descriptor\n", closed.errors);
 }
 
-/// A terminal of 60 columns and what is shown on it.
+/// A pseudo terminal with 60 columns, and the text written to it.
 class Terminal {
  public:
   Terminal() : m_master(posix_openpt(O_RDWR | O_NOCTTY)) {
@@ -200,7 +201,7 @@ class Terminal {
     EXPECT_EQ(0, grantpt(m_master));
     EXPECT_EQ(0, unlockpt(m_master));
     EXPECT_EQ(0, ioctl(m_master, TIOCSWINSZ, &size));
-    m_open = open(Name().c_str(), O_RDWR | O_NOCTTY);  // keeps what was shown when HUB has ended
+    m_open = open(Name().c_str(), O_RDWR | O_NOCTTY);  // keeps the text when HUB has ended
   }
   ~Terminal() {
     close(m_open);
@@ -213,7 +214,7 @@ class Terminal {
 
   std::string Name() const { return ptsname(m_master); }
 
-  /// What has been shown so far.
+  /// The text written so far.
   std::string Shown() {
     std::string shown(1U << 16U, '\0');
     const ssize_t size = read(m_master, shown.data(), shown.size());
@@ -250,7 +251,7 @@ TEST(Screen, KeepsEachLineWithinTheTerminalAndColorsTheTable) {
   const std::regex sequences("\x1b\\[[0-9]*[mK]");
   std::istringstream lines(std::regex_replace(shown, sequences, ""));
   for (std::string line; std::getline(lines, line);) {
-    std::istringstream drawn(line);  // one over the other
+    std::istringstream drawn(line);  // parts that overwrite each other
     while (std::getline(drawn, line, '\r')) EXPECT_LE(line.size(), Terminal::kColumns) << line;
   }
   settings.environment = {{"NO_COLOR", "1"}};
@@ -258,8 +259,8 @@ TEST(Screen, KeepsEachLineWithinTheTerminalAndColorsTheTable) {
   EXPECT_THAT(terminal.Shown(), Not(HasSubstr("\x1b[3")));
 }
 
-/// What stands on the terminal above the table when all that was shown is drawn, with milliseconds
-/// as "N ms".
+/// The text on the terminal above the table, without overwritten parts, and with milliseconds as
+/// "N ms".
 std::string AboveTheTable(const std::string& shown) {
   const std::string lines = shown.substr(0, shown.find("\r\nPlugin "));
   const std::regex drawnOver("[^\n]*\r\x1b\\[K");
@@ -346,7 +347,7 @@ TEST(Crash, ByAnyFatalSignalNamesThePlugin) {
 }
 
 TEST(ChildOfAPlugin, HasTheSignalsOfAFreshProcess) {
-  // Whoever runs the tests may ignore some, and everything that they start would.
+  // The tests may have been started with ignored signals, which HUB would inherit.
   for (int signal = 1; signal < SIGSYS + 1; ++signal) std::signal(signal, SIG_DFL);
   MadeProduct product;
   product.Plugin("a.server", "starts_a_child");
@@ -422,7 +423,7 @@ TEST(StopRequest, WhileAFileIsReadForEverIsKeptAndASecondOneLeaves) {
 }
 
 TEST(StopRequest, ThatAPluginIgnoresOrHandlesIsSaid) {
-  std::signal(SIGHUP, SIG_DFL);  // whoever runs the tests may ignore it
+  std::signal(SIGHUP, SIG_DFL);  // the tests may have been started with it ignored
   MadeProduct product;
   HubProcess hub(product.Plugin("a.server", "init_takes_stop_signals").Arguments(""));
   const std::string warning = "warning: code of a plugin handles or ignores ";

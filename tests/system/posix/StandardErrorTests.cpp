@@ -1,4 +1,4 @@
-// A standard error that nobody reads holds up neither a run nor the report of a crash.
+// A standard error that nobody reads blocks neither a run nor the report of a crash.
 
 #include <fcntl.h>
 #include <gmock/gmock.h>
@@ -18,7 +18,7 @@ using testing::HasSubstr;
 
 namespace {
 
-/// A pipe that is full and that nobody reads.
+/// A full pipe that nobody reads.
 class FullPipe {
  public:
   FullPipe() : m_name((m_folder.Path() / "pipe").string()) {
@@ -40,8 +40,8 @@ class FullPipe {
   int m_open = -1;
 };
 
-/// Runs HUB with its standard error led to a full pipe.
-HubResult RunUnheard(MadeProduct& product, const std::string& arguments) {
+/// Runs HUB with a full pipe as standard error.
+HubResult RunWithFullErrorPipe(MadeProduct& product, const std::string& arguments) {
   const FullPipe pipe;
   const TemporaryFolder folder;
   HubSettings settings;
@@ -56,8 +56,9 @@ TEST(StandardErrorThatNobodyReads, DelaysNeitherTheStopNorTheObject) {
   product.Plugin("a.server");
   const std::string full = product.Site().Path("full").string();
   std::filesystem::create_symlink("/dev/full", full);
-  // The lost record is said on standard error when the run begins.
-  const HubResult result = RunUnheard(product, "--json --seconds 0.5 --record \"" + full + "\"");
+  // The lost record is reported on standard error when the run begins.
+  const HubResult result =
+      RunWithFullErrorPipe(product, "--json --seconds 0.5 --record \"" + full + "\"");
   EXPECT_EQ(3, result.status);
   EXPECT_EQ("stopped", result.Json()["plugins"][0]["state"]);
   EXPECT_THAT(result.Json()["sentence"], HasSubstr("cannot be written"));
@@ -66,13 +67,13 @@ TEST(StandardErrorThatNobodyReads, DelaysNeitherTheStopNorTheObject) {
 TEST(StandardErrorThatNobodyReads, LeavesACrashItsObjectAndItsStatus) {
   MadeProduct product;
   const HubResult result =
-      RunUnheard(product.Plugin("bad.server", "init_crashes"), "--json --no-record");
+      RunWithFullErrorPipe(product.Plugin("bad.server", "init_crashes"), "--json --no-record");
   EXPECT_EQ(SIGSEGV, result.signal);
   EXPECT_EQ("crashed", result.Json()["status"]);
   EXPECT_EQ("bad.server", result.Json()["plugins"][0]["id"]);
 }
 
-/// A run with a plugin in its Init that is ended by SIGQUIT, sent by `send`.
+/// Runs a product with a plugin that hangs in Init, and ends HUB by SIGQUIT, which `send` sends.
 HubResult RunToSigquit(const std::function<int(const HubProcess& hub)>& send) {
   MadeProduct product;
   HubProcess hub(product.Plugin("hangs.server", "init_hangs").Arguments("--json"));

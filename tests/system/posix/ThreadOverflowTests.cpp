@@ -1,5 +1,5 @@
-// An overflow of the stack of a thread that a plugin has created. Not under a sanitizer, which
-// replaces the same function of the C library as HUB's own library does.
+// A stack overflow on a thread that a plugin has created. Not built with a sanitizer, which
+// replaces pthread_create as our operating-system layer does.
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>

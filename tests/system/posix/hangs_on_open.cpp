@@ -1,5 +1,5 @@
-// Preloaded into HUB: a folder that does not answer. The file whose path ends as TEV_HANGS_ON says
-// is opened as often as TEV_HANGS_AFTER says; whoever opens it then waits for ever.
+// Preloaded into HUB, simulates a folder that does not respond: a file whose path ends in
+// TEV_HANGS_ON can be opened TEV_HANGS_AFTER times; every later open waits for ever.
 
 #include <dlfcn.h>
 #include <fcntl.h>

@@ -9,7 +9,7 @@
 
 namespace {
 
-/// A library's tables, mapped as the loader maps them; nothing of it runs.
+/// A library, mapped by the loader without running its code, for reading its tables.
 class MappedImage {
  public:
   explicit MappedImage(const std::string& library)

@@ -1,4 +1,4 @@
-// What the system's file properties say of the library.
+// The version information of the library, as the system's file properties show it.
 
 #include <gtest/gtest.h>
 
