@@ -1,8 +1,8 @@
-// Each allocation of the initialisation failing in turn, and libxml2 without any memory. A program
-// of its own: it replaces the operators of all of it.
+// Lets each allocation of the initialisation fail in turn, and all allocations of libxml2. A
+// separate test program, since it replaces operator new and delete.
 //
-// libxml2's own allocations do not fail one by one: 2.9.14 frees twice and follows null pointers
-// when some of them do.
+// libxml2's allocations do not fail one by one: when some of them fail, 2.9.14 frees memory twice
+// or dereferences null pointers.
 
 #include <gtest/gtest.h>
 #include <libxml/parser.h>
@@ -18,11 +18,11 @@
 #include "src/PluginFrame/PluginManager.h"
 #include "src/private/XmlProto.h"
 #include "tests/faults/SmallProduct.h"
-#include "tests/load/World.h"
+#include "tests/load/LibraryDoubles.h"
 
 namespace {
 
-// The thread that counts: only what is done between Arm and Disarm on it may fail.
+// Only allocations on the test's thread, while t_armed is true, are counted and may fail.
 thread_local bool t_armed = false;
 thread_local long t_count = 0;
 thread_local long t_failing = 0;  // the allocation that fails; 0: none
@@ -94,14 +94,14 @@ class Allocations : public testing::Test {
 
   Allocations() {
     WriteSmallProduct(tree);
-    world.exePath = tree.ExePath();
+    doubles.exePath = tree.ExePath();
   }
 
-  /// Initialises a manager with allocation `failing` failing and takes it down again.
+  /// Initialises and destroys a manager while allocation number `failing` fails.
   Outcome InitWith(long failing) {
-    world.productModel = ProductModel();
-    world.addons.clear();
-    world.tools.clear();
+    doubles.productModel = ProductModel();
+    doubles.addons.clear();
+    doubles.tools.clear();
     xmlResetLastError();
     t_count = 0;
     t_live = 0;
@@ -122,24 +122,25 @@ class Allocations : public testing::Test {
   }
 
   Json HandedOver() const {
-    return {{"product", world.productModel}, {"addons", world.addons}, {"tools", world.tools}};
+    return {
+        {"product", doubles.productModel}, {"addons", doubles.addons}, {"tools", doubles.tools}};
   }
 
-  /// What the world holds of the hand-over was allocated while armed.
+  /// Frees what the frame handed over; armed, since it was allocated while armed.
   void Forget() {
     t_armed = true;
-    world.productModel = ProductModel();
-    world.addons = {};
-    world.tools = {};
+    doubles.productModel = ProductModel();
+    doubles.addons = {};
+    doubles.tools = {};
     t_armed = false;
   }
 
   ProductTree tree;
-  World world{1};
+  LibraryDoubles doubles{1};
 };
 
 TEST_F(Allocations, EachFailingInTurnIsAFailureThatLosesNothing) {
-  ASSERT_EQ(Outcome::kUp, InitWith(0));  // what is made once and kept
+  ASSERT_EQ(Outcome::kUp, InitWith(0));  // allocates what is kept until the process ends
   Forget();
   ASSERT_EQ(Outcome::kUp, InitWith(0));
   const long allocations = t_count;
@@ -168,7 +169,7 @@ TEST_F(Allocations, ParserWithoutMemoryIsNotTakenForABrokenDocument) {
   TevModelParse::CXmlProto document;
   const long emptyDocument = g_libxmlCount;
   g_libxmlCount = 0;
-  g_libxmlFailing = emptyDocument + 1;  // the parser's own first
+  g_libxmlFailing = emptyDocument + 1;  // the parser's first allocation
   EXPECT_THROW(document.ParseMemory("<r/>"), std::bad_alloc);
   g_libxmlFailing = 0;
   EXPECT_EQ(0, document.GetNodeCount("/r"));

@@ -1,5 +1,5 @@
-// Model files that are missing, empty, a folder, or cut short at any byte. Whatever they hold, the
-// initialisation ends with a result, and a product that cannot do without a file does not come up.
+// Model files that are missing, empty, a folder, or truncated at any byte. In each case the
+// initialisation returns a result, and it fails when a required file cannot be read.
 
 #include <gtest/gtest.h>
 
@@ -7,7 +7,7 @@
 
 #include "src/PluginFrame/PluginManager.h"
 #include "tests/faults/SmallProduct.h"
-#include "tests/load/World.h"
+#include "tests/load/LibraryDoubles.h"
 
 namespace {
 
@@ -15,15 +15,15 @@ class CutFile : public testing::TestWithParam<std::string> {
  protected:
   CutFile() {
     WriteSmallProduct(tree);
-    world.exePath = tree.ExePath();
+    doubles.exePath = tree.ExePath();
   }
 
   bool ComesUp() {
-    world.productModel = ProductModel();
+    doubles.productModel = ProductModel();
     return PluginFrame::CPluginManager().Init();
   }
 
-  /// May the product do without the file that the test is about?
+  /// Whether the product does not require the file that is tested.
   static bool IsOptional() {
     const std::set<std::string> optional = {"bin/TevAddons/InstalledProducts.xml",
                                             "bin/TevAddons/A/A.xml", "bin/TevAddons/T/T.xml",
@@ -32,7 +32,7 @@ class CutFile : public testing::TestWithParam<std::string> {
   }
 
   ProductTree tree;
-  World world{1};
+  LibraryDoubles doubles{1};
 };
 
 TEST_P(CutFile, MissingKeepsOnlyAProductDownThatNeedsIt) {
@@ -58,12 +58,12 @@ TEST_P(CutFile, CutAtAnyByteReadsAsADocumentThatHoldsNothing) {
     tree.Write(GetParam(), whole.substr(0, size));
     ASSERT_TRUE(ComesUp()) << size;
     if (GetParam() == "Product.xml") {
-      EXPECT_EQ("", world.productModel.Version) << size;
+      EXPECT_EQ("", doubles.productModel.Version) << size;
     }
   }
   tree.Write(GetParam(), whole);
   ASSERT_TRUE(ComesUp());
-  EXPECT_EQ("2.6.0.1", world.productModel.Version);
+  EXPECT_EQ("2.6.0.1", doubles.productModel.Version);
 }
 
 std::vector<std::string> Files() {

@@ -1,6 +1,5 @@
-// Each call to the libraries around the frame throwing in turn, through a whole run: nothing
-// leaves an entry, Frame_Init fails when it could not do its work, and every entry comes to its
-// end.
+// Complete runs in which each call to the libraries around the frame throws in turn: no exception
+// leaves an entry, Frame_Init fails when it could not do its work, and every entry returns.
 
 #include <stdexcept>
 
@@ -15,7 +14,7 @@ namespace {
 struct ThrowingCall {
   const char* name;
   std::int32_t initResult;
-  bool comesUp;  // does the start callback succeed all the same?
+  bool comesUp;  // whether the start callback still succeeds
   void (*arm)(Seam& seam);
 };
 

@@ -5,7 +5,7 @@
 
 #include "tests/support/ProductTree.h"
 
-/// One of each kind of model file, by its path in the product: every reader has something to read.
+/// The texts of one model file of each kind, by path in the product.
 const std::map<std::string, std::string>& SmallProduct();
 
 void WriteSmallProduct(const ProductTree& tree);

@@ -1,5 +1,5 @@
-// Thousands of runs of random products, each checked for its order. A failure names the seed;
-// TEV_LOAD_SEED repeats the run with that seed.
+// Thousands of runs of random products; each checks the order of starts and stops. A failure names
+// the seed; TEV_LOAD_SEED repeats the run with that seed.
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -10,7 +10,7 @@
 #include <set>
 
 #include "src/PluginFrame/PluginManager.h"
-#include "tests/load/World.h"
+#include "tests/load/LibraryDoubles.h"
 #include "tests/support/ProductTree.h"
 
 using PluginFrame::CPluginManager;
@@ -19,27 +19,27 @@ using testing::IsEmpty;
 
 namespace {
 
-/// Adds plugins in one of several shapes.
-void Grow(World& world, std::mt19937& random, std::size_t count) {
+/// Adds plugins whose dependencies have one of several shapes.
+void AddPlugins(LibraryDoubles& doubles, std::mt19937& random, std::size_t count) {
   const auto shape = random() % 6;
   for (std::size_t i = 0; i < count; ++i) {
     std::set<std::size_t> needs;
     switch (shape) {
-      case 0:  // independent ones, and a few on one of them
+      case 0:  // mostly independent, a few depend on one other plugin
         if (i > 0 && random() % 8 == 0) needs.insert(random() % i);
         break;
       case 1:  // one chain
         if (i > 0) needs.insert(i - 1);
         break;
-      case 2:  // diamonds, one on the other
+      case 2:  // a chain of diamonds
         if (i > 0) needs.insert(i % 3 == 1 || i < 3 ? (i - 1) / 3 * 3 : i - 1);
         if (i % 3 == 0 && i > 1) needs.insert(i - 2);
         break;
-      case 3:  // several components that know nothing of each other
+      case 3:  // several components that do not depend on each other
         if (i >= 7) needs.insert(i - 7);
         if (i >= 14) needs.insert(i - 14);
         break;
-      case 4:  // one below all, one above all
+      case 4:  // all depend on the first one, and the last one depends on all
         if (i > 0) needs.insert(0);
         if (i + 1 == count) {
           for (std::size_t k = 0; k < i; ++k) needs.insert(k);
@@ -49,7 +49,7 @@ void Grow(World& world, std::mt19937& random, std::size_t count) {
         for (unsigned k = 0; i > 0 && k < random() % 6; ++k) needs.insert(random() % i);
         break;
     }
-    WatchedPlugin& plugin = world.Add({needs.begin(), needs.end()});
+    WatchedPlugin& plugin = doubles.Add({needs.begin(), needs.end()});
     plugin.succeeds = random() % 7 != 0;
     plugin.loads = random() % 11 != 0;
   }
@@ -66,48 +66,48 @@ class RandomRuns : public testing::Test {
   void Run(unsigned seed, std::size_t most) {
     SCOPED_TRACE("TEV_LOAD_SEED=" + std::to_string(seed));
     std::mt19937 random(seed);
-    World world(seed);
-    world.exePath = m_tree.ExePath();
-    Grow(world, random, 1 + random() % most);
-    m_tree.Product(world.Words());
+    LibraryDoubles doubles(seed);
+    doubles.exePath = m_tree.ExePath();
+    AddPlugins(doubles, random, 1 + random() % most);
+    m_tree.Product(doubles.Words());
     CPluginManager manager;
     ASSERT_TRUE(manager.Init());
-    Start(manager, world);
-    Stop(manager, world);
-    EXPECT_THAT(world.faults, IsEmpty());
+    Start(manager, doubles);
+    Stop(manager, doubles);
+    EXPECT_THAT(doubles.faults, IsEmpty());
   }
 
-  void Start(CPluginManager& manager, World& world) {
+  void Start(CPluginManager& manager, LibraryDoubles& doubles) {
     StartedPluginMap started;
     EXPECT_TRUE(manager.Start(&started));
-    EXPECT_EQ(OneToCount(world.plugins.size()), world.counts);
+    EXPECT_EQ(OneToCount(doubles.plugins.size()), doubles.counts);
     std::set<std::string> handles;
     for (const auto& entry : started) handles.insert(entry.first);
-    for (const WatchedPlugin& plugin : world.plugins) {
+    for (const WatchedPlugin& plugin : doubles.plugins) {
       EXPECT_EQ(plugin.loads ? 1 : 0, plugin.inits) << plugin.name;
       EXPECT_EQ(plugin.loads ? 1U : 0U, handles.count(plugin.name)) << plugin.name;
-      EXPECT_EQ(plugin.loads && plugin.succeeds ? 1U : 0U, world.loadState.count(plugin.name));
+      EXPECT_EQ(plugin.loads && plugin.succeeds ? 1U : 0U, doubles.loadState.count(plugin.name));
       const std::string outcome = !plugin.loads     ? "Load Failed"
                                   : plugin.succeeds ? "Init OK"
                                                     : "Init Failed";
-      EXPECT_EQ(1, world.timing["[" + plugin.name + "] " + outcome]) << plugin.name;
+      EXPECT_EQ(1, doubles.timing["[" + plugin.name + "] " + outcome]) << plugin.name;
     }
-    EXPECT_EQ(world.plugins.size(), PluginLines(world));
-    world.counts.clear();
+    EXPECT_EQ(doubles.plugins.size(), PluginLines(doubles));
+    doubles.counts.clear();
   }
 
-  void Stop(CPluginManager& manager, World& world) {
+  void Stop(CPluginManager& manager, LibraryDoubles& doubles) {
     manager.Uninit();
-    EXPECT_EQ(OneToCount(world.plugins.size()), world.counts);
-    for (const WatchedPlugin& plugin : world.plugins) {
+    EXPECT_EQ(OneToCount(doubles.plugins.size()), doubles.counts);
+    for (const WatchedPlugin& plugin : doubles.plugins) {
       EXPECT_EQ(plugin.loads ? 1 : 0, plugin.uninits) << plugin.name;
       EXPECT_EQ(0, plugin.handles) << plugin.name;
     }
   }
 
-  static std::size_t PluginLines(const World& world) {
+  static std::size_t PluginLines(const LibraryDoubles& doubles) {
     std::size_t lines = 0;
-    for (const auto& line : world.timing) {
+    for (const auto& line : doubles.timing) {
       if (line.first[0] == '[') lines += static_cast<std::size_t>(line.second);
     }
     return lines;
@@ -122,7 +122,7 @@ std::size_t MostPlugins(unsigned seed) {
   return seed < kFirstBigSeed ? 60 : 900;
 }
 
-/// The runs with 500 seeds from the parameter on.
+/// The runs with 500 seeds, which begin at the parameter.
 class FiveHundredRandomRuns : public RandomRuns, public testing::WithParamInterface<unsigned> {};
 
 TEST_P(FiveHundredRandomRuns, KeepTheOrderOfTheirPlugins) {
@@ -146,66 +146,67 @@ TEST_F(RandomRuns, OfManyPluginsKeepTheirOrder) {
 
 TEST_F(RandomRuns, OfAProductOfNineHundredPluginsInOneChainAndInNone) {
   for (const bool chain : {false, true}) {
-    World world(1);
-    world.exePath = m_tree.ExePath();
+    LibraryDoubles doubles(1);
+    doubles.exePath = m_tree.ExePath();
     for (std::size_t i = 0; i < 900; ++i) {
-      world.Add(chain && i > 0 ? std::vector<std::size_t>{i - 1} : std::vector<std::size_t>());
+      doubles.Add(chain && i > 0 ? std::vector<std::size_t>{i - 1} : std::vector<std::size_t>());
     }
-    m_tree.Product(world.Words());
+    m_tree.Product(doubles.Words());
     CPluginManager manager;
     ASSERT_TRUE(manager.Init());
-    Start(manager, world);
-    Stop(manager, world);
-    EXPECT_THAT(world.faults, IsEmpty());
+    Start(manager, doubles);
+    Stop(manager, doubles);
+    EXPECT_THAT(doubles.faults, IsEmpty());
   }
 }
 
 enum class Finisher { kDuringTheStop, kAfterTheStop };
 
-/// Runs a product and stops it while the `stage`-th plugin is in its Init, which lasts until the
-/// stop has looked at the plugins a few times, or until the stop is over.
+/// Runs a product and stops it while the `stage`-th plugin is in its Init, which returns when the
+/// stop has checked the plugins a few times, or after the stop.
 void StopAtStage(const ProductTree& tree, unsigned seed, int stage, Finisher finisher) {
   SCOPED_TRACE("seed " + std::to_string(seed) + ", stage " + std::to_string(stage));
   std::mt19937 random(seed);
-  World world(seed);
-  world.exePath = tree.ExePath();
-  Grow(world, random, 12);
+  LibraryDoubles doubles(seed);
+  doubles.exePath = tree.ExePath();
+  AddPlugins(doubles, random, 12);
   std::atomic<int> begun{0};
   std::atomic<bool> reached{false};
   std::atomic<int> restsOfTheStart{-1};
   std::atomic<bool> stopped{false};
-  for (WatchedPlugin& plugin : world.plugins) {
+  for (WatchedPlugin& plugin : doubles.plugins) {
     plugin.loads = true;
     plugin.onInit = [&] {
       if (++begun != stage) return;
       reached = true;
       while (restsOfTheStart < 0) std::this_thread::yield();
       while (!stopped) {
-        if (finisher == Finisher::kDuringTheStop && world.rests > restsOfTheStart + 2) return;
+        if (finisher == Finisher::kDuringTheStop && doubles.rests > restsOfTheStart + 2) return;
         std::this_thread::yield();
       }
     };
   }
-  tree.Product(world.Words());
+  tree.Product(doubles.Words());
   CPluginManager manager;
   ASSERT_TRUE(manager.Init());
   std::thread starter([&] {
     EXPECT_TRUE(manager.Start(nullptr));
-    restsOfTheStart = world.rests.load();
+    restsOfTheStart = doubles.rests.load();
   });
   while (!reached) std::this_thread::yield();
   manager.Uninit();
   stopped = true;
   starter.join();
-  world.AwaitTasks();
+  doubles.AwaitTasks();
 
-  EXPECT_GE(world.counts.size(), world.plugins.size());
-  // The late one apart, whose own UnInit may come before it, the start keeps its order.
-  for (const std::string& fault : world.faults) EXPECT_NE(0U, fault.find("Init of")) << fault;
-  for (const WatchedPlugin& plugin : world.plugins) {
+  EXPECT_GE(doubles.counts.size(), doubles.plugins.size());
+  // Faults in the order of the start are not allowed; UnInit may come too early for the plugin
+  // whose Init ends after the stop has begun.
+  for (const std::string& fault : doubles.faults) EXPECT_NE(0U, fault.find("Init of")) << fault;
+  for (const WatchedPlugin& plugin : doubles.plugins) {
     EXPECT_LE(plugin.inits, 1) << plugin.name;
     EXPECT_LE(plugin.uninits, plugin.inits) << plugin.name;
-    const int loaded = plugin.inits - plugin.uninits;  // come too late to be stopped
+    const int loaded = plugin.inits - plugin.uninits;  // 1: its Init ended too late for the stop
     EXPECT_EQ(loaded, plugin.handles) << plugin.name;
   }
 }

@@ -1,7 +1,7 @@
-// Two hundred runs in one process, between the real libraries around the frame and with real
-// plugin libraries: what the process holds after the twentieth, it holds after the last.
+// Two hundred runs in one process with the reference libraries and real plugin libraries: the
+// process's memory must not grow after the twentieth run.
 //
-// Reads the allocator's count and the process's memory map, which other systems keep elsewhere.
+// Reads the allocator's count and the process's memory map in ways that only Linux offers.
 
 #include <gtest/gtest.h>
 #include <malloc.h>
@@ -29,8 +29,8 @@
 #include "src/PluginFrame/PluginManager.h"
 #include "tests/support/ProductTree.h"
 
-/// In place of the runtime's, for every library of this process: between two looks at its plugins
-/// the frame rests for a fifth of a second, and two hundred runs would take minutes.
+/// Replaces the runtime's function for all libraries of this process: the frame sleeps for a fifth
+/// of a second each time it waits for plugins, so that two hundred runs would take minutes.
 void XRT_Sleep(std::uint32_t) {
   std::this_thread::sleep_for(std::chrono::microseconds(200));
 }
@@ -42,11 +42,11 @@ using PluginFrame::CPluginManager;
 constexpr int kWarmUpRuns = 20;
 constexpr int kRuns = 200;
 
-/// How far two counts of a heap that holds the same may lie apart, in bytes: threads cache blocks
-/// that they have freed. What every run leaves behind shows from 91 bytes on.
+/// By how many bytes two counts of an unchanged heap may differ, since threads cache freed blocks.
+/// A leak of 91 bytes or more in each run exceeds it.
 constexpr long kHeapNoise = 16L * 1024;
 
-/// The same of the resident memory, which the allocator returns when it likes.
+/// The same for resident memory, which the allocator does not return at once.
 constexpr long kResidentNoise = 128L * 1024;
 
 void AwaitThat(const char* what, const std::function<bool()>& holds) {
@@ -57,13 +57,13 @@ void AwaitThat(const char* what, const std::function<bool()>& holds) {
   }
 }
 
-/// Bytes that are allocated and not freed.
+/// The number of bytes that are allocated and not freed.
 long Heap() {
   const struct mallinfo2 info = mallinfo2();
   return static_cast<long>(info.uordblks + info.hblkhd);
 }
 
-/// Whether Heap() sees an allocation: without that no test here could fail.
+/// Whether Heap() counts an allocation: otherwise no test here could fail.
 bool HeapIsCounted() {
   const long before = Heap();
   const std::vector<char> probe(100000);
@@ -90,7 +90,7 @@ bool StartPlugins(StartedPluginMap* started) {
   return g_manager->Start(started);
 }
 
-/// What one or many runs have added.
+/// By how many bytes memory has grown.
 struct Growth {
   long heap = 0;
   long resident = 0;
@@ -101,7 +101,7 @@ class RepeatedRuns : public testing::Test {
   void SetUp() override {
     ASSERT_TRUE(HeapIsCounted());
     // NOLINTNEXTLINE(concurrency-mt-unsafe): there is one thread
-    mallopt(M_ARENA_MAX, 1);  // which of many a thread gets, and leaves half used, is chance
+    mallopt(M_ARENA_MAX, 1);  // with several arenas, the memory in use would vary at random
     ConfigureLog({0, "", 0, 0});
     SetExecutablePath(m_tree.ExePath());
     m_tree.Product("a: b:a c:a d:b,c e:d f: g:f h:g,e missing:a i:missing sub");
@@ -110,7 +110,7 @@ class RepeatedRuns : public testing::Test {
     }
   }
 
-  /// A run with this manager, which the caller may keep.
+  /// Runs the product with this manager, which the caller owns.
   void RunWith(CPluginManager& manager) {
     g_manager = &manager;
     Run({[&manager] { return KPX_Init() == 0 && manager.Init(); },
@@ -122,11 +122,11 @@ class RepeatedRuns : public testing::Test {
          [] { KPX_UnInit(); }});
   }
 
-  /// A run with the frame's library loaded for it and unloaded after it, as a host would.
+  /// Loads the frame's library, runs the product and unloads the library, as a host would.
   void RunWithLibrary() {
     const HMODULE frame = LoadLibraryW(LocalToWide(TEV_FRAME).c_str());
     ASSERT_NE(nullptr, frame);
-    // A task that is being dropped still runs the frame's code: Run waits for the last.
+    // The destructor of a task still runs the frame's code: Run waits for the last task.
     Run({[frame] { return Call<std::int32_t>(frame, "Frame_Init") == 0; },
          [frame] { return Call<std::int32_t>(frame, "Frame_Start") == 0; },
          [frame] { Call<void>(frame, "Frame_Stop"); },
@@ -135,7 +135,7 @@ class RepeatedRuns : public testing::Test {
     ASSERT_FALSE(IsMapped("libTevPluginFrame"));
   }
 
-  /// What `run` adds from the end of the warm-up to the last run.
+  /// Calls `run` repeatedly. Returns the growth from the end of the warm-up to the last run.
   Growth GrowthOf(const std::function<void()>& run) {
     long heap = 0;
     long resident = 0;
@@ -151,7 +151,7 @@ class RepeatedRuns : public testing::Test {
   }
 
  private:
-  /// The steps of a run, in order; the first two say whether they succeeded.
+  /// The steps of a run, in order; the first two return whether they succeeded.
   struct Steps {
     std::function<bool()> init;
     std::function<bool()> start;
@@ -182,7 +182,7 @@ class RepeatedRuns : public testing::Test {
     ASSERT_EQ(m_libraries.size(), record.loadState->size());
   }
 
-  /// The pools' threads go by themselves, and take what they have cached with them.
+  /// Waits for the end of the pools' threads, which also frees their cached blocks.
   static void AwaitQuiet() {
     AwaitThat("a task does not end", [] { return UnfinishedTasks() == 0; });
     AwaitThat("a thread does not end", [] {
@@ -204,8 +204,8 @@ TEST_F(RepeatedRuns, LeavesNothingWithItsManager) {
   EXPECT_LE(growth.resident, kResidentNoise);
 }
 
-// The library's one manager is never deleted: its tasks may outlive every other owner. So a host
-// that reloads the library pays for a manager a run, and for nothing else.
+// The manager in the library is never deleted, since tasks may use it to the end of the process. A
+// host that reloads the library therefore leaks one manager for each load, and nothing else.
 TEST_F(RepeatedRuns, OfAReloadedLibraryLeavesItsManagerAlone) {
   std::vector<std::unique_ptr<CPluginManager>> kept;
   kept.reserve(kRuns);

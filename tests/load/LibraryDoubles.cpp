@@ -1,4 +1,4 @@
-#include "tests/load/World.h"
+#include "tests/load/LibraryDoubles.h"
 
 #include <cstdarg>
 #include <cstdio>
@@ -14,10 +14,10 @@
 
 namespace {
 
-World* g_world = nullptr;
-thread_local WatchedPlugin* t_plugin = nullptr;  // the one whose entry was looked up last
+LibraryDoubles* g_doubles = nullptr;
+thread_local WatchedPlugin* t_plugin = nullptr;  // the plugin whose entry was looked up last
 
-/// Up to some microseconds, or nothing, or a turn of another thread.
+/// Waits not at all, yields to another thread, or sleeps for some microseconds.
 void LittleWhile(std::mt19937& random) {
   switch (random() % 4) {
     case 0:
@@ -33,10 +33,10 @@ void LittleWhile(std::mt19937& random) {
 
 bool RunInit() {
   WatchedPlugin& plugin = *t_plugin;
-  World& world = World::Current();
-  if (++plugin.inits != 1) world.Fault("second Init of " + plugin.name);
+  LibraryDoubles& doubles = LibraryDoubles::Current();
+  if (++plugin.inits != 1) doubles.Fault("second Init of " + plugin.name);
   for (const WatchedPlugin* needed : plugin.needs) {
-    if (needed->initsDone == 0) world.Fault("Init of " + plugin.name + " before " + needed->name);
+    if (needed->initsDone == 0) doubles.Fault("Init of " + plugin.name + " before " + needed->name);
   }
   if (plugin.onInit) plugin.onInit();
   ++plugin.initsDone;
@@ -45,11 +45,11 @@ bool RunInit() {
 
 bool RunUnInit() {
   WatchedPlugin& plugin = *t_plugin;
-  World& world = World::Current();
-  if (++plugin.uninits != 1) world.Fault("second UnInit of " + plugin.name);
+  LibraryDoubles& doubles = LibraryDoubles::Current();
+  if (++plugin.uninits != 1) doubles.Fault("second UnInit of " + plugin.name);
   for (const WatchedPlugin* dependent : plugin.neededBy) {
     if (dependent->inits != 0 && dependent->loads && dependent->uninitsDone == 0) {
-      world.Fault("UnInit of " + plugin.name + " before " + dependent->name);
+      doubles.Fault("UnInit of " + plugin.name + " before " + dependent->name);
     }
   }
   ++plugin.uninitsDone;
@@ -58,26 +58,26 @@ bool RunUnInit() {
 
 }  // namespace
 
-World::World(unsigned seed) {
-  g_world = this;
+LibraryDoubles::LibraryDoubles(unsigned seed) {
+  g_doubles = this;
   for (unsigned i = 0; i < 4; ++i) m_threads.emplace_back([this, seed, i] { Work(seed + i); });
 }
 
-World::~World() {
+LibraryDoubles::~LibraryDoubles() {
   {
     const std::lock_guard<std::mutex> lock(m_queueMutex);
     m_closing = true;
     m_changed.notify_all();
   }
   for (std::thread& thread : m_threads) thread.join();
-  g_world = nullptr;
+  g_doubles = nullptr;
 }
 
-World& World::Current() {
-  return *g_world;
+LibraryDoubles& LibraryDoubles::Current() {
+  return *g_doubles;
 }
 
-WatchedPlugin& World::Add(const std::vector<std::size_t>& needs) {
+WatchedPlugin& LibraryDoubles::Add(const std::vector<std::size_t>& needs) {
   WatchedPlugin& plugin = plugins.emplace_back();
   plugin.name = "p" + std::to_string(plugins.size() - 1);
   for (const std::size_t needed : needs) {
@@ -87,13 +87,13 @@ WatchedPlugin& World::Add(const std::vector<std::size_t>& needs) {
   return plugin;
 }
 
-WatchedPlugin* World::Find(const std::string& name) {
+WatchedPlugin* LibraryDoubles::Find(const std::string& name) {
   if (name.size() < 2 || name[0] != 'p') return nullptr;
   const auto place = static_cast<std::size_t>(std::atoi(name.c_str() + 1));
   return place < plugins.size() ? &plugins[place] : nullptr;
 }
 
-std::string World::Words() const {
+std::string LibraryDoubles::Words() const {
   std::string words;
   for (const WatchedPlugin& plugin : plugins) {
     words += plugin.name + ":";
@@ -104,28 +104,28 @@ std::string World::Words() const {
   return words;
 }
 
-void World::Fault(const std::string& what) {
+void LibraryDoubles::Fault(const std::string& what) {
   const std::lock_guard<std::mutex> lock(mutex);
   faults.push_back(what);
 }
 
-void World::Rest() {
+void LibraryDoubles::Rest() {
   ++rests;
   std::this_thread::sleep_for(std::chrono::microseconds(20));
 }
 
-void World::Post(std::shared_ptr<CTMTask> task) {
+void LibraryDoubles::Post(std::shared_ptr<CTMTask> task) {
   const std::lock_guard<std::mutex> lock(m_queueMutex);
   m_queue.push_back(std::move(task));
   m_changed.notify_one();
 }
 
-void World::AwaitTasks() {
+void LibraryDoubles::AwaitTasks() {
   std::unique_lock<std::mutex> lock(m_queueMutex);
   m_changed.wait(lock, [this] { return m_queue.empty() && m_running == 0; });
 }
 
-void World::Work(unsigned seed) {
+void LibraryDoubles::Work(unsigned seed) {
   std::mt19937 random(seed);
   std::unique_lock<std::mutex> lock(m_queueMutex);
   while (true) {
@@ -155,9 +155,9 @@ void IKPXFormatLog(int, const char*, const char* format, ...) noexcept {
   va_start(arguments, format);
   std::vsnprintf(text, sizeof(text), format, arguments);
   va_end(arguments);
-  World& world = World::Current();
-  const std::lock_guard<std::mutex> lock(world.mutex);
-  world.counts.push_back(std::atoi(std::strstr(text, "count[") + 6));
+  LibraryDoubles& doubles = LibraryDoubles::Current();
+  const std::lock_guard<std::mutex> lock(doubles.mutex);
+  doubles.counts.push_back(std::atoi(std::strstr(text, "count[") + 6));
 }
 
 CTMTask::CTMTask(const std::string& group) : m_group(group) {}
@@ -174,7 +174,7 @@ unsigned int CThreadManager::GetAvailableThreadpool(const std::string&, int, int
   return 1;
 }
 bool CThreadManager::PostTask(std::shared_ptr<CTMTask> task, bool) {
-  World::Current().Post(std::move(task));
+  LibraryDoubles::Current().Post(std::move(task));
   return true;
 }
 bool CThreadManager::ReleaseThread(const std::string&, bool) {
@@ -182,7 +182,7 @@ bool CThreadManager::ReleaseThread(const std::string&, bool) {
 }
 
 std::string GetCurExeDir() {
-  const std::string& path = World::Current().exePath;
+  const std::string& path = LibraryDoubles::Current().exePath;
   return path.substr(0, path.find_last_of('/') + 1);
 }
 
@@ -196,7 +196,7 @@ HMODULE LoadLibraryW(const wchar_t* path) {
   std::string name;
   for (const wchar_t* at = path; *at != 0; ++at) name += static_cast<char>(*at);
   name = name.substr(name.find_last_of('/') + 1);
-  WatchedPlugin* plugin = World::Current().Find(name.substr(0, name.size() - 4));
+  WatchedPlugin* plugin = LibraryDoubles::Current().Find(name.substr(0, name.size() - 4));
   if (plugin == nullptr) return nullptr;
   if (!plugin->loads) {
     ++plugin->initsDone;
@@ -246,12 +246,13 @@ xrt_recursive_mutex::~xrt_recursive_mutex() = default;
 }  // namespace xrt
 
 std::int32_t XRT_GetCurExePath(char* buffer, std::int32_t size) {
-  std::snprintf(buffer, static_cast<std::size_t>(size), "%s", World::Current().exePath.c_str());
+  std::snprintf(buffer, static_cast<std::size_t>(size), "%s",
+                LibraryDoubles::Current().exePath.c_str());
   return 0;
 }
 
 void XRT_Sleep(std::uint32_t) {
-  World::Current().Rest();
+  LibraryDoubles::Current().Rest();
 }
 
 // ---------------------------------------------------------------- platform, local procedure calls
@@ -279,29 +280,29 @@ std::int32_t KPX_GetVersion(char*, std::int32_t) {
 }
 void KPX_SetAddonAndToolModel(const std::vector<AddonModel>& addons,
                               const std::vector<ToolModel>& tools) {
-  World::Current().addons = addons;
-  World::Current().tools = tools;
+  LibraryDoubles::Current().addons = addons;
+  LibraryDoubles::Current().tools = tools;
 }
 void KPX_GetInstalledAddonModel(std::vector<AddonModel>&) {}
 std::int32_t KPX_GetRunningModule() {
   return 1;
 }
 std::int32_t KPX_SetProductModel(const ProductModel& model) {
-  World::Current().productModel = model;
+  LibraryDoubles::Current().productModel = model;
   return 1;
 }
 void AddPluginsInfo(const PluginInfoMap&) {}
 
 void UpdatePluginsLoadState(const std::map<std::string, bool>& started) {
-  World& world = World::Current();
-  const std::lock_guard<std::mutex> lock(world.mutex);
-  world.loadState = started;
+  LibraryDoubles& doubles = LibraryDoubles::Current();
+  const std::lock_guard<std::mutex> lock(doubles.mutex);
+  doubles.loadState = started;
 }
 
 void pluginTakeTimeCountPrint(const std::string& text, std::int32_t) {
-  World& world = World::Current();
-  const std::lock_guard<std::mutex> lock(world.mutex);
-  ++world.timing[text];
+  LibraryDoubles& doubles = LibraryDoubles::Current();
+  const std::lock_guard<std::mutex> lock(doubles.mutex);
+  ++doubles.timing[text];
 }
 
 std::int32_t TevLPCFrameInit(const std::string&, const PlatformInfo&) {

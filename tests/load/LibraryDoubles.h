@@ -16,45 +16,46 @@
 #include "sdk/base/thread.h"
 #include "sdk/kpx/platform.h"
 
-// Doubles of the libraries around the frame that many threads may use at once, quick enough for
-// thousands of runs: real pool threads that run tasks in any order after a little while, a sleep
-// that hardly lasts, and plugins that watch their own order.
+// Thread-safe doubles of the libraries around the frame, fast enough for thousands of runs: pool
+// threads that run tasks in random order after a short delay, a very short sleep, and plugins that
+// check the order of their calls.
 
-/// A plugin as the loader double knows it. Its two functions write down what is out of order.
+/// A plugin of the loader's double. Its Init and UnInit record a fault when they are called too
+/// early or twice.
 struct WatchedPlugin {
   std::string name;
   std::vector<WatchedPlugin*> needs;
   std::vector<WatchedPlugin*> neededBy;
   bool loads = true;
   bool succeeds = true;
-  std::function<void()> onInit;  // runs within Init
+  std::function<void()> onInit;  // called by Init
 
   std::atomic<int> inits{0};      // begun
-  std::atomic<int> initsDone{0};  // finished, or found not to load
+  std::atomic<int> initsDone{0};  // ended, or the library failed to load
   std::atomic<int> uninits{0};
   std::atomic<int> uninitsDone{0};
   std::atomic<int> handles{0};
 };
 
-/// What is around the frame in one run of a product. The doubles use the one World that exists.
-class World {
+/// The state of the doubles for one run of a product. They use the one LibraryDoubles that exists.
+class LibraryDoubles {
  public:
-  explicit World(unsigned seed);
-  ~World();
-  World(const World&) = delete;
-  World& operator=(const World&) = delete;
+  explicit LibraryDoubles(unsigned seed);
+  ~LibraryDoubles();
+  LibraryDoubles(const LibraryDoubles&) = delete;
+  LibraryDoubles& operator=(const LibraryDoubles&) = delete;
 
-  static World& Current();
+  static LibraryDoubles& Current();
 
-  /// Adds a plugin that depends on those at `needs`, places among those added before.
+  /// Adds a plugin that depends on those at the indices `needs` in `plugins`.
   WatchedPlugin& Add(const std::vector<std::size_t>& needs);
 
   WatchedPlugin* Find(const std::string& name);
 
-  /// The product as words for ProductTree::Product.
+  /// The product as the argument of ProductTree::Product.
   std::string Words() const;
 
-  /// Any thread, from here on.
+  // Thread-safe.
   void Fault(const std::string& what);
   void Rest();
   void Post(std::shared_ptr<CTMTask> task);
@@ -62,12 +63,12 @@ class World {
 
   std::deque<WatchedPlugin> plugins;
   std::string exePath;
-  std::atomic<int> rests{0};  // of the manager
-  ProductModel productModel;  // as handed over
+  std::atomic<int> rests{0};  // calls of XRT_Sleep
+  ProductModel productModel;  // this and the next two as handed over by the frame
   std::vector<AddonModel> addons;
   std::vector<ToolModel> tools;
   std::map<std::string, bool> loadState;
-  std::vector<int> counts;            // told by the frame's log in this phase
+  std::vector<int> counts;            // the counts in the frame's log lines, in order
   std::map<std::string, int> timing;  // timing lines by text
   std::vector<std::string> faults;
   std::mutex mutex;  // guards loadState, counts, timing and faults
