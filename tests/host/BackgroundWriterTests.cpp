@@ -9,7 +9,7 @@
 
 namespace {
 
-/// A reader that takes a text when it is told to. Never destroyed, as the writer that uses it.
+/// A reader that accepts a text when the test opens the gate. Never destroyed, like the writer.
 struct Reader {
   Gate begun;
   Gate goesOn;

@@ -1,4 +1,4 @@
-// What HUB takes on its command line for what.
+// How HUB interprets its command line.
 
 #include "host/CommandLine.h"
 
@@ -15,7 +15,7 @@ namespace fs = std::filesystem;
 
 namespace {
 
-/// What becomes of one command line.
+/// The result of one command line.
 struct Outcome {
   std::optional<Request> request;
   ExitStatus status = kOk;
@@ -34,7 +34,7 @@ class CommandLine : public testing::Test {
   std::string Path(const std::string& name) const { return LocalFromPath(folder.Path() / name); }
 
   static Outcome Read(std::vector<std::string> arguments) {
-    // Both once in the process, as in HUB.
+    // One of each in the process, as in HUB.
     static Output& output = *new Output;
     static StopSignal stop;
     arguments.insert(arguments.begin(), "HUB");
@@ -44,7 +44,7 @@ class CommandLine : public testing::Test {
     return outcome;
   }
 
-  /// Whether `run` takes these options; else the status is that of wrong use.
+  /// Whether `run` accepts these options; otherwise expects kUsage as the status.
   bool Takes(std::vector<std::string> options) const {
     options.insert(options.begin(), {"run", "--bin", Path("site/bin")});
     const Outcome outcome = Read(options);

@@ -30,7 +30,7 @@ void WriteRecord(const fs::path& file, const std::vector<RunEvent>& events) {
   for (const RunEvent& event : events) record.Write(event);
 }
 
-/// What is recalled of a run whose record has these events.
+/// What LastRun::Recall returns after a run whose record has these events.
 std::optional<std::string> Recalled(const std::vector<RunEvent>& events) {
   const TemporaryFolder folder;
   const LastRun run(folder.Path());

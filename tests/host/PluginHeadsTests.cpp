@@ -7,7 +7,7 @@
 
 namespace {
 
-/// "kind id version [dependencies] library (size)" of each, a line each.
+/// A line "kind id version [dependencies] library (size)" for each plugin.
 std::string Shown(const std::vector<PluginHead>& heads) {
   std::string text;
   for (const PluginHead& head : heads) {
@@ -69,7 +69,7 @@ TEST(PluginHeads, HaveEachPluginOfTheStartOnce) {
 }
 
 TEST(PluginHeads, HaveTheLibrarysSize) {
-  // A letter of the local code page, as the frame joins it.
+  // A letter in the local code page, in which the frame joins names.
   const std::string id = LocalFromWide(L"caf\u00e9");
   const TemporaryFolder folder;
   const std::string bin = LocalFromPath(folder.Path()) + "/";

@@ -51,7 +51,7 @@ TEST(FindingOfANote, IsNoneForWhatIsSaidElsewhere) {
   }
 }
 
-/// A product on disk that HUB takes for the one to be run.
+/// A product on disk whose bin folder is set as the executable's folder.
 class ProductReading : public testing::Test {
  protected:
   ProductReading() {

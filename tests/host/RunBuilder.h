@@ -6,7 +6,7 @@
 
 #include "workbench/record/RunState.h"
 
-/// Builds the state of a run, event by event; each call is a millisecond later than the one before.
+/// Builds the state of a run from events; each call is a millisecond later than the previous one.
 class RunBuilder {
  public:
   RunBuilder& Plugin(const std::string& id, const std::string& kind = "server",
@@ -23,7 +23,7 @@ class RunBuilder {
     return *this;
   }
 
-  /// Nothing is left that the start of `id` waits for; `last` was the last one.
+  /// The start of `id` waits for no other plugin any more; `last` was the last one.
   RunBuilder& Ready(const std::string& id, const std::string& last) {
     RunEvent event = Event(RunEvent::Kind::kReady, id);
     event.phase = RunPhase::kStart;
@@ -37,14 +37,14 @@ class RunBuilder {
     return Apply(event);
   }
 
-  /// Nothing that the plugin's start waits for is left.
+  /// The plugin's start waits for no other plugin.
   RunBuilder& Ready(const std::string& id) {
     RunEvent event = Event(RunEvent::Kind::kReady, id);
     event.phase = RunPhase::kStart;
     return Apply(event);
   }
 
-  /// A plugin's whole start that ends well.
+  /// A complete, successful start of a plugin.
   RunBuilder& Started(const std::string& id, std::int64_t ms = 5) {
     InInit(id);
     RunEvent end = Event(RunEvent::Kind::kInitEnd, id);
@@ -86,7 +86,7 @@ class RunBuilder {
     return Apply(Event(RunEvent::Kind::kUnInitBegin, id));
   }
 
-  /// Its UnInit has returned.
+  /// The plugin's UnInit has returned; it has not been counted yet.
   RunBuilder& Unmapping(const std::string& id, std::int64_t ms = 3) {
     InUnInit(id);
     RunEvent end = Event(RunEvent::Kind::kUnInitEnd, id);
@@ -99,7 +99,7 @@ class RunBuilder {
     return UnInitEnd(id, RunEvent::Result::kOk, ms, "");
   }
 
-  /// A plugin that the stop counts though it had nothing to stop.
+  /// The stop counts a plugin that was not loaded.
   RunBuilder& NothingToStop(const std::string& id) {
     return Counted("stop", id, RunEvent::Result::kNotLoaded);
   }

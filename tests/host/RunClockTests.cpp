@@ -6,7 +6,7 @@
 
 namespace {
 
-/// 2026-11-21 18:46:59.123 UTC, when the steady clock showed 5 s.
+/// 2026-11-21 18:46:59.123 UTC at 5 s of the steady clock.
 RunClock SomeClock() {
   RunClock clock;
   clock.wall = std::chrono::system_clock::time_point(std::chrono::milliseconds(1795286819123));

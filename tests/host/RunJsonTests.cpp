@@ -11,7 +11,7 @@ namespace {
 /// The steady clock's zero is 2001-09-09T01:46:40Z.
 const RunClock kClock = {std::chrono::system_clock::from_time_t(1'000'000'000), 0};
 
-/// As text: members in another order are another object.
+/// As text, so that the order of members is compared too.
 std::string Shown(const nlohmann::ordered_json& json) {
   return json.dump(2);
 }

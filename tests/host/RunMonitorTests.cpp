@@ -25,10 +25,10 @@ void LogAsFrame(int level, const std::string& words) {
                 words.c_str());
 }
 
-/// A monitor, and the record that it writes.
+/// A monitor and the record lines that it writes.
 class Monitor : public ThreadPool {
  protected:
-  /// The record's lines, of the events without what differs from run to run.
+  /// The record's lines; the events' lines without the members that differ in each run.
   std::vector<std::string> Lines() {
     std::vector<std::string> lines;
     std::istringstream record(m_record);
@@ -42,7 +42,7 @@ class Monitor : public ThreadPool {
     return lines;
   }
 
-  /// A member of all events, in their order.
+  /// The values of a member of all events, in their order.
   template <typename Value>
   std::vector<Value> OfEvents(const char* member) {
     std::vector<Value> values;
