@@ -14,7 +14,7 @@ using Kind = RunEvent::Kind;
 using Result = RunEvent::Result;
 using Severity = RunEvent::Severity;
 
-/// A whole head, plugin or event is compared by its line.
+/// The record's lines, by which heads, plugins and events are compared.
 std::string Lines(const FlightRecord& record) {
   std::string lines = RecordLine(record.head) + "\n";
   for (const PluginHead& plugin : record.plugins) lines += RecordLine(plugin) + "\n";
@@ -73,7 +73,7 @@ constexpr char kPluginLine[] =
     R"("library":"/site/bin/map.server.dll","librarySize":16384,)"
     R"("dependsOn":["config.server","storage.server"]})";
 
-/// An event with every field filled: its line shows those of its kind.
+/// An event with a value in every field; its line contains those of its kind.
 RunEvent Event(Kind kind) {
   RunEvent event;
   event.kind = kind;
@@ -92,7 +92,7 @@ RunEvent Event(Kind kind) {
   return event;
 }
 
-/// The same with nothing filled that may be empty.
+/// An event in which every field that may be empty is empty.
 RunEvent BareEvent(Kind kind) {
   RunEvent event = Event(kind);
   event.milliseconds = -1;
@@ -141,7 +141,7 @@ constexpr EventLine kEventLines[] = {
      R"("end",@,"status":"degraded","exitStatus":3,"totals":{"plugins":6,"started":5,)"
      R"("initFailed":4,"notLoaded":3,"stopped":2,"stopRefused":1},"text":""})"}};
 
-/// `text` with its "@" replaced by time and thread, behind what every event begins with.
+/// The line of an event: its common begin and `text`, in which "@" stands for time and thread.
 std::string Expected(std::string text) {
   text.replace(text.find('@'), 1, R"("ns":1000,"thread":18446744073709551615)");
   return R"({"record":"event","event":)" + text;
@@ -149,7 +149,7 @@ std::string Expected(std::string text) {
 
 class FlightRecords : public testing::Test {
  protected:
-  /// The record in `content`, which has a head.
+  /// Reads a record from `content`.
   FlightRecord Read(const std::string& content) {
     return ReadFlightRecord(folder.Write("run.jsonl", content));
   }
@@ -236,7 +236,7 @@ TEST_F(FlightRecords, CutAtAnyByteReadToTheirLastWholeLine) {
                 Message(folder / "run.jsonl"));
       continue;
     }
-    // A line is whole when only its line feed is missing.
+    // A line without only its line feed is complete.
     const std::size_t lastEnd = cut.rfind('\n') == std::string::npos ? 0 : cut.rfind('\n') + 1;
     const bool wholeToTheEnd = size < whole.size() && whole[size] == '\n';
     const std::string expected = wholeToTheEnd ? cut + "\n" : cut.substr(0, lastEnd);

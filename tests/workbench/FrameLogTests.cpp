@@ -1,5 +1,5 @@
-// The parser of the frame's log against lines that the frame itself logs, between its doubles: a
-// text that changes on one side only fails by the name of its row.
+// Tests the parser of the frame's log with lines that the frame really logs. When a text changes in
+// the frame or in the parser alone, a test fails and names the row.
 
 #include "workbench/record/FrameLog.h"
 
@@ -31,7 +31,7 @@ std::string Replaced(std::string text, const std::string& what, const std::strin
   return text;
 }
 
-/// Every field of an event that is filled, behind the name of its kind.
+/// The name of an event's kind, and all its fields that have a value.
 std::string Describe(const FrameEvent& event) {
   std::string text;
   for (const FrameLogRow& row : FrameLogRows()) {
@@ -45,7 +45,7 @@ std::string Describe(const FrameEvent& event) {
   return text;
 }
 
-/// What the parser makes of all lines, in their order.
+/// The events that the parser makes of all lines, in their order.
 std::string AllEvents() {
   std::string found;
   for (const LogLine& line : Log::Instance().Lines()) {
@@ -57,7 +57,7 @@ std::string AllEvents() {
 
 class FrameLog : public FrameEntriesTest {
  protected:
-  /// For each row the event of the first line that it matches, with the product's folder as "ROOT".
+  /// For each row the event of the first line that matches it; the product's folder becomes "ROOT".
   std::string FirstEvents() const {
     const std::string bin = tree.ExeDirectory();
     const std::string root = bin.substr(0, bin.size() - std::string("bin/").size());
@@ -299,7 +299,7 @@ TEST_F(FrameLog, EveryRowMatchesALineThatTheFrameLogs) {
       FirstEvents());
 }
 
-/// Names with pieces of the texts that they stand between.
+/// Names that contain parts of the texts around them.
 const char* const kNames[] = {"a] cost time [1]ms",
                               "a] cost time [1] ms.",
                               "a] SinglePluginLoad Begin.",
@@ -319,7 +319,7 @@ const char* const kNames[] = {"a] cost time [1]ms",
                               "two\nlines\t",
                               "\xff\xfe"};
 
-/// A product of one plugin with one of them.
+/// A product with one plugin, which has one of these names.
 class FrameLogNames : public FrameTest, public testing::WithParamInterface<std::size_t> {
  protected:
   void Init(CPluginManager& manager, const std::string& id) {

@@ -18,7 +18,7 @@ class RecordFolders : public testing::Test {
 
   void Touch(const fs::path& file) const { std::ofstream(file) << "x"; }
 
-  /// Names of what lies in the folder, in their order.
+  /// The sorted names of the files in the folder.
   std::vector<std::string> Files() const {
     std::vector<std::string> files;
     for (const auto& entry : fs::directory_iterator(runs.Path())) {
@@ -28,7 +28,7 @@ class RecordFolders : public testing::Test {
     return files;
   }
 
-  /// The record of a run that began at that second.
+  /// The path of the record of a run that begins at `second`.
   fs::path Run(int second) const {
     const std::string seconds = (second < 10 ? "0" : "") + std::to_string(second);
     return runs.NewRecord("2026-11-21T18:46:" + seconds + ".123Z", 77);

@@ -1,4 +1,4 @@
-// A run of the frame between its doubles, from its log lines to the flight record and back.
+// A run of the frame with doubles: from its log lines to the flight record, which is read again.
 
 #include <gtest/gtest.h>
 
@@ -33,7 +33,7 @@ class RecordOfARun : public FrameEntriesTest {
     seam.onSleep = [this] { RunTasks(); };
   }
 
-  /// A file for each test, which the tests of the schema read.
+  /// The record's file, one for each test; the schema tests read it.
   static std::filesystem::path File() {
     const std::string test = testing::UnitTest::GetInstance()->current_test_info()->name();
     return std::filesystem::path(TEV_RECORDS) / (test + ".jsonl");
@@ -45,7 +45,7 @@ class RecordOfARun : public FrameEntriesTest {
     for (const RunEvent& event : events) writer.Write(event);
   }
 
-  /// Takes the log's lines since the last time.
+  /// Processes the log lines since the last call.
   void TakeLines() {
     const std::vector<LogLine> lines = log.Lines();
     for (; taken < lines.size(); ++taken) {
@@ -93,7 +93,7 @@ class RecordOfARun : public FrameEntriesTest {
     writer.Write(head);
   }
 
-  /// What only the host knows.
+  /// Writes the events that only the host knows.
   void WriteHostEvents() {
     for (const RunEvent::Kind kind : {RunEvent::Kind::kUp, RunEvent::Kind::kStopRequest,
                                       RunEvent::Kind::kFinding, RunEvent::Kind::kCrash}) {

@@ -42,7 +42,8 @@ const char* KindText(RunEvent::Kind kind) {
   return texts.at(kind);
 }
 
-/// "@time/thread kind phase plugin result #task ms count: text", of what is filled, one line each.
+/// A line "@time/thread kind phase plugin result #task ms count: text" for each event, without the
+/// fields that have no value.
 std::string Text(const std::vector<RunEvent>& events) {
   std::ostringstream text;
   for (const RunEvent& event : events) {
@@ -92,7 +93,7 @@ PluginHead Head(const std::string& id, const std::vector<std::string>& dependsOn
 
 class EventSource : public testing::Test {
  protected:
-  /// Each call is one nanosecond later than the one before.
+  /// Each call is one nanosecond later than the previous one.
   std::string Frame(const FrameEvent& event, std::uint64_t thread = 1) {
     return Text(source.OnFrameEvent({++now, thread}, event));
   }
@@ -101,7 +102,7 @@ class EventSource : public testing::Test {
     return Frame(Line(kind, plugin), thread);
   }
 
-  /// Brings `plugin` to where its Init runs.
+  /// All events of `plugin` up to the begin of its Init.
   void BeginInit(const std::string& plugin, std::uint64_t thread = 1) {
     Frame(FrameKind::kLoadTaskBegin, plugin, thread);
     Frame(Path(FrameKind::kLoadBegin, "/p/" + plugin + ".dll"), thread);
@@ -355,7 +356,7 @@ TEST_F(EventSource, TakesReasonsThatWereFoundElsewhere) {
             EndInit(FrameKind::kInitFailed));
 }
 
-// ---------------------------------------------------------------- who is ready when
+// ---------------------------------------------------------------- ready plugins
 
 TEST_F(EventSource, TellsWhoIsReadyFromTheStartsBegin) {
   source.SetPlugins({Head("c", {"a", "b"}), Head("a"), Head("b", {"a"}), Head("x", {}, "driver"),

@@ -17,7 +17,7 @@ const char* Name(State state) {
   return names[static_cast<int>(state)];
 }
 
-/// All that is known of a plugin, as far as it differs from one of which nothing is.
+/// The members of a plugin that differ from their defaults.
 std::string Text(const PluginRun& plugin) {
   std::ostringstream text;
   text << plugin.head.id << " " << Name(plugin.state) << " since " << plugin.sinceNs;
@@ -36,7 +36,7 @@ std::string Text(const PluginRun& plugin) {
 
 class RunStates : public testing::Test {
  protected:
-  /// Applies an event of plugin "a", a nanosecond after the last one, on thread 5.
+  /// Applies an event of plugin "a" on thread 5, a nanosecond after the previous event.
   void Apply(Kind kind, Result result = Result::kNone, const std::string& text = "",
              std::int64_t milliseconds = -1, const std::string& phase = "") {
     RunEvent event;
@@ -58,7 +58,7 @@ class RunStates : public testing::Test {
     Apply(Kind::kCounted, result, reason, -1, phase);
   }
 
-  /// Up to where its Init runs, since 3.
+  /// Applies all events up to the begin of its Init, at 3 ns.
   void BeginInit() {
     Apply(Kind::kLoadBegin);
     Apply(Kind::kLoadEnd, Result::kOk);

@@ -90,7 +90,7 @@ TEST(Escaped, ShowsBytesThatAreNoUtf8ByTheirNumber) {
                                               "2J\xff\xe6\xb5"));
   EXPECT_EQ("\\xc2\\x1b", Escaped("\xc2\x1b"));
   EXPECT_EQ("\uFFFD", Escaped("\uFFFD"));
-  // Too long a form of U+009B, a surrogate, and what lies beyond the last character.
+  // An overlong form of U+009B, a surrogate, and a code point beyond U+10FFFF.
   EXPECT_EQ("\\xe0\\x82\\x9b", Escaped("\xe0\x82\x9b"));
   EXPECT_EQ("\\xed\\xa0\\x80", Escaped("\xed\xa0\x80"));
   EXPECT_EQ("\\xf4\\x90\\x80\\x80", Escaped("\xf4\x90\x80\x80"));

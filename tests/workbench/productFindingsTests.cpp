@@ -7,7 +7,7 @@ namespace {
 
 class BeforeStart : public ProductOnDisk {
  protected:
-  /// The model of a plugin for each word "name:dependency,dependency", without the files.
+  /// Adds a plugin that depends on `others` to the model, and writes its description.
   void Depends(const std::string& id, const std::vector<std::string>& others) {
     PluginDescription plugin;
     plugin.ID = id;

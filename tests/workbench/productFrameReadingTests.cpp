@@ -1,4 +1,4 @@
-// The files as the workbench reads them, against what the frame makes of the same ones.
+// Compares how the workbench and the frame read the same files.
 
 #include <libxml/xmlerror.h>
 
@@ -18,7 +18,7 @@ namespace {
 const LocalNames kNames = {[](const std::string& local) { return fs::path(local); },
                            [](const fs::path& path) { return path.string(); }};
 
-/// What stands in the last "[...]" of a log text after `begin`; empty for another text.
+/// The path in the last "[...]" of a log text that starts with `begin`; empty for another text.
 std::string Argument(const std::string& text, const std::string& begin) {
   if (text.compare(0, begin.size(), begin) != 0) return std::string();
   const std::size_t from = text.rfind('[') + 1;
@@ -39,7 +39,7 @@ class FrameReading : public FrameTest {
     return "<" + element + " ID='" + id + "' Category='" + (Chance(3) ? "x" : "server") + "'/>";
   }
 
-  /// A section of a list, now and then followed by a second one.
+  /// A section of a list, sometimes split into two sections.
   std::string Section(const std::string& section, const std::string& element,
                       const std::string& id) {
     std::string text = "<" + section + ">";
@@ -50,7 +50,8 @@ class FrameReading : public FrameTest {
     return text + "</" + section + ">";
   }
 
-  /// Writes a file whole, broken, empty, with another root, with a stand-in, or not at all.
+  /// Writes a file, at random: valid, broken, empty, with another root, with a stand-in, or not at
+  /// all.
   void Put(const std::string& path, const std::string& root, const std::string& inner) {
     const std::string good = "<" + root + ">" + inner + "</" + root + ">";
     const std::string contents[] = {
@@ -93,7 +94,7 @@ class FrameReading : public FrameTest {
   std::mt19937 random{7};
 };
 
-/// What a reading leaves unread, as paths.
+/// The paths of the files that could not be read.
 struct Unread {
   bool product = false;
   std::set<std::string> required;
@@ -119,7 +120,7 @@ TEST_F(FrameReading, LeavesTheSameFilesUnread) {
     Log::Instance().Clear();
     g_productVersion.clear();
 
-    // libxml2's words about broken files, to nowhere.
+    // Discards libxml2's messages about broken files.
     xmlSetStructuredErrorFunc(nullptr, [](auto...) {});
     Unread frame;
     ProductModel model;

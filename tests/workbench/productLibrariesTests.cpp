@@ -132,8 +132,7 @@ TEST_F(NeededOfLibrary, EndForBuiltLibraryThatIsCutOrChanged) {
   }
 }
 
-/// An ELF library whose program headers, or dynamic entries, lie behind it: so many, with the
-/// sound ones at the end or the begin.
+/// An ELF library with `count` program headers, of which only the first three are valid.
 std::string ElfWithManySegments(std::size_t count) {
   const std::string whole = ElfBytes({"libx.so"});
   LibraryBytes file(whole.size() + count * 56);
@@ -144,6 +143,7 @@ std::string ElfWithManySegments(std::size_t count) {
   return file.Bytes();
 }
 
+/// An ELF library with `count` dynamic entries before those that matter.
 std::string ElfWithManyEntries(std::size_t count) {
   const std::string whole = ElfBytes({"libx.so"});
   LibraryBytes file(whole.size() + (count + 3) * 16);
@@ -155,7 +155,7 @@ std::string ElfWithManyEntries(std::size_t count) {
   return file.Bytes();
 }
 
-/// A PE library with so many sections, of which the first is sound.
+/// A PE library with `count` sections, of which only the first is valid.
 std::string PeWithManySections(std::size_t count) {
   const std::string whole = PeBytes({"x.dll"});
   const std::size_t table = 128 + 24 + 240;
@@ -326,7 +326,7 @@ TEST_F(Libraries, WithDamagedHeadersExportInBoundedTime) {
   for (int i = 0; i < 300; ++i) {
     std::string damaged = whole;
     for (int j = 0; j < 20; ++j) {
-      // The headers of ELF sections are the last thing in the file.
+      // The section headers of an ELF file are at its end.
       const std::size_t at = j % 2 == 0 ? random() % 1024 : whole.size() - 1 - random() % 2048;
       damaged[at] = static_cast<char>(random());
     }

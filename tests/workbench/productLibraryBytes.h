@@ -4,7 +4,7 @@
 #include <string>
 #include <vector>
 
-/// Puts numbers into a file's bytes.
+/// Composes the bytes of a file.
 class LibraryBytes {
  public:
   explicit LibraryBytes(std::size_t size, bool bigEndian = false)
@@ -25,9 +25,9 @@ class LibraryBytes {
   bool m_bigEndian;
 };
 
-constexpr std::size_t kElfDynamic = 256;  // where the dynamic entries lie
+constexpr std::size_t kElfDynamic = 256;  // offset of the dynamic entries
 
-/// The least ELF library of `machine` that needs `needed`. Its segments are loaded at 0x10000.
+/// A minimal ELF library for `machine` that needs `needed`. Its segments are loaded at 0x10000.
 inline std::string ElfBytes(const std::vector<std::string>& needed, std::uint64_t machine = 62,
                             bool is64 = true, bool bigEndian = false) {
   const std::size_t word = is64 ? 8 : 4;
@@ -69,7 +69,7 @@ inline std::string ElfBytes(const std::vector<std::string>& needed, std::uint64_
   return file.Bytes();
 }
 
-/// The least PE library of `machine` that imports from `needed`. Its section is loaded at 0x1000.
+/// A minimal PE library for `machine` that imports from `needed`. Its section is loaded at 0x1000.
 inline std::string PeBytes(const std::vector<std::string>& needed, std::uint64_t machine = 0x8664,
                            bool is64 = true) {
   constexpr std::size_t kPe = 128;

@@ -10,7 +10,7 @@ namespace {
 
 class ModelFiles : public ProductOnDisk {
  protected:
-  /// Each file as "path", with " STATE detail" when it is not good and " < listed by".
+  /// Each file as "path", with " STATE detail" if it is not good and with " < listed by".
   std::vector<std::string> Told() const {
     std::vector<std::string> told;
     for (const ModelFile& file : Files()) {
@@ -122,7 +122,7 @@ TEST_F(ModelFiles, AreReplacedByTheirStandIn) {
 }
 
 TEST_F(ModelFiles, TakeNamesInTheLocalCodePage) {
-  // Latin-1 for a code page: the frame takes each byte of an ID, which is UTF-8, for a character.
+  // With Latin-1 as the code page, the frame reads each byte of an ID in UTF-8 as a character.
   const LocalNames latin1 = {[](const std::string& local) {
                                std::u32string wide;
                                for (const char c : local) wide += static_cast<unsigned char>(c);

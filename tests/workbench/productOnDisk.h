@@ -11,8 +11,8 @@
 #include "workbench/product/Findings.h"
 #include "workbench/product/ModelFiles.h"
 
-/// A test with a product tree on disk. Paths in sentences are shown from the product's folder on,
-/// with forward slashes.
+/// A test with a product tree on disk. Paths in sentences are shown relative to the product's
+/// folder and with forward slashes.
 class ProductOnDisk : public testing::Test {
  protected:
   ProductOnDisk() { tree.Product("a: b:a sub"); }

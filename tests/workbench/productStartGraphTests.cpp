@@ -16,7 +16,7 @@ namespace {
 
 using Names = std::vector<std::string>;
 
-/// A graph in the words "a:b,c d:" (a depends on b and c).
+/// The graph described by `words`: "a:b,c d:" (a depends on b and c).
 StartGraph Graph(const std::string& words) {
   ProductModel model;
   std::istringstream list(words);
@@ -34,7 +34,7 @@ StartGraph Graph(const std::string& words) {
   return MakeStartGraph(model);
 }
 
-/// The frame's own graph of a model.
+/// The frame's graph of a model.
 class FrameGraph {
  public:
   explicit FrameGraph(const ProductModel& model) {
@@ -45,7 +45,8 @@ class FrameGraph {
   FrameGraph(const FrameGraph&) = delete;
   FrameGraph& operator=(const FrameGraph&) = delete;
 
-  /// Each plugin with the different ones that it waits for, in the order declared.
+  /// Each plugin with the plugins that it waits for, without duplicates, in the order of
+  /// declaration.
   std::map<std::string, Names> DependsOn() const {
     std::map<std::string, Names> all;
     for (const auto& entry : m_data) {
@@ -57,7 +58,7 @@ class FrameGraph {
     return all;
   }
 
-  /// Who is left when everybody has started who ever may.
+  /// The plugins that never start.
   std::set<std::string> NeverStarted() {
     bool moved = true;
     while (moved) {
@@ -81,8 +82,8 @@ class FrameGraph {
   PluginFrame::PluginDataMap m_data;
 };
 
-/// A model of few names, so that they meet: twice listed, empty, of a plugin and a sub platform,
-/// unknown; with dependencies of every category and type.
+/// A random model with few different IDs, so that some are listed twice, are empty, name both a
+/// plugin and a sub platform, or are unknown; with dependencies of every category and type.
 ProductModel RandomModel(std::mt19937& random) {
   const auto below = [&](unsigned bound) { return static_cast<unsigned>(random() % bound); };
   const unsigned names = 2 + below(12);

@@ -1,4 +1,4 @@
-// Records where the disk is full, as this system can show it.
+// Writing records on a full disk, simulated by /dev/full.
 
 #include <gtest/gtest.h>
 

@@ -1,4 +1,4 @@
-// The reasons against the words of the system's own loader.
+// Tests the reasons with the real messages of the system's loader.
 
 #include <dlfcn.h>
 #include <gtest/gtest.h>
@@ -16,7 +16,7 @@ namespace {
 const LocalNames kNames = {[](const std::string& local) { return fs::path(local); },
                            [](const fs::path& path) { return path.string(); }};
 
-/// Why `library` does not load here; "loaded" when it does.
+/// Why `library` cannot be loaded; "loaded" when it can.
 std::string Why(const fs::path& library) {
   if (void* loaded = dlopen(library.c_str(), RTLD_NOW)) {
     dlclose(loaded);

@@ -1,4 +1,4 @@
-// Model files that only these systems can have.
+// Model files of kinds that exist only on POSIX systems.
 
 #include <sys/stat.h>
 

@@ -9,7 +9,7 @@ namespace {
 
 class OtherCase : public testing::Test {
  protected:
-  /// What is found for `wanted`, both relative to the folder; "none" for none.
+  /// The file found for `wanted`, or "none"; both relative to the folder.
   std::string Found(const std::string& wanted) const {
     const auto found = FileWithOtherCase(folder.Path() / wanted);
     return found ? found->lexically_relative(folder.Path()).generic_string() : "none";
