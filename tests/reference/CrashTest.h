@@ -6,13 +6,13 @@
 
 #include "tests/reference/Program.h"
 
-/// Runs the program that ends in this way.
+/// Runs the program `ends_badly`, which ends in the given way.
 inline ProgramEnd End(const std::string& way) {
   return RunProgram(TEV_ENDS_BADLY, way);
 }
 
-/// How it ended and the lines of its report but for the stack: "status 4; reported …; report
-/// complete". Numbers with many digits, which differ from run to run, become "N".
+/// How the program ended and the lines of its report without the stack: "status 4; reported …;
+/// report complete". Long hexadecimal numbers and process IDs, which vary, become "N".
 inline std::string Summary(const ProgramEnd& program) {
   std::string summary = program.end;
   std::istringstream lines(program.errors);
@@ -23,7 +23,7 @@ inline std::string Summary(const ProgramEnd& program) {
   return std::regex_replace(summary, std::regex("(0x[0-9a-f]{6,}|process [0-9]+)"), "N");
 }
 
-/// The line of the stack with this number, "" when there is none.
+/// The line of the stack with this number; empty when there is none.
 inline std::string StackLine(const ProgramEnd& program, int number) {
   std::istringstream lines(program.errors);
   const std::string begin = "#" + std::to_string(number) + " ";

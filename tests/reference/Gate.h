@@ -4,8 +4,8 @@
 #include <condition_variable>
 #include <mutex>
 
-/// Opens when so many have arrived, and says false to who waits in vain: a fault fails a test
-/// instead of hanging it.
+/// Opens after `arrivals` calls of Arrive. Wait returns false after 20 seconds, so that a fault
+/// makes a test fail instead of hang.
 class Gate {
  public:
   explicit Gate(int arrivals = 1) : m_missing(arrivals) {}

@@ -7,7 +7,8 @@
 
 namespace {
 
-/// What many threads count to under one lock, each so often; any overlap loses some.
+/// Several threads increment a counter under one lock. The result is too small when two of them
+/// were inside at the same time.
 template <typename Lock>
 int CountOfManyThreads() {
   constexpr int kThreads = 4;

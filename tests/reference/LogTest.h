@@ -18,8 +18,8 @@ inline std::vector<std::string> Lines(const std::string& content) {
   return lines;
 }
 
-/// `lines` without their times, which all have the form that they must have, and with T for the
-/// number of the calling thread.
+/// `lines` without their times, whose form is checked, and with T for the number of the calling
+/// thread.
 inline std::vector<std::string> Bare(std::vector<std::string> lines) {
   const std::string form = "0000-00-00 00:00:00.000+00:00 ";
   const std::string thread = "] [" + ThreadNumber() + "] [";
@@ -39,7 +39,7 @@ inline std::vector<std::string> Bare(std::vector<std::string> lines) {
 
 inline bool g_logWasConfigured = false;
 
-/// The log in a file of the test's own.
+/// A test with the log in a new file.
 class Log : public testing::Test {
  protected:
   Log() {

@@ -130,7 +130,7 @@ TEST_F(Log, FileThatWasFullBeforeIsPutAsideAtTheFirstLine) {
 }
 
 TEST_F(Log, GapAmongTheFilesPutAsideIsFilledBeforeOneIsLost) {
-  // What an attempt leaves behind that was refused at the file itself.
+  // The files that are left when renaming the full file itself has failed.
   m_folder.Write("full.2.txt", "older\n");
   m_folder.Write("full.3.txt", "oldest\n");
   ConfigureLog({0, m_folder / "full.txt", 10, 2});
@@ -190,7 +190,7 @@ TEST_F(Log, ObserverThatThrowsLosesNoLineOfTheFile) {
 
 TEST(LogBeforeConfiguration, ConsoleTakesLinesFromTheToleratedFailureUp) {
   testing::internal::CaptureStderr();
-  if (g_logWasConfigured) ConfigureLog(LogConfig());  // another test of this process came first
+  if (g_logWasConfigured) ConfigureLog(LogConfig());  // by an earlier test in this process
   IKPXFormatLog(3, "m", "progress");
   IKPXFormatLog(4, "m", "tolerated");
   EXPECT_THAT(Bare(Lines(testing::internal::GetCapturedStderr())),

@@ -26,7 +26,7 @@ bool Throw(StartedPluginMap*) {
   throw std::runtime_error("callback");
 }
 
-/// What the host and a running start callback tell each other.
+/// What the test and a running start callback share.
 struct Meeting {
   Gate begun;
   Gate mayEnd;
@@ -35,7 +35,7 @@ struct Meeting {
 };
 Meeting* g_meeting = nullptr;
 
-/// Asks the platform from within, then waits for the host.
+/// A start callback that calls the platform's functions and then waits for the test.
 bool AskAndWait(StartedPluginMap*) {
   g_meeting->module = KPX_GetRunningModule();
   std::vector<AddonModel> installed;

@@ -9,5 +9,5 @@ struct ProgramEnd {
   std::string errors;
 };
 
-/// Runs `program` with one argument to its end.
+/// Runs `program` with one argument and waits for its end.
 ProgramEnd RunProgram(const std::string& program, const std::string& argument);

@@ -15,7 +15,7 @@ class Runtime : public testing::Test {
  protected:
   ~Runtime() override { SetExecutablePath(std::string()); }
 
-  /// The path that the runtime writes into `size` bytes, or "refused".
+  /// The path that XRT_GetCurExePath writes into `size` bytes, or "refused".
   static std::string PathIn(std::int32_t size) {
     std::string buffer(static_cast<std::size_t>(size), 'x');
     if (XRT_GetCurExePath(&buffer[0], size) == 0) return buffer.c_str();

@@ -1,4 +1,4 @@
-// What the observer of tasks is told, and when.
+// The events that the task observer receives, and when.
 
 #include <gmock/gmock.h>
 
@@ -77,7 +77,7 @@ TEST_F(TaskObservation, NoTaskBeginsBeforeItIsToldAsPosted) {
 }
 
 TEST_F(TaskObservation, FirstTaskOfTheProcessIsNumberOne) {
-  testing::FLAGS_gtest_death_test_style = "threadsafe";  // a process of its own
+  testing::FLAGS_gtest_death_test_style = "threadsafe";  // in a new process
   EXPECT_EXIT(
       {
         std::atomic<int> number{0};

@@ -2,5 +2,5 @@
 
 #include <string>
 
-/// The system's number of the calling thread.
+/// The system's ID of the calling thread.
 std::string ThreadNumber();

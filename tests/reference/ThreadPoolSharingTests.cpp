@@ -1,4 +1,4 @@
-// One pool with several holders, and who may wait for it.
+// A pool with several holders, and releases that wait for its tasks.
 
 #include <gmock/gmock.h>
 
@@ -60,7 +60,7 @@ TEST_F(ThreadPoolSharing, ReleaseOfAShareThatWaitsDoesNotWaitForTasksPostedLater
   std::atomic<bool> released{false};
   std::atomic<bool> late{false};
   const auto end = std::chrono::steady_clock::now() + std::chrono::seconds(20);
-  // Posts its successor before it ends, so that the pool is never without a task.
+  // Each task posts the next one before it ends, so that the pool always has a task.
   std::function<void()> relay = [&] {
     if (std::chrono::steady_clock::now() > end) late = true;
     if (!released && !late) Post(relay);
@@ -130,11 +130,11 @@ TEST_F(ThreadPoolSharing, TaskMayWaitForAnotherPool) {
   bool ranBefore = false;
   ASSERT_TRUE(Post([&] {
     m_manager.PostTask(std::make_shared<FunctionTask>("other", [&] { otherRan.Arrive(); }), false);
-    m_course.Add(m_manager.ReleaseThread("other", true) ? "released" : "refused");
+    m_eventList.Add(m_manager.ReleaseThread("other", true) ? "released" : "refused");
     ranBefore = otherRan.Wait();
   }));
   Release(true);
-  EXPECT_EQ("released", m_course.Text());
+  EXPECT_EQ("released", m_eventList.Text());
   EXPECT_TRUE(ranBefore);
 }
 

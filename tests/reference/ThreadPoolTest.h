@@ -26,8 +26,8 @@ class FunctionTask : public CTMTask {
   std::function<void()> m_work;
 };
 
-/// What happened, in order, from many threads.
-class Course {
+/// A list of events, in order, to which several threads add. Thread-safe.
+class EventList {
  public:
   void Add(const std::string& event) {
     const std::lock_guard<std::mutex> lock(m_mutex);
@@ -43,7 +43,7 @@ class Course {
   std::string m_events;  // guarded by m_mutex
 };
 
-/// False when tasks are left after a while.
+/// Waits for the end of all tasks; false when some are left after 20 seconds.
 inline bool EverythingIsDone() {
   const auto end = std::chrono::steady_clock::now() + std::chrono::seconds(20);
   while (UnfinishedTasks() != 0) {
@@ -53,7 +53,7 @@ inline bool EverythingIsDone() {
   return true;
 }
 
-/// The thread manager with one pool, gone with the test.
+/// A test of the thread manager with one pool, which is released at the end.
 class ThreadPool : public testing::Test {
  protected:
   ThreadPool() { ConfigureLog({0, ""}); }
@@ -74,5 +74,5 @@ class ThreadPool : public testing::Test {
   bool Release(bool wait) { return m_manager.ReleaseThread(kPool, wait); }
 
   CThreadManager& m_manager = CThreadManager::Instance();
-  Course m_course;
+  EventList m_eventList;
 };

@@ -214,7 +214,7 @@ TEST_F(ThreadPool, NoWakeUpIsLostAmongUrgentAndOtherTasks) {
         Gate ran(2);
         Post([&] { ran.Arrive(); }, (k + i) % 3 == 0);
         Post([&] { ran.Arrive(); }, k % 2 == 0);
-        if (!ran.Wait()) std::abort();  // the tasks that are late would use a gate that is gone
+        if (!ran.Wait()) std::abort();  // late tasks would use the gate after its destruction
         done += 2;
       }
     });
@@ -232,31 +232,31 @@ TEST_F(ThreadPool, UrgentTaskOvertakesThoseThatWait) {
     open.Wait();
   });
   ASSERT_TRUE(busy.Wait());
-  Post([&] { m_course.Add("a"); });
-  Post([&] { m_course.Add("b"); });
-  Post([&] { m_course.Add("urgent1"); }, true);
-  Post([&] { m_course.Add("urgent2"); }, true);
+  Post([&] { m_eventList.Add("a"); });
+  Post([&] { m_eventList.Add("b"); });
+  Post([&] { m_eventList.Add("urgent1"); }, true);
+  Post([&] { m_eventList.Add("urgent2"); }, true);
   open.Arrive();
   Release(true);
-  EXPECT_EQ("urgent1 urgent2 a b", m_course.Text());
+  EXPECT_EQ("urgent1 urgent2 a b", m_eventList.Text());
 }
 
 TEST_F(ThreadPool, ReservedThreadRunsUrgentTasksOnly) {
   Gate urgentDone;
   ASSERT_TRUE(Grant(2, 2, 1));
   Post([&] {
-    m_course.Add("a-begins");
+    m_eventList.Add("a-begins");
     urgentDone.Wait();
-    m_course.Add("a-ends");
+    m_eventList.Add("a-ends");
   });
-  Post([&] { m_course.Add("b"); });
+  Post([&] { m_eventList.Add("b"); });
   // The first task ends only after the second urgent one, which begins after b could have.
   Gate firstUrgent;
   Post([&] { firstUrgent.Arrive(); }, true);
   EXPECT_TRUE(firstUrgent.Wait());
   Post([&] { urgentDone.Arrive(); }, true);
   Release(true);
-  EXPECT_EQ("a-begins a-ends b", m_course.Text());
+  EXPECT_EQ("a-begins a-ends b", m_eventList.Text());
 }
 
 TEST_F(ThreadPool, UrgentTaskOnTheReservedThreadLeavesTheOtherToTheRest) {

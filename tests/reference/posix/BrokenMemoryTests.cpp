@@ -1,5 +1,5 @@
-// A broken heap and a broken stack; not under sanitizers, which bring a heap and a handling of
-// signals of their own.
+// A broken heap and a broken stack. Not built with sanitizers, which replace the heap and handle
+// signals themselves.
 
 #include <gmock/gmock.h>
 

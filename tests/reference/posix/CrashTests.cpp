@@ -1,4 +1,4 @@
-// How processes end that have the crash handler installed, and what they report.
+// How processes with the crash handler end, and what they report.
 
 #include <gmock/gmock.h>
 

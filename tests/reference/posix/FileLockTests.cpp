@@ -30,7 +30,7 @@ TEST(FileLock, IsReleasedThoughAForkedChildRunsOn) {
   if (child == 0) {
     close(ends[1]);
     char byte = 0;
-    _exit(static_cast<int>(read(ends[0], &byte, 1)));  // until the test is over
+    _exit(static_cast<int>(read(ends[0], &byte, 1)));  // until the test closes the pipe
   }
   lock.reset();
   EXPECT_TRUE(FileLock::TryLock(folder.Path() / "lock"));

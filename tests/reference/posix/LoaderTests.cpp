@@ -18,7 +18,8 @@ using testing::ElementsAre;
 using testing::HasSubstr;
 using testing::StartsWith;
 
-/// Root may read every file; while this lives, root is somebody else.
+/// While an object exists, a process of root has another user's permissions: root may read every
+/// file.
 class AsNobody {
  public:
   AsNobody() {
@@ -46,7 +47,7 @@ class Loader : public testing::Test {
   }
   ~Loader() override { SetLogObserver({}); }
 
-  /// The code with which the library at `path` is refused; 0 when it is not.
+  /// The error code of loading the library at `path`; 0 when it can be loaded.
   static DWORD Refusal(const std::string& path) {
     const HMODULE library = LoadLibraryW(LocalToWide(path).c_str());
     if (library == nullptr) return GetLastError();

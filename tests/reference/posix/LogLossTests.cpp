@@ -1,4 +1,4 @@
-// Log lines that the system does not take.
+// Log lines that cannot be written.
 
 #include <gmock/gmock.h>
 
@@ -19,7 +19,7 @@ using LogLoss = Log;
 TEST_F(LogLoss, FullDeviceLosesLinesOfTheFileOnlyAndCountsThem) {
   std::vector<std::string> seen;
   SetLogObserver([&](int, const std::string&, const std::string& text) { seen.push_back(text); });
-  // Through a link: a rotation that must not be would rename the system's device otherwise.
+  // Through a link, so that a wrong rotation would rename the link and not the device.
   std::filesystem::create_symlink("/dev/full", m_folder / "full");
   ConfigureLog({0, m_folder / "full", 10, 1});
   const std::uint64_t before = LostLogLines();

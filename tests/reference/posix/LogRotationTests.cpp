@@ -1,4 +1,4 @@
-// A full log file that the system does not let be renamed.
+// A full log file that cannot be renamed.
 
 #include <gmock/gmock.h>
 
@@ -12,7 +12,7 @@ namespace {
 
 using testing::ElementsAre;
 
-/// About 350 bytes as a line.
+/// Logs a line of about 350 bytes.
 void LogLong(const std::string& text) {
   IKPXFormatLog(3, "m", "%s %s", text.c_str(), std::string(300, 'x').c_str());
 }
@@ -25,7 +25,7 @@ std::string Refusal(const std::string& reason) {
   return "[4] [T] [base.log] the full log could not be put aside, it grows on: " + reason;
 }
 
-/// Folders with something in them take the places of log.1.txt and log.2.txt.
+/// A log whose full file cannot be renamed, since its new names are folders that are not empty.
 class LogRotation : public Log {
  protected:
   LogRotation() {

@@ -1,4 +1,4 @@
-// The time of a log line in a zone that is not UTC.
+// The time of a log line in a time zone other than UTC.
 
 #include <gmock/gmock.h>
 
@@ -31,7 +31,7 @@ class TimeZone {
 
 struct LineTime {
   std::string offset;
-  system_clock::time_point local;  // as if it were UTC
+  system_clock::time_point local;  // the local time, converted as if it were UTC
 };
 
 LineTime TimeOf(const std::string& line) {

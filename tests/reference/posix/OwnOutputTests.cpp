@@ -16,8 +16,8 @@
 
 namespace {
 
-/// Runs the program after `prepare` has changed the child's descriptors. What it wrote to standard
-/// error, where that is open.
+/// Runs owns_output in a child process whose descriptors `prepare` has changed. Returns what it
+/// wrote to standard error.
 std::string ErrorsOf(
     const std::string& way, const std::function<void()>& prepare,
     const std::function<void()>& whileItRuns = [] {}) {
@@ -58,7 +58,7 @@ TEST(OwnOutput, StaysFailedWhenItCouldBeWrittenAgain) {
   if (child == 0) {
     SendOutputTo(file.c_str());
     OwnOutput output;
-    const StopSignal stop;  // makes a file that is too large an error of the write
+    const StopSignal stop;  // with it, a write beyond the limit fails with an error
     rlimit limit = {0, RLIM_INFINITY};
     setrlimit(RLIMIT_FSIZE, &limit);
     const bool first = output.Write("first");

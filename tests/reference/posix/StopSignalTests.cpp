@@ -26,14 +26,14 @@ std::string Next(StopSignal& stop, milliseconds limit) {
   return request ? Name(*request) : "none";
 }
 
-/// The names of the requests that do not come here any more.
+/// The names of the requests that StopSignal does not receive any more.
 std::string DisplacedOf(const StopSignal& stop) {
   std::string names;
   for (const StopRequest request : stop.Displaced()) names += Name(request) + std::string(" ");
   return names;
 }
 
-/// Forks a child that runs `action`. Its exit status, or minus the signal that ended it.
+/// Forks a child that runs `action`. Returns its exit status, or minus the signal that ended it.
 template <typename Action>
 int InChild(Action action) {
   const pid_t child = fork();
@@ -93,7 +93,7 @@ TEST(StopSignal, WorksThoughTheSignalsWereBlockedAtTheStart) {
 }
 
 TEST(StopSignal, RequestIsDisplacedWhileOtherCodeHandlesOrIgnoresItsSignal) {
-  signal(SIGHUP, SIG_DFL);  // whoever runs the tests may ignore it
+  signal(SIGHUP, SIG_DFL);  // the tests may have been started with it ignored
   StopSignal stop;
   EXPECT_EQ("", DisplacedOf(stop));
   signal(SIGTERM, SIG_IGN);

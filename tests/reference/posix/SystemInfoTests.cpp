@@ -1,4 +1,4 @@
-// What the system says of the process, its threads and its user.
+// Information from the system on the process, its threads and its user.
 
 #include <gtest/gtest.h>
 #include <pthread.h>
@@ -23,7 +23,7 @@ std::string NameOfThisThread() {
   return name;
 }
 
-/// The name that a thread called `name` has.
+/// The system's name of a thread that was named `name`.
 std::string Named(const std::string& name) {
   std::string result;
   std::thread([&] {
@@ -61,7 +61,7 @@ TEST(ThreadNumber, IsTheSystems) {
 TEST(WorkerThread, ItsAlternateStackIsNotUsedAfterItWasFreed) {
   const bool before = HasAlternateStack();
   bool after = !before;
-  pthread_key_t atTheEnd{};  // called when the objects of the thread have been destroyed
+  pthread_key_t atTheEnd{};  // its destructor runs after those of the thread's objects
   ASSERT_EQ(0, pthread_key_create(&atTheEnd, [](void* result) {
               *static_cast<bool*>(result) = HasAlternateStack();
             }));

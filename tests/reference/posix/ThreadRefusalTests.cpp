@@ -1,4 +1,4 @@
-// Pools when the system has no further thread to give.
+// Pools when the system cannot create another thread.
 
 #include <gmock/gmock.h>
 #include <pthread.h>
@@ -14,7 +14,7 @@ namespace {
 using testing::ElementsAre;
 using testing::HasSubstr;
 
-/// Makes the system refuse every new thread of the process while it lives: no stack is so large.
+/// While an object exists, no thread can be created in the process: the default stack is too large.
 class NoFurtherThreads {
  public:
   NoFurtherThreads() {
@@ -51,11 +51,11 @@ TEST_F(ThreadPool, TasksWaitWhenNoFurtherThreadCanBeMade) {
   const NoFurtherThreads none;
   Gate open;
   Post([&] { open.Wait(); });
-  Post([&] { m_course.Add("waited"); });
+  Post([&] { m_eventList.Add("waited"); });
   EXPECT_TRUE(Grant(3, 4));
   open.Arrive();
   Release(true);
-  EXPECT_EQ("waited", m_course.Text());
+  EXPECT_EQ("waited", m_eventList.Text());
   EXPECT_THAT(lines, ElementsAre(HasSubstr("4 no further thread: "), HasSubstr("4 no further ")));
 }
 

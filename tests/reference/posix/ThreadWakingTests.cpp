@@ -1,4 +1,5 @@
-// How many threads a post wakes, what it holds while it makes one, and when they end.
+// How many threads a post wakes, that no lock is held while a thread is created, and when threads
+// end.
 
 #include <dlfcn.h>
 #include <gmock/gmock.h>
@@ -15,7 +16,7 @@
 
 namespace {
 
-/// Called, when set, on the thread that is about to make another one.
+/// If set, called once by a thread before it creates another one.
 std::atomic<void (*)()> g_beforeThread{nullptr};
 
 Gate* g_asked = nullptr;
@@ -35,7 +36,7 @@ long VoluntarySwitches() {
 
 }  // namespace
 
-// Stands before the C library's, for the whole program.
+// Replaces the C library's function in the whole program.
 extern "C" int pthread_create(pthread_t* thread, const pthread_attr_t* attributes,
                               void* (*start)(void*), void* argument) {
   if (void (*const before)() = g_beforeThread.exchange(nullptr)) before();
@@ -48,7 +49,7 @@ namespace {
 
 using ThreadWaking = ThreadPool;
 
-/// Arrives when the thread ends on which it was made.
+/// As a thread_local object, arrives at the gate when its thread ends.
 class EndOfThread {
  public:
   explicit EndOfThread(std::shared_ptr<Gate> gate) : m_gate(std::move(gate)) {}
@@ -76,8 +77,8 @@ TEST_F(ThreadWaking, PostWakesOneOfManyIdleThreads) {
     ASSERT_TRUE(ran.Wait());
     ASSERT_TRUE(EverythingIsDone());
   }
-  // The poster and the one thread may sleep several times for each; those that were still on their
-  // way to sleep count once.
+  // For each post the poster and one thread may sleep several times. The other threads may count
+  // once, if they had not yet gone to sleep.
   EXPECT_LT(VoluntarySwitches() - before, 2 * kThreads + 10 * kPosts);
 }
 
@@ -117,7 +118,7 @@ TEST_F(ThreadWaking, ThreadsThatWereIdleEndWhenTheLastTaskIsTaken) {
         true);
   }
   ASSERT_TRUE(EverythingIsDone());
-  // The second one may not begin beside the first, though threads are idle.
+  // All threads but one are reserved for urgent tasks, so the second task must wait for the first.
   Gate open;
   Post([&] { open.Wait(); });
   Post([] {});

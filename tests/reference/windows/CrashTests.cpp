@@ -1,5 +1,5 @@
-// How processes end that have the crash handler installed, and what they report. An overflow of
-// the stack is not among them: Wine ends the thread, or hangs, before any handler runs.
+// How processes with the crash handler end, and what they report. A stack overflow is not tested:
+// Wine ends the thread, or hangs, before any handler runs.
 
 #include <gmock/gmock.h>
 
@@ -85,7 +85,7 @@ TEST(Crash, ExpectedExitKeepsItsStatus) {
 
 TEST(Crash, TwoThreadsThatCrashAtOnceGiveOneReport) {
   for (int i = 0; i < 10; ++i) {
-    std::string other = kBadAddress;  // the second of the two threads was the first to crash
+    std::string other = kBadAddress;  // if the second thread crashed first
     other.replace(other.find("0x10"), 4, "0x18");
     ASSERT_THAT(SummaryOf("two_at_once"), testing::AnyOf(kBadAddress, other));
   }

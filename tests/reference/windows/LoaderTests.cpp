@@ -1,4 +1,4 @@
-// The reasons that the system's own loader gives, which the host's sentences and the logs rely on.
+// The error codes of the system's loader, from which the host and the logs derive their texts.
 
 #include <gtest/gtest.h>
 
@@ -16,7 +16,7 @@ class Loader : public testing::Test {
  protected:
   Loader() { SuppressErrorDialogs(); }
 
-  /// The code with which the library at `path` is refused; 0 when it is not.
+  /// The error code of loading the library at `path`; 0 when it can be loaded.
   static DWORD Refusal(const std::string& path) {
     const HMODULE library = LoadLibraryW(LocalToWide(path).c_str());
     if (library == nullptr) return GetLastError();

@@ -1,4 +1,4 @@
-// A full log file that the system does not let be renamed, because somebody has it open.
+// A full log file that cannot be renamed because it is open elsewhere.
 
 #include <gmock/gmock.h>
 #include <windows.h>
@@ -14,7 +14,7 @@ namespace {
 using testing::ElementsAre;
 using testing::StartsWith;
 
-/// About 350 bytes as a line.
+/// Logs a line of about 350 bytes.
 void LogLong(const std::string& text) {
   IKPXFormatLog(3, "m", "%s %s", text.c_str(), std::string(300, 'x').c_str());
 }

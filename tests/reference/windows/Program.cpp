@@ -9,7 +9,7 @@
 
 namespace {
 
-/// A new file that child processes inherit.
+/// Creates a file whose handle child processes inherit.
 HANDLE Inherited(const std::filesystem::path& file) {
   SECURITY_ATTRIBUTES inherited = {sizeof(SECURITY_ATTRIBUTES), nullptr, TRUE};
   return CreateFileW(file.c_str(), GENERIC_WRITE, FILE_SHARE_READ | FILE_SHARE_WRITE, &inherited,

@@ -1,4 +1,4 @@
-// What the system says of the process, its threads and its user.
+// Information from the system on the process, its threads and its user.
 
 #include <gtest/gtest.h>
 
@@ -30,7 +30,7 @@ TEST(ThreadNumber, IsTheSystems) {
 }
 
 TEST(EveryThread, HasAReserveForAnOverflowOfItsStack) {
-  ULONG reserve = 0;  // changes nothing, and returns what is set
+  ULONG reserve = 0;  // 0 changes nothing; the call returns the current value
   std::thread([&reserve] { SetThreadStackGuarantee(&reserve); }).join();
   EXPECT_EQ(64U * 1024, reserve);
 }

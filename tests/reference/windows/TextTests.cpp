@@ -1,4 +1,4 @@
-// Texts of the local code page, whatever it is on this system.
+// Texts in the local code page, whichever that is on this system.
 
 #include <gtest/gtest.h>
 
