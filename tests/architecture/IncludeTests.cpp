@@ -1,5 +1,5 @@
-// Which folder may include which, and that each file of the frame includes what it uses. What
-// includes bring with them is seen by dependencies.py.
+// Checks which folder includes which, and that each file of the frame includes what it uses.
+// dependencies_tests.py checks what is included transitively.
 
 #include <gtest/gtest.h>
 

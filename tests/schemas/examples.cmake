@@ -1,9 +1,9 @@
 # cmake -DXMLLINT=... -DSCHEMAS=folder -DROOT=source folder -DDOCUMENT=file.md -DWORK=folder
 #       -P examples.cmake
 #
-# Every whole file shown in the document is valid. Such a file stands between a line "```xml Schema"
-# and a line "```". With the line "<!-- example: path -->" above, it is also the file at that path,
-# relative to the source folder, to the letter. Every schema has at least one such example.
+# Checks that every complete file shown in the document is valid. Such an example stands between a
+# line "```xml Schema" and a line "```". If the line "<!-- example: path -->" precedes it, it must
+# also equal the file at that path, relative to the source folder. Every schema needs an example.
 
 cmake_minimum_required(VERSION 3.25)
 include(${CMAKE_CURRENT_LIST_DIR}/xmllint.cmake)

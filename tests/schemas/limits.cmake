@@ -1,15 +1,16 @@
 # cmake -DXMLLINT=... -DWORK=folder -P limits.cmake
 #
-# The parser's limit of depth that docs/model-files.md names: one step below it is well-formed, one
-# step above is not, with the message that the document tells its reader to look for. Its limits of
-# size are others where it reads from disk, as here, and from memory, as the frame does: the tests of
-# the XML access have those.
+# Checks the parser's limit of depth that docs/model-files.md names: at the limit a file is
+# well-formed, one level deeper it is not, with the message that the document quotes. The parser's
+# limits of size differ between reading from disk, as here, and from memory, as in the frame; they
+# are tested with the frame's XML access.
 
 cmake_minimum_required(VERSION 3.25)
 include(${CMAKE_CURRENT_LIST_DIR}/xmllint.cmake)
 file(MAKE_DIRECTORY "${WORK}")
 
-# check(name content expected): `content` is well-formed, or, with `expected`, refused with it.
+# check(name content expected): `content` must be well-formed or, if `expected` is not empty, be
+# refused with that message.
 function(check name content expected)
   set(file "${WORK}/${name}.xml")
   file(WRITE "${file}" "${content}")

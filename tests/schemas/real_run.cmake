@@ -2,10 +2,10 @@
 #       -DFORMAT=json|events|table -DLAST=end|crash -DSCHEMAS=folder -DWORK=folder
 #       [-DLEFT_OUT=library] -P real_run.cmake
 #
-# Runs HUB and validates its flight record and what it prints: with --json one object, with --events
-# lines like those of a record, else nothing. PRODUCT: the folder of a whole product, a plugin's
-# library that a product is made of, or "none" for a folder in which there is nothing to read. HUB
-# has to end with STATUS, a number or a signal's name, and the record with an event LAST.
+# Runs HUB and validates its flight record and its output: with --json one object, with --events
+# lines like those of a record, otherwise only the record. PRODUCT: the folder of a whole product; a
+# plugin's library, of which a product is made; or "none" for an empty folder. HUB must end with
+# STATUS, a number or a signal's name, and the record with the event LAST.
 
 cmake_minimum_required(VERSION 3.25)
 

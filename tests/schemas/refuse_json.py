@@ -1,13 +1,13 @@
 #!/usr/bin/python3
-"""refuse_json.py SCHEMA GOOD BAD: whether the JSON Schema in SCHEMA refuses what it should.
+"""refuse_json.py SCHEMA GOOD BAD: checks that the JSON Schema in SCHEMA refuses wrong documents.
 
 GOOD is a valid document. BAD is a list of changes to it, each of which makes it invalid in one way:
 
     {"put": {"plugins/0/state": "gone"}, "fault": "'gone' is not one of"}
 
-puts a value at each of these places; {"take": "plugins/0/state", ...} takes a member away. The
-document must then have exactly one fault, which holds the text of "fault". Each change that is not
-refused so is a line on standard error; the exit status is 0 when there is none.
+sets the value at each of these paths; {"take": "plugins/0/state", ...} removes a member. The
+document must then have exactly one fault, whose text contains that of "fault". Each change that is
+not refused like this is reported on standard error; the exit status is 0 when there is none.
 """
 
 import copy
@@ -20,7 +20,7 @@ from validate_json import faults, parse
 
 
 def find(document, place):
-    """The object or list that holds the place, and its name or index in there."""
+    """The object or list that contains the value at `place`, and the value's name or index in it."""
     *way, last = [int(step) if step.isdigit() else step for step in place.split("/")]
     for step in way:
         document = document[step]

@@ -4,12 +4,12 @@
 #   good  <Schema>_<what>.xml must be valid.
 #   bad   <Schema>_<why>.xml must be refused, with the message that its first line expects:
 #         <!-- expect: part of the message -->. A file refused for another reason fails the test.
-#   site  a file of a product tree, whose place says what it is, must be valid.
+#   site  a file of a product tree must be valid; its path says which schema applies.
 
 cmake_minimum_required(VERSION 3.25)
 include(${CMAKE_CURRENT_LIST_DIR}/xmllint.cmake)
 
-# schema_of_site_file(out file): which schema is for the file at this place of a product tree.
+# schema_of_site_file(out file): the schema for `file`, by its path in a product tree.
 function(schema_of_site_file out file)
   cmake_path(GET file STEM LAST_ONLY name)
   cmake_path(GET file PARENT_PATH folder)
@@ -26,7 +26,7 @@ function(schema_of_site_file out file)
   elseif(parent STREQUAL name AND grandparent STREQUAL "META_INFO")
     set(schema Plugin)
   elseif(parent STREQUAL name AND grandparent STREQUAL "TevAddons")
-    # Addons and tools lie side by side; only the root element tells them apart.
+    # Addons and tools are in the same folder; only the root element differs.
     file(READ "${file}" content)
     if(content MATCHES "<(AddonDescription|ToolDescription)[ \t\r\n/>]")
       set(schema ${CMAKE_MATCH_1})

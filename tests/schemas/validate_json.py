@@ -1,9 +1,9 @@
 #!/usr/bin/python3
-"""validate_json.py [--lines] SCHEMA FILE: whether FILE is valid by the JSON Schema in SCHEMA.
+"""validate_json.py [--lines] SCHEMA FILE: validates FILE with the JSON Schema in SCHEMA.
 
-With --lines every line of FILE is a document of its own, and there is at least one. Each fault is
-a line on standard error; the exit status is 0 for a valid file, 1 for one that is not, 2 for one
-that cannot be read.
+With --lines every line of FILE is a separate document, and there must be at least one. Each fault is
+a line on standard error; the exit status is 0 for a valid file, 1 for an invalid one, 2 for one that
+cannot be read.
 """
 
 import argparse
@@ -30,13 +30,13 @@ def parse(text):
 
 
 def closest(error):
-    """The error itself; of alternatives, the errors of the one that comes closest."""
+    """The error itself; for alternatives, the errors of the one that matches best."""
     if not error.context:
         return [error]
     alternatives = {}
     for inner in error.context:
         alternatives.setdefault(inner.schema_path[0], []).append(inner)
-    # A constant names what the alternative is for: without it, the others matter little.
+    # A constant identifies the alternative: when it differs, the other errors do not matter.
     weights = {"const": 10}
     best = min(alternatives.values(),
                key=lambda errors: sum(weights.get(inner.validator, 1) for inner in errors))
@@ -44,7 +44,7 @@ def closest(error):
 
 
 def faults(validator, text):
-    """What is wrong with one document."""
+    """The faults of one document."""
     try:
         document = parse(text)
     except ValueError as error:

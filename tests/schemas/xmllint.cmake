@@ -1,5 +1,5 @@
-# run_xmllint(file status message options...): runs xmllint on `file`. `status` is its exit status:
-# 0 valid, 1 not well-formed, 3 or 4 invalid, 5 a broken or missing schema; `message` what it said.
+# run_xmllint(file status message options...): runs xmllint on `file`. `status` becomes its exit
+# status (0 valid, 1 not well-formed, 3 or 4 invalid, 5 no usable schema), `message` its output.
 function(run_xmllint file status message)
   execute_process(
     COMMAND "${XMLLINT}" --nonet --noout ${ARGN} "${file}"
