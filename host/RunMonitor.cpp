@@ -97,12 +97,12 @@ void RunMonitor::SetPlugins(const std::vector<PluginHead>& plugins) {
 
 void RunMonitor::Add(RunEvent event) {
   const std::lock_guard<std::mutex> lock(m_mutex);
-  const RunEventSource::Where here = Here();
+  const RunEventSource::Where here = FlushPosted();
   if (event.thread == 0) {
     event.nanoseconds = here.nanoseconds;
     event.thread = here.thread;
   }
-  Take({std::move(event)});
+  AddEvents({std::move(event)});
 }
 
 RunState RunMonitor::State() const {
@@ -127,11 +127,11 @@ void RunMonitor::OnLogLine(int level, const std::string& module, const std::stri
   const std::lock_guard<std::mutex> lock(m_mutex);
   if (event) {
     if (IsNote(event->kind)) m_notes.push_back(*event);
-    Take(m_source.OnFrameEvent(Here(), *event));
+    AddEvents(m_source.OnFrameEvent(FlushPosted(), *event));
   } else if (module == kLoaderModule) {
-    Take(m_source.OnLoaderMessage(Here(), text));
+    AddEvents(m_source.OnLoaderMessage(FlushPosted(), text));
   } else {
-    Take(m_source.OnOtherLine(Here(), "[" + module + "] " + text));
+    AddEvents(m_source.OnOtherLine(FlushPosted(), "[" + module + "] " + text));
   }
 }
 
@@ -141,29 +141,29 @@ void RunMonitor::OnTask(const TaskEvent& event) {
   const std::lock_guard<std::mutex> lock(m_mutex);
   switch (event.kind) {
     case TaskEvent::Kind::kBegun:
-      return Take(m_source.OnTaskBegun(Here(), event.task));
+      return AddEvents(m_source.OnTaskBegun(FlushPosted(), event.task));
     case TaskEvent::Kind::kEnded:
-      return Take(m_source.OnTaskEnded(Here(), event.task));
+      return AddEvents(m_source.OnTaskEnded(FlushPosted(), event.task));
     default:
       return;
   }
 }
 
 /// The thread that posts tasks must not wait here, since the start of all plugins waits for it. If
-/// another thread holds the lock, the event stays in m_posted until the next call of Here, which
-/// comes at the latest when the task begins.
+/// another thread holds the lock, the event stays in m_posted until the next call of FlushPosted,
+/// which comes at the latest when the task begins.
 void RunMonitor::OnTaskPosted(std::uint64_t task) {
   {
     const std::lock_guard<std::mutex> lock(m_postedMutex);
     m_posted.emplace_back(Now(), task);
   }
   const std::unique_lock<std::mutex> lock(m_mutex, std::try_to_lock);
-  if (lock) Here();
+  if (lock) FlushPosted();
 }
 
 /// Makes events of the tasks posted so far, and returns the caller's time and thread. The time is
 /// read under the same lock as the list of tasks, so that the events are in the order of time.
-RunEventSource::Where RunMonitor::Here() {
+RunEventSource::Where RunMonitor::FlushPosted() {
   std::vector<std::pair<RunEventSource::Where, std::uint64_t>> posted;
   RunEventSource::Where here;
   {
@@ -171,11 +171,11 @@ RunEventSource::Where RunMonitor::Here() {
     posted.swap(m_posted);
     here = Now();
   }
-  for (const auto& [where, task] : posted) Take(m_source.OnTaskPosted(where, task));
+  for (const auto& [where, task] : posted) AddEvents(m_source.OnTaskPosted(where, task));
   return here;
 }
 
-void RunMonitor::Take(const std::vector<RunEvent>& events) {
+void RunMonitor::AddEvents(const std::vector<RunEvent>& events) {
   std::string lines;
   for (const RunEvent& event : events) {
     m_state.Apply(event);

@@ -51,8 +51,8 @@ class RunMonitor {
   void OnLogLine(int level, const std::string& module, const std::string& text);
   void OnTask(const TaskEvent& event);
   void OnTaskPosted(std::uint64_t task);
-  RunEventSource::Where Here();
-  void Take(const std::vector<RunEvent>& events);
+  RunEventSource::Where FlushPosted();
+  void AddEvents(const std::vector<RunEvent>& events);
 
   const LineSink m_sink;
 

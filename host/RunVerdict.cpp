@@ -41,7 +41,7 @@ bool NeverBegan(const PluginRun& plugin) {
 }
 
 /// How the start ended, for a product with one plugin.
-std::string TheOnePlugin(const RunState& state) {
+std::string SinglePluginText(const RunState& state) {
   const auto isIt = [](const PluginRun& plugin) { return IsStarted(plugin.head); };
   const auto plugin = std::find_if(state.Plugins().begin(), state.Plugins().end(), isIt);
   if (plugin->started == State::kStarted) return "the one plugin started";
@@ -54,13 +54,13 @@ std::string StartedText(const RunState& state) {
   const std::size_t all = CountAll(state);
   const std::size_t started = StartedAs(state, State::kStarted).size();
   if (all == 0) return "there are no plugins to start";
-  if (all == 1) return TheOnePlugin(state);
+  if (all == 1) return SinglePluginText(state);
   if (started == all) return fmt::format("all {} plugins started", all);
   return fmt::format("{} of {} started", started, Count(all, "plugin"));
 }
 
 /// Clauses on the plugins that failed to start or to stop.
-std::string Trouble(const RunState& state) {
+std::string FailureClauses(const RunState& state) {
   const auto refused = [](const PluginRun& p) { return p.state == State::kStopRefused; };
   const auto late = [](const PluginRun& p) { return p.state == State::kStarted && p.stopCounted; };
   return Clause(StartedAs(state, State::kInitFailed), "failed in Init", "failed in Init") +
@@ -88,7 +88,7 @@ std::string ErrorsText(const RunState& state) {
 
 /// The plugins that `plugin` waits for: if it was never started, those that it depends on and that
 /// have not been counted; otherwise those that depend on it and have not been stopped.
-std::vector<std::string> HeldUpBy(const RunState& state, const PluginRun& plugin) {
+std::vector<std::string> BlockingPlugins(const RunState& state, const PluginRun& plugin) {
   const auto has = [](const std::vector<std::string>& ids, const std::string& id) {
     return std::find(ids.begin(), ids.end(), id) != ids.end();
   };
@@ -100,12 +100,12 @@ std::vector<std::string> HeldUpBy(const RunState& state, const PluginRun& plugin
 
 /// "a.server never started: it waits for b.server": why the stop waits for a plugin whose code does
 /// not run.
-std::string WaitingFor(const RunState& state, const PluginRun& plugin) {
+std::string WaitingClause(const RunState& state, const PluginRun& plugin) {
   if (plugin.head.id.empty() && plugin.head.kind == "platform") {
     return "the stop of a sub platform without an ID is never counted";
   }
   const std::string name = ShownID(plugin.head.id);
-  const std::vector<std::string> others = HeldUpBy(state, plugin);
+  const std::vector<std::string> others = BlockingPlugins(state, plugin);
   if (others.empty()) return "the stop of " + name + " was not counted";
   const bool itself = others.size() == 1 && others.front() == plugin.head.id;
   return name +
@@ -114,15 +114,15 @@ std::string WaitingFor(const RunState& state, const PluginRun& plugin) {
          (itself ? "itself" : JoinNames(others, kMostNames));
 }
 
-/// The WaitingFor clauses of all plugins that the stop waits for.
-std::string WaitingForEver(const RunState& state) {
+/// The WaitingClause of each plugin that the stop waits for, at most five of them.
+std::string WaitingClauses(const RunState& state) {
   std::string text;
   std::size_t left = 0;
   for (const PluginRun& plugin : state.Plugins()) {
     if (!IsStarted(plugin.head) || plugin.stopCounted) continue;
     if (++left > kMostNames) continue;
     text += "; ";
-    text += WaitingFor(state, plugin);
+    text += WaitingClause(state, plugin);
   }
   if (left > kMostNames) text += "; and " + Count(left - kMostNames, "more plugin");
   return text;
@@ -145,7 +145,7 @@ std::string LeftBehindText(const RunFacts& facts, const RunState& state) {
              "have not returned from their UnInit") +
       Clause(Names(state, unmapping), "is still being unmapped", "are still being unmapped");
   const bool stopping = facts.pendingCall == "Frame_Stop";
-  if (text.empty() && stopping && facts.unfinishedTasks == 0) text = WaitingForEver(state);
+  if (text.empty() && stopping && facts.unfinishedTasks == 0) text = WaitingClauses(state);
   if (text.empty() && !facts.pendingCall.empty()) {
     text = "; " + facts.pendingCall + " has not returned";
   }
@@ -227,15 +227,15 @@ Verdict Judge(const RunFacts& facts, const RunState& state) {
   const std::string by = facts.stoppedBy.empty() ? "" : " (stopped by " + facts.stoppedBy + ")";
   if (!facts.pendingCall.empty() || facts.unfinishedTasks != 0) {
     return {"left-behind", kCutShort,
-            "left behind: " + LeftBehindText(facts, state) + Trouble(state) + by};
+            "left behind: " + LeftBehindText(facts, state) + FailureClauses(state) + by};
   }
   if (!state.Up()) {
     return {"cut-short", kCutShort,
             "cut short: stopped" +
                 (facts.stoppedBy.empty() ? std::string() : " by " + facts.stoppedBy) +
-                " before it was up; " + StartedText(state) + Trouble(state)};
+                " before it was up; " + StartedText(state) + FailureClauses(state)};
   }
-  const std::string trouble = Trouble(state) + ErrorsText(state);
+  const std::string trouble = FailureClauses(state) + ErrorsText(state);
   if (!trouble.empty()) return {"degraded", kDegraded, "degraded: " + StartedText(state) + trouble};
   return {"up", kOk, "up: " + StartedText(state)};
 }

@@ -37,22 +37,22 @@ bool NeverCounted(const RunState& state, const PluginRun& plugin) {
 }
 
 /// Whether some plugin can begin as soon as the frame next checks what is ready.
-bool SomebodyIsReady(const RunState& state) {
-  std::set<std::string> keptUp;  // at the stop: dependencies of plugins that have not been stopped
+bool AnyIsReady(const RunState& state) {
+  std::set<std::string> stillNeeded;  // at the stop: dependencies of plugins not yet stopped
   for (const PluginRun& plugin : state.Plugins()) {
     if (!Stopping(state) || Done(state, plugin)) continue;
-    keptUp.insert(plugin.head.dependsOn.begin(), plugin.head.dependsOn.end());
+    stillNeeded.insert(plugin.head.dependsOn.begin(), plugin.head.dependsOn.end());
   }
   return std::any_of(state.Plugins().begin(), state.Plugins().end(), [&](const PluginRun& plugin) {
     if (!IsStarted(plugin.head) || Done(state, plugin)) return false;
     if (!Stopping(state)) return plugin.state == State::kReady;
-    return !NeverCounted(state, plugin) && keptUp.count(plugin.head.id) == 0;
+    return !NeverCounted(state, plugin) && stillNeeded.count(plugin.head.id) == 0;
   });
 }
 
 /// What blocks the start or stop for ever, when no plugin's code runs and none is ready.
-std::string WaitedForEver(const RunState& state, const std::vector<std::string>& cycles) {
-  if (!OnlyWaiting(state) || SomebodyIsReady(state)) return std::string();
+std::string EndlessWaitText(const RunState& state, const std::vector<std::string>& cycles) {
+  if (!OnlyWaiting(state) || AnyIsReady(state)) return std::string();
   std::string text;
   if (!cycles.empty()) {
     text = cycles.size() == 1 ? "waiting for the cycle " : "waiting for the cycles ";
@@ -67,12 +67,12 @@ std::string WaitedForEver(const RunState& state, const std::vector<std::string>&
 }
 
 template <typename Text>
-std::string Waited(const RunState& state, const std::vector<std::string>& cycles, Text text) {
+std::string WaitText(const RunState& state, const std::vector<std::string>& cycles, Text text) {
   std::vector<std::string> names;
   for (const PluginRun& plugin : state.Plugins()) {
     if (Running(plugin)) names.push_back(text(plugin));
   }
-  if (names.empty()) return WaitedForEver(state, cycles);
+  if (names.empty()) return EndlessWaitText(state, cycles);
   return "waiting for " + JoinNames(names, kMostNames);
 }
 
@@ -126,12 +126,12 @@ std::size_t CountStopped(const RunState& state) {
 }
 
 std::string WaitedFor(const RunState& state, const std::vector<std::string>& cycles) {
-  return Waited(state, cycles, [](const PluginRun& plugin) { return plugin.head.id; });
+  return WaitText(state, cycles, [](const PluginRun& plugin) { return plugin.head.id; });
 }
 
 std::string WaitingLine(const RunState& state, const std::vector<std::string>& cycles,
                         std::int64_t nowNs) {
-  const std::string waited = Waited(state, cycles, [nowNs](const PluginRun& plugin) {
+  const std::string waited = WaitText(state, cycles, [nowNs](const PluginRun& plugin) {
     return fmt::format("{} ({:.1f} s)", ShownID(plugin.head.id),
                        static_cast<double>(nowNs - plugin.sinceNs) * 1e-9);
   });

@@ -51,7 +51,7 @@ std::string WhyUnreadable(const ModelFile& file, const LocalNames& names) {
 }
 
 /// What the product loses when the file reads as empty.
-std::string Loss(const ModelFile& file, const LocalNames& names) {
+std::string Consequence(const ModelFile& file, const LocalNames& names) {
   const std::string& root = file.root;
   const std::string id = Quoted(file.listed.id);
   if (root == "ProductDescription") return "no plugin is started";
@@ -72,11 +72,11 @@ bool IsOfTools(const ModelFile& file) {
   return file.root == "ToolList" || file.root == "ToolDescription";
 }
 
-std::string ReadsAsEmpty(const ModelFile& file, const LocalNames& names) {
+std::string EmptyFileText(const ModelFile& file, const LocalNames& names) {
   std::string text = Place(file.read, file.line, names) + ": ";
   text +=
       file.state == State::kNotWellFormed ? "not well-formed (" + file.detail + ")" : file.detail;
-  text += ": the whole file reads as empty, so " + Loss(file, names);
+  text += ": the whole file reads as empty, so " + Consequence(file, names);
   if (!file.passedOver.empty()) {
     text +=
         "; it stands in for " + names.fromPath(file.path.filename()) + ", which " + file.passedOver;
@@ -96,7 +96,7 @@ std::optional<Finding> WrongHeldID(const ModelFile& file, const std::vector<Mode
                             Place(file.listed.file.filename(), file.listed.line, names) +
                             " lists it: ";
   if (file.heldID.empty()) {
-    return Finding{Severity::kError, place + "missing: " + Loss(file, names)};
+    return Finding{Severity::kError, place + "missing: " + Consequence(file, names)};
   }
   if (!file.required) return std::nullopt;
   const bool isTaken = std::any_of(files.begin(), files.end(), [&](const ModelFile& other) {
@@ -111,7 +111,7 @@ std::optional<Finding> WrongHeldID(const ModelFile& file, const std::vector<Mode
 }
 
 /// The sentence on a file that is not required and cannot be read: which addons or tools are lost.
-std::string LostAddon(const ModelFile& file, const LocalNames& names) {
+std::string UnreadableAddonText(const ModelFile& file, const LocalNames& names) {
   const std::string why = WhyUnreadable(file, names) + "; ";
   if (file.root == "AddonList") return why + "no addon is read, not even an installed one";
   if (file.root == "ToolList") return why + "no tool is read, not even an installed one";
@@ -119,7 +119,7 @@ std::string LostAddon(const ModelFile& file, const LocalNames& names) {
     return why + "the addon in " + names.fromPath(file.listed.file) + " is not installed";
   }
   const bool nameless = !file.listed.element.empty() && file.listed.id.empty();
-  return why + (nameless ? "it is skipped" : Loss(file, names));
+  return why + (nameless ? "it is skipped" : Consequence(file, names));
 }
 
 const ModelFile* Find(const std::vector<ModelFile>& files, const std::string& root) {
@@ -130,9 +130,9 @@ const ModelFile* Find(const std::vector<ModelFile>& files, const std::string& ro
 
 /// The sentence on installed addons or tools that are not read, because their catalogue or the
 /// product's version is missing. `list`: their elements in InstalledProducts.xml.
-std::string NotEvenInstalled(const std::vector<ModelFile>& files, const std::string& catalogueRoot,
-                             const std::string& list, const std::string& what,
-                             const LocalNames& names) {
+std::string InstalledButNotRead(const std::vector<ModelFile>& files,
+                                const std::string& catalogueRoot, const std::string& list,
+                                const std::string& what, const LocalNames& names) {
   const ModelFile* installed = Find(files, "InstalledProductsDescription");
   const ModelFile* catalogue = Find(files, catalogueRoot);
   if (installed == nullptr || installed->state != State::kGood) return std::string();
@@ -186,21 +186,21 @@ std::vector<Finding> FindingsOfFiles(const std::vector<ModelFile>& files, const 
     const bool ofTools = IsOfTools(file);
     const Severity severity = ofTools ? Severity::kWarning : Severity::kError;
     if (file.state == State::kNotWellFormed || file.state == State::kOtherRoot) {
-      add(Severity::kError, ReadsAsEmpty(file, names));
+      add(Severity::kError, EmptyFileText(file, names));
     } else if (file.state == State::kOtherID) {
-      add(severity,
-          Place(file.read, file.line, names) + ": " + file.detail + ": " + Loss(file, names));
+      add(severity, Place(file.read, file.line, names) + ": " + file.detail + ": " +
+                        Consequence(file, names));
     } else if (CannotBeRead(file) && !file.required) {
       // A product without addons and tools needs no catalogues.
       const bool tolerated = file.state == State::kMissing && file.listed.element.empty();
-      if (!tolerated) add(severity, LostAddon(file, names));
+      if (!tolerated) add(severity, UnreadableAddonText(file, names));
     }
   }
   add(Severity::kError,
-      NotEvenInstalled(files, "AddonList", "/InstalledProductsDescription/Addons/Addon", "addon",
-                       names));
+      InstalledButNotRead(files, "AddonList", "/InstalledProductsDescription/Addons/Addon", "addon",
+                          names));
   add(Severity::kWarning,
-      NotEvenInstalled(files, "ToolList", "/InstalledProductsDescription/Tools/Tool", "tool",
-                       names));
+      InstalledButNotRead(files, "ToolList", "/InstalledProductsDescription/Tools/Tool", "tool",
+                          names));
   return findings;
 }

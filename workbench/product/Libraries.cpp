@@ -22,7 +22,7 @@ bool Exists(const fs::path& path) {
 }
 
 /// Whether `folder` contains a file of this name; letter case is ignored, as on Windows.
-bool Holds(const fs::path& folder, const std::string& name) {
+bool ContainsFile(const fs::path& folder, const std::string& name) {
   return Exists(folder / name) || FileWithOtherCase(folder / name).has_value();
 }
 
@@ -32,7 +32,7 @@ bool IsNamePart(char c) {
 }
 
 /// Whether `words` contain the file name `name`, not as part of a longer name.
-bool Mentions(const std::string& words, const std::string& name) {
+bool ContainsFileName(const std::string& words, const std::string& name) {
   for (std::size_t at = words.find(name); at != std::string::npos; at = words.find(name, at + 1)) {
     const std::size_t end = at + name.size();
     const bool begins = at == 0 || !IsNamePart(words[at - 1]);
@@ -95,8 +95,8 @@ std::string MissingElf(const fs::path& library, const LibraryHeader& header, std
   if (words.find("No such file or directory") == std::string::npos) return std::string();
   const std::string own = names.fromPath(library);
   if (words.compare(0, own.size(), own) == 0) words.erase(0, own.size());
-  const Missing missing =
-      FindMissing(library, header, [&](const std::string& name) { return Mentions(words, name); });
+  const Missing missing = FindMissing(
+      library, header, [&](const std::string& name) { return ContainsFileName(words, name); });
   if (missing.name.empty()) return std::string();
 
   const fs::path beside = library.parent_path() / missing.name;
@@ -123,9 +123,9 @@ std::string MissingPe(const fs::path& library, const LibraryHeader& header,
                    [](unsigned char c) { return static_cast<char>(std::tolower(c)); });
     // API set names, which the system maps to its own libraries.
     if (lower.compare(0, 7, "api-ms-") == 0 || lower.compare(0, 7, "ext-ms-") == 0) return false;
-    if (Holds(library.parent_path(), name)) return false;
+    if (ContainsFile(library.parent_path(), name)) return false;
     return std::none_of(folders.begin(), folders.end(),
-                        [&](const fs::path& folder) { return Holds(folder, name); });
+                        [&](const fs::path& folder) { return ContainsFile(folder, name); });
   };
   const Missing missing = FindMissing(library, header, isMissing);
   return missing.name.empty()

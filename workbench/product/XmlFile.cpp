@@ -37,7 +37,7 @@ std::string OneLine(std::string message) {
 class XmlMessages {
  public:
   XmlMessages() : m_handler(xmlStructuredError), m_context(xmlStructuredErrorContext) {
-    xmlSetStructuredErrorFunc(this, &XmlMessages::Take);
+    xmlSetStructuredErrorFunc(this, &XmlMessages::OnMessage);
   }
   ~XmlMessages() { xmlSetStructuredErrorFunc(m_context, m_handler); }
   XmlMessages(const XmlMessages&) = delete;
@@ -54,7 +54,7 @@ class XmlMessages {
  private:
   // A template because the error is const from libxml2 2.12 on.
   template <typename Error>
-  static void Take(void* self, Error* error) noexcept {
+  static void OnMessage(void* self, Error* error) noexcept {
     auto& messages = *static_cast<XmlMessages*>(self);
     if (error->code == XML_ERR_NO_MEMORY) messages.m_outOfMemory = true;
     if (error->level != XML_ERR_FATAL || !messages.m_first.empty()) return;

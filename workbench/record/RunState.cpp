@@ -8,20 +8,20 @@ using Kind = RunEvent::Kind;
 using Result = RunEvent::Result;
 using State = PluginRun::State;
 
-void Enter(PluginRun& plugin, State state, std::int64_t nanoseconds) {
+void SetState(PluginRun& plugin, State state, std::int64_t nanoseconds) {
   if (plugin.state == state) return;
   plugin.state = state;
   plugin.sinceNs = nanoseconds;
 }
 
 void BeginStart(PluginRun& plugin, State state, const RunEvent& event) {
-  Enter(plugin, state, event.nanoseconds);
+  SetState(plugin, state, event.nanoseconds);
   plugin.thread = event.thread;
   if (plugin.startedAtNs < 0) plugin.startedAtNs = event.nanoseconds;
 }
 
 void EndStart(PluginRun& plugin, State state, const RunEvent& event) {
-  Enter(plugin, state, event.nanoseconds);
+  SetState(plugin, state, event.nanoseconds);
   plugin.started = state;
   plugin.reason = event.text;
 }
@@ -139,7 +139,7 @@ void RunState::ApplyToPlugin(const RunEvent& event) {
     case Kind::kReady:
       if (event.phase != RunPhase::kStart) break;
       plugin.waitedFor = event.text;
-      if (plugin.state == State::kWaiting) Enter(plugin, State::kReady, event.nanoseconds);
+      if (plugin.state == State::kWaiting) SetState(plugin, State::kReady, event.nanoseconds);
       break;
     case Kind::kLoadBegin:
       BeginStart(plugin, State::kLoading, event);
@@ -155,7 +155,7 @@ void RunState::ApplyToPlugin(const RunEvent& event) {
       EndStart(plugin, event.result == Result::kOk ? State::kStarted : State::kInitFailed, event);
       break;
     case Kind::kUnInitBegin:
-      Enter(plugin, State::kInUnInit, event.nanoseconds);
+      SetState(plugin, State::kInUnInit, event.nanoseconds);
       break;
     case Kind::kUnInitEnd:
       plugin.uninitMs = event.milliseconds;
@@ -175,13 +175,13 @@ void RunState::ApplyCount(const RunEvent& event) {
     // The count decides: a task that runs out of memory after a successful Init counts as failed.
     plugin.startCounted = true;
     plugin.started = StartedBy(event.result);
-    if (!StopHasBegun(plugin)) Enter(plugin, plugin.started, event.nanoseconds);
+    if (!StopHasBegun(plugin)) SetState(plugin, plugin.started, event.nanoseconds);
     if (!event.text.empty()) plugin.reason = event.text;
     return;
   }
   plugin.stopCounted = true;
   if (event.result == Result::kNotLoaded) return;
-  Enter(plugin, event.result == Result::kRefused ? State::kStopRefused : State::kStopped,
-        event.nanoseconds);
+  SetState(plugin, event.result == Result::kRefused ? State::kStopRefused : State::kStopped,
+           event.nanoseconds);
   if (!event.text.empty()) plugin.stopReason = event.text;
 }
