@@ -6,6 +6,7 @@
 /// Any thread.
 std::string GetCurExeDir();
 
-/// Converts a text from the local code page to the wide form that the library loader takes.
-/// Bytes that are not valid in the code page reach the loader unchanged. Any thread.
+/// Converts a text from the local code page to the wide form that the library loader takes. ASCII
+/// characters stay as they are. Bytes that are not valid in the code page reach the loader
+/// unchanged, except on Windows, where the system converts them. Any thread.
 std::wstring LocalToWide(const std::string& text);

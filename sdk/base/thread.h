@@ -14,7 +14,7 @@ class CTMTask {
   CTMTask(const CTMTask&) = delete;
   CTMTask& operator=(const CTMTask&) = delete;
 
-  /// What a pool thread calls: runs DoTask once.
+  /// What a pool thread calls: runs DoTask once. What it throws ends this task and nothing else.
   virtual void Exec();
 
   /// The work itself, on a pool thread.
@@ -39,7 +39,8 @@ class CThreadManager {
   unsigned int GetAvailableThreadpool(const std::string& name, int least, int most, int reserved);
 
   /// Hands `task` to the pool named by its group; an `urgent` one runs before those that wait.
-  /// Returns true when the pool took it: it is then run, even if the pool is released first.
+  /// Returns true when the pool took it: it is then run on one of the pool's own threads, even if
+  /// the pool is released first. False when no pool of that name has been granted.
   ///
   /// An implementation must neither run the task within this call nor wait for room in a full pool:
   /// the frame posts while it holds a lock that its tasks take, so either would deadlock. When a

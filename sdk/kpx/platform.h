@@ -20,13 +20,16 @@ using StartedPluginMap = std::map<std::string, void*>;
 /// that does. To have the product stopped, they ask the host and return.
 using KPXStartFinishFn = bool (*)(StartedPluginMap* started);
 
-// Called in this order, on the host's thread.
+// Called in this order, on the host's thread. Refused, with a result other than 0 and a reason for
+// KPX_GetLastError: KPX_Init when the platform is up, KPX_Start when it is not up or is started,
+// KPX_Stop when it is not started, KPX_UnInit when it is not up.
 
 /// Initialises the platform. Returns 0 on success.
 std::int32_t KPX_Init();
 
 /// Starts the platform and calls `finished` once it has started, possibly after this has returned.
-/// Returns 0 on success.
+/// Does not wait for `finished` to return: the host could not stop a start that never ends.
+/// Returns 0 on success; a null `finished` is refused.
 std::int32_t KPX_Start(KPXStartFinishFn finished);
 
 /// Prepares the platform for the stop of the plugins. Returns 0 on success.

@@ -25,11 +25,13 @@ struct PlatformInfo {
   std::map<std::string, ExecutableInfo> Executables;  // by ID
 };
 
-/// Initialises the framework under `name`. Returns 0 on success. Called on the host's thread.
+/// Initialises the framework under `name`. Returns 0 on success, another number when it is
+/// initialised already. Called on the host's thread.
 std::int32_t TevLPCFrameInit(const std::string& name, const PlatformInfo& info);
 
 /// Notifies the framework that the plugins have started. Any thread.
 void TevLPCFrameNotifyStartPlugins(const std::string& text);
 
-/// Uninitialises the framework. Returns 0 on success. Called on the host's thread.
+/// Uninitialises the framework. Returns 0 on success, another number when it is not initialised:
+/// the frame then leaves the plugins running. Called on the host's thread.
 std::int32_t TevLPCFrameUnInit();

@@ -28,9 +28,9 @@ using ULONGLONG = std::uint64_t;
 extern "C" {
 
 /// Loads the dynamic library at `path` with all its symbols bound at once, private to its handle.
-/// Returns its handle, to be freed with FreeLibrary, or null; GetLastError then returns the reason
-/// as one of the codes below, and the loader's message is logged.
-/// Any thread. Never throws.
+/// Returns its handle, or null. The handle is the same while the library stays loaded; each call
+/// needs its own FreeLibrary. After null, GetLastError returns the reason as one of the codes
+/// below, and the loader's message is logged. Any thread. Never throws.
 HMODULE LoadLibraryW(const wchar_t* path);
 
 /// The address of the exported symbol `name` of a loaded library, or null when it has none.

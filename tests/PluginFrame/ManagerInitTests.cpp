@@ -94,11 +94,13 @@ TEST_F(ManagerInit, FailedFrameworkLeavesTheRecordsForTheStop) {
   tree.Product("a: b:a");
   EXPECT_CALL(seam.lpc, Init).WillOnce(Return(17));
   EXPECT_FALSE(manager.Init());
+  EXPECT_CALL(seam.lpc, UnInit).WillOnce(Return(0));
   EXPECT_CALL(seam.threads, Grant("platform.PluginFrame", 1, 2, 0)).WillOnce(Return(1U));
   manager.Uninit();
 }
 
 TEST_F(ManagerInit, OnlyTheDistributedModuleDropsPlugins) {
+  ON_CALL(seam.lpc, Init).WillByDefault(Return(0));  // each time anew
   for (const std::int32_t module : {0, 1, 3}) {
     CPluginManager another;
     tree.Product("a:");

@@ -73,7 +73,7 @@ TEST_F(PluginStart, LogsEveryStepAndEveryCost) {
                   "3 SinglePluginLoad: [Plugin Load]Plugin Init begin.[a]",
                   "3 SinglePluginLoad: [Plugin Load]Plugin Init end. [a] cost time [30]ms",
                   "3 SinglePluginLoad: [Plugin Load]Plugin [a] SinglePluginLoad End. count[1].",
-                  "3 Start: [PluginManager start]Plugins init end. Total cost time [30]ms.",
+                  "3 Start: [PluginManager start]Plugins init end. Total cost time [230]ms.",
                   "3 Start: [PluginManager start]Notify plugin start by LPC.",
                   "3 Start: [PluginManager start]----PluginManager Start success----"));
 }

@@ -59,7 +59,7 @@ class StartOrder : public FrameTest {
       const std::vector<std::shared_ptr<CTMTask>> now(seam.tasks.begin(),
                                                       seam.tasks.begin() + long(some));
       seam.tasks.erase(seam.tasks.begin(), seam.tasks.begin() + long(some));
-      for (const auto& task : now) task->Exec();
+      seam.Run(now);
     };
     CPluginManager manager;
     if (!manager.Init() || !manager.Start(nullptr)) faults += "no start ";

@@ -58,7 +58,7 @@ TEST_P(SeamCall, ThatThrowsLeavesNoEntryAndHoldsNoLaterOne) {
   StartedPluginMap started;
   bool cameUp = false;
   ON_CALL(seam.platform, Start).WillByDefault(Invoke([&](KPXStartFinishFn finished) {
-    cameUp = finished(&started);
+    cameUp = Seam::CallBack(finished, &started);
     return 0;
   }));
   GetParam().arm(seam);

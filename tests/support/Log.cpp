@@ -22,10 +22,13 @@ std::string Format(const char* format, std::va_list arguments) {
   std::va_list again;
   va_copy(again, arguments);
   const int length = std::vsnprintf(nullptr, 0, format, arguments);
-  std::string text(static_cast<std::size_t>(length) + 1, '\0');
-  std::vsnprintf(&text[0], text.size(), format, again);
+  std::string text = format;  // kept when an argument cannot be converted
+  if (length >= 0) {
+    text.resize(static_cast<std::size_t>(length) + 1);
+    std::vsnprintf(&text[0], text.size(), format, again);
+    text.pop_back();
+  }
   va_end(again);
-  text.pop_back();
   return text;
 }
 

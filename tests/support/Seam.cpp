@@ -1,15 +1,19 @@
 #include "tests/support/Seam.h"
 
-#include <algorithm>
 #include <cstring>
+#include <deque>
+#include <set>
 #include <stdexcept>
+#include <thread>
+#include <utility>
 
+#include "reference/os/LocalText.h"
 #include "sdk/base/path.h"
 #include "sdk/os/os.h"
 #include "sdk/xrt/lock.h"
 #include "sdk/xrt/runtime.h"
 
-using testing::_;
+using testing::Invoke;
 using testing::Return;
 
 namespace {
@@ -27,11 +31,8 @@ bool RunUnInit() {
   return t_library->uninit();
 }
 
-std::string Narrow(const wchar_t* text) {
-  std::string narrow;
-  for (; *text != L'\0'; ++text) narrow += static_cast<char>(*text);
-  return narrow;
-}
+/// What GetLastError answers.
+thread_local DWORD t_error = 0;
 
 std::string LibraryName(const std::string& path) {
   const std::string file = path.substr(path.find_last_of("/\\") + 1);
@@ -43,13 +44,23 @@ std::string LibraryName(const std::string& path) {
 Seam::Seam() {
   if (g_seam != nullptr) throw std::logic_error("one seam at a time");
   g_seam = this;
+  ON_CALL(platform, Init).WillByDefault(Invoke(&m_platform, &PlatformDouble::Init));
+  ON_CALL(platform, Start).WillByDefault(Invoke(&m_platform, &PlatformDouble::Start));
+  ON_CALL(platform, Stop).WillByDefault(Invoke(&m_platform, &PlatformDouble::Stop));
+  ON_CALL(platform, UnInit).WillByDefault(Invoke(&m_platform, &PlatformDouble::UnInit));
+  ON_CALL(platform, GetLastError).WillByDefault(Invoke(&m_platform, &PlatformDouble::GetLastError));
+  ON_CALL(platform, GetVersion).WillByDefault(Invoke(&PlatformDouble::GetVersion));
   ON_CALL(platform, GetRunningModule).WillByDefault(Return(1));
   ON_CALL(platform, SetProductModel).WillByDefault(Return(1));
+  ON_CALL(lpc, Init).WillByDefault(testing::InvokeWithoutArgs(&m_lpc, &LpcDouble::Init));
+  ON_CALL(lpc, UnInit).WillByDefault(Invoke(&m_lpc, &LpcDouble::UnInit));
   ON_CALL(threads, Grant).WillByDefault(Return(1U));
   ON_CALL(threads, Post).WillByDefault(Return(true));
 }
 
 Seam::~Seam() {
+  m_platform.Stop();  // its thread may still wait for tasks
+  m_pools.clear();
   g_seam = nullptr;
 }
 
@@ -70,8 +81,118 @@ std::vector<std::string> Seam::Calls() const {
 
 void Seam::RunTasks() {
   std::vector<std::shared_ptr<CTMTask>> waiting;
-  waiting.swap(tasks);
-  for (const auto& task : waiting) task->Exec();
+  {
+    const std::lock_guard<std::mutex> lock(m_mutex);
+    waiting.swap(tasks);
+  }
+  Run(waiting);
+}
+
+void Seam::Run(const std::vector<std::shared_ptr<CTMTask>>& some) {
+  std::set<PoolDouble*> pools;
+  for (const auto& task : some) {
+    const std::lock_guard<std::mutex> lock(m_mutex);
+    PoolDouble* pool = FindPool(task->Group());
+    pools.insert(pool);
+    pool->Run(task, false);
+  }
+  for (PoolDouble* pool : pools) pool->AwaitTasks();
+}
+
+bool Seam::CallBack(KPXStartFinishFn finished, StartedPluginMap* started) {
+  bool result = false;
+  std::thread([&] { result = finished(started); }).join();
+  return result;
+}
+
+/// The pool that was granted last under this name, whether or not it has been released.
+PoolDouble* Seam::FindPool(const std::string& name) {
+  PoolDouble* found = nullptr;
+  for (PoolDouble& pool : m_pools) found = pool.Name() == name ? &pool : found;
+  return found;
+}
+
+PoolDouble* Seam::FindGranted(const std::string& name) {
+  PoolDouble* pool = FindPool(name);
+  return pool != nullptr && pool->IsGranted() ? pool : nullptr;
+}
+
+unsigned int Seam::Grant(const std::string& name, int least, int most, int reserved) {
+  const unsigned int granted = threads.Grant(name, least, most, reserved);
+  if (granted == 0) return 0;
+  const std::lock_guard<std::mutex> lock(m_mutex);
+  PoolDouble* pool = FindGranted(name);
+  if (pool == nullptr) pool = &m_pools.emplace_back(name);
+  pool->Grant(least, reserved);
+  return granted;
+}
+
+bool Seam::Post(std::shared_ptr<CTMTask> task, bool urgent) {
+  if (!threads.Post(task->Group(), urgent)) return false;
+  const std::lock_guard<std::mutex> lock(m_mutex);
+  PoolDouble* pool = FindGranted(task->Group());
+  if (pool == nullptr) return false;
+  if (keepsTasks) {
+    tasks.insert(urgent ? tasks.begin() : tasks.end(), std::move(task));
+  } else {
+    pool->Run(std::move(task), urgent);
+  }
+  return true;
+}
+
+bool Seam::Release(const std::string& name, bool wait) {
+  threads.Release(name, wait);
+  PoolDouble* pool = nullptr;
+  {
+    const std::lock_guard<std::mutex> lock(m_mutex);
+    pool = FindGranted(name);
+    if (pool == nullptr || (wait && pool->IsOnOwnThread())) return false;
+    pool->Release();
+  }
+  if (wait) {
+    RunTasks();
+    pool->AwaitTasks();
+  }
+  return true;
+}
+
+ScriptedLibrary* Seam::Load(const std::string& path) {
+  ScriptedLibrary* library = nullptr;
+  bool isMapped = false;
+  {
+    const std::lock_guard<std::mutex> lock(m_mutex);
+    loadedPaths.push_back(path);
+    const auto found = libraries.find(LibraryName(path));
+    if (found == libraries.end() || !found->second.loads) return nullptr;
+    library = &found->second;
+    isMapped = library->handles > 0;
+  }
+  if (!isMapped) library->onLoad();
+  const std::lock_guard<std::mutex> lock(m_mutex);
+  ++library->handles;
+  return library;
+}
+
+bool Seam::Free(ScriptedLibrary& library) {
+  {
+    const std::lock_guard<std::mutex> lock(m_mutex);
+    if (library.handles == 0) return false;
+  }
+  library.onFree();
+  const std::lock_guard<std::mutex> lock(m_mutex);
+  --library.handles;
+  return true;
+}
+
+void Seam::NoteLockCall(const char* call) {
+  const std::lock_guard<std::mutex> lock(m_mutex);
+  lockCalls.push_back(call);
+}
+
+void Seam::NoteSleep(std::uint32_t milliseconds) {
+  now += milliseconds;
+  const std::lock_guard<std::mutex> lock(m_mutex);
+  sleeps.push_back(milliseconds);
 }
 
 // ---------------------------------------------------------------- the platform library
@@ -177,18 +298,15 @@ CThreadManager& CThreadManager::Instance() {
 
 unsigned int CThreadManager::GetAvailableThreadpool(const std::string& name, int least, int most,
                                                     int reserved) {
-  return Seam::Current().threads.Grant(name, least, most, reserved);
+  return Seam::Current().Grant(name, least, most, reserved);
 }
 
 bool CThreadManager::PostTask(std::shared_ptr<CTMTask> task, bool urgent) {
-  const bool accepted = Seam::Current().threads.Post(task->Group(), urgent);
-  if (accepted) Seam::Current().tasks.push_back(std::move(task));
-  return accepted;
+  return Seam::Current().Post(std::move(task), urgent);
 }
 
 bool CThreadManager::ReleaseThread(const std::string& name, bool wait) {
-  Seam::Current().threads.Release(name, wait);
-  return true;
+  return Seam::Current().Release(name, wait);
 }
 
 std::string GetCurExeDir() {
@@ -197,41 +315,39 @@ std::string GetCurExeDir() {
 }
 
 std::wstring LocalToWide(const std::string& text) {
-  std::wstring wide;
-  for (const char c : text) wide += static_cast<wchar_t>(static_cast<unsigned char>(c));
-  return wide;
+  return WideFromLocal(text);
 }
 
 // ---------------------------------------------------------------- the operating system
 
 HMODULE LoadLibraryW(const wchar_t* path) {
   Seam& seam = Seam::Current();
-  const std::string narrow = Narrow(path);
-  seam.loadedPaths.push_back(narrow);
-  const auto library = seam.libraries.find(LibraryName(narrow));
-  if (library == seam.libraries.end() || !library->second.loads) return nullptr;
-  library->second.onLoad();
-  ++library->second.handles;
-  return reinterpret_cast<HMODULE>(&library->second);
+  ScriptedLibrary* library = seam.Load(LocalFromWide(path));
+  if (library == nullptr) t_error = seam.loadError;
+  return reinterpret_cast<HMODULE>(library);
 }
 
-FARPROC GetProcAddress(HMODULE library, const char* name) {
-  t_library = reinterpret_cast<ScriptedLibrary*>(library);
+FARPROC GetProcAddress(HMODULE handle, const char* name) {
+  auto* library = reinterpret_cast<ScriptedLibrary*>(handle);
   const bool init = std::strcmp(name, "Init") == 0;
-  if (!init && std::strcmp(name, "UnInit") != 0) return nullptr;
-  if (init ? !t_library->hasInit : !t_library->hasUnInit) return nullptr;
+  const bool uninit = std::strcmp(name, "UnInit") == 0;
+  if (library == nullptr || !((init && library->hasInit) || (uninit && library->hasUnInit))) {
+    t_error = library == nullptr ? ERROR_INVALID_HANDLE : ERROR_PROC_NOT_FOUND;
+    return nullptr;
+  }
+  t_library = library;
   return reinterpret_cast<FARPROC>(reinterpret_cast<void (*)()>(init ? &RunInit : &RunUnInit));
 }
 
-BOOL FreeLibrary(HMODULE library) {
-  ScriptedLibrary& scripted = *reinterpret_cast<ScriptedLibrary*>(library);
-  scripted.onFree();
-  --scripted.handles;
-  return 1;
+BOOL FreeLibrary(HMODULE handle) {
+  auto* library = reinterpret_cast<ScriptedLibrary*>(handle);
+  if (library != nullptr && Seam::Current().Free(*library)) return 1;
+  t_error = ERROR_INVALID_HANDLE;
+  return 0;
 }
 
 DWORD GetLastError() {
-  return Seam::Current().loadError;
+  return t_error;
 }
 
 ULONGLONG GetTickCount64() {
@@ -242,58 +358,120 @@ ULONGLONG GetTickCount64() {
 
 namespace {
 
+/// What a lock's state stands for.
+struct LockDouble {
+  bool isRecursive;
+  std::mutex mutex;
+  std::atomic<std::thread::id> holder{std::thread::id()};
+  int depth = 0;  // guarded by mutex
+};
+
+/// Never destroyed: a lock may be static. A copied state stands for the same lock.
+struct LockDoubles {
+  std::mutex mutex;
+  std::deque<LockDouble> locks;  // guarded by mutex; none is ever removed
+
+  static LockDoubles& Instance() {
+    static LockDoubles& instance = *new LockDoubles;
+    return instance;
+  }
+};
+
 /// Fills each lock's state with different bytes, so that a copied state differs from a new one.
-void FillState(xrt::LockState& state) {
-  static unsigned char number = 0;
-  std::memset(state.bytes, ++number, sizeof(state.bytes));
+void MakeLock(xrt::LockState& state, bool isRecursive) {
+  LockDoubles& all = LockDoubles::Instance();
+  const std::lock_guard<std::mutex> lock(all.mutex);
+  const std::size_t place = all.locks.size();
+  all.locks.emplace_back().isRecursive = isRecursive;
+  std::memset(state.bytes, 0xA5, sizeof(state.bytes));
+  std::memcpy(state.bytes, &place, sizeof(place));
 }
 
-std::recursive_mutex& AnyLock() {
-  static std::recursive_mutex mutex;
-  return mutex;
+LockDouble& FindLock(const xrt::LockState& state) {
+  LockDoubles& all = LockDoubles::Instance();
+  std::size_t place = 0;
+  std::memcpy(&place, state.bytes, sizeof(place));
+  const std::lock_guard<std::mutex> lock(all.mutex);
+  return all.locks.at(place);
 }
 
-std::int32_t LockAny(const char* call, bool lock) {
-  if (lock) AnyLock().lock();
-  Seam::Current().lockCalls.push_back(call);
-  if (!lock) AnyLock().unlock();
+constexpr std::int32_t kMisused = 1;
+
+/// A misuse fails the test: what the system does then differs.
+std::int32_t Lock(const xrt::LockState& state) {
+  LockDouble& lock = FindLock(state);
+  if (lock.holder != std::this_thread::get_id()) {
+    lock.mutex.lock();
+    lock.holder = std::this_thread::get_id();
+  } else if (!lock.isRecursive) {
+    ADD_FAILURE() << "a lock that is not recursive is taken again by its holder";
+    return kMisused;
+  }
+  ++lock.depth;
+  Seam::Current().NoteLockCall("Lock");
+  return 0;
+}
+
+std::int32_t Unlock(const xrt::LockState& state) {
+  LockDouble& lock = FindLock(state);
+  if (lock.holder != std::this_thread::get_id()) {
+    ADD_FAILURE() << "a lock is released that its thread does not hold";
+    return kMisused;
+  }
+  Seam::Current().NoteLockCall("Unlock");
+  if (--lock.depth > 0) return 0;
+  lock.holder = std::thread::id();
+  lock.mutex.unlock();
   return 0;
 }
 
 }  // namespace
 
 XRT_Mutex::XRT_Mutex() {
-  FillState(m_state);
+  MakeLock(m_state, false);
 }
 XRT_Mutex::~XRT_Mutex() = default;
 std::int32_t XRT_Mutex::Lock() {
-  return LockAny("Lock", true);
+  return ::Lock(m_state);
 }
 std::int32_t XRT_Mutex::Unlock() {
-  return LockAny("Unlock", false);
+  return ::Unlock(m_state);
 }
 
 namespace xrt {
 
 xrt_mutex::xrt_mutex() {
-  FillState(m_state);
+  MakeLock(m_state, false);
 }
 xrt_mutex::~xrt_mutex() = default;
+std::int32_t xrt_mutex::Lock() {
+  return ::Lock(m_state);
+}
+std::int32_t xrt_mutex::Unlock() {
+  return ::Unlock(m_state);
+}
+
 xrt_recursive_mutex::xrt_recursive_mutex() {
-  FillState(m_state);
+  MakeLock(m_state, true);
 }
 xrt_recursive_mutex::~xrt_recursive_mutex() = default;
+std::int32_t xrt_recursive_mutex::Lock() {
+  return ::Lock(m_state);
+}
+std::int32_t xrt_recursive_mutex::Unlock() {
+  return ::Unlock(m_state);
+}
 
 }  // namespace xrt
 
 std::int32_t XRT_GetCurExePath(char* buffer, std::int32_t size) {
   const std::string& path = Seam::Current().exePath;
-  if (path.size() >= static_cast<std::size_t>(size)) return -1;
+  if (size <= 0 || path.size() >= static_cast<std::size_t>(size)) return -1;
   std::memcpy(buffer, path.c_str(), path.size() + 1);
   return 0;
 }
 
 void XRT_Sleep(std::uint32_t milliseconds) {
-  Seam::Current().sleeps.push_back(milliseconds);
+  Seam::Current().NoteSleep(milliseconds);
   Seam::Current().onSleep();
 }

@@ -2,8 +2,10 @@
 
 #include <gmock/gmock.h>
 
+#include <atomic>
 #include <cstdint>
 #include <functional>
+#include <list>
 #include <map>
 #include <memory>
 #include <mutex>
@@ -13,9 +15,12 @@
 #include "sdk/base/thread.h"
 #include "sdk/kpx/platform.h"
 #include "sdk/lpc/lpc.h"
+#include "tests/support/PlatformDouble.h"
+#include "tests/support/PoolDouble.h"
 
 // Doubles of the libraries around the frame. Their free functions forward to the current `Seam`,
-// which the test owns: it determines the results and records the calls.
+// which the test owns: it determines the results and records the calls. What no test determines
+// keeps the contract of the SDK (tests/contract).
 
 /// The platform library.
 class MockPlatform {
@@ -56,7 +61,7 @@ class MockThreads {
 /// A plugin library of the loader's double, and how it behaves.
 struct ScriptedLibrary {
   bool loads = true;
-  std::function<void()> onLoad = [] {};
+  std::function<void()> onLoad = [] {};  // when it is mapped, as a static constructor
   bool hasInit = true;
   bool hasUnInit = true;
   std::function<bool()> init = [] { return true; };
@@ -81,8 +86,8 @@ class Seam {
   void Record(const std::string& call);
   std::vector<std::string> Calls() const;
 
-  // ---- the clock: the result of GetTickCount64; only the test changes it.
-  std::uint64_t now = 1000;
+  // ---- the clock: the result of GetTickCount64; the test and each sleep move it.
+  std::atomic<std::uint64_t> now{1000};
 
   // ---- plugin libraries: by file name without directory and extension. Any other file fails to
   // load.
@@ -90,12 +95,18 @@ class Seam {
   std::uint32_t loadError = 126;
   std::vector<std::string> loadedPaths;
 
-  // ---- tasks: stored until the frame sleeps, and then run on the frame's thread in the order in
-  // which they were posted; a test may replace onSleep.
+  // ---- tasks: stored until the frame sleeps, and then run on the pool's thread, in the order in
+  // which they were posted, while the frame waits; a test may replace onSleep. Not stored: run at
+  // once.
+  bool keepsTasks = true;
   std::vector<std::shared_ptr<CTMTask>> tasks;
   std::function<void()> onSleep = [this] { RunTasks(); };
   std::vector<std::uint32_t> sleeps;
   void RunTasks();
+  void Run(const std::vector<std::shared_ptr<CTMTask>>& some);
+
+  // ---- the platform's thread: runs the start callback there and waits for it.
+  static bool CallBack(KPXStartFinishFn finished, StartedPluginMap* started);
 
   // ---- the running executable.
   std::string exePath;
@@ -103,7 +114,23 @@ class Seam {
   // ---- locks: every Lock and Unlock of any lock.
   std::vector<std::string> lockCalls;
 
+  // ---- for the doubles themselves.
+  unsigned int Grant(const std::string& pool, int least, int most, int reserved);
+  bool Post(std::shared_ptr<CTMTask> task, bool urgent);
+  bool Release(const std::string& pool, bool wait);
+  ScriptedLibrary* Load(const std::string& path);
+  bool Free(ScriptedLibrary& library);
+  void NoteLockCall(const char* call);
+  void NoteSleep(std::uint32_t milliseconds);
+
  private:
-  mutable std::mutex m_mutex;
+  PoolDouble* FindPool(const std::string& name);
+  PoolDouble* FindGranted(const std::string& name);
+
+  PlatformDouble m_platform;
+  LpcDouble m_lpc;
+
+  mutable std::mutex m_mutex;  // guards the records above and below
   std::vector<std::string> m_calls;
+  std::list<PoolDouble> m_pools;  // one more for each time that a name is granted anew
 };

@@ -22,7 +22,7 @@ class RecordOfARun : public FrameEntriesTest {
  protected:
   RecordOfARun() : writer(File()) {
     ON_CALL(seam.platform, Start).WillByDefault(Invoke([](KPXStartFinishFn finished) {
-      finished(nullptr);
+      Seam::CallBack(finished, nullptr);
       return 0;
     }));
     ON_CALL(seam.threads, Post).WillByDefault(Invoke([this](const std::string&, bool) {
@@ -61,7 +61,7 @@ class RecordOfARun : public FrameEntriesTest {
     for (const auto& task : tasks) {
       TakeLines();
       Write(source.OnTaskBegun(Now(), ++begun));
-      task->Exec();
+      seam.Run({task});
       TakeLines();
       Write(source.OnTaskEnded(Now(), begun));
     }
