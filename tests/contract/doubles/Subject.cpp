@@ -1,0 +1,50 @@
+#include "tests/contract/Subject.h"
+
+#include <utility>
+
+#include "tests/support/Log.h"
+#include "tests/support/Seam.h"
+
+namespace {
+
+class Doubles : public Subject {
+ public:
+  Doubles() {
+    Log::Instance().Clear();
+    m_seam.keepsTasks = false;
+    m_seam.exePath = "/p/bin/contract";
+  }
+
+  std::string PathOf(const std::string& name) override { return "/p/" + name + ".dll"; }
+
+  std::string AddLibrary(const std::string& name) override {
+    const auto isInitialised = std::make_shared<bool>(false);
+    ScriptedLibrary& library = m_seam.libraries[name];
+    library.onLoad = [isInitialised] { *isInitialised = false; };
+    library.init = [isInitialised] { return !std::exchange(*isInitialised, true); };
+    return PathOf(name);
+  }
+
+  std::string AddText(const std::string& name) override {
+    m_seam.libraries[name].loads = false;
+    m_seam.loadError = 193;
+    return PathOf(name);
+  }
+
+  std::optional<std::vector<std::string>> LoggedLines() override {
+    std::vector<std::string> lines;
+    for (const LogLine& line : Log::Instance().Lines()) {
+      lines.push_back(std::to_string(line.level) + " " + line.module + " " + line.whole);
+    }
+    return lines;
+  }
+
+ private:
+  Seam m_seam;
+};
+
+}  // namespace
+
+std::unique_ptr<Subject> Subject::Make() {
+  return std::make_unique<Doubles>();
+}
