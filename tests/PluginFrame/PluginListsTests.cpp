@@ -195,6 +195,21 @@ TEST(Keys, ANameThatOccursTwiceKeepsItsFirstKey) {
   EXPECT_EQ((PluginKeys{{"a", "100_a"}, {"b", "102_b"}}), keys);
 }
 
+TEST(Keys, FromTheNumberAThousandOnStandBeforeTheFirst) {
+  ProductModel model;
+  std::vector<std::string> expected = {"p900"};
+  for (int i = 0; i < 900; ++i) expected.push_back("p" + std::to_string(i));
+  for (int i = 0; i <= 900; ++i) model.SubPlatforms.push_back({"p" + std::to_string(i), ""});
+  PluginKeys keys;
+  AddPluginKeys(keys, model);
+  EXPECT_EQ("999_p899 1000_p900", keys.at("p899") + " " + keys.at("p900"));
+  PluginDataMap data;
+  AddPluginData(data, keys, model);
+  std::vector<std::string> names;
+  for (const auto& entry : data) names.push_back(entry.second->name);
+  EXPECT_EQ(expected, names);
+}
+
 /// "name<dependencies" of every record in key order, for server plugins with these dependencies.
 std::string Graph(const ProductModel& model) {
   PluginKeys keys;

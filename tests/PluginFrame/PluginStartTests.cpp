@@ -264,6 +264,18 @@ TEST_F(PluginStart, AddonsPluginIsLoadedFromItsPath) {
   EXPECT_THAT(seam.loadedPaths, ElementsAre("/addons/Extra/extra.dll"));
 }
 
+TEST_F(PluginStart, ADescriptionWithAnEmptyPathNamesNoDirectory) {
+  AddonModel addon;
+  PluginDescription plugin;
+  plugin.ID = "extra";
+  addon.ServerPluginDescriptions = {plugin};
+  EXPECT_CALL(seam.platform, GetInstalledAddonModel)
+      .WillOnce(SetArgReferee<0>(std::vector<AddonModel>{addon}));
+  Product("", {"extra"});
+  EXPECT_TRUE(manager.Start(&started));
+  EXPECT_THAT(seam.loadedPaths, ElementsAre("extra.dll"));
+}
+
 TEST_F(PluginStart, ReleasesThePoolAfterTheLastPluginAndBeforeItsEnd) {
   Product("a:", {"a"});
   std::vector<std::string> logged;
