@@ -5,7 +5,7 @@ BUILD = build/$(PRESET)
 HUB = $(BUILD)/bin/HUB
 
 .DEFAULT_GOAL := help
-.PHONY: help packages build demo model test windows windows-test package package-test asan tsan coverage mutants fuzz bench lint format clean
+.PHONY: help packages build demo model docs test windows windows-test package package-test asan tsan coverage mutants fuzz bench lint format clean
 
 help: ## List the targets
 	@sed -n 's/^\([a-z -]*\):.*## \(.*\)/  make \1\t\2/p' $(MAKEFILE_LIST) | expand -t 22
@@ -30,6 +30,10 @@ demo: build ## Bring the sample product up, show it, and take it down
 
 model: build ## Print what the frame hands over of the sample product, as JSON
 	@$(HUB) model --bin $(BUILD)/site/bin
+
+docs: build ## Put what HUB prints into README.md and docs/ where they show it
+	@tests/docs/shown_output.py --write --hub $(HUB) --site $(BUILD)/site \
+	  --fixtures $(BUILD)/fixtures README.md docs/*.md
 
 test: build ## Run every test
 	@ctest --preset $(PRESET)

@@ -1,0 +1,36 @@
+#!/usr/bin/python3
+"""options_tests.py HUB DOCUMENT: whether the tables of options in docs/hub.md have the options of
+`HUB run --help` and `HUB model --help` with their values, no more and no fewer."""
+
+import re
+import subprocess
+import sys
+import unittest
+from pathlib import Path
+
+HUB, DOCUMENT = sys.argv.pop(1), Path(sys.argv.pop(1))
+
+
+def of_help(command):
+    text = subprocess.run([HUB, command, "--help"], capture_output=True, text=True, check=True,
+                          timeout=60).stdout
+    return re.findall(r"^  (?:-\w,)?(--[a-z-]+(?: [A-Z]+)?)", text, re.MULTILINE)
+
+
+def of_tables():
+    """The options of each table whose head names them."""
+    section = DOCUMENT.read_text(encoding="utf-8").split("\n## Options\n")[1].split("\n## ")[0]
+    return [re.findall(r"^\| `(--[^`]+)` ", table, re.MULTILINE)
+            for table in section.split("| option |")[1:]]
+
+
+class Options(unittest.TestCase):
+    def test_of_both_commands_are_in_the_first_table(self):
+        self.assertEqual(sorted(of_help("model")), sorted([*of_tables()[0], "--help"]))
+
+    def test_of_run_are_in_both_tables(self):
+        self.assertEqual(sorted(of_help("run")), sorted([*sum(of_tables(), []), "--help"]))
+
+
+if __name__ == "__main__":
+    unittest.main()
