@@ -5,6 +5,7 @@
 #include <chrono>
 
 #include "tests/host/RunBuilder.h"
+#include "tests/support/FieldCount.h"
 
 namespace {
 
@@ -122,6 +123,88 @@ TEST(RunJson, HasNullForWhatIsNotKnown) {
     "findings": [],
     "record": null})"),
             Shown(RunJson(head, kClock, {}, run.State(), verdict, {}, {}, "")));
+}
+
+/// Which members of the object come from each field of a struct; "" for one that it does not show.
+struct Source {
+  const char* record;
+  std::size_t fields;
+  std::vector<std::pair<const char*, const char*>> members;
+};
+
+TEST(RunJson, ShowsOrLeavesOutEachFieldOnPurpose) {
+  const std::vector<Source> sources = {
+      {"RunFacts",
+       FieldCount<RunFacts>(),
+       {{"initResult", "Frame_Init"},
+        {"startResult", "Frame_Start"},
+        {"callbackResult", ""},  // as the platform has it
+        {"failure", ""},         // in the sentence, as the next three
+        {"stoppedBy", ""},
+        {"unfinishedTasks", ""},
+        {"pendingCall", ""}}},
+      {"Verdict",
+       FieldCount<Verdict>(),
+       {{"status", "status"}, {"exitStatus", "exitStatus"}, {"sentence", "sentence"}}},
+      {"PlatformRecord",
+       FieldCount<PlatformRecord>(),
+       {{"productModel", ""},  // of HUB model, as the next three
+        {"addons", ""},
+        {"tools", ""},
+        {"plugins", ""},
+        {"loadState", "LoadState"},
+        {"handles", "Handles"},
+        {"timing", "Timing"},
+        {"callbackResult", "CallbackResult"}}},
+      {"TimingLine", FieldCount<TimingLine>(), {{"text", "text"}, {"milliseconds", "ms"}}},
+      {"LpcRecord",
+       FieldCount<LpcRecord>(),
+       {{"up", ""}, {"name", ""}, {"info", ""}, {"notified", "Notified"}}},
+      {"RunTotals",
+       FieldCount<RunTotals>(),
+       {{"plugins", "plugins"},
+        {"started", "started"},
+        {"initFailed", "initFailed"},
+        {"notLoaded", "notLoaded"},
+        {"stopped", "stopped"},
+        {"stopRefused", "stopRefused"}}},
+      {"RunState::Phase",
+       FieldCount<RunState::Phase>(),
+       {{"name", "name"}, {"beginNs", "startedAt"}, {"endNs", "ms"}, {"milliseconds", ""}}},
+      {"PluginHead",
+       FieldCount<PluginHead>(),
+       {{"id", "id"},
+        {"kind", "kind"},
+        {"version", "version"},
+        {"library", ""},
+        {"librarySize", ""},
+        {"dependsOn", "dependsOn"}}},
+      {"PluginRun",
+       FieldCount<PluginRun>(),
+       {{"head", "id"},
+        {"state", "state"},
+        {"started", "state"},
+        {"startCounted", ""},
+        {"stopCounted", ""},
+        {"initMs", "initMs"},
+        {"uninitMs", "uninitMs"},
+        {"sinceNs", ""},
+        {"startedAtNs", "startedAt"},
+        {"thread", "thread"},
+        {"waitedFor", "waitedFor"},
+        {"reason", "reason"},
+        {"stopReason", "reason"}}}};
+  const std::string object = Shown(RunJson({}, kClock, {}, DegradedRun().State(), {},
+                                           {{}, {}, {}, {}, {}, {}, {{"text", 1}}, {}}, {}, ""));
+  for (const Source& source : sources) {
+    EXPECT_EQ(source.members.size(), source.fields)
+        << source.record << " has another number of fields: shall the object show them?";
+    for (const auto& [field, member] : source.members) {
+      if (*member == '\0') continue;
+      EXPECT_NE(std::string::npos, object.find("\"" + std::string(member) + "\": "))
+          << source.record << "::" << field;
+    }
+  }
 }
 
 }  // namespace

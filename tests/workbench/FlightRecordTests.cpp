@@ -3,7 +3,9 @@
 #include <gtest/gtest.h>
 
 #include <stdexcept>
+#include <tuple>
 
+#include "tests/support/FieldCount.h"
 #include "tests/support/TemporaryFolder.h"
 
 namespace fs = std::filesystem;
@@ -169,6 +171,42 @@ TEST_F(FlightRecords, HoldHeadAndPluginsAsTheyAre) {
   EXPECT_EQ(R"({"record":"plugin","id":"map.server","kind":"server","version":"2.8.0",)"
             R"("library":"/site/bin/map.server.dll","dependsOn":[]})",
             RecordLine(missing));
+}
+
+std::size_t Members(const std::string& line) {
+  std::size_t members = 0;
+  for (std::size_t at = 0; (at = line.find("\":", at)) != std::string::npos; ++at) ++members;
+  return members;
+}
+
+TEST_F(FlightRecords, HoldEachFieldOfHeadsAndTotals) {
+  EXPECT_EQ(FieldCount<RunHead>(), Members(kHeadLine) - Members(R"("record":,"schema":)"));
+  EXPECT_EQ(FieldCount<PluginHead>(), Members(kPluginLine) - Members(R"("record":)"));
+  EXPECT_EQ(FieldCount<RunTotals>(), Members(RecordLine(Event(Kind::kEnd))) -
+                                         Members(R"("record":,"event":,"ns":,"thread":,"status":,)"
+                                                 R"("exitStatus":,"totals":,"text":)"));
+}
+
+TEST_F(FlightRecords, HoldEachFieldOfAnEvent) {
+  RunEvent event = Event(Kind::kPosted);
+  // A new field does not compile here: give it a value, and a member that holds it.
+  auto& [kind, nanoseconds, thread, phase, plugin, task, milliseconds, number, result, severity,
+         status, totals, text] = event;
+  std::tie(nanoseconds, thread, task) = std::make_tuple(101, 102U, 103U);
+  std::tie(milliseconds, number) = std::make_tuple(104, 105);
+  std::tie(phase, plugin, status, text) = std::make_tuple("106", "107", "108", "109");
+  totals.plugins = 110;
+  result = Result::kRefused;
+  severity = Severity::kError;
+  std::string lines;
+  for (const EventLine& line : kEventLines) {
+    kind = line.kind;
+    lines += RecordLine(event);
+  }
+  for (const char* value : {":101,", ":102,", ":103}", ":104}", ":105,", R"("106")", R"("107")",
+                            R"("108")", R"("109")", ":110,", R"("refused")", R"("error")"}) {
+    EXPECT_NE(std::string::npos, lines.find(value)) << value;
+  }
 }
 
 TEST_F(FlightRecords, HoldOfAnEventWhatItsKindFills) {
