@@ -132,6 +132,16 @@ TEST_F(ThreadPool, NameThatIsAlreadyGrantedGetsTheHigherBound) {
   EXPECT_EQ(2, met);
 }
 
+TEST_F(ThreadPool, NameThatIsAlreadyGrantedKeepsItsHigherBound) {
+  ASSERT_TRUE(Grant(1, 3));
+  ASSERT_TRUE(Grant(1, 1));
+  Gate together(3);
+  std::atomic<int> met{0};
+  for (int i = 0; i < 3; ++i) Post([&] { met += together.ArriveAndWait() ? 1 : 0; });
+  Release(true);
+  EXPECT_EQ(3, met);
+}
+
 TEST_F(ThreadPool, HigherBoundLetsATaskThatWaitsBegin) {
   Gate ran;
   std::atomic<bool> met{false};

@@ -1,3 +1,4 @@
+#include <dlfcn.h>
 #include <elf.h>
 #include <gmock/gmock.h>
 #include <unistd.h>
@@ -72,6 +73,13 @@ TEST_F(Loader, LibraryIsLoadedAndItsSymbolFound) {
   EXPECT_EQ(42, answer());
   EXPECT_NE(0, FreeLibrary(library));
   EXPECT_THAT(m_lines, ElementsAre());
+}
+
+TEST_F(Loader, SymbolsOfALibraryStayItsOwn) {
+  const HMODULE library = LoadLibraryW(LocalToWide(TEV_ANSWERS).c_str());
+  ASSERT_NE(nullptr, library);
+  EXPECT_EQ(nullptr, dlsym(RTLD_DEFAULT, "Answer"));
+  FreeLibrary(library);
 }
 
 TEST_F(Loader, FileNameOutsideTheCodePageIsFound) {
