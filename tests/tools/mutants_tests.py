@@ -10,6 +10,7 @@ from pathlib import Path
 sys.dont_write_bytecode = True
 sys.path.insert(0, str(Path(__file__).resolve().parents[2] / "tools"))
 from mutating import Fault
+from mutating.building import Build
 from mutating.choosing import choose, read_equivalents
 from mutating.sources import Source
 
@@ -162,6 +163,19 @@ class Equivalents(unittest.TestCase):
     def test_without_a_reason_are_refused(self):
         with self.assertRaisesRegex(Fault, "list: not an entry .*\na.cpp\n- b\n\\+ c"):
             self.read("a.cpp\n- b\n+ c\n")
+
+
+class Definitions(unittest.TestCase):
+    def test_are_those_that_the_objects_sources_name(self):
+        with tempfile.TemporaryDirectory() as folder:
+            build = Build.__new__(Build)
+            build.root = Path(folder)
+            (build.root / "a.cpp").write_text('#include "a.h"\nF(TEV_OWN);\nF(TEV_OTHERS);\n')
+            (build.root / "a.h").write_text("int i = TEV_NUMBER;\n")
+            build.headers = {"a.o": {"a.cpp", "a.h"}}
+            build.compiles = {"a.o": {"words": ["g++", "-DTEV_OWN=1", "-DTEV_OTHER=2",
+                                                "-DTEV_NUMBER", "-DNDEBUG", "-c", "a.cpp"]}}
+            self.assertEqual(["-DTEV_OWN=1", "-DTEV_NUMBER"], build.definitions("a.o"))
 
 
 if __name__ == "__main__":

@@ -188,6 +188,13 @@ class Build:
         return sorted(output for output in self.contents(program)
                       if output in self.compiles and path in self.headers.get(output, ()))
 
+    def definitions(self, output):
+        """The macros that the object's command defines, as far as its sources name them."""
+        files = self.headers.get(output, ())
+        text = "\n".join((self.root / f).read_text(encoding="utf-8") for f in files)
+        return [word for word in self.compiles[output]["words"] if word.startswith("-D")
+                and re.search(rf"\b{re.escape(word[2:].split('=')[0])}\b", text)]
+
     def contents(self, output):
         """Objects and archives from which an output is linked, directly or through archives."""
         return self._reached(output, lambda name: [
@@ -265,7 +272,7 @@ class Bench:
                   if not self.build.used(o, loaded=True) & own}
         for output in sorted(set().union(*map(self.build.contents, programs))):
             entry = self.build.compiles.get(output)
-            if entry is None or not self._names_own(entry["words"], shared):
+            if entry is None or not self._names_own(self.build.definitions(output), shared):
                 continue
             words = self._moved_words(entry["words"])
             source = self.build.root / entry["file"]
@@ -277,10 +284,9 @@ class Bench:
     def _moved_words(self, words):
         return [self._here(word) if word.startswith("-D") else word for word in words]
 
-    def _names_own(self, words, shared):
+    def _names_own(self, definitions, shared):
         build = re.escape(str(self.build.folder))
-        named = [path for word in words if word.startswith("-D")
-                 for path in re.findall(build + r'/[^"\\;]+', word)]
+        named = [path for word in definitions for path in re.findall(build + r'/[^"\\;]+', word)]
         return any(path not in shared for path in named)
 
     def _here(self, word):
