@@ -75,9 +75,10 @@ coverage: packages ## Show which lines and branches of the frame the tests reach
 
 N ?= 600
 SEED ?= 1
-mutants: build ## Show which wrong lines the tests would not notice: tries N=600 of SEED=1, in FILES
+IN ?= src
+mutants: build ## Show which wrong lines the tests would not notice: tries N=600 of SEED=1, in FILES of IN=src
 	@tools/install-packages mutants
-	@tools/mutants --build $(BUILD) -n $(N) --seed $(SEED) --files '$(FILES)'
+	@tools/mutants --build $(BUILD) -n $(N) --seed $(SEED) --files '$(FILES)' $(IN)
 
 FUZZ_SECONDS ?= 60
 fuzz: ## Run each fuzz target for a minute, or FUZZ_SECONDS
