@@ -191,7 +191,7 @@ def check(document, options):
         for block, wanted in reversed(replaced):
             begin = block.begin + block.shown_from
             lines[begin:begin + len(block.shown())] = [
-                (block.indent + line).rstrip() if line else "" for line in wanted]
+                block.indent + line if line else "" for line in wanted]
         if replaced:
             document.write_text("\n".join(lines) + "\n", encoding="utf-8")
         return [f for f in faults if not f.startswith("---")], len(replaced)

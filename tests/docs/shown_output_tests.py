@@ -41,7 +41,8 @@ class Comparison(unittest.TestCase):
     def test_passes_over_what_differs_from_run_to_run(self):
         for one, other in (
                 ("a.server   started in 0 ms", "a.server   started in 1512 ms"),
-                ("a   started       0 ms   stopped   12 ms", "a   started    1503 ms   stopped    0 ms"),
+                ("a   started       0 ms   stopped   12 ms",
+                 "a   started    1503 ms   stopped    0 ms"),
                 ("2026-11-21 19:52:43.548+00:00 [3] [25180] [host] pid 25180 …",
                  "2027-01-02 03:04:05.678-11:30 [3] [1] [host] pid 1 …"),
                 ("waiting for a (1.0 s)", "waiting for a (12.3 s)"),

@@ -106,7 +106,7 @@ class Record(unittest.TestCase):
 
 
 class Run(unittest.TestCase):
-    """What HUB writes is checked against the schema, which allows no other member, by schemas.run.*."""
+    """schemas.run.* check what HUB writes against the schema, which allows no other member."""
 
     maxDiff = None
 
