@@ -63,7 +63,7 @@ std::vector<nlohmann::json> HubResult::Events() const {
 
 HubProcess::HubProcess(const std::string& arguments, const HubSettings& settings)
     : m_state(settings.state.empty() ? m_folder.Path() / "state" : settings.state),
-      m_process("\"" + settings.program + "\" " + arguments,
+      m_process("\"" + (settings.program.empty() ? TEV_HUB : settings.program) + "\" " + arguments,
                 bp::std_in<bp::null, bp::std_out>(settings.output.empty() ? m_folder / "out"
                                                                           : settings.output),
                 bp::std_err > (settings.errors.empty() ? m_folder / "err" : settings.errors),
@@ -113,6 +113,12 @@ HubResult HubProcess::Wait() {
 
 HubResult RunHub(const std::string& arguments, const HubSettings& settings) {
   return HubProcess(arguments, settings).Wait();
+}
+
+HubResult RunHubUntilUp(const std::string& arguments) {
+  HubProcess hub("run " + arguments);
+  if (hub.AwaitRecord(R"("event":"up")")) hub.AskToStop(StopKind::kInterrupt);
+  return hub.Wait();
 }
 
 std::string CopyHubWithoutFrame(const fs::path& folder) {

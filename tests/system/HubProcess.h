@@ -28,7 +28,7 @@ enum class StopKind { kInterrupt, kTerminate, kHangUp };
 
 /// How HUB is run.
 struct HubSettings {
-  std::string program = TEV_HUB;
+  std::string program;          // empty: the HUB of the build
   std::filesystem::path state;  // the user's state folder; empty: a new folder
   std::vector<std::pair<std::string, std::string>> environment;
   std::filesystem::path folder;  // working directory; empty: that of the test
@@ -72,6 +72,10 @@ class HubProcess {
 
 /// Runs HUB with these arguments and waits for its end.
 HubResult RunHub(const std::string& arguments, const HubSettings& settings = {});
+
+/// Runs HUB with these arguments of `run`, none of which is about its record, and stops it once the
+/// product is up.
+HubResult RunHubUntilUp(const std::string& arguments);
 
 /// Copies HUB and the libraries beside it, but not the frame's, to `folder`. Returns the program's
 /// path there.

@@ -115,8 +115,7 @@ TEST(Log, OfAHigherLevelHasOnlyItsLines) {
   SiteCopy site;
   const std::string file = LocalFromPath(site.Path("hub.log"));
   ASSERT_EQ(3,
-            RunHub("run --seconds 4 --log-level 5 --bin " + site.Bin() + " --log \"" + file + "\"")
-                .status);
+            RunHubUntilUp("--log-level 5 --bin " + site.Bin() + " --log \"" + file + "\"").status);
   std::istringstream lines(site.Read("hub.log"));
   int count = 0;
   for (std::string line; std::getline(lines, line); ++count) {

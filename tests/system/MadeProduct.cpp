@@ -29,6 +29,10 @@ HubResult MadeProduct::Run(const std::string& arguments, const HubSettings& sett
   return RunHub(Arguments(arguments), settings);
 }
 
+HubResult MadeProduct::RunUntilUp(const std::string& arguments) {
+  return RunHubUntilUp("--bin " + Site().Bin() + " " + arguments);
+}
+
 std::string MadeProduct::Arguments(const std::string& arguments) {
   return "run --bin " + Site().Bin() + " " + arguments;
 }

@@ -23,6 +23,9 @@ class MadeProduct {
   /// Runs `HUB run` on the product with these further arguments.
   HubResult Run(const std::string& arguments, const HubSettings& settings = {});
 
+  /// Runs it until it is up. `arguments` must not be about the record.
+  HubResult RunUntilUp(const std::string& arguments);
+
   /// The arguments of HUB for such a run.
   std::string Arguments(const std::string& arguments);
 

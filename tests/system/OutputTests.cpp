@@ -51,7 +51,7 @@ int Rows(const std::string& output) {
 
 TEST(RunJson, IsAWholeObjectAlthoughAPluginPrints) {
   MadeProduct product;
-  const HubResult result = product.Plugin("prints.server", "init_prints").Run("--json --seconds 1");
+  const HubResult result = product.Plugin("prints.server", "init_prints").RunUntilUp("--json");
   EXPECT_EQ(0, result.status) << result.errors;
   EXPECT_EQ("up", result.Json()["status"]);
   EXPECT_THAT(result.errors, HasSubstr("printed by printf\n"));
@@ -60,7 +60,7 @@ TEST(RunJson, IsAWholeObjectAlthoughAPluginPrints) {
 
 TEST(RunJson, HasTheSameMembersWhateverEndedTheRun) {
   MadeProduct good;
-  EXPECT_EQ(kMembers, Keys(good.Plugin("a.server").Run("--json --seconds 0.5").Json()));
+  EXPECT_EQ(kMembers, Keys(good.Plugin("a.server").RunUntilUp("--json").Json()));
   SiteCopy broken;
   broken.Remove("Product.xml");
   const HubResult failed = RunHub("run --json --bin " + broken.Bin());
@@ -116,7 +116,7 @@ TEST(RunJson, IsAWholeObjectAfterASecondStopRequest) {
 TEST(RunJson, TellsOfEachPluginWhatItWaitedForAndWhatItCost) {
   MadeProduct product;
   product.Plugin("a.server").Plugin("b.server", "well_behaved", DependsOn("a.server"));
-  const json plugin = product.Run("--json --seconds 1").Json()["plugins"][1];
+  const json plugin = product.RunUntilUp("--json").Json()["plugins"][1];
   EXPECT_EQ((std::set<std::string>{"id", "kind", "version", "dependsOn", "waitedFor", "state",
                                    "reason", "initMs", "uninitMs", "startedAt", "thread"}),
             Keys(plugin));
@@ -132,7 +132,7 @@ TEST(RunJson, TellsOfEachPluginWhatItWaitedForAndWhatItCost) {
 
 TEST(RunEvents, AreOneObjectALineWithUpAmongThem) {
   MadeProduct product;
-  const HubResult result = product.Plugin("a.server").Run("--events --seconds 1");
+  const HubResult result = product.Plugin("a.server").RunUntilUp("--events");
   EXPECT_EQ(0, result.status) << result.errors;
   std::vector<std::string> events;
   for (const json& event : result.Events()) {
@@ -159,9 +159,9 @@ TEST(RunEvents, ReachTheReaderAsTheyHappen) {
 TEST(Table, HasColorsOnlyWhenAskedFor) {
   MadeProduct product;
   product.Plugin("a.server", "init_fails");
-  EXPECT_THAT(product.Run("--seconds 0.5").output, Not(HasSubstr("\x1b[")));
-  EXPECT_THAT(product.Run("--seconds 0.5 --color never").output, Not(HasSubstr("\x1b[")));
-  const HubResult colored = product.Run("--seconds 0.5 --color always");
+  EXPECT_THAT(product.RunUntilUp("").output, Not(HasSubstr("\x1b[")));
+  EXPECT_THAT(product.RunUntilUp("--color never").output, Not(HasSubstr("\x1b[")));
+  const HubResult colored = product.RunUntilUp("--color always");
   EXPECT_THAT(colored.output, HasSubstr("\x1b[31ma.server"));
   EXPECT_THAT(colored.output, Not(HasSubstr("\x1b[K")));
 }

@@ -17,7 +17,7 @@ namespace {
 
 /// "state: reason" of the only plugin of a product, after a complete run.
 std::string Outcome(MadeProduct& product) {
-  const HubResult result = product.Run("--json --seconds 0.5");
+  const HubResult result = product.RunUntilUp("--json");
   EXPECT_EQ(3, result.status) << result.errors;
   const json plugin = result.Json()["plugins"][0];
   return plugin["state"].get<std::string>() + ": " + plugin["reason"].get<std::string>();
@@ -133,7 +133,7 @@ TEST(ProductThatReadsAsEmpty, IsNeverSimplyUp) {
   for (const auto& one : products) {
     SiteCopy site;
     site.Write("Product.xml", one.first);
-    const HubResult result = RunHub("run --json --seconds 0.5 --bin " + site.Bin());
+    const HubResult result = RunHubUntilUp("--json --bin " + site.Bin());
     EXPECT_EQ(3, result.status) << one.first;
     const json run = result.Json();
     EXPECT_EQ("degraded", run["status"]);
@@ -148,7 +148,7 @@ TEST(ProductThatReadsAsEmpty, LeavesTheParsersWordsInTheLogWithTheFileThatWasRea
   site.Remove("Product.xml");
   site.Write("Product.data", "<ProductDescription>\n<Plugins>\n</ProductDescription>");
   const std::string log = LocalFromPath(site.Path("hub.log"));
-  EXPECT_EQ(3, RunHub("run --seconds 0.5 --bin " + site.Bin() + " --log \"" + log + "\"").status);
+  EXPECT_EQ(3, RunHubUntilUp("--bin " + site.Bin() + " --log \"" + log + "\"").status);
   EXPECT_THAT(site.Read("hub.log"), HasSubstr("Product.data:3: Opening and ending tag mismatch: "
                                               "Plugins line 2 and ProductDescription\n"));
 }
@@ -166,7 +166,7 @@ TEST(UnreadableProduct, WithATextTooLargeForTheParserHasTheFramesOwnWords) {
 TEST(DroppedPlugin, OfAnAddonWhoseDescriptionIsMissingDegradesTheRun) {
   SiteCopy site;
   site.Remove("bin/META_INFO/parking.server");
-  const HubResult result = RunHub("run --json --seconds 4 --bin " + site.Bin());
+  const HubResult result = RunHubUntilUp("--json --bin " + site.Bin());
   EXPECT_EQ(3, result.status);
   const std::string text =
       Local(site.Path("bin/META_INFO/parking.server/parking.server.xml")) +

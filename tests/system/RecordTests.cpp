@@ -39,6 +39,25 @@ TEST(Record, LiesInTheUsersStateFolderAndIsNamedInTheObject) {
   EXPECT_EQ(LocalFromPath(records[0]), result.Json()["record"].get<std::string>());
 }
 
+TEST(Record, HasTheStopRequestWhenItsSecondsHavePassed) {
+  MadeProduct product;
+  const fs::path file = product.Site().Path("run.jsonl");
+  product.Plugin("a.server").Run("--seconds 3 --record \"" + LocalFromPath(file) + "\"");
+  std::int64_t begin = 0;
+  std::int64_t asked = 0;
+  for (const RunEvent& event : ReadFlightRecord(file).events) {
+    const bool begins = event.kind == RunEvent::Kind::kPhaseBegin;
+    if (begins && event.phase == RunPhase::kPlatformStart) begin = event.nanoseconds;
+    if (event.kind == RunEvent::Kind::kStopRequest) {
+      EXPECT_EQ("--seconds 3", event.text);
+      asked = event.nanoseconds;
+    }
+  }
+  const double seconds = static_cast<double>(asked - begin) * 1e-9;
+  EXPECT_GE(seconds, 2);  // the phase begins a moment after HUB began to count
+  EXPECT_LE(seconds, 5.9);
+}
+
 TEST(Record, ReadsAsTheRunThatItIsOf) {
   MadeProduct product;
   product.Plugin("a.server").Plugin("b.server", "init_fails", DependsOn("a.server"));
