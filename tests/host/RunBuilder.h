@@ -104,6 +104,11 @@ class RunBuilder {
     return Counted("stop", id, RunEvent::Result::kNotLoaded);
   }
 
+  /// A stop that is counted without an end of UnInit before it.
+  RunBuilder& StoppedUnseen(const std::string& id) {
+    return Counted("stop", id, RunEvent::Result::kOk);
+  }
+
   RunBuilder& StopRefused(const std::string& id, const std::string& reason) {
     return UnInitEnd(id, RunEvent::Result::kRefused, 4, reason);
   }

@@ -38,6 +38,33 @@ TEST(Table, ShowsWhatNeedsAttentionFirstAndTheVerdictLast) {
       RunTable(FourPlugins().State(), kDegradedVerdict, {}));
 }
 
+TEST(Table, SaysHowFarEachStartAndStopCame) {
+  RunBuilder run;
+  for (const char* id : {"up", "early", "loads", "inits", "unmaps", "stops", "passed", "unseen"}) {
+    run.Plugin(id);
+  }
+  run.Phase(RunEvent::Kind::kPhaseBegin, RunPhase::kStart);
+  run.Ready("early").Loading("loads").InInit("inits").Started("up").Started("unmaps");
+  run.Started("stops").Started("passed").Started("unseen");
+  run.Phase(RunEvent::Kind::kPhaseBegin, RunPhase::kStop);
+  run.Unmapping("unmaps").InUnInit("stops").NothingToStop("passed").StoppedUnseen("unseen");
+  EXPECT_EQ(
+      "Plugin     Start               Init   Stop              UnInit   Reason\n"
+      "------------------------------------------------------------------\n"
+      "early      NEVER BEGUN                -\n"
+      "loads      NOT RETURNED               -\n"
+      "inits      NOT RETURNED               -\n"
+      "unmaps     started             5 ms   NOT UNMAPPED        3 ms\n"
+      "stops      started             5 ms   NOT RETURNED\n"
+      "up         started             5 ms   -\n"
+      "passed     started             5 ms   -\n"
+      "unseen     started             5 ms   -\n"
+      "------------------------------------------------------------------\n"
+      "8 plugins  total                      total\n"
+      "degraded: said in words\n",
+      RunTable(run.State(), kDegradedVerdict, {}));
+}
+
 TEST(Table, WrapsReasonsToTheTerminalsWidth) {
   const TableStyle narrow{70, false, false};
   const std::string table = RunTable(FourPlugins().State(), kDegradedVerdict, narrow);

@@ -129,6 +129,14 @@ TEST_F(Log, FileThatWasFullBeforeIsPutAsideAtTheFirstLine) {
   EXPECT_EQ(std::string(99, 'x') + "\n", m_folder.Read("full.1.txt"));
 }
 
+TEST_F(Log, FileOfOneByteIsPutAsideAsWell) {
+  const std::string path = m_folder.Write("full.txt", "\n");
+  ConfigureLog({0, path, 10, 2});
+  IKPXFormatLog(3, "m", "new");
+  EXPECT_THAT(Logged("full.txt"), ElementsAre("[3] [T] [m] new"));
+  EXPECT_EQ("\n", m_folder.Read("full.1.txt"));
+}
+
 TEST_F(Log, GapAmongTheFilesPutAsideIsFilledBeforeOneIsLost) {
   // The files that are left when renaming the full file itself has failed.
   m_folder.Write("full.2.txt", "older\n");

@@ -108,6 +108,12 @@ TEST(Crash, EndOfMainAndOfTheLastThreadAreExits) {
             SummaryOf("exit_of_last_thread"));
 }
 
+TEST(Crash, ExitWhoseCallerHasNoFrameHasTheWholeStack) {
+  const ProgramEnd program = End("exit_of_no_frame");
+  EXPECT_EQ("status 4; reported exit 3 at code: exit(3); report complete", Summary(program));
+  EXPECT_THAT(program.errors, HasSubstr("ExitOfNoFrame() at "));
+}
+
 TEST(Crash, ExpectedExitKeepsItsStatus) {
   EXPECT_EQ("status 5", SummaryOf("expected_exit"));
 }
