@@ -46,6 +46,7 @@ RULES = [
     (r"^\d+ ms\b", "MS"),
     (r"^up \d+$", "up MS"),
     (r"\b\d+\.\d s\b", "S"),
+    (r"\d+ of (\d+) started(?:, \d+ failed)?; waiting", r"N of \1 started; waiting"),
 ]
 
 # A line that only HUB prints.
@@ -85,7 +86,7 @@ def blocks_of(lines):
             end = at
             while "-->" not in lines[end]:
                 end += 1
-            text = " ".join(part.strip() for part in lines[at:end + 1])
+            text = "\n".join(part.strip() for part in lines[at:end + 1])
             comment = text[len("<!-- $ "):text.index("-->")].strip()
             at = end + 1
             continue

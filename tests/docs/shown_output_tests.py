@@ -23,7 +23,7 @@ class Blocks(unittest.TestCase):
         self.assertEqual(
             [(2, [], ["plain"]),
              (6, ["HUB model"], ["{", "", "  1", "}"]),
-             (15, ["HUB run | sed '1d; 2d'"], ["fenced", "    deep"]),
+             (15, ["HUB run |\nsed '1d; 2d'"], ["fenced", "    deep"]),
              (21, ["HUB run > out", "cat out"], ["shown"])],
             self.found("text\n\n    plain\n\n<!-- $ HUB model -->\n\n    {\n\n      1\n    }\n\n"
                        "<!-- $ HUB run |\n     sed '1d; 2d' -->\n\n```\nfenced\n    deep\n```\n\n"
@@ -45,7 +45,8 @@ class Comparison(unittest.TestCase):
                  "a   started    1503 ms   stopped    0 ms"),
                 ("2026-11-21 19:52:43.548+00:00 [3] [25180] [host] pid 25180 …",
                  "2027-01-02 03:04:05.678-11:30 [3] [1] [host] pid 1 …"),
-                ("waiting for a (1.0 s)", "waiting for a (12.3 s)"),
+                ("  15 of 20 started, 2 failed; waiting for a (1.0 s)",
+                 "  1 of 20 started; waiting for a (12.3 s)"),
                 ("1515 ms a.server", "3 ms a.server"), ("up 1", "up 2670")):
             self.assertTrue(self.same(one, other), one)
 
@@ -53,7 +54,8 @@ class Comparison(unittest.TestCase):
         for one, other in (
                 ("a   started       0 ms", "a  started       0 ms"),
                 ("a   started       0 ms", "a   started        0 ms"),
-                ("15 of 20 started", "14 of 20 started"), ("x ", "x"),
+                ("18 of 20 plugins started", "14 of 20 plugins started"),
+                ("1 of 20 started; waiting", "1 of 21 started; waiting"), ("x ", "x"),
                 ("T [3] [1] [host] ", "T [4] [1] [host] "), ('"ms": 1', '"ms": 2')):
             self.assertFalse(self.same(one, other), one)
 
