@@ -235,7 +235,10 @@ TEST(Screen, KeepsEachLineWithinTheTerminalAndColorsTheTable) {
   HubSettings settings;
   settings.output = terminal.Name();
   settings.environment = {{"NO_COLOR", ""}};
-  EXPECT_EQ(3, product.Run("--seconds 3", settings).status);
+  HubProcess hub(product.Arguments(""), settings);
+  ASSERT_TRUE(hub.AwaitRecord(R"("event":"up")"));
+  hub.AskToStop(StopKind::kInterrupt);
+  EXPECT_EQ(3, hub.Wait().status);
   const std::string shown = terminal.Shown();
   std::size_t redrawn = 0;
   for (std::size_t at = 0; (at = shown.find("\r\x1b[K", at)) != std::string::npos; ++redrawn) {
