@@ -83,8 +83,8 @@ std::size_t RoundedUp(std::size_t size, std::size_t alignment) {
   return (size + alignment - 1) / alignment * alignment;
 }
 
-/// Whether `record` consists of these fields in this order, with nothing before, between or behind
-/// them but what their alignment needs.
+/// Whether `record` consists of these fields in this order, with nothing else in it. A further
+/// field that is small enough for the bytes that alignment leaves free is not noticed.
 template <typename Record, typename... Fields>
 bool ConsistsOf(const Record& record, const Fields&... fields) {
   std::size_t size = 0;
