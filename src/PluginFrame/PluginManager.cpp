@@ -132,7 +132,6 @@ CPluginManager& CPluginManager::Instance() {
 }
 
 CPluginManager::~CPluginManager() {
-  m_loadedPlugins.clear();
   DisconnectPluginData(m_pluginData);
 }
 

@@ -70,8 +70,8 @@ class CPluginManager {
   /// What became of a plugin that was to start.
   struct LoadOutcome {
     LoadResult result = LoadResult::kSkipped;
-    LoadedPlugins loaded = {};  // the plugin's entry, when its library is loaded
-    const char* reason = "";    // why it threw or was skipped
+    LoadedPlugins loaded = {};     // the plugin's entry, when its library is loaded
+    const char* reason = nullptr;  // why it threw or was skipped
   };
 
   /// What became of a plugin that was to stop.

@@ -292,6 +292,29 @@ TEST_F(PluginStart, ReleasesThePoolWhenItThrows) {
   EXPECT_THROW(manager.Start(&started), std::runtime_error);
 }
 
+TEST_F(PluginStart, NotifiesTheFrameworkBeforeItLogsThat) {
+  Product("", {});
+  std::vector<std::string> logged;
+  EXPECT_CALL(seam.lpc, Notify("")).WillOnce([&](auto&&...) { logged = log.Brief(); });
+  EXPECT_TRUE(manager.Start(&started));
+  EXPECT_EQ("3 Start: [PluginManager start]Plugins init end. Total cost time [0]ms.",
+            logged.back());
+}
+
+TEST_F(PluginStart, EndsAfterTheLastPluginsLine) {
+  Product("a:", {"a"});
+  std::thread worker;
+  seam.onSleep = [&] {
+    if (!worker.joinable()) worker = std::thread([task = seam.tasks.at(0)] { task->Exec(); });
+    std::this_thread::yield();
+  };
+  Log::Instance().AtLine(
+      "3 SinglePluginLoad: [Plugin Load]Plugin [a] SinglePluginLoad End. count[1].",
+      [this] { EXPECT_TRUE(log.StaysAt("Start", 2)); });
+  EXPECT_TRUE(manager.Start(&started));
+  worker.join();
+}
+
 TEST_F(PluginStart, WithoutAMapForHandlesStartsAndNotifies) {
   Product("a:", {"a"});
   EXPECT_CALL(seam.lpc, Notify("")).Times(1);
