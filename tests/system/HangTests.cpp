@@ -98,7 +98,7 @@ TEST(PluginThatHangs, InInitIsNamedAndLeftBehindAfterTheStopsLimit) {
   product.Plugin("hangs.server", "init_hangs").Plugin("a.server");
   HubProcess hub(product.Arguments("--stop-timeout 1"));
   EXPECT_TRUE(hub.AwaitOutput("1 of 2 started; waiting for hangs.server ("));
-  hub.AskToStop(StopKind::kInterrupt);
+  hub.RequestStop(StopKind::kInterrupt);
   const HubResult result = hub.Wait();
   EXPECT_EQ(4, result.status);
   EXPECT_THAT(result.output, HasSubstr("NOT RETURNED"));
@@ -112,7 +112,7 @@ TEST(PluginThatHangs, IsNamedInTheLogToo) {
   const std::filesystem::path log = product.Site().Path("hub.log");
   HubProcess hub(product.Arguments("--stop-timeout 0.5 --log \"" + LocalFromPath(log) + "\""));
   EXPECT_TRUE(hub.AwaitFile(log, "[host] 0 of 1 started; waiting for hangs.server ("));
-  hub.AskToStop(StopKind::kInterrupt);
+  hub.RequestStop(StopKind::kInterrupt);
   EXPECT_EQ(4, hub.Wait().status);
 }
 

@@ -117,7 +117,7 @@ HubResult RunHub(const std::string& arguments, const HubSettings& settings) {
 
 HubResult RunHubUntilUp(const std::string& arguments) {
   HubProcess hub("run " + arguments);
-  if (hub.AwaitRecord(R"("event":"up")")) hub.AskToStop(StopKind::kInterrupt);
+  if (hub.AwaitRecord(R"("event":"up")")) hub.RequestStop(StopKind::kInterrupt);
   return hub.Wait();
 }
 

@@ -107,7 +107,7 @@ TEST(SampleProduct, ReportsInDetailWithALicence) {
   EXPECT_TRUE(hub.AwaitFile(
       LogOf(site), "[dashboard.server] open alarms: 1, smoke at quay, actions: 1, no backup\n"));
   EXPECT_TRUE(hub.AwaitOutput("Up after"));
-  hub.AskToStop(StopKind::kTerminate);
+  hub.RequestStop(StopKind::kTerminate);
   EXPECT_THAT(hub.Wait().output,
               HasSubstr("\ndegraded: 19 of 20 plugins started; backup.server was not loaded\n"));
 }
@@ -124,14 +124,14 @@ TEST(SampleProduct, ActsOnWhatItsDevicesReport) {
     EXPECT_TRUE(hub.AwaitFile(LogOf(site), line)) << line;
   }
   EXPECT_TRUE(hub.AwaitOutput("Up after"));
-  hub.AskToStop(StopKind::kTerminate);
+  hub.RequestStop(StopKind::kTerminate);
   EXPECT_EQ(3, hub.Wait().status);
 }
 
 TEST(SampleProduct, SurvivesAStopWhileItsSlowPluginIsInInit) {
   HubProcess hub("run --bin \"" TEV_SITE "/bin\"");
   ASSERT_TRUE(hub.AwaitOutput("waiting for video.server ("));
-  hub.AskToStop(StopKind::kInterrupt);
+  hub.RequestStop(StopKind::kInterrupt);
   const HubResult result = hub.Wait();
   EXPECT_EQ(4, result.status) << result.errors;
   // Which of them depends on whether the slow one returns while the others are stopped.

@@ -237,7 +237,7 @@ TEST(Screen, KeepsEachLineWithinTheTerminalAndColorsTheTable) {
   settings.environment = {{"NO_COLOR", ""}};
   HubProcess hub(product.Arguments(""), settings);
   ASSERT_TRUE(hub.AwaitRecord(R"("event":"up")"));
-  hub.AskToStop(StopKind::kInterrupt);
+  hub.RequestStop(StopKind::kInterrupt);
   EXPECT_EQ(3, hub.Wait().status);
   const std::string shown = terminal.Shown();
   std::size_t redrawn = 0;
