@@ -9,8 +9,8 @@
 extern "C" {
 
 /// Initialises the platform, reads the installed product and hands it over.
-/// Returns 0 on success. Returns -1 on failure; the platform is then uninitialised again, and the
-/// reason is in the log.
+/// Returns 0 on success. Returns -1 on failure, with the reason in the log; the platform is then
+/// uninitialised again, unless it was the one that failed.
 std::int32_t Frame_Init();
 
 /// Starts the platform. The platform's completion callback starts the plugins, before or after this

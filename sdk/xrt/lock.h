@@ -68,7 +68,8 @@ class XRT_Mutex {
   xrt::LockState m_state;
 };
 
-/// Holds a lock for a scope. Not thread-safe. Not copyable, since a copy would unlock again.
+/// Holds a lock for a scope. Not thread-safe. Cannot be copied when made: the copy would unlock
+/// again.
 class XRT_Guard {
  public:
   /// Takes `mutex`, which must not be null.

@@ -44,17 +44,6 @@ Result CatchAll(const char* kLogFunction, Result onThrow, Work work) {
   return result;
 }
 
-/// Does one step of Frame_Stop between its two log lines. Sets `tick`, the time of its begin, to
-/// that of its end.
-template <typename Step>
-void StopStep(const char* kLogFunction, const char* name, ULONGLONG& tick, Step step) {
-  FRAME_LOG(kProgress, "[Frame_Stop]----[%d]%s start----", g_stopStep.load(), name);
-  CatchAll(kLogFunction, step);
-  const ULONGLONG begin = std::exchange(tick, GetTickCount64());
-  FRAME_LOG(kProgress, "[Frame_Stop]----[%d]%s end.cost time [%d]ms----", g_stopStep++, name,
-            Elapsed(begin, tick));
-}
-
 bool KPXStartFinishCallBack(StartedPluginMap* started) {
   FRAME_LOG_AS("PluginFrame::KPXStartFinishCallBack");
   const ULONGLONG begin = GetTickCount64();
@@ -119,12 +108,28 @@ void Frame_Stop() {
   FRAME_LOG_AS("PluginFrame::Frame_Stop");
   FRAME_LOG(kProgress, "[3.Stop]----!Frame_Stop begin!----");
   const ULONGLONG begin = GetTickCount64();
-  ULONGLONG tick = begin;
-  StopStep(kLogFunction, "KPXPlatform KPX_PreUnInit", tick, &KPX_PreUnInit);
-  StopStep(kLogFunction, "CPluginManager::Instance().Uninit", tick,
-           [] { CPluginManager::Instance().Uninit(); });
-  StopStep(kLogFunction, "KPXPlatform KPX_Stop", tick, &KPX_Stop);
-  FRAME_LOG(kProgress, "[3.Stop]----!Frame_Stop end! cost time [%d]ms.----", Elapsed(begin, tick));
+
+  FRAME_LOG(kProgress, "[Frame_Stop]----[%d]KPXPlatform KPX_PreUnInit start----",
+            g_stopStep.load());
+  CatchAll(kLogFunction, &KPX_PreUnInit);
+  const ULONGLONG prepared = GetTickCount64();
+  FRAME_LOG(kProgress, "[Frame_Stop]----[%d]KPXPlatform KPX_PreUnInit end.cost time [%d]ms----",
+            g_stopStep++, Elapsed(begin, prepared));
+
+  FRAME_LOG(kProgress, "[Frame_Stop]----[%d]CPluginManager::Instance().Uninit start----",
+            g_stopStep.load());
+  CatchAll(kLogFunction, [] { CPluginManager::Instance().Uninit(); });
+  const ULONGLONG pluginsStopped = GetTickCount64();
+  FRAME_LOG(kProgress,
+            "[Frame_Stop]----[%d]CPluginManager::Instance().Uninit end.cost time [%d]ms----",
+            g_stopStep++, Elapsed(prepared, pluginsStopped));
+
+  FRAME_LOG(kProgress, "[Frame_Stop]----[%d]KPXPlatform KPX_Stop start----", g_stopStep.load());
+  CatchAll(kLogFunction, &KPX_Stop);
+  const ULONGLONG end = GetTickCount64();
+  FRAME_LOG(kProgress, "[Frame_Stop]----[%d]KPXPlatform KPX_Stop end.cost time [%d]ms----",
+            g_stopStep++, Elapsed(pluginsStopped, end));
+  FRAME_LOG(kProgress, "[3.Stop]----!Frame_Stop end! cost time [%d]ms.----", Elapsed(begin, end));
 }
 
 void Frame_UnInit() {

@@ -43,7 +43,7 @@ constexpr char kUninit[] = "PluginFrame::CPluginManager::Uninit";
 constexpr char kLoad[] = "PluginFrame::CPluginManager::SinglePluginLoad";
 constexpr char kUnload[] = "PluginFrame::CPluginManager::SinglePluginUnload";
 
-// One line under each of them, with the label that its texts begin with.
+// Logs under one of these functions; the texts of each begin with its label.
 #define LOG_AS(function, module, level, ...)      \
   do {                                            \
     const char* const kLogFunction = function;    \
@@ -132,6 +132,7 @@ CPluginManager& CPluginManager::Instance() {
 }
 
 CPluginManager::~CPluginManager() {
+  m_loadedPlugins.clear();
   DisconnectPluginData(m_pluginData);
 }
 
@@ -241,7 +242,7 @@ bool CPluginManager::Start(StartedPluginMap* out) {
   LOG_START(kProgress, "Plugins init end. Total cost time [%d]ms.",
             Elapsed(begin, GetTickCount64()));
 
-  // Held until Start returns: a plugin whose Init ends after a stop request is then counted in the
+  // Held until Start returns, so that a plugin whose Init ends from here on is counted in the
   // stop's phase.
   const Lock count = phase.Finish();
   ReportStarted(out);
@@ -266,7 +267,7 @@ void CPluginManager::Uninit() {
   LOG_UNINIT(kProgress, "Get threads for uninit plugins end, success(threads num = %d). ", plugins);
   const ULONGLONG begin = GetTickCount64();
   LOG_UNINIT(kProgress, "Uninit all plugins start.");
-  RefusedPlugins();  // allocates the list: no UnInit has run yet that it could lose
+  RefusedPlugins();  // allocates the list, which may throw, before any UnInit has run
   PhaseCount phase(*this);
   RunPhase({false, &ReadyToStop, &CPluginManager::SinglePluginUnload,
             &CPluginManager::CountRefusedUnload});
@@ -313,7 +314,8 @@ std::vector<std::string> CPluginManager::PostReadyPlugins(const Phase& phase,
 }
 
 bool CPluginManager::AllFinished() {
-  // A plugin whose Init ends after its unload was counted is counted twice in the stop's phase.
+  // More than all when a start was ended early: a plugin whose Init ends during the stop is counted
+  // for its start and for its stop.
   const Lock lock(m_countMutex);
   return m_finishedCount >= PluginCount();
 }
@@ -438,8 +440,8 @@ CPluginManager::UnloadResult CPluginManager::StopAndFree(const std::string& name
   return UnloadResult::kRefused;
 }
 
-/// Every unload ends here, and is counted once. The library is freed before: once the record says
-/// stopped, those that this library uses may be freed.
+/// Counts the plugin. The library has been freed before: once the record says stopped, those that
+/// this library uses may be freed.
 void CPluginManager::FinishUnload(const std::string& name, UnloadResult result) {
   const bool gone = result == UnloadResult::kStopped || result == UnloadResult::kNotLoaded;
   SetState(name, gone ? kUninitSucceeded : kUninitFailed);

@@ -23,15 +23,15 @@ namespace PluginFrame {
 ///
 /// One per process, made by Instance and never destroyed. Init and Uninit run on the host's thread,
 /// Start on the platform's, and one task per plugin on pool threads. Failures are return values or,
-/// of a single plugin, log lines. What the libraries around the frame throw, and std::bad_alloc,
-/// leaves the public functions.
+/// of a single plugin, log lines. The public functions throw what the libraries around the frame
+/// throw, and std::bad_alloc.
 ///
 /// A plugin whose Init does not return, and plugins that depend on each other in a cycle, keep
 /// Start waiting until Uninit is called.
 ///
 /// Lock order: m_lifecycleMutex, m_countMutex, m_pluginDataMutex, m_pluginKeysMutex; and
-/// m_countMutex before m_loadedPluginsMutex. While a plugin's code runs, only m_lifecycleMutex is
-/// held.
+/// m_countMutex before m_loadedPluginsMutex. A thread that runs a plugin's code holds none of
+/// them.
 class CPluginManager {
  public:
   static CPluginManager& Instance();
@@ -80,6 +80,8 @@ class CPluginManager {
   /// Increments m_finishedCount and holds m_countMutex for the scope, so that log lines keep the
   /// order of the counts.
   class CountedPlugin;
+
+  /// Sets m_finishedCount to 0 when a phase ends; see its definition.
   class PhaseCount;
 
   // The steps of Init.
@@ -130,27 +132,23 @@ class CPluginManager {
   std::vector<AddonModel> m_addonsModel;
   std::vector<ToolModel> m_toolsModel;
 
-  // Set by Init. Cleared by Uninit before it takes a lock, which ends a Start on another thread.
-  std::atomic<bool> m_initialised{false};
-
   // Held for the whole of Start and of Uninit.
   boost::mutex m_lifecycleMutex;
 
-  // Guarded by m_countMutex: how many plugins are done with the phase.
-  boost::mutex m_countMutex;
-  std::int32_t m_finishedCount = 0;
-
-  // Guarded by m_pluginDataMutex, with the states of the records.
-  boost::shared_mutex m_pluginDataMutex;
-  PluginDataMap m_pluginData;
-
-  // Guarded by m_pluginKeysMutex.
-  boost::shared_mutex m_pluginKeysMutex;
-  PluginKeys m_pluginKeys;
-
-  // Guarded by m_loadedPluginsMutex.
   boost::shared_mutex m_loadedPluginsMutex;
-  LoadedPlugins m_loadedPlugins;
+  LoadedPlugins m_loadedPlugins;  // guarded by m_loadedPluginsMutex
+
+  boost::shared_mutex m_pluginDataMutex;
+  PluginDataMap m_pluginData;  // guarded, with the states of the records, by m_pluginDataMutex
+
+  boost::shared_mutex m_pluginKeysMutex;
+  PluginKeys m_pluginKeys;  // guarded by m_pluginKeysMutex
+
+  boost::mutex m_countMutex;
+  std::int32_t m_finishedCount = 0;  // plugins done with the phase; guarded by m_countMutex
+
+  // Set by Init. Uninit clears it before it takes a lock: a Start on another thread then ends.
+  std::atomic<bool> m_initialised{false};
 };
 
 }  // namespace PluginFrame

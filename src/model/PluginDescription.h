@@ -54,7 +54,7 @@ struct PluginMenuItem {
   std::string ControlItemID;
 };
 
-/// What a plugin's own description file says of it.
+/// What a plugin's description file says of it, where the file lies, and who brings it.
 struct PluginDescription {
   std::int32_t Type = PluginType::kLibrary;
   std::string ID;

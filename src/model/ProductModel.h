@@ -76,10 +76,10 @@ struct AddonService {
   std::string Version;
 };
 
-/// The installed product, as the frame hands it to the platform. Plain value.
+/// The installed product. Plain value.
 ///
-/// Readers append to its lists and overwrite its texts. A list has the order of the elements in the
-/// file; `Plugins` has the server plugins before the drivers.
+/// Readers append to its lists, in the order of the elements in the files, and overwrite its texts.
+/// Before the frame hands it over it adds what installed addons bring and sorts the plugins by ID.
 struct ProductModel {
   std::string Product;
   std::string ProductLogo;

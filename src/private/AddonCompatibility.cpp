@@ -7,8 +7,8 @@ namespace {
 constexpr char kLiteCode[] = "NVT";
 constexpr char kProfessionalCode[] = "NVX";
 
-// The professional product changed its plugin interface in these versions. An addon made for a
-// version before such a change does not run with a product after it, and the other way round.
+// The versions of the professional product at which compatibility changes: an addon for a version
+// before one of them is not compatible with a product from it on, and the other way round.
 constexpr char kFirstVersion[] = "2.6.0";
 constexpr char kSecondVersion[] = "3.0.0";
 

@@ -80,13 +80,13 @@ Entry ReadInstalled(const XmlElement& element, const std::string& directory) {
   return entry;
 }
 
-/// What both kinds of description begin with.
+/// The values that both kinds of description have.
 void ReadDescriptionFields(AddonBaseModel& entry, const XmlElement& root) {
   entry.NameKey = root.Text(kNameKey);
   entry.Icon = root.Text(kIcon);
   entry.FunctionalOverviewKey = root.Text(kFunctionalOverviewKey);
   entry.Version = root.Text(kVersion);
-  // Read from the addon's root element for a tool as well, whose file has none: a tool's is 1.0.0.
+  // A tool's too is read from an addon's root element. Its file has none, so it is 1.0.0.
   const XmlElement addon(root.Document(), kAddonDescription);
   entry.CompatibleVersion = addon.Text("CompatibleVersion", "1.0.0");
   entry.Source = root.Text(kSource);

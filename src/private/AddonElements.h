@@ -37,9 +37,9 @@ void ReadSupportedVersions(AddonBaseModel& entry, const XmlElement& product);
 /// Reads the values of a tool's description.
 void ReadToolFields(ToolModel& tool, const XmlElement& root);
 
-/// Puts `installed` in the place of the first entry with its ID, or appends it. An addon in a
-/// catalogue's place keeps the package size of the catalogue and takes `offlinePackage` if it has
-/// no package name; a tool keeps and takes nothing.
+/// Puts `installed` in the place of the first entry with its ID, or appends it. An addon that takes
+/// another's place keeps the package size of that one and takes `offlinePackage` if it has no
+/// package name; a tool keeps and takes nothing.
 void MergeInstalled(std::vector<AddonModel>& addons, AddonModel installed,
                     const std::string& offlinePackage);
 void MergeInstalled(std::vector<ToolModel>& tools, ToolModel installed);

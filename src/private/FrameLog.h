@@ -5,13 +5,13 @@
 
 #include "sdk/base/log.h"
 
-// The frame's log lines. A function that logs names itself once, then logs:
+// The frame's log lines. A function that logs has its name in kLogFunction, for example:
 //
 //   FRAME_LOG_AS("PluginFrame::CPluginManager::Start");
 //   FRAME_LOG(kProgress, "[PluginManager start]Plugins init end. Total cost time [%d]ms.", cost);
 //
 // which writes "[function][PluginManager start]...[source file(line)]" under the frame's module.
-// The level and the text's arguments are checked by the compiler.
+// The compiler checks the text's arguments.
 
 enum FrameLogLevel : int {
   kProgress = 3,   // progress and timings

@@ -27,14 +27,11 @@ constexpr char kInstalledProducts[] = "InstalledProducts.xml";
 constexpr char kInstalledProductsRoot[] = "/InstalledProductsDescription";
 constexpr char kPortalDescription[] = "/PortalDescription";
 
-/// What the files of the product itself log, all but Portal.xml, when they cannot be read.
-constexpr char kNotRead[] = "ReadFile  failed str_xml_path";
-
-/// Opens a model file. If it cannot be read, logs `failure` and the path as `kLogFunction`.
-std::shared_ptr<CXmlProto> Open(const char* kLogFunction, const std::string& path,
-                                const char* failure) {
+/// Opens Product.xml, DeviceDrivers.xml or Platform.xml. Logs as `kLogFunction` when it cannot be
+/// read.
+std::shared_ptr<CXmlProto> OpenProductFile(const char* kLogFunction, const std::string& path) {
   std::shared_ptr<CXmlProto> document = ReadDocument(path);
-  if (!document) FRAME_LOG(kProgress, "%s[%s]", failure, path.c_str());
+  if (!document) FRAME_LOG(kProgress, "ReadFile  failed str_xml_path[%s]", path.c_str());
   return document;
 }
 
@@ -44,7 +41,9 @@ std::shared_ptr<CXmlProto> OpenAddonFile(const char* kLogFunction, const std::st
     FRAME_LOG(kProgress, "Xml path is empty.");
     return nullptr;
   }
-  return Open(kLogFunction, path, "ReadFile failed. xml path ");
+  std::shared_ptr<CXmlProto> document = ReadDocument(path);
+  if (!document) FRAME_LOG(kProgress, "ReadFile failed. xml path [%s]", path.c_str());
+  return document;
 }
 
 }  // namespace
@@ -99,7 +98,7 @@ bool CProductXmlReader::ReadServerModel(ProductModel& model) const {
 bool CProductXmlReader::ReadBaseProductXml(ProductModel& model, std::string path) const {
   FRAME_LOG_AS("TevModelParse::CProductXmlReader::ReadBaseProductXml");
   FRAME_LOG(kProgress, "Begin Read Product.xml[%s]", path.c_str());
-  const std::shared_ptr<CXmlProto> document = Open(kLogFunction, path, kNotRead);
+  const std::shared_ptr<CXmlProto> document = OpenProductFile(kLogFunction, path);
   if (!document) return false;
   const XmlElement root(*document, "/ProductDescription");
   ReadProductFields(model, root);
@@ -123,7 +122,7 @@ bool CProductXmlReader::ReadBaseProductXml(ProductModel& model, std::string path
 bool CProductXmlReader::ReadDriverModel(ProductModel& model, std::string path) const {
   FRAME_LOG_AS("TevModelParse::CProductXmlReader::ReadDriverModel");
   FRAME_LOG(kProgress, "Begin Read DeviceDrivers.xml[%s]", path.c_str());
-  const std::shared_ptr<CXmlProto> document = Open(kLogFunction, path, kNotRead);
+  const std::shared_ptr<CXmlProto> document = OpenProductFile(kLogFunction, path);
   if (!document) return false;
   const XmlElements drivers = XmlElement(*document, "/DAMDrivers").Children("Driver");
   for (const XmlElement& element : drivers) {
@@ -138,7 +137,7 @@ bool CProductXmlReader::ReadDriverModel(ProductModel& model, std::string path) c
 
 bool CProductXmlReader::ReadPlatformModel(PlatformModel& platform, std::string path) const {
   FRAME_LOG_AS("TevModelParse::CProductXmlReader::ReadPlatformModel");
-  const std::shared_ptr<CXmlProto> document = Open(kLogFunction, path, kNotRead);
+  const std::shared_ptr<CXmlProto> document = OpenProductFile(kLogFunction, path);
   if (!document) return false;
   ReadPlatformFields(platform, XmlElement(*document, "/Platform"));
   return true;
@@ -147,8 +146,11 @@ bool CProductXmlReader::ReadPlatformModel(PlatformModel& platform, std::string p
 bool CProductXmlReader::ReadServerPotalModel(PortalModel& portal, std::string path) const {
   FRAME_LOG_AS("TevModelParse::CProductXmlReader::ReadServerPotalModel");
   FRAME_LOG(kProgress, "Begin Read Portal.xml[%s]", path.c_str());
-  const std::shared_ptr<CXmlProto> document = Open(kLogFunction, path, "ReadFile  failed path");
-  if (!document) return false;
+  const std::shared_ptr<CXmlProto> document = ReadDocument(path);
+  if (!document) {
+    FRAME_LOG(kProgress, "ReadFile  failed path[%s]", path.c_str());
+    return false;
+  }
   if (!ReadNavigationMenu(portal.NavigationMenu, document)) {
     FRAME_LOG(kProgress, "ReadNavigationMenu  failed path[%s]", path.c_str());
     return false;

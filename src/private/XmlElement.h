@@ -11,7 +11,7 @@ class XmlElements;
 
 /// A document and the absolute path of an element in it: what a reader asks for values.
 ///
-/// Plain value; the document must outlive it. Each call is one query of the document. If several
+/// Plain value; the document must outlive it. Each call that reads a value is one query. If several
 /// elements match, the first is read; if none does, the fallback is returned.
 class XmlElement {
  public:

@@ -28,11 +28,6 @@ struct FreeXmlText {
 };
 using XmlText = std::unique_ptr<xmlChar, FreeXmlText>;
 
-struct FreeTree {
-  void operator()(xmlDoc* tree) const { xmlFreeDoc(tree); }
-};
-using Tree = std::unique_ptr<xmlDoc, FreeTree>;
-
 struct FreeMatches {
   void operator()(xmlXPathObject* matches) const { xmlXPathFreeObject(matches); }
 };
@@ -50,7 +45,7 @@ struct CloseFile {
 ///
 /// libxml2 returns null for "absent" and for "out of memory"; only this callback tells them apart,
 /// and a product must not read as empty because memory ran out. Any other message goes on to where
-/// it would have gone, by default standard error, with the name of the file.
+/// libxml2's messages go, by default standard error, as "file:line: message".
 class XmlErrors {
  public:
   explicit XmlErrors(const std::string& file)
@@ -193,10 +188,21 @@ bool IsBlank(const char* text) {
   return text[std::strspn(text, " \t\r\n")] == '\0';
 }
 
-Tree NewEmptyTree() {
-  Tree tree(xmlNewDoc(XmlString("1.0")));
-  if (!tree) throw std::bad_alloc();
-  return tree;
+/// Never null.
+xmlDoc* NewEmptyDocument() {
+  xmlDoc* document = xmlNewDoc(XmlString("1.0"));
+  if (document == nullptr) throw std::bad_alloc();
+  return document;
+}
+
+/// The nodes of `document`, the content of `file`, that match `expression`.
+Matches Evaluate(xmlDoc* document, const std::string& file, const std::string& expression) {
+  const XmlErrors errors(file);
+  const std::unique_ptr<xmlXPathContext, FreeContext> context(xmlXPathNewContext(document));
+  if (!context) throw std::bad_alloc();
+  Matches matches(xmlXPathEvalExpression(XmlString(expression), context.get()));
+  errors.ThrowIfOutOfMemory();
+  return matches;
 }
 
 constexpr char kSeparators[] = "/\\";
@@ -238,51 +244,40 @@ std::string ReadFirstReadable(std::string& content, const std::string& path,
 
 }  // namespace
 
-struct CXmlProto::Document {
-  Matches Evaluate(const std::string& expression) const {
-    const XmlErrors errors(name);
-    const std::unique_ptr<xmlXPathContext, FreeContext> context(xmlXPathNewContext(tree.get()));
-    if (!context) throw std::bad_alloc();
-    Matches matches(xmlXPathEvalExpression(XmlString(expression), context.get()));
-    errors.ThrowIfOutOfMemory();
-    return matches;
-  }
+void CXmlProto::FreeDocument::operator()(xmlDoc* document) const {
+  xmlFreeDoc(document);
+}
 
-  Tree tree = NewEmptyTree();  // never null
-  std::string name;            // of the file; may be empty
-};
-
-CXmlProto::CXmlProto() : m_document(std::make_unique<Document>()) {}
+CXmlProto::CXmlProto() : m_document(NewEmptyDocument()) {}
 
 CXmlProto::~CXmlProto() = default;
 
 bool CXmlProto::ParseMemory(const std::string& text, const std::string& name) {
-  m_document->name = name;
-  m_document->tree = NewEmptyTree();  // what every failure below leaves
+  m_name = name;
+  m_document.reset(NewEmptyDocument());  // what every failure below leaves
   if (text.size() > static_cast<std::size_t>(std::numeric_limits<int>::max())) return false;
-  const XmlErrors errors(m_document->name);
-  Tree tree(xmlReadMemory(text.data(), static_cast<int>(text.size()), nullptr, "UTF-8",
-                          XML_PARSE_NOBLANKS));
+  const XmlErrors errors(m_name);
+  std::unique_ptr<xmlDoc, FreeDocument> document(xmlReadMemory(
+      text.data(), static_cast<int>(text.size()), nullptr, "UTF-8", XML_PARSE_NOBLANKS));
   errors.ThrowIfOutOfMemory();
-  if (!tree) return false;
-  m_document->tree = std::move(tree);
+  if (!document) return false;
+  m_document = std::move(document);
   return true;
 }
 
 std::int32_t CXmlProto::GetNodeCount(const std::string& expression) const {
-  const Matches matches = m_document->Evaluate(expression);
+  const Matches matches = Evaluate(m_document.get(), m_name, expression);
   return FirstNode(matches.get()) == nullptr ? 0 : matches->nodesetval->nodeNr;
 }
 
 std::string CXmlProto::GetNodeText(const std::string& expression,
                                    const std::string& fallback) const {
-  const Matches matches = m_document->Evaluate(expression);
+  const Matches matches = Evaluate(m_document.get(), m_name, expression);
   const xmlNode* node = FirstNode(matches.get());
   if (node == nullptr) return fallback;
-  const XmlErrors errors(m_document->name);
-  if (!WithinBounds(m_document->tree.get(), node->children, errors, *node, "the text"))
-    return fallback;
-  const XmlText text(xmlNodeListGetString(m_document->tree.get(), node->children, 1));
+  const XmlErrors errors(m_name);
+  if (!WithinBounds(m_document.get(), node->children, errors, *node, "the text")) return fallback;
+  const XmlText text(xmlNodeListGetString(m_document.get(), node->children, 1));
   errors.ThrowIfOutOfMemory();
   const char* bytes = reinterpret_cast<const char*>(text.get());
   return bytes == nullptr || IsBlank(bytes) ? fallback : bytes;
@@ -295,12 +290,12 @@ std::int32_t CXmlProto::GetNodeInt(const std::string& expression, std::int32_t f
 
 std::string CXmlProto::GetNodeProp(const std::string& expression, const std::string& attribute,
                                    const std::string& fallback) const {
-  const Matches matches = m_document->Evaluate(expression);
+  const Matches matches = Evaluate(m_document.get(), m_name, expression);
   const xmlNode* node = FirstNode(matches.get());
   const xmlAttr* property = node == nullptr ? nullptr : xmlHasProp(node, XmlString(attribute));
   if (property == nullptr) return fallback;
-  const XmlErrors errors(m_document->name);
-  if (!WithinBounds(m_document->tree.get(), property->children, errors, *node,
+  const XmlErrors errors(m_name);
+  if (!WithinBounds(m_document.get(), property->children, errors, *node,
                     "the attribute " + attribute)) {
     return fallback;
   }

@@ -4,9 +4,13 @@
 #include <memory>
 #include <string>
 
+// NOLINTNEXTLINE(bugprone-reserved-identifier,cert-dcl37-c,cert-dcl51-cpp): libxml2's own name
+struct _xmlDoc;
+
 namespace TevModelParse {
 
-/// One parsed XML document and its XPath queries. Only its source includes libxml2.
+/// One parsed XML document and its XPath queries. Of the frame's files only its source includes
+/// libxml2.
 ///
 /// A reader makes one per file under shared ownership and drops it when it is done with the file.
 /// Before the first parse, and after a failed one, the document is empty and every query finds
@@ -21,8 +25,8 @@ class CXmlProto {
   CXmlProto& operator=(const CXmlProto&) = delete;
 
   /// Parses `text`, the content of the file `name`, in place of the document. False when it is not
-  /// well-formed: the document is then empty, and libxml2's generic error function receives what is
-  /// wrong, with file name and line.
+  /// well-formed: the document is then empty, and what is wrong, with file name and line, goes
+  /// where libxml2's messages go.
   bool ParseMemory(const std::string& text, const std::string& name = "");
 
   /// How many nodes match the absolute path `expression`.
@@ -40,9 +44,12 @@ class CXmlProto {
                           const std::string& fallback) const;
 
  private:
-  struct Document;  // libxml2's, with the name of its file
+  struct FreeDocument {
+    void operator()(_xmlDoc* document) const;
+  };
 
-  const std::unique_ptr<Document> m_document;
+  std::unique_ptr<_xmlDoc, FreeDocument> m_document;  // never null between calls
+  std::string m_name;                                 // of the file; may be empty
 };
 
 /// Reads the file at `path`, byte for byte, without its trailing line feeds.

@@ -189,6 +189,7 @@ TEST_F(ManagerInit, CalledTwiceDoublesTheListsButTrimsThePlugins) {
   tree.Product("a: b:a sub");
   tree.Write("ProductAddons.xml", "<AddonList><Addon><ID>Extra</ID></Addon></AddonList>");
   tree.Write("ProductTools.xml", "<ToolList><Tool><ID>Viewer</ID></Tool></ToolList>");
+  ON_CALL(seam.lpc, Init).WillByDefault(Return(0));  // the second time as well
   EXPECT_TRUE(manager.Init());
   EXPECT_CALL(seam.platform, SetAddonAndToolModel(testing::SizeIs(2), testing::SizeIs(2)));
   ProductModel model;

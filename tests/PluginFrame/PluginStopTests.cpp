@@ -303,6 +303,7 @@ TEST_F(PluginStop, WaitsForTheLastLineOfAStart) {
 
 TEST_F(PluginStop, WaitsForTheLastLineOfAnotherStop) {
   Started("a:", {"a"});
+  ON_CALL(seam.lpc, UnInit).WillByDefault(Return(0));  // the second time as well
   std::thread second;
   Log::Instance().AtLine(kStopEnd, [&] {
     second = std::thread([this] { manager.Uninit(); });

@@ -22,6 +22,7 @@ set(configure ${CMAKE_COMMAND} -S ${SOURCE} -B ${build} -G Ninja -DTEV_SITE_SDK=
 file(RENAME ${site}/sdk/lpc/lpc.h ${site}/lpc.h)
 execute_process(COMMAND ${configure} RESULT_VARIABLE result OUTPUT_QUIET ERROR_VARIABLE errors)
 file(RENAME ${site}/lpc.h ${site}/sdk/lpc/lpc.h)
+string(REGEX REPLACE "[ \n]+" " " errors "${errors}")  # CMake breaks lines by the path's length
 if(result EQUAL 0 OR NOT errors MATCHES "sdk/lpc/lpc.h is missing")
   message(FATAL_ERROR "an SDK without lpc.h was not refused for that reason: ${errors}")
 endif()
