@@ -374,7 +374,8 @@ TEST_F(LateFinisher, IsNotCountedBeforeTheLastLineOfItsStart) {
       ElementsAre(
           "3 SinglePluginLoad: [Plugin Load]Plugin [late] SinglePluginLoad Begin.",
           "3 SinglePluginLoad: [Plugin Load]Plugin Init begin.[late]",
-          "3 SinglePluginLoad: [Plugin Load]Plugin Init end. [late] cost time [0]ms",
+          // The time depends on how often the start has slept.
+          StartsWith("3 SinglePluginLoad: [Plugin Load]Plugin Init end. [late] cost time ["),
           "3 SinglePluginLoad: [Plugin Load]Plugin [late] SinglePluginLoad End. count[1]."));
 }
 
