@@ -5,6 +5,7 @@
 #include <boost/thread/synchronized_value.hpp>
 #include <exception>
 #include <mutex>
+#include <new>
 #include <set>
 #include <utility>
 
@@ -66,10 +67,12 @@ void AddTimingLine(const char* function, std::int32_t milliseconds, MakeText mak
 }
 
 /// The plugins that refused to stop. Their code may still run, so the list is never destroyed and
-/// their libraries stay mapped until the process ends.
+/// their libraries stay mapped until the process ends. It lies in the frame's own memory, so that a
+/// host that loads the frame again and again does not collect lists.
 auto& RefusedPlugins() {
-  using Plugins = std::multimap<std::string, std::shared_ptr<CPlugin>>;
-  static auto& plugins = *new boost::synchronized_value<Plugins>;
+  using Plugins = boost::synchronized_value<std::multimap<std::string, std::shared_ptr<CPlugin>>>;
+  alignas(Plugins) static unsigned char memory[sizeof(Plugins)];
+  static auto& plugins = *new (memory) Plugins;
   return plugins;
 }
 
@@ -267,7 +270,7 @@ void CPluginManager::Uninit() {
   LOG_UNINIT(kProgress, "Get threads for uninit plugins end, success(threads num = %d). ", plugins);
   const ULONGLONG begin = GetTickCount64();
   LOG_UNINIT(kProgress, "Uninit all plugins start.");
-  RefusedPlugins();  // allocates the list, which may throw, before any UnInit has run
+  RefusedPlugins();  // makes the list, which may throw, before any UnInit has run
   PhaseCount phase(*this);
   RunPhase({false, &ReadyToStop, &CPluginManager::SinglePluginUnload,
             &CPluginManager::CountRefusedUnload});
