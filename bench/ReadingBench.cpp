@@ -34,18 +34,18 @@ double ThreadSeconds() {
 }
 
 /// One initialisation of the frame, with a new manager: a manager's Init may run only once.
-class FrameInit {
+class InitialisedFrame {
  public:
-  FrameInit() = default;
-  ~FrameInit() {
+  InitialisedFrame() = default;
+  ~InitialisedFrame() {
     TevLPCFrameUnInit();
     KPX_UnInit();
   }
-  FrameInit(const FrameInit&) = delete;
-  FrameInit& operator=(const FrameInit&) = delete;
+  InitialisedFrame(const InitialisedFrame&) = delete;
+  InitialisedFrame& operator=(const InitialisedFrame&) = delete;
 
   /// What Frame_Init does.
-  void Run() {
+  void Init() {
     if (KPX_Init() != 0 || !m_manager.Init()) throw std::runtime_error("the frame did not come up");
   }
 
@@ -78,18 +78,18 @@ const std::vector<XmlStep>& StepsOf(std::size_t plugins) {
     SwitchTo(plugins);
     ConfigureLog({0, "", 0, 0});
     SetExecutablePath((kProducts / "current" / "bin" / "HUB").string());
-    FrameInit init;
+    InitialisedFrame frame;
     const XmlRecorder recorder(steps->second);
-    init.Run();
+    frame.Init();
   }
   SwitchTo(plugins);
   return steps->second;
 }
 
 double TimeFrame() {
-  FrameInit init;
+  InitialisedFrame frame;
   const double begin = ThreadSeconds();
-  init.Run();
+  frame.Init();
   return ThreadSeconds() - begin;
 }
 
