@@ -2,17 +2,18 @@
 
 #include <map>
 #include <mutex>
+#include <utility>
 
 namespace {
 
 std::mutex g_mutex;
 
-/// By name; guarded by g_mutex. Never destroyed: an Init that ends after the stop has passed its
-/// plugin by leaves its service here, and what that one uses is unmapped by then.
-std::map<std::string, std::shared_ptr<void>>& Services() {
-  static auto* const services = new std::map<std::string, std::shared_ptr<void>>;
-  return *services;
-}
+using Services = std::map<std::string, std::shared_ptr<void>>;
+
+/// By name; guarded by g_mutex. Null when nothing is published. What is still published when this
+/// library goes stays: an Init that ended after the stop has passed its plugin by put it there, and
+/// what it uses is unmapped by then.
+Services* g_services = nullptr;
 
 }  // namespace
 
@@ -20,20 +21,24 @@ void board::PublishService(const std::string& name, std::shared_ptr<void> servic
   // What the name held before is in `service` when the lock is gone, and freed then: a service may
   // look others up while it goes.
   const std::lock_guard<std::mutex> lock(g_mutex);
-  Services()[name].swap(service);
+  if (!g_services) g_services = new Services;
+  (*g_services)[name].swap(service);
 }
 
 std::shared_ptr<void> board::FindService(const std::string& name) {
   const std::lock_guard<std::mutex> lock(g_mutex);
-  const auto service = Services().find(name);
-  return service == Services().end() ? nullptr : service->second;
+  if (!g_services) return nullptr;
+  const auto service = g_services->find(name);
+  return service == g_services->end() ? nullptr : service->second;
 }
 
 void board::Withdraw(const std::string& name) {
   std::shared_ptr<void> last;  // freed after the lock: a service may look others up while it goes
   const std::lock_guard<std::mutex> lock(g_mutex);
-  const auto service = Services().find(name);
-  if (service == Services().end()) return;
+  if (!g_services) return;
+  const auto service = g_services->find(name);
+  if (service == g_services->end()) return;
   last = std::move(service->second);
-  Services().erase(service);
+  g_services->erase(service);
+  if (g_services->empty()) delete std::exchange(g_services, nullptr);
 }
