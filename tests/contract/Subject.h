@@ -1,9 +1,7 @@
 #pragma once
 
 #include <memory>
-#include <optional>
 #include <string>
-#include <vector>
 
 /// The libraries under test, with what the suite needs of them that the SDK has no call for: the
 /// doubles of the unit tests, the reference libraries, or a site's own.
@@ -25,8 +23,4 @@ class Subject {
   /// Adds the plugin library of fixtures/contract_plugin.cpp, or a text. Returns its path.
   virtual std::string AddLibrary(const std::string& name) = 0;
   virtual std::string AddText(const std::string& name) = 0;
-
-  /// The lines logged since the object was made, as "LEVEL MODULE TEXT"; none when the libraries do
-  /// not show them.
-  virtual std::optional<std::vector<std::string>> LoggedLines() = 0;
 };

@@ -2,7 +2,6 @@
 
 #include <utility>
 
-#include "tests/support/Log.h"
 #include "tests/support/Seam.h"
 
 namespace {
@@ -10,7 +9,6 @@ namespace {
 class Doubles : public Subject {
  public:
   Doubles() {
-    Log::Instance().Clear();
     m_seam.keepsTasks = false;
     m_seam.exePath = "/p/bin/contract";
   }
@@ -29,14 +27,6 @@ class Doubles : public Subject {
     m_seam.libraries[name].loads = false;
     m_seam.loadError = 193;
     return PathOf(name);
-  }
-
-  std::optional<std::vector<std::string>> LoggedLines() override {
-    std::vector<std::string> lines;
-    for (const LogLine& line : Log::Instance().Lines()) {
-      lines.push_back(std::to_string(line.level) + " " + line.module + " " + line.whole);
-    }
-    return lines;
   }
 
  private:

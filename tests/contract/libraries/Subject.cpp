@@ -2,7 +2,6 @@
 
 #include <filesystem>
 
-#include "tests/contract/libraries/LogView.h"
 #include "tests/support/TemporaryFolder.h"
 
 namespace {
@@ -21,11 +20,8 @@ class Libraries : public Subject {
     return m_folder.Write(name + ".dll", "this is text, long enough to be looked into");
   }
 
-  std::optional<std::vector<std::string>> LoggedLines() override { return m_log.Lines(); }
-
  private:
   const TemporaryFolder m_folder;
-  LogView m_log;
 };
 
 }  // namespace
