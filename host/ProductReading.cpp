@@ -19,7 +19,7 @@ constexpr char kUnknownType[] =
     ": its Type is neither 1 (executable) nor 2 (library): the plugin is dropped";
 
 Finding Error(const std::string& text) {
-  return {Finding::Severity::kError, text};
+  return {Severity::kError, text};
 }
 
 std::string FrameReason(const std::vector<FrameEvent>& notes) {
@@ -73,8 +73,8 @@ std::vector<Finding> ProductFindings(const ProductModel& model,
                        model.DriverPluginDescriptions.empty();
   if (isEmpty && findings.empty()) {
     const auto product = (bin / "../Product.xml").lexically_normal().make_preferred();
-    findings.push_back({Finding::Severity::kWarning,
-                        names.fromPath(product) + " lists no plugin: nothing is started"});
+    findings.push_back(
+        {Severity::kWarning, names.fromPath(product) + " lists no plugin: nothing is started"});
   }
   return findings;
 }

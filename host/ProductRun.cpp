@@ -246,8 +246,8 @@ void ProductRun::WarnOfDisplaced() {
     if (SecondsSince(since->second) < kLongestDisplacement) continue;
     if (!m_displacedReported.insert(request).second) continue;
     m_reporter.ReportFinding(
-        {Finding::Severity::kWarning, std::string("code of a plugin handles or ignores ") +
-                                          Name(request) + ": it does not stop HUB"});
+        {Severity::kWarning, std::string("code of a plugin handles or ignores ") + Name(request) +
+                                 ": it does not stop HUB"});
   }
 }
 

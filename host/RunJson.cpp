@@ -65,18 +65,6 @@ Json Plugins(const RunClock& clock, const RunState& state) {
   return plugins;
 }
 
-const char* Word(RunEvent::Severity severity) {
-  switch (severity) {
-    case RunEvent::Severity::kNote:
-      return "note";
-    case RunEvent::Severity::kWarning:
-      return "warning";
-    case RunEvent::Severity::kError:
-      return "error";
-  }
-  return "";
-}
-
 Json Findings(const RunState& state) {
   Json findings = Json::array();
   for (const RunEvent& finding : state.Findings()) {

@@ -22,8 +22,8 @@ RunRecord::RunRecord(const Options& options, const fs::path& bin, const RunClock
     file = UseStateFolder(bin, clock);
   } catch (const std::exception& error) {
     if (!options.noRecord && options.record.empty()) {
-      m_findings.push_back({Finding::Severity::kError,
-                            std::string("no flight record: ") + error.what() + kWithoutRecord});
+      m_findings.push_back(
+          {Severity::kError, std::string("no flight record: ") + error.what() + kWithoutRecord});
     }
   }
   if (!options.record.empty()) file = fs::absolute(PathFromLocal(options.record));
@@ -35,8 +35,8 @@ RunRecord::RunRecord(const Options& options, const fs::path& bin, const RunClock
     if (m_folder) m_folder->Prune(LastRun(m_folder->Path()).Record());
   } catch (const std::runtime_error& error) {
     if (!options.record.empty()) throw UsageError(error.what());
-    m_findings.push_back({Finding::Severity::kError,
-                          std::string("no flight record: ") + error.what() + kWithoutRecord});
+    m_findings.push_back(
+        {Severity::kError, std::string("no flight record: ") + error.what() + kWithoutRecord});
   }
   if (m_lastRun) Remember();
 }
@@ -83,14 +83,14 @@ fs::path RunRecord::UseStateFolder(const fs::path& bin, const RunClock& clock) {
 void RunRecord::TakeLock(const fs::path& file) {
   m_lock = FileLock::TryLock(file);
   if (m_lock) return;
-  m_findings.push_back({Finding::Severity::kWarning,
-                        "another HUB runs this product at the same time; both use its files"});
+  m_findings.push_back(
+      {Severity::kWarning, "another HUB runs this product at the same time; both use its files"});
 }
 
 /// `next`: where this run's record will lie.
 void RunRecord::Recall(const fs::path& next) {
   if (const auto sentence = m_lastRun->Recall(next)) {
-    m_findings.push_back({Finding::Severity::kNote, *sentence});
+    m_findings.push_back({Severity::kNote, *sentence});
   }
 }
 

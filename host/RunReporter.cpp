@@ -22,25 +22,11 @@ constexpr int kProgress = 3;
 constexpr int kTolerated = 4;
 constexpr int kFailure = 5;
 
-const char* Word(Finding::Severity severity) {
-  switch (severity) {
-    case Finding::Severity::kNote:
-      return "note";
-    case Finding::Severity::kWarning:
-      return "warning";
-    case Finding::Severity::kError:
-      return "error";
-  }
-  return "";
-}
-
 RunEvent EventOf(const Finding& finding) {
   RunEvent event;
   event.kind = RunEvent::Kind::kFinding;
   event.text = finding.text;
-  event.severity = finding.severity == Finding::Severity::kError     ? RunEvent::Severity::kError
-                   : finding.severity == Finding::Severity::kWarning ? RunEvent::Severity::kWarning
-                                                                     : RunEvent::Severity::kNote;
+  event.severity = finding.severity;
   return event;
 }
 
@@ -61,7 +47,7 @@ void RunReporter::LogHead(const RunHead& head) {
 void RunReporter::ReportFinding(const Finding& finding) {
   m_monitor.Add(EventOf(finding));
   const std::string text = Escaped(finding.text);
-  const bool bad = finding.severity == Finding::Severity::kError;
+  const bool bad = finding.severity == Severity::kError;
   IKPXFormatLog(bad ? kFailure : kTolerated, kModule, "%s", text.c_str());
   if (ShowsTable()) {
     m_screen.PrintLine(std::string(Word(finding.severity)) + ": " + text);
@@ -78,7 +64,7 @@ void RunReporter::ReportLine(const std::string& line) {
 void RunReporter::ReportError(const std::vector<std::string>& sentences) {
   if (ShowsTable()) m_screen.Finish(m_monitor.State());
   for (const std::string& sentence : sentences) {
-    m_monitor.Add(EventOf({Finding::Severity::kError, sentence}));
+    m_monitor.Add(EventOf({Severity::kError, sentence}));
     IKPXFormatLog(kFailure, kModule, "%s", sentence.c_str());
     m_output.WriteError(Escaped(sentence));
   }
@@ -121,7 +107,7 @@ bool RunReporter::ReportLoss(bool& said, bool isLost, const std::string& what) {
   if (ShowsTable()) m_screen.Finish(m_monitor.State());
   IKPXFormatLog(kFailure, kModule, "%s", text.c_str());
   m_output.WriteError(text);
-  m_monitor.Add(EventOf({Finding::Severity::kError, text}));
+  m_monitor.Add(EventOf({Severity::kError, text}));
   return true;
 }
 

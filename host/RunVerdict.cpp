@@ -73,7 +73,7 @@ std::string FailureClauses(const RunState& state) {
 std::vector<std::string> Errors(const RunState& state) {
   std::vector<std::string> errors;
   for (const RunEvent& finding : state.Findings()) {
-    if (finding.severity == RunEvent::Severity::kError) errors.push_back(finding.text);
+    if (finding.severity == Severity::kError) errors.push_back(finding.text);
   }
   return errors;
 }

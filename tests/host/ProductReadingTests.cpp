@@ -24,7 +24,7 @@ FrameEvent Note(Kind kind, const std::string& reason = "") {
 std::string Said(const FrameEvent& note) {
   const std::optional<Finding> finding = FindingOf(note);
   if (!finding) return "nothing";
-  EXPECT_EQ(Finding::Severity::kError, finding->severity);
+  EXPECT_EQ(Severity::kError, finding->severity);
   return finding->text;
 }
 

@@ -115,7 +115,7 @@ class RunBuilder {
 
   RunBuilder& Up() { return Apply(Event(RunEvent::Kind::kUp)); }
 
-  RunBuilder& Finding(RunEvent::Severity severity, const std::string& text) {
+  RunBuilder& Finding(Severity severity, const std::string& text) {
     RunEvent event = Event(RunEvent::Kind::kFinding);
     event.severity = severity;
     event.text = text;

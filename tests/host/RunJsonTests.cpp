@@ -34,9 +34,9 @@ RunBuilder DegradedRun() {
   run.Phase(RunEvent::Kind::kPhaseBegin, RunPhase::kStart);
   run.Started("a", 12).Ready("b", "a").InitFailed("b", "its Init returned false");
   run.Phase(RunEvent::Kind::kPhaseEnd, RunPhase::kStart).Up();
-  run.Finding(RunEvent::Severity::kNote, "worth knowing");
-  run.Finding(RunEvent::Severity::kWarning, "something is lost");
-  run.Finding(RunEvent::Severity::kError, "a plugin is lost");
+  run.Finding(Severity::kNote, "worth knowing");
+  run.Finding(Severity::kWarning, "something is lost");
+  run.Finding(Severity::kError, "a plugin is lost");
   run.Phase(RunEvent::Kind::kPhaseBegin, RunPhase::kStop);
   run.StopRefused("b", "its UnInit returned false").Stopped("a", 3);
   return run;

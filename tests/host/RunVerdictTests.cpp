@@ -65,13 +65,13 @@ TEST(Verdict, NamesFivePluginsAndCountsTheRest) {
 
 TEST(Verdict, IsDegradedByAnErrorAmongTheFindingsAlone) {
   RunBuilder note;
-  note.Finding(RunEvent::Severity::kNote, "n").Finding(RunEvent::Severity::kWarning, "w").Up();
+  note.Finding(Severity::kNote, "n").Finding(Severity::kWarning, "w").Up();
   EXPECT_EQ("0 up | up: there are no plugins to start", Judged(Well(), note));
   RunBuilder error;
-  error.Finding(RunEvent::Severity::kError, "Product.xml reads as empty").Up();
+  error.Finding(Severity::kError, "Product.xml reads as empty").Up();
   EXPECT_EQ("3 degraded | degraded: there are no plugins to start; Product.xml reads as empty",
             Judged(Well(), error));
-  error.Finding(RunEvent::Severity::kError, "another");
+  error.Finding(Severity::kError, "another");
   EXPECT_EQ(
       "3 degraded | degraded: there are no plugins to start; Product.xml reads as empty (and 1 "
       "more error)",

@@ -14,7 +14,6 @@ namespace {
 
 using Kind = RunEvent::Kind;
 using Result = RunEvent::Result;
-using Severity = RunEvent::Severity;
 
 /// The record's lines, by which heads, plugins and events are compared.
 std::string Lines(const FlightRecord& record) {

@@ -12,7 +12,6 @@ namespace fs = std::filesystem;
 
 namespace {
 
-using Severity = Finding::Severity;
 using State = ModelFile::State;
 
 std::string Quoted(const std::string& text) {

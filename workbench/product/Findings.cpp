@@ -10,8 +10,6 @@ namespace fs = std::filesystem;
 
 namespace {
 
-using Severity = Finding::Severity;
-
 constexpr std::size_t kMostNames = 5;  // of plugins, before "and N more"
 constexpr char kArrow[] = " \xE2\x86\x92 ";
 

@@ -5,17 +5,12 @@
 #include <vector>
 
 #include "src/model/ProductModel.h"
+#include "workbench/output/Severity.h"
 #include "workbench/product/LocalNames.h"
 #include "workbench/product/ModelFiles.h"
 
 /// A problem of a product, or a note on it, as one sentence for the user.
 struct Finding {
-  enum class Severity {
-    kNote,     // nothing is lost
-    kWarning,  // something is lost, but no plugin
-    kError     // a plugin is lost or never starts, or a model file reads as empty
-  };
-
   Severity severity;
   std::string text;
 };

@@ -11,7 +11,6 @@ namespace {
 using Json = nlohmann::ordered_json;
 using Kind = RunEvent::Kind;
 using Result = RunEvent::Result;
-using Severity = RunEvent::Severity;
 
 /// A name in the file and the value that it stands for.
 template <typename Value>
@@ -24,8 +23,9 @@ constexpr Named<Result> kResults[] = {{Result::kOk, "ok"},
                                       {Result::kFailed, "failed"},
                                       {Result::kNotLoaded, "not-loaded"},
                                       {Result::kRefused, "refused"}};
-constexpr Named<Severity> kSeverities[] = {
-    {Severity::kNote, "note"}, {Severity::kWarning, "warning"}, {Severity::kError, "error"}};
+constexpr Named<Severity> kSeverities[] = {{Severity::kNote, Word(Severity::kNote)},
+                                           {Severity::kWarning, Word(Severity::kWarning)},
+                                           {Severity::kError, Word(Severity::kError)}};
 
 /// The members of an event's line in addition to its name, time and thread.
 enum Member : unsigned {
@@ -174,7 +174,7 @@ void Append(std::string& line, Result result) {
   line.append(1, '"').append(NameOf(kResults, result)).append(1, '"');
 }
 void Append(std::string& line, Severity severity) {
-  line.append(1, '"').append(NameOf(kSeverities, severity)).append(1, '"');
+  line.append(1, '"').append(Word(severity)).append(1, '"');
 }
 
 // A member of the wrong type throws, so that its line counts as unreadable.

@@ -5,6 +5,8 @@
 #include <string>
 #include <vector>
 
+#include "workbench/output/Severity.h"
+
 /// How many plugins a run had, and how many of them were started, failed, were stopped...
 struct RunTotals {
   std::int64_t plugins = 0;  // that the frame starts: without executables and drivers
@@ -48,7 +50,6 @@ struct RunEvent {
     kEnd           // status, number: the exit status, totals, text: the sentence
   };
   enum class Result { kNone, kOk, kFailed, kNotLoaded, kRefused };
-  enum class Severity { kNote, kWarning, kError };
 
   Kind kind = Kind::kEnd;
   std::int64_t nanoseconds = 0;  // of the steady clock
