@@ -20,19 +20,6 @@ std::optional<FileLock> FileLock::TryLock(const std::filesystem::path& file) {
   throw std::system_error(errno, std::generic_category(), "cannot lock " + file.string());
 }
 
-FileLock::FileLock(FileLock&& other) noexcept : m_file(std::exchange(other.m_file, kNone)) {}
-
-FileLock& FileLock::operator=(FileLock&& other) noexcept {
-  if (this == &other) return *this;
-  Release();
-  m_file = std::exchange(other.m_file, kNone);
-  return *this;
-}
-
-FileLock::~FileLock() {
-  Release();
-}
-
 void FileLock::Release() noexcept {
   if (m_file == kNone) return;
   const int descriptor = static_cast<int>(std::exchange(m_file, kNone));

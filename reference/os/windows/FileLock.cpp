@@ -32,19 +32,6 @@ std::optional<FileLock> FileLock::TryLock(const std::filesystem::path& file) {
   return std::nullopt;
 }
 
-FileLock::FileLock(FileLock&& other) noexcept : m_file(std::exchange(other.m_file, kNone)) {}
-
-FileLock& FileLock::operator=(FileLock&& other) noexcept {
-  if (this == &other) return *this;
-  Release();
-  m_file = std::exchange(other.m_file, kNone);
-  return *this;
-}
-
-FileLock::~FileLock() {
-  Release();
-}
-
 void FileLock::Release() noexcept {
   if (m_file == kNone) return;
   CloseHandle(HandleOf(std::exchange(m_file, kNone)));  // releases the lock
