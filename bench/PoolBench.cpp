@@ -9,20 +9,12 @@
 #include <utility>
 
 #include "sdk/base/thread.h"
+#include "tests/support/FunctionTask.h"
 
 namespace {
 
 constexpr char kPool[] = "bench";
 constexpr int kTasks = 200;
-
-class FunctionTask : public CTMTask {
- public:
-  explicit FunctionTask(std::function<void()> work) : CTMTask(kPool), m_work(std::move(work)) {}
-  void DoTask() override { m_work(); }
-
- private:
-  std::function<void()> m_work;
-};
 
 /// Wait returns after `arrivals` calls of Arrive.
 class Meeting {
@@ -45,7 +37,8 @@ class Meeting {
 };
 
 void Post(std::function<void()> work) {
-  CThreadManager::Instance().PostTask(std::make_shared<FunctionTask>(std::move(work)), false);
+  CThreadManager::Instance().PostTask(std::make_shared<FunctionTask>(kPool, std::move(work)),
+                                      false);
 }
 
 /// Posts 200 tasks that do nothing, each when the one before has run, to a pool with as many idle

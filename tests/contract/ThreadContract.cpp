@@ -16,20 +16,11 @@
 #include "sdk/base/thread.h"
 #include "tests/contract/Subject.h"
 #include "tests/reference/Gate.h"
+#include "tests/support/FunctionTask.h"
 
 namespace {
 
 constexpr char kPool[] = "contract";
-
-class FunctionTask : public CTMTask {
- public:
-  FunctionTask(const std::string& group, std::function<void()> work)
-      : CTMTask(group), m_work(std::move(work)) {}
-  void DoTask() override { m_work(); }
-
- private:
-  const std::function<void()> m_work;
-};
 
 /// The thread manager with one pool. All that tasks use is a member: it outlives them.
 class ThreadPool : public testing::Test {

@@ -13,18 +13,9 @@
 #include "reference/base/Log.h"
 #include "reference/base/ThreadPools.h"
 #include "sdk/base/thread.h"
+#include "tests/support/FunctionTask.h"
 
 constexpr char kPool[] = "pool";
-
-class FunctionTask : public CTMTask {
- public:
-  FunctionTask(const std::string& group, std::function<void()> work)
-      : CTMTask(group), m_work(std::move(work)) {}
-  void DoTask() override { m_work(); }
-
- private:
-  std::function<void()> m_work;
-};
 
 /// A list of events, in order, to which several threads add. Thread-safe.
 class EventList {
