@@ -1,6 +1,5 @@
 #include "src/private/XmlElement.h"
 
-#include <cstring>
 #include <utility>
 
 namespace TevModelParse {
@@ -33,10 +32,7 @@ std::string XmlElement::Attribute(const char* name, const char* fallback) const 
 }
 
 std::string XmlElement::PathOf(const char* name) const {
-  std::string path;
-  path.reserve(m_path.size() + 1 + std::strlen(name));
-  path.append(m_path).append(1, '/').append(name);
-  return path;
+  return m_path + '/' + name;
 }
 
 XmlElements::XmlElements(const CXmlProto& document, std::string path)
