@@ -12,8 +12,8 @@ using testing::Each;
 using testing::ElementsAre;
 using testing::InSequence;
 using testing::Return;
-using testing::SaveArg;
 using testing::SetArgReferee;
+using testing::UnorderedElementsAre;
 
 namespace {
 
@@ -107,7 +107,7 @@ TEST_F(PluginStart, PluginsStartLevelByLevelInTheProductsOrder) {
 TEST_F(PluginStart, DependentOfAFailedPluginStartsAfterIt) {
   Product("b:a a:", {"a", "b"});
   seam.libraries["a"].init = [this] {
-    inits.push_back("a fails");
+    inits.emplace_back("a fails");
     return false;
   };
   EXPECT_TRUE(manager.Start(&started));
@@ -259,9 +259,10 @@ TEST_F(PluginStart, AddonsPluginIsLoadedFromItsPath) {
   addon.ServerPluginDescriptions = {plugin};
   EXPECT_CALL(seam.platform, GetInstalledAddonModel)
       .WillOnce(SetArgReferee<0>(std::vector<AddonModel>{addon}));
-  Product("", {"extra"});
+  Product("a:", {"a", "extra"});
   EXPECT_TRUE(manager.Start(&started));
-  EXPECT_THAT(seam.loadedPaths, ElementsAre("/addons/Extra/extra.dll"));
+  EXPECT_THAT(seam.loadedPaths,
+              UnorderedElementsAre(tree.ExeDirectory() + "a.dll", "/addons/Extra/extra.dll"));
 }
 
 TEST_F(PluginStart, ADescriptionWithAnEmptyPathNamesNoDirectory) {

@@ -1,5 +1,7 @@
 // A program of its own: the frame remembers the executable's directory for the process.
 
+#include <cstddef>
+#include <string>
 #include <thread>
 
 #include "src/private/XmlProto.h"
@@ -16,10 +18,13 @@ TEST_F(ExeDirectory, IsFoundOnceAndHasForwardSlashes) {
   EXPECT_EQ("", GetExeDirectory());
   seam.exePath = "no-separator.exe";
   EXPECT_EQ("", GetExeDirectory());
-  seam.exePath = "/" + std::string(2000, 'x') + "/too-long.exe";  // refused by the runtime
+  constexpr std::size_t mostBytes = 1039;
+  const std::string names(mostBytes - std::string("C:\\\\b\\x.exe").size(), 'd');
+  seam.exePath = "C:\\" + names + "d\\b\\x.exe";  // refused by the runtime
   EXPECT_EQ("", GetExeDirectory());
-  const std::string deep = "C:/a" + std::string(900, 'd') + "/b/";
-  seam.exePath = "C:\\a" + std::string(900, 'd') + "\\b\\x.exe";
+  const std::string deep = "C:/" + names + "/b/";
+  seam.exePath = "C:\\" + names + "\\b\\x.exe";
+  EXPECT_EQ(mostBytes, seam.exePath.size());
   EXPECT_EQ(deep, GetExeDirectory());
   seam.exePath = "/elsewhere/x";
   EXPECT_EQ(deep, GetExeDirectory());
