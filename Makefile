@@ -5,7 +5,7 @@ BUILD = build/$(PRESET)
 HUB = $(BUILD)/bin/HUB
 
 .DEFAULT_GOAL := help
-.PHONY: help packages build demo model docs test windows windows-test package package-test asan tsan coverage mutants fuzz bench lint format clean
+.PHONY: help packages build demo model docs test windows windows-test package package-test asan tsan coverage mutants fuzz bench lint lint-tests format clean
 
 help: ## List the targets
 	@sed -n 's/^\([a-z -]*\):.*## \(.*\)/  make \1\t\2/p' $(MAKEFILE_LIST) | expand -t 22
@@ -97,6 +97,12 @@ lint: build ## Check the sources' format, and clang-tidy over all but tests and 
 	@git ls-files 'src/*.cpp' 'reference/*.cpp' 'workbench/*.cpp' 'host/*.cpp' 'samples/*.cpp' ':!*/windows/*' | \
 	xargs -P 2 -n 1 clang-tidy -p $(BUILD) --quiet
 	@git grep -l '^#!/bin/sh' -- tools cmake bench fuzz .ci | xargs shellcheck -S warning
+
+TESTS ?= tests/*.cpp
+lint-tests: build ## Check the tests with clang-tidy, all or those whose path matches TESTS; slow
+	@tools/install-packages lint
+	@git ls-files '$(TESTS)' | grep -v -e /windows/ -e /consumer/ | \
+	xargs -P 2 -n 1 clang-tidy -p $(BUILD) --quiet
 
 format: ## Format the sources
 	@git ls-files '*.h' '*.cpp' | xargs clang-format -i
