@@ -23,7 +23,6 @@
 #include "tests/system/HowItEnds.h"
 #include "tests/system/MadeProduct.h"
 #include "tests/system/RunToTheCrash.h"
-#include "tests/system/posix/ThreadsOf.h"
 
 using nlohmann::json;
 using testing::AllOf;
@@ -299,27 +298,6 @@ TEST(SecondHub, OnTheSameProductUnderAnotherNameSaysSo) {
   EXPECT_EQ(0, second.status) << second.errors;
   EXPECT_THAT(second.output, HasSubstr("warning: another HUB runs this product"));
   EXPECT_EQ(0, first.Stop().status);
-}
-
-constexpr const char* kAllThreads = "HUB errors frame hangs.server output platform run ";
-
-std::string NamesOfThreads(int process) {
-  std::string names;
-  for (const auto& thread : ThreadsOf(process)) names += thread.first + " ";
-  return names;
-}
-
-TEST(Threads, AreNamedAfterThePluginWhoseCodeTheyRun) {
-  MadeProduct product;
-  product.Plugin("hangs.server", "init_hangs");
-  HubProcess hub(product.Arguments("--stop-timeout 0"));
-  ASSERT_TRUE(hub.AwaitRecord("init-begin"));
-  std::string names;
-  // A thread names itself when it first runs, which may be later than the plugin's Init.
-  hub.Await([&] { return names = NamesOfThreads(hub.Id()); }, kAllThreads);
-  EXPECT_EQ(kAllThreads, names);
-  hub.RequestStop(StopKind::kTerminate);
-  EXPECT_EQ(4, hub.Wait().status);
 }
 
 TEST(Crash, ByAStackOverflowIsReportedToo) {
