@@ -7,7 +7,6 @@ using PluginFrame::CPluginManager;
 using testing::_;
 using testing::DoAll;
 using testing::ElementsAre;
-using testing::Invoke;
 using testing::Return;
 using testing::SaveArg;
 using testing::SetArgReferee;

@@ -8,7 +8,6 @@
 
 using PluginFrame::CPluginManager;
 using testing::_;
-using testing::Each;
 using testing::ElementsAre;
 using testing::InSequence;
 using testing::Return;

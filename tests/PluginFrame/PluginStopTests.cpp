@@ -186,7 +186,7 @@ TEST_F(PluginStop, PluginWhoseInitFailedIsStoppedAndFreed) {
   tree.Product("a:");
   seam.libraries["a"].init = [] { return false; };
   seam.libraries["a"].uninit = [this] {
-    uninits.push_back("a");
+    uninits.emplace_back("a");
     return true;
   };
   manager.Init();

@@ -14,7 +14,6 @@
 #include "tests/support/ProductTree.h"
 
 using PluginFrame::CPluginManager;
-using testing::ElementsAre;
 using testing::IsEmpty;
 
 namespace {

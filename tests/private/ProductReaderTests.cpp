@@ -4,7 +4,6 @@
 
 using testing::ElementsAre;
 using TevModelParse::CProductXmlReader;
-using TevModelParse::CXmlProto;
 
 namespace {
 

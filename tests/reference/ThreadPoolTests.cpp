@@ -22,7 +22,6 @@
 namespace {
 
 using testing::ElementsAre;
-using testing::HasSubstr;
 
 TEST_F(ThreadPool, NoTaskIsLostWhenThePoolIsReleasedFirst) {
   Gate open;

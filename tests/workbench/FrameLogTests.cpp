@@ -13,8 +13,6 @@
 #include "tests/support/FrameTest.h"
 
 using PluginFrame::CPluginManager;
-using testing::_;
-using testing::AnyNumber;
 using testing::Invoke;
 using testing::Return;
 using testing::SetArgReferee;
