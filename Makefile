@@ -91,18 +91,18 @@ bench: ## Run the benchmarks and print what they measure
 	$(call configure_and_build,bench)
 	@bench/run build/bench
 
-lint: build ## Check the sources' format, and clang-tidy over all but tests and benchmarks
+NEWEST ?=
+lint: build ## Check the sources' format, and with clang-tidy all but tests and benchmarks, or the NEWEST=N
 	@tools/install-packages lint
 	@git ls-files '*.h' '*.cpp' | xargs clang-format --dry-run -Werror
-	@git ls-files 'src/*.cpp' 'reference/*.cpp' 'workbench/*.cpp' 'host/*.cpp' 'samples/*.cpp' ':!*/windows/*' | \
+	@tools/list-sources '$(NEWEST)' 'src/*.cpp' 'reference/*.cpp' 'workbench/*.cpp' 'host/*.cpp' 'samples/*.cpp' | \
 	xargs -P 2 -n 1 clang-tidy -p $(BUILD) --quiet
 	@git grep -l '^#!/bin/sh' -- tools cmake bench fuzz .ci | xargs shellcheck -S warning
 
 TESTS ?= tests/*.cpp
-lint-tests: build ## Check the tests with clang-tidy, all or those whose path matches TESTS; slow
+lint-tests: build ## Check the tests with clang-tidy: all, those whose path matches TESTS, or the NEWEST=N
 	@tools/install-packages lint
-	@git ls-files '$(TESTS)' | grep -v -e /windows/ -e /consumer/ | \
-	xargs -P 2 -n 1 clang-tidy -p $(BUILD) --quiet
+	@tools/list-sources '$(NEWEST)' '$(TESTS)' | xargs -P 2 -n 1 clang-tidy -p $(BUILD) --quiet
 
 format: ## Format the sources
 	@git ls-files '*.h' '*.cpp' | xargs clang-format -i
