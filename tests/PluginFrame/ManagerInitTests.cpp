@@ -10,6 +10,7 @@ using testing::ElementsAre;
 using testing::Return;
 using testing::SaveArg;
 using testing::SetArgReferee;
+using testing::Throw;
 
 namespace {
 
@@ -42,6 +43,16 @@ TEST_F(ManagerInit, LogsEveryStepAndToleratesMissingAddonsAndTools) {
   EXPECT_THAT(seam.Calls(), ElementsAre("KPX_SetAddonAndToolModel", "KPX_GetInstalledAddonModel",
                                         "KPX_GetRunningModule", "KPX_SetProductModel",
                                         "TevLPCFrameInit", "AddPluginsInfo"));
+}
+
+TEST_F(ManagerInit, ThatThrowsInItsLastStepLeavesNothingToStart) {
+  tree.Product("a:");
+  EXPECT_CALL(seam.platform, AddPluginsInfo).WillOnce(Throw(std::runtime_error("no")));
+  EXPECT_THROW(manager.Init(), std::runtime_error);
+  Log::Instance().Clear();
+  StartedPluginMap started;
+  EXPECT_TRUE(manager.Start(&started));
+  EXPECT_THAT(log.Brief(), ElementsAre());
 }
 
 TEST_F(ManagerInit, WithoutAProductFailsAndHandsNothingOver) {
