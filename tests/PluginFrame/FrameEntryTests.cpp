@@ -1,5 +1,6 @@
 #include "sdk/frame/PluginFrame.h"
 
+#include <algorithm>
 #include <cstring>
 #include <stdexcept>
 
@@ -7,6 +8,7 @@
 
 using testing::_;
 using testing::ElementsAre;
+using testing::ElementsAreArray;
 using testing::Invoke;
 using testing::Return;
 
@@ -259,22 +261,124 @@ TEST_F(FrameEntries, TimingRowThatThrowsDoesNotFailTheCallback) {
               ElementsAre("4 KPXStartFinishCallBack: a row of the timing table is lost"));
 }
 
-TEST_F(FrameEntries, WholeRunCallsTheLibrariesInOrder) {
-  tree.Product("a: b:a");
+/// The course of a run without the lines of the functions that read the product.
+std::vector<std::string> CourseWithoutReading(const Log& log) {
+  std::vector<std::string> course = log.Course();
+  const auto isOfReading = [](const std::string& entry) {
+    return entry.compare(1, 5, " Read") == 0;
+  };
+  course.erase(std::remove_if(course.begin(), course.end(), isOfReading), course.end());
+  return course;
+}
+
+TEST_F(FrameEntries, WholeRunCallsAndLogsInThisOrder) {
+  tree.Product("a:");
   seam.libraries["a"];
-  seam.libraries["b"];
   CallBackAtOnce();
   Frame_Init();
   Frame_Start();
   Frame_Stop();
   Frame_UnInit();
-  EXPECT_THAT(seam.Calls(),
-              ElementsAre("KPX_Init", "KPX_SetAddonAndToolModel", "KPX_GetInstalledAddonModel",
-                          "KPX_GetRunningModule", "KPX_SetProductModel", "TevLPCFrameInit",
-                          "AddPluginsInfo", "KPX_Start", "UpdatePluginsLoadState",
-                          "TevLPCFrameNotifyStartPlugins", "KPX_PreUnInit", "TevLPCFrameUnInit",
-                          "KPX_Stop", "KPX_UnInit"));
-  EXPECT_EQ(0, seam.libraries["a"].handles + seam.libraries["b"].handles);
+  const std::string file = tree.ExeDirectory() + "a.dll";
+  const std::vector<std::string> course = {
+      "KPX_Init",
+      "3 Frame_Init: [Frame_Init]----KPX_Init end, cost time [0]ms.----",
+      "3 Frame_Init: [Frame_Init]----PluginManager Init begin----",
+      "3 Init: [PluginManager Init]----PluginManager Init start----",
+      "4 Init: [PluginManager Init]----ReadServerAddonsModel failed.Get product addons model "
+      "param failed----",
+      "4 Init: [PluginManager Init]----ReadServerToolsModel failed.Get product tools model "
+      "param failed----",
+      "KPX_SetAddonAndToolModel",
+      "3 Init: [PluginManager Init]Set Addons and Tools Model to platform.",
+      "KPX_GetInstalledAddonModel",
+      "3 Init: [PluginManager Init]Get signed & compatibled verify and installed addons size "
+      "[0].",
+      "KPX_GetRunningModule",
+      "KPX_SetProductModel",
+      "3 Init: [PluginManager Init]Set product model param to platform success.",
+      "3 Init: [PluginManager Init]Plugins' version: [a:1.0;]",
+      "3 Init: [PluginManager Init]Drivers' version: []",
+      "3 Init: [PluginManager Init]Switch Product Model to LPC frame info.",
+      "TevLPCFrameInit",
+      "3 Init: [PluginManager Init]TevLPCFrameInit success.",
+      "AddPluginsInfo",
+      "3 Init: [PluginManager Init]Set plugin info to platform success.",
+      "3 Init: [PluginManager Init]----PluginManager Init success----",
+      "3 Frame_Init: [Frame_Init]----PluginManager Init end, cost time [0]ms.----",
+      "3 Frame_Init: [1.Init]----!Frame_Init end.success! cost time [0]ms.----",
+      "3 Frame_Start: [2.Start]----!Frame_Start begin!----",
+      "3 Frame_Start: [Frame_Start]----KPX_Start begin, call KPXStartFinishCallBack begin----",
+      "KPX_Start",
+      "3 KPXStartFinishCallBack: [KPXStartFinishCallBack]----KPX_Start end. cost time [0]ms "
+      "compare 30s.",
+      "timing row [KPX_Start OK]",
+      "3 KPXStartFinishCallBack: [KPXStartFinishCallBack]----PluginManager start begin----",
+      "3 Start: [PluginManager start]----PluginManager start----",
+      "GetAvailableThreadpool",
+      "timing row [Plugins need to init:\n[a] ]",
+      "3 Start: [PluginManager start]Plugins init start...",
+      "PostTask",
+      "XRT_Sleep",
+      "3 SinglePluginLoad: [Plugin Load]Plugin [a] SinglePluginLoad Begin.",
+      "3 Load: [Plugin]start frame plugin Being path= [" + file + "]",
+      "LoadLibraryW",
+      "3 Load: [Plugin]start frame plugin end success.path= [" + file + "]",
+      "3 SinglePluginLoad: [Plugin Load]Plugin Init begin.[a]",
+      "GetProcAddress Init",
+      "timing row [[a] Init OK]",
+      "3 SinglePluginLoad: [Plugin Load]Plugin Init end. [a] cost time [0]ms",
+      "3 SinglePluginLoad: [Plugin Load]Plugin [a] SinglePluginLoad End. count[1].",
+      "ReleaseThread",
+      "3 Start: [PluginManager start]Plugins init end. Total cost time [200]ms.",
+      "UpdatePluginsLoadState",
+      "TevLPCFrameNotifyStartPlugins",
+      "3 Start: [PluginManager start]Notify plugin start by LPC.",
+      "3 Start: [PluginManager start]----PluginManager Start success----",
+      "3 KPXStartFinishCallBack: [KPXStartFinishCallBack]----PluginManager start end. cost "
+      "time [200]ms.----",
+      "3 KPXStartFinishCallBack: [KPXStartFinishCallBack]----HUB exec KPXStartFinishCallBack "
+      "end----",
+      "3 Frame_Start: [2.Start]----!Frame_Start end!----",
+      "3 Frame_Stop: [3.Stop]----!Frame_Stop begin!----",
+      "3 Frame_Stop: [Frame_Stop]----[1]KPXPlatform KPX_PreUnInit start----",
+      "KPX_PreUnInit",
+      "3 Frame_Stop: [Frame_Stop]----[1]KPXPlatform KPX_PreUnInit end.cost time [0]ms----",
+      "3 Frame_Stop: [Frame_Stop]----[2]CPluginManager::Instance().Uninit start----",
+      "3 Uninit: [PluginManager Uninit]----CPluginManager::Uninit start.----",
+      "3 Uninit: [PluginManager Uninit]Uninit lpc frame start.",
+      "TevLPCFrameUnInit",
+      "3 Uninit: [PluginManager Uninit]Uninit lpc frame end, success.",
+      "3 Uninit: [PluginManager Uninit]Get threads for uninit plugins start.",
+      "GetAvailableThreadpool",
+      "3 Uninit: [PluginManager Uninit]Get threads for uninit plugins end, success(threads "
+      "num = 1). ",
+      "3 Uninit: [PluginManager Uninit]Uninit all plugins start.",
+      "PostTask",
+      "XRT_Sleep",
+      "3 SinglePluginUnload: [Plugin Unload]Plugin [a] SinglePluginUnload Begin.",
+      "3 SinglePluginUnload: [Plugin Unload]Plugin UnInit begin.[a]",
+      "GetProcAddress UnInit",
+      "3 SinglePluginUnload: [Plugin Unload]Plugin UnInit end. [a] cost time [0] ms.",
+      "3 ~CPlugin: [Plugin]FreeLibrary Begin",
+      "FreeLibrary",
+      "3 ~CPlugin: [Plugin]FreeLibrary End",
+      "3 SinglePluginUnload: [Plugin Unload]Plugin [a] SinglePluginUnload End. count[1].",
+      "ReleaseThread",
+      "3 Uninit: [PluginManager Uninit]]Uninit all plugins end.cost time [200]ms.",
+      "3 Uninit: [PluginManager Uninit]CPluginManager::Uninit end.",
+      "3 Frame_Stop: [Frame_Stop]----[2]CPluginManager::Instance().Uninit end.cost time "
+      "[200]ms----",
+      "3 Frame_Stop: [Frame_Stop]----[3]KPXPlatform KPX_Stop start----",
+      "KPX_Stop",
+      "3 Frame_Stop: [Frame_Stop]----[3]KPXPlatform KPX_Stop end.cost time [0]ms----",
+      "3 Frame_Stop: [3.Stop]----!Frame_Stop end! cost time [200]ms.----",
+      "3 Frame_UnInit: [4.Uninit]----!Frame_UnInit begin!----",
+      "3 Frame_UnInit: [Frame_UnInit]----KPX_UnInit begin----",
+      "KPX_UnInit",
+      "3 Frame_UnInit: [Frame_UnInit]----KPX_UnInit end, cost time [0]ms----",
+      "3 Frame_UnInit: [4.Uninit]----!Frame_UnInit end! cost time [0]ms----"};
+  EXPECT_THAT(CourseWithoutReading(log), ElementsAreArray(course));
 }
 
 }  // namespace

@@ -15,6 +15,7 @@ namespace {
 std::mutex g_mutex;  // guards all of these
 std::condition_variable g_logged;
 std::vector<LogLine> g_lines;
+std::vector<std::string> g_course;
 std::string g_awaitedLine;
 std::function<void()> g_action;
 
@@ -102,7 +103,8 @@ void IKPXFormatLog(int level, const char* module, const char* format, ...) noexc
   {
     const std::lock_guard<std::mutex> lock(g_mutex);
     g_lines.push_back(Parse(level, module, text));
-    if (g_action && BriefOf(g_lines.back()) == g_awaitedLine) action.swap(g_action);
+    g_course.push_back(BriefOf(g_lines.back()));
+    if (g_action && g_course.back() == g_awaitedLine) action.swap(g_action);
   }
   g_logged.notify_all();
   if (action) action();
@@ -116,6 +118,7 @@ Log& Log::Instance() {
 void Log::Clear() {
   const std::lock_guard<std::mutex> lock(g_mutex);
   g_lines.clear();
+  g_course.clear();
   g_action = nullptr;
 }
 
@@ -142,6 +145,16 @@ bool Log::StaysAt(const std::string& function, std::size_t count) const {
 std::vector<LogLine> Log::Lines() const {
   const std::lock_guard<std::mutex> lock(g_mutex);
   return g_lines;
+}
+
+void Log::AddCall(const std::string& call) {
+  const std::lock_guard<std::mutex> lock(g_mutex);
+  g_course.push_back(call);
+}
+
+std::vector<std::string> Log::Course() const {
+  const std::lock_guard<std::mutex> lock(g_mutex);
+  return g_course;
 }
 
 std::vector<std::string> Log::Brief() const {

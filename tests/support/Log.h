@@ -41,6 +41,12 @@ class Log {
   bool StaysAt(const std::string& function, std::size_t count) const;
   std::vector<LogLine> Lines() const;
 
+  /// Adds a call of the libraries around the frame to the course.
+  void AddCall(const std::string& call);
+
+  /// The lines, as Brief shows them, and the calls, in the order in which they came.
+  std::vector<std::string> Course() const;
+
   /// Every line as "LEVEL FUNCTION: TEXT", with functions without namespace and class.
   std::vector<std::string> Brief() const;
 

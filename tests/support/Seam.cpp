@@ -12,6 +12,7 @@
 #include "sdk/os/os.h"
 #include "sdk/xrt/lock.h"
 #include "sdk/xrt/runtime.h"
+#include "tests/support/Log.h"
 
 using testing::Invoke;
 using testing::Return;
@@ -70,6 +71,7 @@ Seam& Seam::Current() {
 }
 
 void Seam::Record(const std::string& call) {
+  Log::Instance().AddCall(call);
   const std::lock_guard<std::mutex> lock(m_mutex);
   m_calls.push_back(call);
 }
@@ -262,6 +264,7 @@ void UpdatePluginsLoadState(const std::map<std::string, bool>& started) {
 }
 
 void pluginTakeTimeCountPrint(const std::string& text, std::int32_t milliseconds) {
+  Log::Instance().AddCall("timing row [" + text + "]");
   Seam::Current().platform.TakeTime(text, milliseconds);
 }
 
@@ -298,14 +301,17 @@ CThreadManager& CThreadManager::Instance() {
 
 unsigned int CThreadManager::GetAvailableThreadpool(const std::string& name, int least, int most,
                                                     int reserved) {
+  Log::Instance().AddCall("GetAvailableThreadpool");
   return Seam::Current().Grant(name, least, most, reserved);
 }
 
 bool CThreadManager::PostTask(std::shared_ptr<CTMTask> task, bool urgent) {
+  Log::Instance().AddCall("PostTask");
   return Seam::Current().Post(std::move(task), urgent);
 }
 
 bool CThreadManager::ReleaseThread(const std::string& name, bool wait) {
+  Log::Instance().AddCall("ReleaseThread");
   return Seam::Current().Release(name, wait);
 }
 
@@ -321,6 +327,7 @@ std::wstring LocalToWide(const std::string& text) {
 // ---------------------------------------------------------------- the operating system
 
 HMODULE LoadLibraryW(const wchar_t* path) {
+  Log::Instance().AddCall("LoadLibraryW");
   Seam& seam = Seam::Current();
   ScriptedLibrary* library = seam.Load(LocalFromWide(path));
   if (library == nullptr) t_error = seam.loadError;
@@ -336,10 +343,12 @@ FARPROC GetProcAddress(HMODULE handle, const char* name) {
     return nullptr;
   }
   t_library = library;
+  Log::Instance().AddCall(std::string("GetProcAddress ") + name);
   return reinterpret_cast<FARPROC>(reinterpret_cast<void (*)()>(init ? &RunInit : &RunUnInit));
 }
 
 BOOL FreeLibrary(HMODULE handle) {
+  Log::Instance().AddCall("FreeLibrary");
   auto* library = reinterpret_cast<ScriptedLibrary*>(handle);
   if (library != nullptr && Seam::Current().Free(*library)) return 1;
   t_error = ERROR_INVALID_HANDLE;
@@ -472,6 +481,7 @@ std::int32_t XRT_GetCurExePath(char* buffer, std::int32_t size) {
 }
 
 void XRT_Sleep(std::uint32_t milliseconds) {
+  Log::Instance().AddCall("XRT_Sleep");
   Seam::Current().NoteSleep(milliseconds);
   Seam::Current().onSleep();
 }
