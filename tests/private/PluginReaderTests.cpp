@@ -100,15 +100,15 @@ TEST_F(PluginReader, OneUnreadableDescriptionOfFiveLeavesFour) {
 TEST_F(PluginReader, DependenciesArePluginsFirstWithTheirDefaults) {
   Read(
       "<Plugin><Type>2</Type><DependencyList><Platform ID='p' Version='1'/>"
-      "<Platform Category='Platform'/><Platform Category=''/><Plugin ID='x' Version='2' "
-      "DependentType='3'/>"
+      "<Platform Category='Platform'/><Platform Category=''/><Platform Category='platform'/>"
+      "<Plugin ID='x' Version='2' DependentType='3'/>"
       "<Plugin DependentType=''/><Plugin DependentType='z'/></DependencyList></Plugin>");
   std::string text;
   for (const auto& one : servers.at(0).Dependencies) {
     text += one.ID + "," + one.Version + "," + std::to_string(one.Category) + "," +
             std::to_string(one.DependentType) + " ";
   }
-  EXPECT_EQ("x,2,1,3 ,,1,1 ,,1,0 p,1,2,1 ,,4,1 ,,4,1 ", text);
+  EXPECT_EQ("x,2,1,3 ,,1,1 ,,1,0 p,1,2,1 ,,4,1 ,,4,1 ,,2,1 ", text);
 }
 
 std::string Text(const PluginMenuItem& i) {

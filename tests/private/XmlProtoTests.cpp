@@ -434,6 +434,11 @@ TEST(SourceOfALogLine, BeginsAtTheLastFolderNamedSrc) {
   using PluginFrame::LogSource;
   EXPECT_STREQ("..\\..\\src\\private\\A.cpp", LogSource("/src/x/src/private/A.cpp").c_str());
   EXPECT_STREQ("..\\..\\src\\A.cpp", LogSource("C:\\src-x\\src\\A.cpp").c_str());
+  EXPECT_STREQ("..\\..\\src\\A.cpp", LogSource("src/A.cpp").c_str());
+}
+
+TEST(SourceOfALogLine, IsTheWholePathWithoutAFolderNamedSrc) {
+  EXPECT_STREQ("..\\..\\lib\\A.cpp", PluginFrame::LogSource("lib/A.cpp").c_str());
 }
 
 }  // namespace

@@ -120,7 +120,7 @@ class Operators(unittest.TestCase):
         (change,) = Source("a.cpp", "// one\nint a = 1;  // two\n").changes()
         self.assertEqual(("a.cpp", 2, "1", "2"),
                          (change.path, change.line, "1", change.replacement))
-        self.assertEqual(("a.cpp", "int a = 1; // two", "int a = 2; // two"), change.key())
+        self.assertEqual(("a.cpp", "int a = 1; // two", "int a = 2; // two"), change.keys()[0])
 
 
 class Choice(unittest.TestCase):
@@ -156,9 +156,17 @@ class Equivalents(unittest.TestCase):
     def test_are_read_with_their_reasons(self):
         self.assertEqual(
             {("a.cpp", "if (b < 1)", "if (b <= 1)"): "b is never 1, as C says",
-             ("d.cpp", "e();", "{}"): "twice"},
+             ("d.cpp", "e();", "{}"): "twice",
+             ("d.cpp", "f();", None): "never run"},
             self.read("# a list\n\na.cpp\n- if (b < 1)\n+ if (b <= 1)\n= b is never 1,\n  as C says\n"
-                      "\nd.cpp\n- e();\n+ {}\n= twice\n"))
+                      "\nd.cpp\n- e();\n+ {}\n= twice\n\nd.cpp\n- f();\n= never run\n"))
+
+    def test_are_one_change_of_a_line_or_all(self):
+        change, *others = Source("a.cpp", "void F() {\n  if (a == 1) b();\n}\n").changes()
+        self.assertIn(("a.cpp", "if (a == 1) b();", "if (a != 1) b();"), change.keys())
+        for other in others:
+            self.assertEqual({("a.cpp", "if (a == 1) b();", None)},
+                             {*change.keys()} & {*other.keys()})
 
     def test_without_a_reason_are_refused(self):
         with self.assertRaisesRegex(Fault, "list: not an entry .*\na.cpp\n- b\n\\+ c"):

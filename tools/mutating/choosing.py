@@ -28,15 +28,16 @@ def choose(possible, count, seed):
 
 def read_equivalents(path):
     """(file, line before, line after) -> the reason, read from entries of four lines: the file,
-    "- " and the line, "+ " and the changed line, "= " and the reason, which may have more lines."""
+    "- " and the line, "+ " and the changed line, "= " and the reason, which may have more lines.
+    Without the changed line, None, the entry stands for every change of the line."""
     equivalents = {}
     text = path.read_text(encoding="utf-8") if path.is_file() else ""
     text = re.sub(r"^#.*\n", "", text, flags=re.MULTILINE)
     for entry in re.split(r"\n\s*\n", text.strip()):
         if not entry:
             continue
-        match = re.fullmatch(r"(\S+)\n- (.*)\n\+ (.*)\n= (.+)", entry, re.DOTALL)
-        if not match or "\n" in match[2] + match[3]:
+        match = re.fullmatch(r"(\S+)\n- (.*)\n(?:\+ (.*)\n)?= ((?s:.+))", entry)
+        if not match:
             raise Fault(f"{path.name}: not an entry of a file, then -, + and = lines:\n{entry}")
         equivalents[match[1], match[2], match[3]] = " ".join(match[4].split())
     return equivalents

@@ -69,8 +69,9 @@ class Change(NamedTuple):
     before: str  # the lines that change, joined to one
     after: str
 
-    def key(self):
-        return self.path, self.before, self.after
+    def keys(self):
+        """What entries of the list of equivalents may call it: itself, and any change of its line."""
+        return (self.path, self.before, self.after), (self.path, self.before, None)
 
 
 class Statement(NamedTuple):
