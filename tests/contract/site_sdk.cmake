@@ -27,6 +27,11 @@ if(result EQUAL 0 OR NOT errors MATCHES "sdk/lpc/lpc.h is missing")
   message(FATAL_ERROR "an SDK without lpc.h was not refused for that reason: ${errors}")
 endif()
 
+# In another project it adds the frame alone.
+execute_process(COMMAND ${CMAKE_COMMAND} -S ${SOURCE}/tests/consumer -B ${FOLDER}/consumer -G Ninja
+  -DTEV_ROOT=${SOURCE} -DTEV_SITE_SDK=${site} -DCMAKE_CXX_COMPILER=${COMPILER}
+  COMMAND_ERROR_IS_FATAL ANY)
+
 execute_process(COMMAND ${configure} COMMAND_ERROR_IS_FATAL ANY)
 execute_process(COMMAND ${CMAKE_COMMAND} --build ${build} --parallel 2 COMMAND_ERROR_IS_FATAL ANY)
 execute_process(COMMAND ${CMAKE_CTEST_COMMAND} --test-dir ${build} --parallel 2 --output-on-failure
