@@ -1,4 +1,4 @@
-# The front door: thin targets over CMake presets. `make help` lists them.
+# Targets for daily work, over CMake presets. `make help` lists them.
 
 PRESET ?= release
 BUILD = build/$(PRESET)
@@ -23,7 +23,7 @@ endef
 build: packages ## Build everything: frame, reference libraries, HUB, sample product, tests
 	$(call configure_and_build,$(PRESET))
 
-demo: build ## Bring the sample product up, show it, and take it down
+demo: build ## Run the sample product, start to stop
 	@echo
 	@tools/run-sample build/demo.log $(HUB) run --bin $(BUILD)/site/bin
 	@echo "Every log line of this run: build/demo.log"
@@ -76,9 +76,9 @@ coverage: packages ## Show which lines and branches of the frame the tests reach
 N ?= 600
 SEED ?= 1
 IN ?= src
-mutants: build ## Show which wrong lines the tests would not notice: tries N=600 of SEED=1, in FILES of IN=src
+mutants: build ## Show which wrong lines the tests would not notice: tries N=600 of SEED=1, in FILES of IN=src; LOADED=1 runs HUB too
 	@tools/install-packages mutants
-	@tools/mutants --build $(BUILD) -n $(N) --seed $(SEED) --files '$(FILES)' $(IN)
+	@tools/mutants --build $(BUILD) -n $(N) --seed $(SEED) --files '$(FILES)' $(if $(LOADED),--loaded) $(IN)
 
 FUZZ_SECONDS ?= 60
 fuzz: ## Run each fuzz target for a minute, or FUZZ_SECONDS
