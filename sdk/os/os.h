@@ -15,9 +15,13 @@
 #endif
 #include <windows.h>
 
+#include <cstdio>  // fopen_s
+
 #else
 
+#include <cerrno>
 #include <cstdint>
+#include <cstdio>
 
 using HMODULE = void*;
 using FARPROC = void (*)();
@@ -48,6 +52,14 @@ DWORD GetLastError();
 ULONGLONG GetTickCount64();
 
 }  // extern "C"
+
+/// Opens the file at `path` as std::fopen does. Returns 0, or errno with `file` null. Any thread.
+/// On Windows no other process can write to a file meanwhile that is opened to be read, and one
+/// that another process is writing is not opened.
+inline int fopen_s(std::FILE** file, const char* path, const char* mode) {
+  *file = std::fopen(path, mode);
+  return *file == nullptr ? errno : 0;
+}
 
 constexpr DWORD ERROR_ACCESS_DENIED = 5;     // the file is there but may not be read
 constexpr DWORD ERROR_INVALID_HANDLE = 6;    // a null handle was given

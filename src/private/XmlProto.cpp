@@ -16,6 +16,7 @@
 #include <new>
 #include <utility>
 
+#include "sdk/os/os.h"
 #include "sdk/xrt/lock.h"
 #include "sdk/xrt/runtime.h"
 
@@ -209,8 +210,10 @@ constexpr char kSeparators[] = "/\\";
 
 /// Reads `path` into `content`; false when it is missing, empty, or no file that can be read.
 bool ReadFile(std::string& content, const std::string& path) {
-  const std::unique_ptr<std::FILE, CloseFile> file(std::fopen(path.c_str(), "rb"));
-  if (!file || std::fseek(file.get(), 0, SEEK_END) != 0) return false;
+  std::FILE* opened = nullptr;
+  if (fopen_s(&opened, path.c_str(), "rb") != 0) return false;
+  const std::unique_ptr<std::FILE, CloseFile> file(opened);
+  if (std::fseek(file.get(), 0, SEEK_END) != 0) return false;
   const long size = std::ftell(file.get());
   if (size <= 0 || size > std::numeric_limits<std::int32_t>::max()) return false;
   if (std::fseek(file.get(), 0, SEEK_SET) != 0) return false;
