@@ -26,7 +26,7 @@ PluginDependency ReadDependency(const XmlElement& element) {
 void ReadPluginFields(PluginDescription& description, const XmlElement& root) {
   description.Type = root.Int(kType, -1);
   description.ID = root.Text(kID);
-  description.Name = root.Text("Name");
+  description.Name = root.Text(kName);
   description.Version = root.Text(kVersion);
   description.IsDistributed = root.Flag(kIsDistributed);
 }

@@ -43,7 +43,7 @@ SceneMode ReadSceneMode(const XmlElement& element) {
 
 NavigationMenuItem ReadNavigationItem(const XmlElement& element) {
   auto item = ReadItem<NavigationMenuItem>(element);
-  item.Name = element.Attribute("Name");
+  item.Name = element.Attribute(kName);
   return item;
 }
 

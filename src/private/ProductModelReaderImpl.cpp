@@ -46,6 +46,43 @@ std::shared_ptr<CXmlProto> OpenAddonFile(const char* kLogFunction, const std::st
   return document;
 }
 
+/// Sets the versions of the running product that the addon supports, from the first entry for that
+/// product. Logs as `kLogFunction` which entries name none.
+void FindSupportedVersions(const char* kLogFunction, AddonModel& addon, const XmlElement& root) {
+  for (const XmlElement& element : SupportedProducts(root)) {
+    const std::string logo = element.Text(kProductLogo);
+    const std::string product = ProductCodeOfLogo(logo);
+    if (product.empty()) {
+      FRAME_LOG(kFailure, "Addon[%s]'s supported product[%s] is error.", addon.ID.c_str(),
+                logo.c_str());
+    } else if (product == g_productName) {
+      ReadSupportedVersions(addon, element);
+      return;
+    }
+  }
+}
+
+/// Sets whether the addon, which is installed, can run in the running product. Logs as
+/// `kLogFunction` when it cannot.
+void DecideCompatibility(const char* kLogFunction, AddonModel& addon) {
+  const Compatibility verdict =
+      JudgeCompatibility(g_productName, g_productVersion, addon.MinVersion);
+  if (verdict == Compatibility::kProductTooOld) {
+    FRAME_LOG(kTolerated, "Addon[%s][%s] is not compatible in %s product[%s].", addon.ID.c_str(),
+              addon.MinVersion.c_str(), g_productName.c_str(), g_productVersion.c_str());
+  }
+  addon.Compatible = verdict == Compatibility::kCompatible;
+  addon.Installed = true;
+  addon.InstalledCompatible = addon.Compatible;
+  addon.InstalledCompatibleVersion = addon.CompatibleVersion;
+  if (!addon.InstalledCompatible) {
+    FRAME_LOG(kFailure,
+              "Product[%s_v%s] installed addon[%s] is not compatible, support version[%s][%s].",
+              g_productName.c_str(), g_productVersion.c_str(), addon.ID.c_str(),
+              addon.MinVersion.c_str(), addon.MaxVersion.c_str());
+  }
+}
+
 }  // namespace
 
 bool CProductXmlReader::ReadServerModel(ProductModel& model) const {
@@ -64,8 +101,8 @@ bool CProductXmlReader::ReadServerModel(ProductModel& model) const {
     FRAME_LOG(kProgress, "ReadDriverModel file failed path[%s]", drivers.c_str());
     return false;
   }
-  // The next message and that of the plugin descriptions have names of their own, by which service
-  // logs are searched.
+  // The next message and that of the plugin descriptions name another function than the one that
+  // failed: service logs are searched by these texts.
   const std::string portal = meta + "Portal.xml";
   if (!ReadServerPotalModel(model.Portal, portal)) {
     FRAME_LOG(kProgress, "ReadUIModelXml  failed path[%s]", portal.c_str());
@@ -368,46 +405,11 @@ bool CProductXmlReader::ReadSingleInstalledAddonModel(AddonModel& addon,
     return false;
   }
   ReadAddonFields(addon, root);
-  FindSupportedVersions(addon, root);
-  DecideCompatibility(addon);
+  FindSupportedVersions(kLogFunction, addon, root);
+  DecideCompatibility(kLogFunction, addon);
   ReadAddonLists(addon, root);
   FRAME_LOG(kProgress, "End parse single addon model.");
   return true;
-}
-
-void CProductXmlReader::FindSupportedVersions(AddonModel& addon, const XmlElement& root) const {
-  FRAME_LOG_AS("TevModelParse::CProductXmlReader::ReadSingleInstalledAddonModel");
-  for (const XmlElement& element : SupportedProducts(root)) {
-    const std::string logo = element.Text(kProductLogo);
-    const std::string product = ProductCodeOfLogo(logo);
-    if (product.empty()) {
-      FRAME_LOG(kFailure, "Addon[%s]'s supported product[%s] is error.", addon.ID.c_str(),
-                logo.c_str());
-    } else if (product == g_productName) {
-      ReadSupportedVersions(addon, element);
-      return;
-    }
-  }
-}
-
-void CProductXmlReader::DecideCompatibility(AddonModel& addon) const {
-  FRAME_LOG_AS("TevModelParse::CProductXmlReader::ReadSingleInstalledAddonModel");
-  const Compatibility verdict =
-      JudgeCompatibility(g_productName, g_productVersion, addon.MinVersion);
-  if (verdict == Compatibility::kProductTooOld) {
-    FRAME_LOG(kTolerated, "Addon[%s][%s] is not compatible in %s product[%s].", addon.ID.c_str(),
-              addon.MinVersion.c_str(), g_productName.c_str(), g_productVersion.c_str());
-  }
-  addon.Compatible = verdict == Compatibility::kCompatible;
-  addon.Installed = true;
-  addon.InstalledCompatible = addon.Compatible;
-  addon.InstalledCompatibleVersion = addon.CompatibleVersion;
-  if (!addon.InstalledCompatible) {
-    FRAME_LOG(kFailure,
-              "Product[%s_v%s] installed addon[%s] is not compatible, support version[%s][%s].",
-              g_productName.c_str(), g_productVersion.c_str(), addon.ID.c_str(),
-              addon.MinVersion.c_str(), addon.MaxVersion.c_str());
-  }
 }
 
 bool CProductXmlReader::ReadSingleInstalledToolModel(ToolModel& tool,

@@ -6,7 +6,6 @@
 
 #include "src/model/AddonModel.h"
 #include "src/model/ProductModel.h"
-#include "src/private/XmlElement.h"
 #include "src/private/XmlProto.h"
 
 namespace TevModelParse {
@@ -73,13 +72,6 @@ class CProductXmlReader {
 
   /// Reads the client package of InstalledProducts.xml into the product.
   bool ReadClientInfoFromInstalledAddonsXml(ProductModel& model) const;
-
- private:
-  /// Reads the versions of the first supported product that is the running one.
-  void FindSupportedVersions(AddonModel& addon, const XmlElement& root) const;
-
-  /// Decides whether an installed addon is compatible, and logs one that is not.
-  void DecideCompatibility(AddonModel& addon) const;
 };
 
 }  // namespace TevModelParse

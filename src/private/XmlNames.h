@@ -9,6 +9,7 @@ inline constexpr char kID[] = "ID";
 inline constexpr char kIcon[] = "Icon";
 inline constexpr char kIsDistributed[] = "IsDistributed";
 inline constexpr char kMenuItem[] = "MenuItem";
+inline constexpr char kName[] = "Name";
 inline constexpr char kNameKey[] = "NameKey";
 inline constexpr char kPath[] = "Path";
 inline constexpr char kPlatform[] = "Platform";

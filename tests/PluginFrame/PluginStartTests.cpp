@@ -2,6 +2,7 @@
 #include <new>
 #include <stdexcept>
 #include <thread>
+#include <utility>
 
 #include "src/PluginFrame/PluginManager.h"
 #include "tests/support/FrameTest.h"
@@ -292,6 +293,14 @@ TEST_F(PluginStart, ReleasesThePoolWhenItThrows) {
   EXPECT_THROW(manager.Start(&started), std::runtime_error);
 }
 
+TEST_F(PluginStart, WhoseLoopThrowsThrowsThatThoughThePoolsReleaseThrowsToo) {
+  Product("a:", {"a"});
+  seam.onSleep = [] { throw std::runtime_error("in the loop"); };
+  EXPECT_CALL(seam.threads, Release).WillOnce(testing::Throw(std::runtime_error("no")));
+  EXPECT_THAT([this] { manager.Start(&started); },
+              testing::ThrowsMessage<std::runtime_error>("in the loop"));
+}
+
 TEST_F(PluginStart, NotifiesTheFrameworkBeforeItLogsThat) {
   Product("", {});
   std::vector<std::string> logged;
@@ -299,6 +308,20 @@ TEST_F(PluginStart, NotifiesTheFrameworkBeforeItLogsThat) {
   EXPECT_TRUE(manager.Start(&started));
   EXPECT_EQ("3 Start: [PluginManager start]Plugins init end. Total cost time [0]ms.",
             logged.back());
+}
+
+TEST_F(PluginStart, ChangesNoStateWhileItPosts) {
+  Product("a: b:", {"a", "b"});
+  std::thread worker;
+  EXPECT_CALL(seam.threads, Post).WillOnce(Return(true)).WillOnce([&](auto&&...) {
+    worker = std::thread([task = std::exchange(seam.tasks, {}).at(0)] { task->Exec(); });
+    // Begin, begin and end of its Init; its end follows when its state is set.
+    EXPECT_TRUE(log.StaysAt("SinglePluginLoad", 3));
+    return true;
+  });
+  EXPECT_TRUE(manager.Start(&started));
+  worker.join();
+  EXPECT_THAT(inits, ElementsAre("a", "b"));
 }
 
 TEST_F(PluginStart, EndsAfterTheLastPluginsLine) {

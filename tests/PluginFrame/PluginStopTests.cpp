@@ -174,6 +174,22 @@ TEST_F(PluginStop, ExceptionInItsLoopLeavesNoCountForTheNextStop) {
   EXPECT_THAT(uninits, ElementsAre("c", "b", "a"));
 }
 
+TEST_F(PluginStop, ExceptionInThePoolsReleaseLeavesNoCountForTheNextStop) {
+  Started("a: b:a", {"a", "b"});
+  EXPECT_CALL(seam.threads, Release)
+      .WillOnce(testing::Throw(std::runtime_error("no")))
+      .WillRepeatedly(Return());
+  EXPECT_THROW(manager.Uninit(), std::runtime_error);
+  Log::Instance().Clear();
+  EXPECT_CALL(seam.lpc, UnInit).WillOnce(Return(0));  // though it is down already
+  manager.Uninit();
+  EXPECT_THAT(log.BriefFrom(5),
+              ElementsAre("5 SinglePluginUnload: [Plugin Unload]Plugin a is null, UninitSuccess, "
+                          "count[1].",
+                          "5 SinglePluginUnload: [Plugin Unload]Plugin b is null, UninitSuccess, "
+                          "count[2]."));
+}
+
 TEST_F(PluginStop, PluginThatWasNeverLoadedIsCounted) {
   Started("a:", {});
   manager.Uninit();

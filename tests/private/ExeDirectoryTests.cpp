@@ -19,8 +19,8 @@ TEST_F(ExeDirectory, IsFoundOnceAndHasForwardSlashes) {
   seam.exePath = "no-separator.exe";
   EXPECT_EQ("", GetExeDirectory());
   constexpr std::size_t mostBytes = 1039;
-  const std::string names(mostBytes - std::string("C:\\\\b\\x.exe").size(), 'd');
-  seam.exePath = "C:\\" + names + "d\\b\\x.exe";  // refused by the runtime
+  const std::string names(mostBytes - std::string("C:\\\\b\\x.exe").size(), 'x');
+  seam.exePath = "C:\\" + names + "x\\b\\x.exe";  // refused by the runtime
   EXPECT_EQ("", GetExeDirectory());
   const std::string deep = "C:/" + names + "/b/";
   seam.exePath = "C:\\" + names + "\\b\\x.exe";

@@ -54,6 +54,13 @@ TEST(Xml, NeverParsedOrBrokenDocumentsHoldNothing) {
   EXPECT_EQ("none", document.GetNodeProp("/r", "a", "none"));
 }
 
+TEST(Xml, WithoutANameOfItsFileGivesTheParsersMessageWithTheLine) {
+  const ParserMessages messages;
+  CXmlProto document;
+  EXPECT_FALSE(document.ParseMemory("this is no xml"));
+  EXPECT_EQ(":1: Start tag expected, '<' not found\n", messages.Text());
+}
+
 TEST(Xml, CountsAllMatchesAndReadsTheFirst) {
   CXmlProto document;
   Parsed(document, "<r><e a='1'>one</e><e a='2'>two</e><e a='3'>three</e></r>");
@@ -227,6 +234,7 @@ TEST(Xml, TooLongTextBeyondLine65535IsNamedWithoutLine) {
 struct ReceivedError {
   std::string file;
   int line = 0;
+  int level = 0;
   std::string message;
 
   template <typename Error>
@@ -234,6 +242,7 @@ struct ReceivedError {
     auto& received = *static_cast<ReceivedError*>(self);
     received.file = error->file == nullptr ? "" : error->file;
     received.line = error->line;
+    received.level = error->level;
     received.message = error->message;
   }
 };
@@ -247,6 +256,7 @@ TEST(Xml, TooLongTextIsReportedToTheHostsStructuredErrorFunction) {
   xmlSetStructuredErrorFunc(nullptr, nullptr);
   EXPECT_EQ("m/a.xml", received.file);
   EXPECT_EQ(2, received.line);
+  EXPECT_EQ(XML_ERR_ERROR, received.level);
   EXPECT_EQ("the text of <e> is longer than 10000000 bytes: it reads as absent\n",
             received.message);
 }
@@ -390,13 +400,14 @@ TEST_F(WholeFile, WithoutAnyReadableFileContentIsUntouched) {
 
 TEST_F(WholeFile, FileNameWithoutFolderHasNoFallback) {
   const std::string name = "tev-bare-name";
-  for (const std::string extension : {".data", ".xml.data"}) {
-    std::ofstream(name + extension) << "data";
-  }
+  std::filesystem::create_directory(name + ".xml");
+  const std::vector<std::string> others = {name + ".data", name + ".xml.data",
+                                           name + ".xml/" + name + ".data"};
+  for (const std::string& other : others) std::ofstream(other) << "data";
   EXPECT_FALSE(ReadWholeFile(content, name + ".xml", ""));
   EXPECT_EQ("untouched", content);
-  for (const std::string extension : {".data", ".xml.data"})
-    std::filesystem::remove(name + extension);
+  for (const std::string& other : others) std::filesystem::remove(other);
+  std::filesystem::remove(name + ".xml");
 }
 
 TEST_F(WholeFile, AlternativeTakesTheFallbacksPlace) {
@@ -438,7 +449,7 @@ TEST(SourceOfALogLine, BeginsAtTheLastFolderNamedSrc) {
 }
 
 TEST(SourceOfALogLine, IsTheWholePathWithoutAFolderNamedSrc) {
-  EXPECT_STREQ("..\\..\\lib\\A.cpp", PluginFrame::LogSource("lib/A.cpp").c_str());
+  EXPECT_STREQ("..\\..\\lib\\xsrc\\A.cpp", PluginFrame::LogSource("lib/xsrc/A.cpp").c_str());
 }
 
 }  // namespace

@@ -168,6 +168,14 @@ class Equivalents(unittest.TestCase):
             self.assertEqual({("a.cpp", "if (a == 1) b();", None)},
                              {*change.keys()} & {*other.keys()})
 
+    def test_of_the_project_are_possible_changes(self):
+        root = Path(__file__).resolve().parents[2]
+        entries = {*read_equivalents(root / "tools" / "mutants.equivalent")}
+        possible = {key for path in {entry[0] for entry in entries}
+                    for change in Source(path, (root / path).read_text(encoding="utf-8")).changes()
+                    for key in change.keys()}
+        self.assertEqual(set(), entries - possible)
+
     def test_without_a_reason_are_refused(self):
         with self.assertRaisesRegex(Fault, "list: not an entry .*\na.cpp\n- b\n\\+ c"):
             self.read("a.cpp\n- b\n+ c\n")
