@@ -329,7 +329,7 @@ TEST_F(EventSource, SaysOfAStartThatWasGivenUpWhatEndedIt) {
   BeginInit("a");
   FrameEvent event = Line(FrameKind::kStartAbandoned, "a", -1, 2);
   event.reason = "std::bad_alloc";
-  EXPECT_EQ("@1/1 counted start a failed count 2: its start was given up: std::bad_alloc\n",
+  EXPECT_EQ("@1/1 counted start a failed count 2: its start task threw: std::bad_alloc\n",
             Frame(event));
 }
 

@@ -244,7 +244,7 @@ void RunEventSource::OnStartLine(const Where& where, const FrameEvent& event, Ev
       return Count(where, m_start, event, Result::kFailed, "", events);
     case Kind::kStartAbandoned:
       return Count(where, m_start, event, Result::kFailed,
-                   "its start was given up: " + event.reason, events);
+                   "its start task threw: " + event.reason, events);
     case Kind::kNotLoadedCounted:
       return Count(where, m_start, event, Result::kNotLoaded, "", events);
     case Kind::kLoadSkipped:
