@@ -81,7 +81,7 @@ class CPluginManager {
   /// order of the counts.
   class CountedPlugin;
 
-  /// Sets m_finishedCount to 0 when a phase ends; see its definition.
+  /// The count of a phase; see its definition.
   class PhaseCount;
 
   // The steps of Init.

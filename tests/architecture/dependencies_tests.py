@@ -24,7 +24,8 @@ RULES = {
 # libxml2's headers include those of ICU.
 RULES_OF_FILES = {"src/private/XmlProto.cpp": (RULES["src/private"][0], ["libxml2", "unicode"])}
 
-# What stands behind "include/" or "include-fixed/" in the path of a header of the compiler, the C library or Windows.
+# What stands behind "include/" or "include-fixed/" in the path of a header of the compiler, the C
+# library or Windows.
 OF_THE_SYSTEM = re.compile(r"[^/]+$|(c\+\+|x86_64-linux-gnu|asm|asm-generic|linux|sys|sec_api|"
                            r"psdk_inc|sdks)/")
 
