@@ -1,5 +1,4 @@
-// Lets each allocation of the initialisation fail in turn, and all allocations of libxml2. A
-// separate test program, since it replaces operator new and delete.
+// Lets each allocation of the initialisation fail in turn, and all allocations of libxml2.
 //
 // libxml2's allocations do not fail one by one: when some of them fail, 2.9.14 frees memory twice
 // or dereferences null pointers.
@@ -9,7 +8,6 @@
 #include <libxml/xmlerror.h>
 #include <libxml/xmlmemory.h>
 
-#include <atomic>
 #include <cstdlib>
 #include <cstring>
 #include <new>
@@ -17,28 +15,11 @@
 #include "host/RecordJson.h"
 #include "src/PluginFrame/PluginManager.h"
 #include "src/private/XmlProto.h"
+#include "tests/faults/FailingMemory.h"
 #include "tests/faults/SmallProduct.h"
 #include "tests/load/LibraryDoubles.h"
 
 namespace {
-
-// Only allocations on the test's thread, while t_armed is true, are counted and may fail.
-thread_local bool t_armed = false;
-thread_local long t_count = 0;
-thread_local long t_failing = 0;  // the allocation that fails; 0: none
-thread_local long t_live = 0;     // allocated and not freed while this thread was armed
-
-void* Allocate(std::size_t size) {
-  if (t_armed && ++t_count == t_failing) return nullptr;
-  void* memory = std::malloc(size == 0 ? 1 : size);
-  if (t_armed && memory != nullptr) ++t_live;
-  return memory;
-}
-
-void Free(void* memory) {
-  if (t_armed && memory != nullptr) --t_live;
-  std::free(memory);
-}
 
 bool g_libxmlHasMemory = true;
 long g_libxmlCount = 0;
@@ -59,28 +40,6 @@ char* DuplicateForLibxml(const char* text) {
 }
 
 void Silence(void*, const char*, ...) {}
-
-}  // namespace
-
-void* operator new(std::size_t size) {
-  void* memory = Allocate(size);
-  if (memory == nullptr) throw std::bad_alloc();
-  return memory;
-}
-void* operator new(std::size_t size, const std::nothrow_t&) noexcept {
-  return Allocate(size);
-}
-void operator delete(void* memory, const std::nothrow_t&) noexcept {
-  Free(memory);
-}
-void operator delete(void* memory) noexcept {
-  Free(memory);
-}
-void operator delete(void* memory, std::size_t) noexcept {
-  Free(memory);
-}
-
-namespace {
 
 enum class Outcome { kUp, kRefused, kOutOfMemory };
 
@@ -103,13 +62,13 @@ class Allocations : public testing::Test {
     doubles.addons.clear();
     doubles.tools.clear();
     xmlResetLastError();
-    t_count = 0;
-    t_live = 0;
-    t_failing = failing;
-    t_armed = true;
+    Memory().count = 0;
+    Memory().live = 0;
+    Memory().failing = failing;
+    Memory().armed = true;
     const Outcome outcome = Init();
     xmlResetLastError();
-    t_armed = false;
+    Memory().armed = false;
     return outcome;
   }
 
@@ -128,11 +87,11 @@ class Allocations : public testing::Test {
 
   /// Frees what the frame handed over; armed, since it was allocated while armed.
   void Forget() {
-    t_armed = true;
+    Memory().armed = true;
     doubles.productModel = ProductModel();
     doubles.addons = {};
     doubles.tools = {};
-    t_armed = false;
+    Memory().armed = false;
   }
 
   ProductTree tree;
@@ -143,10 +102,10 @@ TEST_F(Allocations, EachFailingInTurnIsAFailureThatLosesNothing) {
   ASSERT_EQ(Outcome::kUp, InitWith(0));  // allocates what is kept until the process ends
   Forget();
   ASSERT_EQ(Outcome::kUp, InitWith(0));
-  const long allocations = t_count;
+  const long allocations = Memory().count;
   const Json whole = HandedOver();
   Forget();
-  ASSERT_EQ(0, t_live);
+  ASSERT_EQ(0, Memory().live);
   EXPECT_GT(allocations, 300);
 
   long tolerated = 0;
@@ -157,7 +116,7 @@ TEST_F(Allocations, EachFailingInTurnIsAFailureThatLosesNothing) {
       EXPECT_EQ(whole, HandedOver()) << "allocation " << failing << " lost something silently";
     }
     Forget();
-    EXPECT_EQ(0, t_live) << "leak after allocation " << failing;
+    EXPECT_EQ(0, Memory().live) << "leak after allocation " << failing;
     if (HasFailure()) break;
   }
   RecordProperty("allocations", static_cast<int>(allocations));

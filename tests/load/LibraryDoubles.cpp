@@ -16,6 +16,7 @@ namespace {
 
 LibraryDoubles* g_doubles = nullptr;
 thread_local WatchedPlugin* t_plugin = nullptr;  // the plugin whose entry was looked up last
+thread_local int t_doubles = 0;                  // how many InDoubles this thread has
 
 /// Waits not at all, yields to another thread, or sleeps for some microseconds.
 void LittleWhile(std::mt19937& random) {
@@ -52,11 +53,24 @@ bool RunUnInit() {
       doubles.Fault("UnInit of " + plugin.name + " before " + dependent->name);
     }
   }
+  if (plugin.onUnInit) plugin.onUnInit();
   ++plugin.uninitsDone;
-  return true;
+  return plugin.stops;
 }
 
 }  // namespace
+
+InDoubles::InDoubles() {
+  ++t_doubles;
+}
+
+InDoubles::~InDoubles() {
+  --t_doubles;
+}
+
+bool InDoubles::IsHere() {
+  return t_doubles > 0;
+}
 
 LibraryDoubles::LibraryDoubles(unsigned seed) {
   g_doubles = this;
@@ -105,6 +119,7 @@ std::string LibraryDoubles::Words() const {
 }
 
 void LibraryDoubles::Fault(const std::string& what) {
+  const InDoubles here;
   const std::lock_guard<std::mutex> lock(mutex);
   faults.push_back(what);
 }
@@ -140,6 +155,7 @@ void LibraryDoubles::Work(unsigned seed) {
     LittleWhile(random);
     task->Exec();
     task.reset();
+    if (onTaskEnd) onTaskEnd();
     lock.lock();
     --m_running;
     m_changed.notify_all();
@@ -150,6 +166,7 @@ void LibraryDoubles::Work(unsigned seed) {
 
 void IKPXFormatLog(int, const char*, const char* format, ...) noexcept {
   if (std::strstr(format, "count[%d]") == nullptr) return;
+  const InDoubles here;
   char text[512];
   std::va_list arguments;
   va_start(arguments, format);
@@ -193,6 +210,7 @@ std::wstring LocalToWide(const std::string& text) {
 // ---------------------------------------------------------------- the operating system
 
 HMODULE LoadLibraryW(const wchar_t* path) {
+  const InDoubles here;
   std::string name;
   for (const wchar_t* at = path; *at != 0; ++at) name += static_cast<char>(*at);
   name = name.substr(name.find_last_of('/') + 1);
@@ -203,6 +221,7 @@ HMODULE LoadLibraryW(const wchar_t* path) {
     return nullptr;
   }
   ++plugin->handles;
+  if (plugin->onLoad) plugin->onLoad();
   return reinterpret_cast<HMODULE>(plugin);
 }
 
@@ -300,6 +319,7 @@ void UpdatePluginsLoadState(const std::map<std::string, bool>& started) {
 }
 
 void pluginTakeTimeCountPrint(const std::string& text, std::int32_t) {
+  const InDoubles here;
   LibraryDoubles& doubles = LibraryDoubles::Current();
   const std::lock_guard<std::mutex> lock(doubles.mutex);
   ++doubles.timing[text];

@@ -28,13 +28,29 @@ struct WatchedPlugin {
   std::vector<WatchedPlugin*> neededBy;
   bool loads = true;
   bool succeeds = true;
-  std::function<void()> onInit;  // called by Init
+  bool stops = true;               // what UnInit returns
+  std::function<void()> onLoad;    // called when it is loaded, as a static constructor
+  std::function<void()> onInit;    // called by Init
+  std::function<void()> onUnInit;  // called by UnInit
 
   std::atomic<int> inits{0};      // begun
   std::atomic<int> initsDone{0};  // ended, or the library failed to load
   std::atomic<int> uninits{0};
   std::atomic<int> uninitsDone{0};
   std::atomic<int> handles{0};
+};
+
+/// While one exists, its thread runs code of the doubles that may allocate: a test that takes the
+/// frame's memory away leaves them theirs.
+class InDoubles {
+ public:
+  InDoubles();
+  ~InDoubles();
+  InDoubles(const InDoubles&) = delete;
+  InDoubles& operator=(const InDoubles&) = delete;
+
+  /// Whether one exists on the calling thread.
+  static bool IsHere();
 };
 
 /// The state of the doubles for one run of a product. They use the one LibraryDoubles that exists.
@@ -63,8 +79,9 @@ class LibraryDoubles {
 
   std::deque<WatchedPlugin> plugins;
   std::string exePath;
-  std::atomic<int> rests{0};  // calls of XRT_Sleep
-  ProductModel productModel;  // this and the next two as handed over by the frame
+  std::function<void()> onTaskEnd;  // called after each task on its thread
+  std::atomic<int> rests{0};        // calls of XRT_Sleep
+  ProductModel productModel;        // this and the next two as handed over by the frame
   std::vector<AddonModel> addons;
   std::vector<ToolModel> tools;
   std::map<std::string, bool> loadState;
