@@ -5,6 +5,7 @@
 #include "src/model/AddonModel.h"
 #include "src/model/PluginDescription.h"
 #include "src/model/ProductModel.h"
+#include "tests/support/FieldCount.h"
 
 namespace {
 
@@ -83,8 +84,8 @@ std::size_t RoundedUp(std::size_t size, std::size_t alignment) {
   return (size + alignment - 1) / alignment * alignment;
 }
 
-/// Whether `record` consists of these fields in this order, with nothing else in it. A further
-/// field that is small enough for the bytes that alignment leaves free is not noticed.
+/// Whether `record` consists of these fields in this order, with nothing else in it. The number
+/// counts too: a further field may fit into the bytes that alignment leaves free.
 template <typename Record, typename... Fields>
 bool ConsistsOf(const Record& record, const Fields&... fields) {
   std::size_t size = 0;
@@ -97,7 +98,8 @@ bool ConsistsOf(const Record& record, const Fields&... fields) {
     size += fieldSize;
   };
   (add(&fields, sizeof(fields), alignof(Fields)), ...);
-  return isInOrder && RoundedUp(size, alignof(Record)) == sizeof(Record);
+  return isInOrder && sizeof...(fields) == FieldCount<Record>() &&
+         RoundedUp(size, alignof(Record)) == sizeof(Record);
 }
 
 // Libraries compiled earlier with these records rely on where each field lies.
