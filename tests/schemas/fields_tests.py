@@ -1,16 +1,19 @@
 #!/usr/bin/python3
-"""fields_tests.py EVERY_MEMBER SCHEMAS DOCS: whether what HUB writes, the schemas and the handbook
-have the same members, in all directions. EVERY_MEMBER is a program that prints every kind of line of
-a flight record, with and without the members that may be left out."""
+"""fields_tests.py EVERY_MEMBER ROOT: whether what HUB writes, the schemas and the handbook have the
+same members, in all directions, and whether what the frame reads in the model files, their schemas
+and their handbook have the same names. EVERY_MEMBER is a program that prints every kind of line of a
+flight record, with and without the members that may be left out; ROOT is the project's folder."""
 
 import json
 import re
 import subprocess
 import sys
 import unittest
+import xml.etree.ElementTree as ElementTree
 from pathlib import Path
 
-EVERY_MEMBER, SCHEMAS, DOCS = sys.argv.pop(1), Path(sys.argv.pop(1)), Path(sys.argv.pop(1))
+EVERY_MEMBER, ROOT = sys.argv.pop(1), Path(sys.argv.pop(1))
+SCHEMAS, DOCS = ROOT / "schemas", ROOT / "docs"
 
 
 def schema(name):
@@ -18,9 +21,12 @@ def schema(name):
 
 
 def tables(page):
-    """The tables of a page: the texts of the head's cells -> rows of cells' texts."""
+    return tables_in((DOCS / page).read_text(encoding="utf-8"))
+
+
+def tables_in(text):
+    """The tables of a text: the texts of the head's cells -> rows of cells' texts."""
     found = {}
-    text = (DOCS / page).read_text(encoding="utf-8")
     for head, body in re.findall(r"^(\|.*\|)\n\|[-|]+\|\n((?:\|.*\|\n)+)", text, re.MULTILINE):
         cells = [[cell.strip() for cell in re.split(r"(?<!\\)\|", row)[1:-1]]
                  for row in body.splitlines()]
@@ -159,6 +165,161 @@ class Run(unittest.TestCase):
         names = {name for row in self.tables["`state` | the plugin, when the run ended"][0]
                  for name in names_in(row[0])}
         self.assertEqual({state for state in states["enum"] if state}, names)
+
+
+# The model files. A name is "Name" for an element, "@Name" for an attribute, "/Name" for the root.
+
+# File, by the name of its schema -> the functions that open it.
+OPENED_BY = {"Product": {"ReadBaseProductXml"},
+             "DeviceDrivers": {"ReadDriverModel"},
+             "Portal": {"ReadServerPotalModel"},
+             "Platform": {"ReadPlatformModel"},
+             "Plugin": {"ReadDescription"},
+             "ProductAddons": {"ReadAllAddonsXml"},
+             "ProductTools": {"ReadAllToolsXml"},
+             "InstalledProducts": {"ReadInstalledAddonsXml", "ReadInstalledToolsXml",
+                                   "ReadClientInfoFromInstalledAddonsXml"},
+             "AddonDescription": {"ReadSingleInstalledAddonModel"},
+             "ToolDescription": {"ReadSingleInstalledToolModel"}}
+
+# Looked up in a file that cannot have it: of a tool too it is read from an addon's root element.
+NEVER_FOUND = {"ToolDescription": {"/AddonDescription", "CompatibleVersion"}}
+
+# Required by the schema of a file, not read there.
+FOR_PEOPLE = {"ToolDescription": {"ProductLogo"}}
+
+# A section of the handbook that names the elements of an application by naming another section.
+REFERS_TO = {"AddonDescription": "ProductAddons"}
+
+
+class Readers:
+    """The names that the frame's functions read; those of a source outside its functions by its name."""
+
+    CONSTANT = re.compile(r'constexpr char (k\w+)\[\] = "([^"]*)"')
+    FUNCTION = re.compile(r"^\w[^\n;{}=]*?\b(\w+)\([^;{}]*\)(?: const)? \{\n(.*?)^\}",
+                          re.MULTILINE | re.DOTALL)
+    CALL = re.compile(r"\b(\w+)(?:<\w+>)?\(")
+    READ = re.compile(r'(?:\b(Text|Int|Flag|Attribute|Child|Children)\(|XmlElement(?: \w+)?\([^,;]+, )'
+                      r'(?:XmlName::)?("/?\w+"|k[A-Z]\w*)')
+
+    def __init__(self):
+        folder = ROOT / "src" / "private"
+        sources = {source.name: source.read_text(encoding="utf-8")
+                   for source in (*folder.glob("*.h"), *folder.glob("*.cpp"))}
+        common = {}
+        for name, text in sources.items():
+            if name.endswith(".h"):
+                common.update(self.CONSTANT.findall(text))
+        self.names, self.calls = {}, {}
+        for name, text in sources.items():
+            constants = {**common, **dict(self.CONSTANT.findall(text))}
+            for function, body in self.FUNCTION.findall(text):
+                self.names.setdefault(function, set()).update(self.names_in(body, constants))
+                self.calls.setdefault(function, set()).update(self.CALL.findall(body))
+            self.names[name] = self.names_in(self.FUNCTION.sub("", text), constants)
+
+    def names_in(self, code, constants):
+        return {("@" if call == "Attribute" else "") + constants.get(word, word.strip('"'))
+                for call, word in self.READ.findall(code)}
+
+    def functions_of(self, file):
+        """The functions that open it, and those that they call, without those that open another."""
+        others = set().union(*(names for other, names in OPENED_BY.items() if other != file))
+        waiting, reached = set(OPENED_BY[file]), set()
+        while waiting:
+            function = waiting.pop()
+            reached.add(function)
+            waiting |= (self.calls[function] & set(self.calls)) - reached - others
+        return reached
+
+    def of_file(self, file):
+        return set().union(*(self.names[function] for function in self.functions_of(file)))
+
+
+class ModelFiles(unittest.TestCase):
+    """File -> the names that the frame reads, that the schema allows, that the handbook explains."""
+
+    READERS = Readers()
+
+    @staticmethod
+    def of_schema(file):
+        xs = "{http://www.w3.org/2001/XMLSchema}"
+        types = ElementTree.parse(SCHEMAS / "Types.xsd").getroot()
+        shared = {kind.get("name"): kind for kind in types.findall(xs + "complexType")}
+        schema_root = ElementTree.parse(SCHEMAS / f"{file}.xsd").getroot()
+        roots = schema_root.findall(xs + "element")
+        parts = list(schema_root.iter())
+        for kind in {part.get("type") for part in parts} & set(shared):
+            parts += shared[kind].iter()
+        mark = {xs + "element": "", xs + "attribute": "@"}
+        return ({"/" + root.get("name") for root in roots} |
+                {mark[part.tag] + part.get("name") for part in parts
+                 if part.tag in mark and part not in roots})
+
+    @staticmethod
+    def of_handbook():
+        """File -> the names that its section explains, and those that it says are not read."""
+        explained, not_read = {}, {}
+        text = (DOCS / "model-files.md").read_text(encoding="utf-8")
+        for section in re.split(r"^## ", text, flags=re.MULTILINE):
+            found = re.search(r"\*Schema:\* `(\w+)\.xsd`\.$", section, re.MULTILINE)
+            if not found:
+                continue
+            root = re.search(r"```xml \w+\n<\?xml[^>]*>\n<(\w+)", section)[1]
+            names, others = {root}, set()
+            for head, rows in tables_in(section).items():
+                if not head.startswith(("element", "attribute")):
+                    continue
+                names |= ModelFiles.names_of(head)
+                for row in sum(rows, []):
+                    (others if row[1].startswith("is not read") else names).update(
+                        ModelFiles.names_of(row[0]))
+            explained[found[1]], not_read[found[1]] = names, others - names
+        return explained, not_read
+
+    @staticmethod
+    def names_of(cell):
+        return {name for path in re.findall(r"`([\w/]+)`", cell) for name in path.split("/")}
+
+    @staticmethod
+    def plain(names):
+        return {name.lstrip("@/") for name in names}
+
+    def test_have_each_a_reader_a_schema_and_a_section(self):
+        self.assertEqual({schema.stem for schema in SCHEMAS.glob("*.xsd")} - {"Types"}, set(OPENED_BY))
+        self.assertEqual(set(self.of_handbook()[0]), set(OPENED_BY))
+
+    def test_have_each_name_that_any_function_reads(self):
+        reached = set().union(*(self.READERS.functions_of(file) for file in OPENED_BY))
+        self.assertEqual({}, {function: names for function, names in self.READERS.names.items()
+                              if names and function not in reached})
+
+    def test_have_each_name_that_is_read_in_the_schema(self):
+        for file in OPENED_BY:
+            with self.subTest(file):
+                self.assertEqual(set(), self.READERS.of_file(file) - NEVER_FOUND.get(file, set()) -
+                                 self.of_schema(file))
+
+    def test_have_no_name_in_the_schema_that_is_not_read(self):
+        for file in OPENED_BY:
+            with self.subTest(file):
+                self.assertEqual(FOR_PEOPLE.get(file, set()),
+                                 self.of_schema(file) - self.READERS.of_file(file))
+
+    def test_have_each_name_of_the_schema_in_the_handbook(self):
+        explained = self.of_handbook()[0]
+        for file in OPENED_BY:
+            with self.subTest(file):
+                self.assertEqual(set(), self.plain(self.of_schema(file)) - explained[file] -
+                                 explained.get(REFERS_TO.get(file), set()))
+
+    def test_have_no_name_in_the_handbook_that_the_schema_refuses(self):
+        explained, not_read = self.of_handbook()
+        for file in OPENED_BY:
+            with self.subTest(file):
+                allowed = self.plain(self.of_schema(file))
+                self.assertEqual(set(), explained[file] - allowed)
+                self.assertEqual(set(), not_read[file] & allowed)
 
 
 if __name__ == "__main__":
