@@ -1,11 +1,12 @@
 # cmake -DHUB=program -DPRODUCT=folder|library|none -DARGUMENTS=list -DSTATUS=status
 #       -DFORMAT=json|events|table -DLAST=end|crash -DSCHEMAS=folder -DWORK=folder
-#       [-DLEFT_OUT=library] -P real_run.cmake
+#       -DUNTIL=event [-DLEFT_OUT=library] -P real_run.cmake
 #
-# Runs HUB and validates its flight record and its output: with --json one object, with --events
-# lines like those of a record, otherwise only the record. PRODUCT: the folder of a whole product; a
-# plugin's library, of which a product is made; or "none" for an empty folder. HUB must end with
-# STATUS, a number or a signal's name, and the record with the event LAST.
+# Runs HUB until the event UNTIL, or until it ends by itself, and validates its flight record and its
+# output: with --json one object, with --events lines like those of a record, otherwise only the
+# record. PRODUCT: the folder of a whole product; a plugin's library, of which a product is made; or
+# "none" for an empty folder. HUB must end with STATUS, a number or a signal's name, and the record
+# with the event LAST.
 
 cmake_minimum_required(VERSION 3.25)
 
@@ -39,8 +40,10 @@ set(record "${WORK}/run.jsonl")
 if(NOT FORMAT STREQUAL "table")
   list(APPEND ARGUMENTS --${FORMAT})
 endif()
-execute_process(COMMAND "${HUB}" run --bin "${product}/bin" --record "${record}" ${ARGUMENTS}
-  RESULT_VARIABLE status OUTPUT_FILE "${output}" ERROR_VARIABLE errors)
+execute_process(
+  COMMAND "${CMAKE_CURRENT_LIST_DIR}/../../tools/run-until" "${record}" "\"event\":\"${UNTIL}\""
+          "${HUB}" run --bin "${product}/bin" --record "${record}" ${ARGUMENTS}
+  TIMEOUT 90 RESULT_VARIABLE status OUTPUT_FILE "${output}" ERROR_VARIABLE errors)
 if(NOT status STREQUAL STATUS)
   message(SEND_ERROR "HUB ended with ${status}, not ${STATUS}:\n${errors}")
 endif()
