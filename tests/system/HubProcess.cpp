@@ -1,5 +1,7 @@
 #include "tests/system/HubProcess.h"
 
+#include <gtest/gtest.h>
+
 #include <algorithm>
 #include <boost/process/cmd.hpp>
 #include <boost/process/env.hpp>
@@ -20,6 +22,7 @@ namespace bp = boost::process;
 namespace {
 
 constexpr std::chrono::seconds kLongestWait{30};
+constexpr std::chrono::seconds kLongestEnding{60};
 constexpr std::chrono::milliseconds kBetweenLooks{10};
 
 std::string Content(const fs::path& file) {
@@ -38,6 +41,16 @@ std::string AllRecords(const fs::path& state) {
     if (entry.path().extension() == ".jsonl") records += Content(entry.path());
   }
   return records;
+}
+
+/// Waits until `holds` returns true. False when it does not within `limit`.
+bool PollUntil(const std::function<bool()>& holds, std::chrono::seconds limit) {
+  const auto end = std::chrono::steady_clock::now() + limit;
+  while (!holds()) {
+    if (std::chrono::steady_clock::now() > end) return false;
+    std::this_thread::sleep_for(kBetweenLooks);
+  }
+  return true;
 }
 
 bp::environment Environment(const HubSettings& settings, const fs::path& state) {
@@ -91,14 +104,15 @@ bool HubProcess::AwaitRecord(const std::string& text) {
 }
 
 bool HubProcess::Await(const std::function<std::string()>& content, const std::string& text) {
-  const auto end = std::chrono::steady_clock::now() + kLongestWait;
-  while (std::chrono::steady_clock::now() < end) {
-    const bool running = m_process.running();
-    if (content().find(text) != std::string::npos) return true;
-    if (!running) return false;
-    std::this_thread::sleep_for(kBetweenLooks);
-  }
-  return false;
+  bool found = false;
+  PollUntil(
+      [&] {
+        const bool running = m_process.running();
+        found = content().find(text) != std::string::npos;
+        return found || !running;
+      },
+      kLongestWait);
+  return found;
 }
 
 void HubProcess::RequestStop(StopKind how) {
@@ -106,9 +120,17 @@ void HubProcess::RequestStop(StopKind how) {
 }
 
 HubResult HubProcess::Wait() {
-  m_process.wait();
-  return {m_process.exit_code(), EndingSignal(m_process), Content(m_folder / "out"),
-          Content(m_folder / "err")};
+  const bool ended = PollUntil([this] { return !m_process.running(); }, kLongestEnding);
+  if (!ended) m_process.terminate();
+  HubResult result = {m_process.exit_code(), EndingSignal(m_process), Content(m_folder / "out"),
+                      Content(m_folder / "err")};
+  if (!ended) {
+    ADD_FAILURE() << "HUB was killed: it did not end within " << kLongestEnding.count()
+                  << " s. Its output so far:\n"
+                  << result.output << "Its errors so far:\n"
+                  << result.errors;
+  }
+  return result;
 }
 
 HubResult RunHub(const std::string& arguments, const HubSettings& settings) {

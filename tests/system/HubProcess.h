@@ -59,6 +59,8 @@ class HubProcess {
 
   void RequestStop(StopKind how);
   int Id() const { return static_cast<int>(m_process.id()); }
+
+  /// Waits for HUB's end. A HUB that does not end within a minute is killed and fails the test.
   HubResult Wait();
 
   /// The user's state folder for this HUB.
