@@ -65,7 +65,7 @@ TEST(Crash, ByAnExceptionOnAThreadOfThePluginsOwnNamesThePlugin) {
   ExpectEndedByAbort(result);
 }
 
-TEST(Crash, InCodeThatWasUnmappedIsToldAsSuch) {
+TEST(Crash, InCodeThatWasUnmappedIsReportedAsSuch) {
   MadeProduct product;
   AddAmongOthers(product, "thread_outlives_the_library");
   // The other plugins keep the process alive for a while after bad.server was unmapped.

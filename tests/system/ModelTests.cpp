@@ -117,7 +117,7 @@ TEST(Model, WithoutAPluginDescriptionNamesTheDescription) {
               HasSubstr(LocalFromPath(site.Path(file).make_preferred()) + " is empty"));
 }
 
-TEST(Model, OfAFileThatIsNotWellFormedIsToldWithTheFileAndTheLine) {
+TEST(Model, OfAFileThatIsNotWellFormedNamesFileAndLine) {
   SiteCopy site;
   site.Write("Product.xml", "<ProductDescription>\n<Product>NVX</Produkt>\n</ProductDescription>");
   const HubResult result = RunHub("model --bin " + site.Bin());
@@ -136,7 +136,7 @@ TEST(Model, WithoutCataloguesIsWholeButForAddonsAndTools) {
   EXPECT_EQ(json::array(), result.Json()["Tools"]);
 }
 
-TEST(Model, InstalledAddonsPluginWithTheHigherVersionTextReplacesTheProducts) {
+TEST(Model, AddonsPluginOfAHigherVersionReplacesTheProducts) {
   const json& model = SampleModel();
   std::string replaced;
   for (const json& plugin : model["ProductModel"]["ServerPluginDescriptions"]) {

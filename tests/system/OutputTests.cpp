@@ -113,7 +113,7 @@ TEST(RunJson, IsAWholeObjectAfterASecondStopRequest) {
   EXPECT_EQ("in-uninit", run["plugins"][1]["state"]);
 }
 
-TEST(RunJson, TellsOfEachPluginWhatItWaitedForAndWhatItCost) {
+TEST(RunJson, HasWhatEachPluginWaitedForAndItsTimes) {
   MadeProduct product;
   product.Plugin("a.server").Plugin("b.server", "well_behaved", DependsOn("a.server"));
   const json plugin = product.RunUntilUp("--json").Json()["plugins"][1];

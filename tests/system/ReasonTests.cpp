@@ -143,7 +143,7 @@ TEST(ProductThatReadsAsEmpty, IsNeverSimplyUp) {
   }
 }
 
-TEST(ProductThatReadsAsEmpty, LeavesTheParsersWordsInTheLogWithTheFileThatWasRead) {
+TEST(ProductThatReadsAsEmpty, HasTheParsersMessageInTheLog) {
   SiteCopy site;
   site.Remove("Product.xml");
   site.Write("Product.data", "<ProductDescription>\n<Plugins>\n</ProductDescription>");
@@ -153,7 +153,7 @@ TEST(ProductThatReadsAsEmpty, LeavesTheParsersWordsInTheLogWithTheFileThatWasRea
                                               "Plugins line 2 and ProductDescription\n"));
 }
 
-TEST(UnreadableProduct, WithATextTooLargeForTheParserHasTheFramesOwnWords) {
+TEST(UnreadableProduct, WithTooLargeATextHasTheFramesMessage) {
   SiteCopy site;
   site.Write("Product.xml", "<ProductDescription><Product>" + std::string(12'000'000, 'x') +
                                 "\xc3\xa9</Product></ProductDescription>");

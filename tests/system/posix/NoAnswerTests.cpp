@@ -29,14 +29,14 @@ std::string Sentence(const std::string& what) {
   return "left behind: " + what + " has not returned (stopped by SIGTERM)";
 }
 
-TEST(ProductThatDoesNotAnswer, DelaysNoStopRequestThoughItHasNoNameYet) {
+TEST(ProductThatDoesNotAnswer, DelaysNoStopBeforeItHasAName) {
   const HubResult result = RunUntilNoAnswer(0, "\"head\"");
   EXPECT_EQ(4, result.status);
   EXPECT_EQ(Sentence("Frame_Init"), result.Json()["sentence"]);
   EXPECT_EQ(nullptr, result.Json()["product"]["name"]);
 }
 
-TEST(ProductThatDoesNotAnswer, DelaysNoStopRequestWhileItsFilesAreLookedAt) {
+TEST(ProductThatDoesNotAnswer, DelaysNoStopWhileItsFilesAreRead) {
   const HubResult result = RunUntilNoAnswer(2, "phase-end");
   EXPECT_EQ(4, result.status);
   EXPECT_EQ(Sentence("the reading of the product's files"), result.Json()["sentence"]);

@@ -66,7 +66,7 @@ std::vector<Signals> ReadSignals(const std::string& text) {
   return all;
 }
 
-TEST(OutputThatCannotBeWritten, IsSaidOnceAndDegradesTheRun) {
+TEST(OutputThatCannotBeWritten, IsReportedOnceAndDegradesTheRun) {
   MadeProduct product;
   product.Plugin("a.server");
   const std::string record = product.Site().Path("run.jsonl").string();
@@ -126,7 +126,7 @@ TEST(OutputThatCannotBeWritten, ByAReaderThatHasGoneEndsNothing) {
   EXPECT_THAT(result.errors, AllOf(HasSubstr("standard output ("), HasSubstr("status 3")));
 }
 
-TEST(OutputThatCannotBeWritten, BecauseItsReaderDoesNotReadHoldsNothingUp) {
+TEST(OutputThatCannotBeWritten, BecauseNobodyReadsItHoldsNothingUp) {
   MadeProduct product;
   for (int i = 0; i < 60; ++i) product.Plugin("plugin" + std::to_string(i) + ".server");
   // More events than fit into a pipe.
@@ -159,7 +159,7 @@ TEST(ClosedStandardStreams, NeverLetAPluginPrintIntoTheRecord) {
               AllOf(HasSubstr("\"event\":\"end\""), Not(HasSubstr("printed by"))));
 }
 
-TEST(OutputThatCannotBeWritten, OfTheHelpIsSaidAndFails) {
+TEST(OutputThatCannotBeWritten, OfTheHelpIsReportedAndFails) {
   const HubResult result = RunInShell("exec \"" TEV_HUB "\" --help > /dev/full");
   EXPECT_EQ(1, result.status);
   EXPECT_EQ("HUB: standard output cannot be written: No space left on device\n", result.errors);
@@ -177,7 +177,7 @@ TEST(OutputThatCannotBeWritten, IsALogThatIsAPipe) {
   }
 }
 
-TEST(OutputThatCannotBeWritten, OfTheModelIsSaidAndFails) {
+TEST(OutputThatCannotBeWritten, OfTheModelIsReportedAndFails) {
   MadeProduct product;
   product.Plugin("a.server");
   const std::string model = "\"" TEV_HUB "\" model --bin " + product.Site().Bin();
@@ -344,7 +344,7 @@ TEST(ChildOfAPlugin, HasTheSignalsOfAFreshProcess) {
   }
 }
 
-TEST(ChildOfAPlugin, HasNoSignalBlockedAlthoughHubWasStartedWithAllBlocked) {
+TEST(ChildOfAPlugin, HasNoSignalBlockedIfHubStartedWithAllBlocked) {
   MadeProduct product;
   product.Plugin("a.server", "starts_a_child");
   HubSettings settings;
@@ -405,7 +405,7 @@ TEST(StopRequest, WhileAFileIsReadForEverIsKeptAndASecondOneLeaves) {
   EXPECT_EQ("left-behind", result.Json()["status"]);
 }
 
-TEST(StopRequest, ThatAPluginIgnoresOrHandlesIsSaid) {
+TEST(StopRequest, ThatAPluginHandlesOrIgnoresIsReported) {
   std::signal(SIGHUP, SIG_DFL);  // the tests may have been started with it ignored
   MadeProduct product;
   HubProcess hub(product.Plugin("a.server", "init_takes_stop_signals").Arguments(""));
