@@ -25,8 +25,7 @@ TEST(Crash, OfInitNamesThePluginThePhaseAndForHowLong) {
 }
 
 TEST(Crash, OfUnInitNamesThePhase) {
-  const HubResult result =
-      RunToTheCrash("uninit_crashes", NullPointerSentence("in UnInit"), "--seconds 1");
+  const HubResult result = RunToTheCrash("uninit_crashes", NullPointerSentence("in UnInit"));
   EXPECT_THAT(result.errors, HasSubstr(StackBegin("UnInit")));
   ExpectEndedByMemoryFault(result);
 }
@@ -67,9 +66,10 @@ TEST(Crash, ByAnExceptionOnAThreadOfThePluginsOwnNamesThePlugin) {
 
 TEST(Crash, InCodeThatWasUnmappedIsReportedAsSuch) {
   MadeProduct product;
-  AddAmongOthers(product, "thread_outlives_the_library");
-  // The other plugins keep the process alive for a while after bad.server was unmapped.
-  const HubResult result = product.Run("--seconds 0.5");
+  product.Plugin("bad.server", "thread_outlives_the_library");
+  // Keeps the process alive until the thread returns to code of bad.server, which is unmapped.
+  product.Plugin("hangs.server", "uninit_hangs");
+  const HubResult result = product.RunUntilUp("");
   EXPECT_THAT(result.errors, HasSubstr("in code of bad.server, whose library was unmapped"));
   ExpectEndedByMemoryFault(result);
 }
@@ -127,9 +127,9 @@ std::string NextRunOutput(const std::string& arguments) {
   MadeProduct product;
   product.Plugin("bad.server", "init_crashes").Run(arguments, settings);
   product.Plugin("bad.server", "well_behaved");
-  const HubResult next = product.Run("--seconds 0.5", settings);
+  const HubResult next = product.RunUntilUp("", settings);
   EXPECT_EQ(0, next.status) << next.errors;
-  const HubResult after = product.Run("--seconds 0.5", settings);
+  const HubResult after = product.RunUntilUp("", settings);
   EXPECT_THAT(after.output, testing::Not(HasSubstr("the last run")));
   return next.output;
 }
@@ -153,9 +153,9 @@ TEST(Crash, IsRecalledThoughTheNextRunReplacesItsRecord) {
   const TemporaryFolder state;
   HubSettings settings;
   settings.state = state.Path();
-  const std::string record = "--record \"" + LocalFromPath(state.Path() / "run.jsonl") + "\"";
-  product.Plugin("bad.server", "init_crashes").Run(record, settings);
-  const HubResult next = product.Plugin("bad.server").Run("--seconds 0.5 " + record, settings);
+  settings.record = state.Path() / "run.jsonl";
+  product.Plugin("bad.server", "init_crashes").Run("", settings);
+  const HubResult next = product.Plugin("bad.server").RunUntilUp("", settings);
   EXPECT_THAT(next.output,
               ContainsRegex(std::string(kRecalled) + " \\(this run replaces its record\\)"));
 }

@@ -34,15 +34,6 @@ std::string Content(const fs::path& file) {
   return text;
 }
 
-std::string AllRecords(const fs::path& state) {
-  std::string records;
-  std::error_code error;
-  for (const auto& entry : fs::recursive_directory_iterator(state, error)) {
-    if (entry.path().extension() == ".jsonl") records += Content(entry.path());
-  }
-  return records;
-}
-
 /// Waits until `holds` returns true. False when it does not within `limit`.
 bool PollUntil(const std::function<bool()>& holds, std::chrono::seconds limit) {
   const auto end = std::chrono::steady_clock::now() + limit;
@@ -51,6 +42,10 @@ bool PollUntil(const std::function<bool()>& holds, std::chrono::seconds limit) {
     std::this_thread::sleep_for(kBetweenLooks);
   }
   return true;
+}
+
+std::string RecordOption(const fs::path& record) {
+  return record.empty() ? std::string() : " --record \"" + LocalFromPath(record) + "\"";
 }
 
 bp::environment Environment(const HubSettings& settings, const fs::path& state) {
@@ -76,7 +71,10 @@ std::vector<nlohmann::json> HubResult::Events() const {
 
 HubProcess::HubProcess(const std::string& arguments, const HubSettings& settings)
     : m_state(settings.state.empty() ? m_folder.Path() / "state" : settings.state),
-      m_process("\"" + (settings.program.empty() ? TEV_HUB : settings.program) + "\" " + arguments,
+      m_record(settings.record),
+      m_earlierRecords(RecordsBelow(m_state)),
+      m_process("\"" + (settings.program.empty() ? TEV_HUB : settings.program) + "\" " + arguments +
+                    RecordOption(m_record),
                 bp::std_in<bp::null, bp::std_out>(settings.output.empty() ? m_folder / "out"
                                                                           : settings.output),
                 bp::std_err > (settings.errors.empty() ? m_folder / "err" : settings.errors),
@@ -100,7 +98,11 @@ bool HubProcess::AwaitFile(const fs::path& file, const std::string& text) {
 }
 
 bool HubProcess::AwaitRecord(const std::string& text) {
-  return Await([this] { return AllRecords(m_state); }, text);
+  return Await([this] { return Record(); }, text);
+}
+
+bool HubProcess::AwaitUp() {
+  return Await([this] { return Record() + Content(m_folder / "out"); }, R"("event":"up")");
 }
 
 bool HubProcess::Await(const std::function<std::string()>& content, const std::string& text) {
@@ -113,6 +115,17 @@ bool HubProcess::Await(const std::function<std::string()>& content, const std::s
       },
       kLongestWait);
   return found;
+}
+
+std::string HubProcess::Record() const {
+  if (!m_record.empty()) return Content(m_record);
+  std::string records;
+  for (const fs::path& file : RecordsBelow(m_state)) {
+    const bool isEarlier =
+        std::binary_search(m_earlierRecords.begin(), m_earlierRecords.end(), file);
+    if (!isEarlier) records += Content(file);
+  }
+  return records;
 }
 
 void HubProcess::RequestStop(StopKind how) {
@@ -137,10 +150,20 @@ HubResult RunHub(const std::string& arguments, const HubSettings& settings) {
   return HubProcess(arguments, settings).Wait();
 }
 
-HubResult RunHubUntilUp(const std::string& arguments) {
-  HubProcess hub("run " + arguments);
-  if (hub.AwaitRecord(R"("event":"up")")) hub.RequestStop(StopKind::kInterrupt);
+HubResult RunHubUntilUp(const std::string& arguments, const HubSettings& settings) {
+  HubProcess hub("run " + arguments, settings);
+  if (hub.AwaitUp()) hub.RequestStop(StopKind::kInterrupt);
   return hub.Wait();
+}
+
+std::vector<fs::path> RecordsBelow(const fs::path& state) {
+  std::vector<fs::path> records;
+  std::error_code error;
+  for (const auto& entry : fs::recursive_directory_iterator(state, error)) {
+    if (entry.path().extension() == ".jsonl") records.push_back(entry.path());
+  }
+  std::sort(records.begin(), records.end());
+  return records;
 }
 
 std::string CopyHubWithoutFrame(const fs::path& folder) {

@@ -32,6 +32,7 @@ struct HubSettings {
   std::filesystem::path state;  // the user's state folder; empty: a new folder
   std::vector<std::pair<std::string, std::string>> environment;
   std::filesystem::path folder;  // working directory; empty: that of the test
+  std::filesystem::path record;  // for --record; empty: HUB's record lies in the state folder
   std::string output;            // a file for standard output; empty: HubResult::output gets it
   std::string errors;            // a file for standard error; empty: HubResult::errors gets it
 };
@@ -54,8 +55,11 @@ class HubProcess {
 
   bool AwaitFile(const std::filesystem::path& file, const std::string& text);
 
-  /// The same for the only flight record in the state folder.
+  /// The same for HUB's flight record.
   bool AwaitRecord(const std::string& text);
+
+  /// Waits for the event `up`, in the record or, with --events, on standard output.
+  bool AwaitUp();
 
   void RequestStop(StopKind how);
   int Id() const { return static_cast<int>(m_process.id()); }
@@ -67,17 +71,24 @@ class HubProcess {
   const std::filesystem::path& State() const { return m_state; }
 
  private:
+  std::string Record() const;
+
   TemporaryFolder m_folder;
   std::filesystem::path m_state;
+  std::filesystem::path m_record;                       // HubSettings::record
+  std::vector<std::filesystem::path> m_earlierRecords;  // in the state folder, before this HUB's
   boost::process::child m_process;
 };
 
 /// Runs HUB with these arguments and waits for its end.
 HubResult RunHub(const std::string& arguments, const HubSettings& settings = {});
 
-/// Runs HUB with these arguments of `run`, none of which is about its record, and stops it once the
-/// product is up.
-HubResult RunHubUntilUp(const std::string& arguments);
+/// Runs HUB with these arguments of `run` and stops it once the product is up. The record must be
+/// that of the settings, or the arguments have --events.
+HubResult RunHubUntilUp(const std::string& arguments, const HubSettings& settings = {});
+
+/// The flight records in a user's state folder, sorted by their names.
+std::vector<std::filesystem::path> RecordsBelow(const std::filesystem::path& state);
 
 /// Copies HUB and the libraries beside it, but not the frame's, to `folder`. Returns the program's
 /// path there.

@@ -81,14 +81,14 @@ TEST(Log, OfARunBeginsWithItsHeadAndEndsWithItsVerdict) {
   MadeProduct product;
   product.Plugin("a.server");
   const std::string file = LocalFromPath(product.Site().Path("hub.log"));
-  ASSERT_EQ(0, product.Run("--seconds 0.5 --log \"" + file + "\"").status);
+  ASSERT_EQ(0, product.RunUntilUp("--workers 3 --log \"" + file + "\"").status);
   const std::string log = product.Site().Read("hub.log");
   const std::string head = log.substr(0, log.find('\n'));
   EXPECT_TRUE(std::regex_search(
       head, std::regex(R"( \[3\] \[\d+\] \[host\] HUB \S+, frame \S+, platform \S+, pid \d+ on )")))
       << head;
   EXPECT_THAT(head, HasSubstr("product NVX 2.6.0 in "));
-  EXPECT_THAT(head, HasSubstr("--seconds 0.5"));
+  EXPECT_THAT(head, HasSubstr("--workers 3"));
   EXPECT_THAT(log, HasSubstr(" [host] up: the one plugin started\n"));
 }
 

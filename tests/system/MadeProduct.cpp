@@ -29,8 +29,8 @@ HubResult MadeProduct::Run(const std::string& arguments, const HubSettings& sett
   return RunHub(Arguments(arguments), settings);
 }
 
-HubResult MadeProduct::RunUntilUp(const std::string& arguments) {
-  return RunHubUntilUp("--bin " + Site().Bin() + " " + arguments);
+HubResult MadeProduct::RunUntilUp(const std::string& arguments, const HubSettings& settings) {
+  return RunHubUntilUp("--bin " + Site().Bin() + " " + arguments, settings);
 }
 
 std::string MadeProduct::Arguments(const std::string& arguments) {
@@ -70,7 +70,7 @@ RunningProduct::RunningProduct() {
 }
 
 HubResult RunningProduct::RunAgain(const std::string& bin) const {
-  return RunHub("run --seconds 0.5 --bin " + bin, m_settings);
+  return RunHubUntilUp("--bin " + bin, m_settings);
 }
 
 HubResult RunningProduct::Stop() {

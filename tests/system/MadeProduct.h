@@ -23,8 +23,8 @@ class MadeProduct {
   /// Runs `HUB run` on the product with these further arguments.
   HubResult Run(const std::string& arguments, const HubSettings& settings = {});
 
-  /// Runs it until it is up. `arguments` must not be about the record.
-  HubResult RunUntilUp(const std::string& arguments);
+  /// The same with a stop once the product is up; see RunHubUntilUp.
+  HubResult RunUntilUp(const std::string& arguments, const HubSettings& settings = {});
 
   /// The arguments of HUB for such a run.
   std::string Arguments(const std::string& arguments);
@@ -51,7 +51,7 @@ class RunningProduct {
  public:
   RunningProduct();
 
-  /// Runs another HUB on the same product, whose bin folder is given as `bin`.
+  /// Runs another HUB on the same product, whose bin folder is given as `bin`, until it is up.
   HubResult RunAgain(const std::string& bin) const;
 
   /// Stops the first HUB.

@@ -30,14 +30,6 @@ const std::set<std::string> kMembers = {
     "Frame_Start",    "LoadState", "Handles", "Timing",   "Notified",   "phases",
     "CallbackResult", "plugins",   "record",  "findings", "totals"};
 
-/// Starts the product, stops it when all plugins are started, and returns HUB's result.
-HubResult RunUntilUp(MadeProduct& product, const std::string& arguments) {
-  HubProcess hub(product.Arguments(arguments));
-  EXPECT_TRUE(hub.AwaitRecord("\"event\":\"up\""));
-  hub.RequestStop(StopKind::kTerminate);
-  return hub.Wait();
-}
-
 /// The number of plugin rows in the table at the end of `output`.
 int Rows(const std::string& output) {
   const std::size_t table = output.find("\n\nPlugin ");
@@ -70,7 +62,7 @@ TEST(RunJson, HasTheSameMembersWhateverEndedTheRun) {
   EXPECT_EQ(nullptr, failed.Json()["Frame_Start"]);
   MadeProduct left;
   left.Plugin("a.server", "uninit_hangs");
-  EXPECT_EQ(kMembers, Keys(left.Run("--json --seconds 0.5 --stop-timeout 1").Json()));
+  EXPECT_EQ(kMembers, Keys(left.RunUntilUp("--json --stop-timeout 1").Json()));
 }
 
 TEST(RunJson, IsAWholeObjectWithoutTheFramesLibrary) {
@@ -96,7 +88,7 @@ TEST(RunJson, IsAWholeObjectAfterASecondStopRequest) {
   MadeProduct product;
   product.Plugin("a.server").Plugin("hangs.server", "uninit_hangs", DependsOn("a.server"));
   HubProcess hub(product.Arguments("--json"));
-  ASSERT_TRUE(hub.AwaitRecord("\"event\":\"up\""));
+  ASSERT_TRUE(hub.AwaitUp());
   hub.RequestStop(StopKind::kInterrupt);
   ASSERT_TRUE(hub.AwaitRecord("\"event\":\"uninit-begin\""));
   hub.RequestStop(StopKind::kTerminate);
@@ -169,12 +161,12 @@ TEST(Table, HasColorsOnlyWhenAskedFor) {
 TEST(Table, OfManyPluginsIsFoldedUnlessAllAreAskedFor) {
   MadeProduct product;
   for (int i = 0; i < 60; ++i) product.Plugin("plugin" + std::to_string(i) + ".server");
-  const HubResult folded = RunUntilUp(product, "");
+  const HubResult folded = product.RunUntilUp("");
   EXPECT_EQ(0, folded.status) << folded.errors;
   EXPECT_EQ(40, Rows(folded.output));
   EXPECT_THAT(folded.output,
               HasSubstr("\nand 20 more plugins that need no attention (--all shows them)\n"));
-  const HubResult all = RunUntilUp(product, "--all");
+  const HubResult all = product.RunUntilUp("--all");
   EXPECT_EQ(0, all.status) << all.errors;
   EXPECT_EQ(60, Rows(all.output));
   EXPECT_THAT(all.output, Not(HasSubstr("that need no attention")));

@@ -54,7 +54,7 @@ std::string ReasonOfLicence(const std::string& file) {
              "<Plugin ID='license.server'/></Plugins></ProductDescription>");
   site.Remove("bin/TevAddons");
   site.Write("bin/data/licence.conf", file);
-  const HubResult result = RunHub("run --json --seconds 2 --bin " + site.Bin());
+  const HubResult result = RunHubUntilUp("--json --bin " + site.Bin());
   EXPECT_EQ(3, result.status) << result.errors;
   return result.Json()["plugins"][1]["reason"];
 }

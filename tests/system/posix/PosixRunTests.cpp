@@ -23,6 +23,7 @@
 #include "tests/system/HowItEnds.h"
 #include "tests/system/MadeProduct.h"
 #include "tests/system/RunToTheCrash.h"
+#include "tests/system/posix/UnreadPipe.h"
 
 using nlohmann::json;
 using testing::AllOf;
@@ -32,16 +33,12 @@ using testing::Not;
 
 namespace {
 
-/// Runs HUB by a shell command, which redirects its streams.
-HubResult RunInShell(const std::string& command) {
-  const TemporaryFolder folder;
-  HubSettings settings;
-  settings.program = "/bin/sh";
-  return RunHub("\"" + folder.Write("command", command) + "\"", settings);
-}
-
-std::string Hub(MadeProduct& product, const std::string& arguments) {
-  return "\"" TEV_HUB "\" " + product.Arguments(arguments);
+/// Writes a program to `folder` that runs HUB with standard streams that a shell has redirected.
+std::string RedirectedHub(const TemporaryFolder& folder, const std::string& redirections) {
+  const std::string program =
+      folder.Write("hub", "#!/bin/sh\nexec \"" TEV_HUB "\" \"$@\" " + redirections + "\n");
+  std::filesystem::permissions(program, std::filesystem::perms::owner_all);
+  return program;
 }
 
 /// The signals of a thread from /proc, as bits.
@@ -66,28 +63,41 @@ std::vector<Signals> ReadSignals(const std::string& text) {
   return all;
 }
 
+/// Runs the product, whose output cannot be written, until it is up. Expects that this is reported
+/// once on standard error, and in the record.
+void ExpectReportedOnce(MadeProduct& product, const HubSettings& settings) {
+  const HubResult result = product.RunUntilUp("", settings);
+  EXPECT_EQ(3, result.status);
+  const std::size_t reported = result.errors.find("HUB: standard output (");
+  EXPECT_NE(std::string::npos, reported) << result.errors;
+  EXPECT_EQ(std::string::npos, result.errors.find("standard output", reported + 10));
+  EXPECT_THAT(product.Site().Read("run.jsonl"),
+              AllOf(HasSubstr("cannot be written"), HasSubstr("\"status\":\"degraded\"")));
+}
+
 TEST(OutputThatCannotBeWritten, IsReportedOnceAndDegradesTheRun) {
   MadeProduct product;
-  product.Plugin("a.server");
-  const std::string record = product.Site().Path("run.jsonl").string();
-  for (const std::string output : {">/dev/full", ">&-"}) {
-    const HubResult result =
-        RunInShell(Hub(product, "--seconds 0.5 --record \"" + record + "\" " + output));
-    EXPECT_EQ(3, result.status) << output;
-    const std::size_t said = result.errors.find("HUB: standard output (");
-    EXPECT_NE(std::string::npos, said) << result.errors;
-    EXPECT_EQ(std::string::npos, result.errors.find("standard output", said + 10));
-    EXPECT_THAT(product.Site().Read("run.jsonl"),
-                AllOf(HasSubstr("cannot be written"), HasSubstr("\"status\":\"degraded\"")));
-  }
+  HubSettings settings;
+  settings.record = product.Plugin("a.server").Site().Path("run.jsonl");
+  settings.output = "/dev/full";
+  ExpectReportedOnce(product, settings);
+}
+
+TEST(OutputThatCannotBeWritten, BecauseItIsClosedDegradesTheRunToo) {
+  MadeProduct product;
+  const TemporaryFolder folder;
+  HubSettings settings;
+  settings.record = product.Plugin("a.server").Site().Path("run.jsonl");
+  settings.program = RedirectedHub(folder, ">&-");
+  ExpectReportedOnce(product, settings);
 }
 
 TEST(OutputThatCannotBeWritten, IsFoundWhenItsOnlyTextIsTheObject) {
   MadeProduct product;
-  product.Plugin("a.server");
-  const std::string record = product.Site().Path("run.jsonl").string();
-  const HubResult result =
-      RunInShell(Hub(product, "--json --seconds 0.5 --record \"" + record + "\" >/dev/full"));
+  HubSettings settings;
+  settings.record = product.Plugin("a.server").Site().Path("run.jsonl");
+  settings.output = "/dev/full";
+  const HubResult result = product.RunUntilUp("--json", settings);
   EXPECT_EQ(3, result.status);
   const std::string sentence =
       "standard output (No space left on device) cannot be written: a part of it is lost";
@@ -101,15 +111,14 @@ TEST(OutputThatCannotBeWritten, IsFoundWhenItsOnlyTextIsTheObject) {
 
 TEST(OutputThatCannotBeWritten, IsFoundWhenItsLastLineAloneIsLost) {
   MadeProduct product;
-  const std::string arguments =
-      product.Plugin("a.server").Arguments("--events --no-record --seconds 1");
-  const std::string whole = RunHub(arguments).output;
+  product.Plugin("a.server");
+  const std::string whole = product.RunUntilUp("--events --no-record").output;
   // The events of two runs differ only in the digits of numbers: less than half of the last event.
   const std::size_t size = (whole.rfind('\n', whole.size() - 2) + whole.size()) / 2;
   HubResult result;
   {
     const FileSizeLimit limit(size);
-    result = RunHub(arguments);
+    result = product.RunUntilUp("--events --no-record");
   }
   EXPECT_EQ(3, result.status);
   EXPECT_EQ("HUB: standard output (File too large) cannot be written: a part of it is lost\n",
@@ -120,19 +129,27 @@ TEST(OutputThatCannotBeWritten, IsFoundWhenItsLastLineAloneIsLost) {
 
 TEST(OutputThatCannotBeWritten, ByAReaderThatHasGoneEndsNothing) {
   MadeProduct product;
-  product.Plugin("a.server");
-  const HubResult result =
-      RunInShell("(" + Hub(product, "--events --seconds 1") + "; echo status $? >&2) | true");
-  EXPECT_THAT(result.errors, AllOf(HasSubstr("standard output ("), HasSubstr("status 3")));
+  UnreadPipe pipe;
+  HubSettings settings;
+  settings.output = pipe.Name();
+  HubProcess hub(product.Plugin("a.server").Arguments("--events"), settings);
+  pipe.Close();
+  EXPECT_TRUE(hub.AwaitUp());
+  hub.RequestStop(StopKind::kTerminate);
+  const HubResult result = hub.Wait();
+  EXPECT_EQ(3, result.status);
+  EXPECT_THAT(result.errors, HasSubstr("standard output ("));
 }
 
 TEST(OutputThatCannotBeWritten, BecauseNobodyReadsItHoldsNothingUp) {
   MadeProduct product;
   for (int i = 0; i < 60; ++i) product.Plugin("plugin" + std::to_string(i) + ".server");
-  // More events than fit into a pipe.
-  const HubResult result = RunInShell("(" + Hub(product, "--events --seconds 1") +
-                                      "; echo status $? >&2) | (sleep 12; exit 0)");
-  EXPECT_THAT(result.errors, AllOf(HasSubstr("nobody reads it"), HasSubstr("status 3")));
+  const UnreadPipe pipe;  // takes fewer events than there are
+  HubSettings settings;
+  settings.output = pipe.Name();
+  const HubResult result = product.RunUntilUp("--events", settings);
+  EXPECT_EQ(3, result.status);
+  EXPECT_THAT(result.errors, HasSubstr("nobody reads it"));
 }
 
 TEST(OutputThatCannotBeWritten, IsTheLogOrTheRecordOnAFullDisk) {
@@ -141,26 +158,30 @@ TEST(OutputThatCannotBeWritten, IsTheLogOrTheRecordOnAFullDisk) {
   // Through a link, so that a wrong rotation would rename the link and not the device.
   const std::string full = product.Site().Path("full").string();
   std::filesystem::create_symlink("/dev/full", full);
-  const HubResult log = product.Run("--json --seconds 0.5 --log \"" + full + "\"");
+  const HubResult log = product.RunUntilUp("--json --log \"" + full + "\"");
   EXPECT_EQ(3, log.status);
   EXPECT_THAT(log.errors, HasSubstr("HUB: the log " + full + " cannot be written"));
   EXPECT_EQ("degraded", log.Json()["status"]);
-  const HubResult record = product.Run("--json --seconds 0.5 --record \"" + full + "\"");
+  const HubResult record = product.RunUntilUp("--events --record \"" + full + "\"");
   EXPECT_EQ(3, record.status);
   EXPECT_THAT(record.errors, HasSubstr("HUB: the flight record " + full + " cannot be written"));
 }
 
 TEST(ClosedStandardStreams, NeverLetAPluginPrintIntoTheRecord) {
   MadeProduct product;
-  product.Plugin("prints.server", "init_prints");
-  const std::string record = product.Site().Path("run.jsonl").string();
-  RunInShell(Hub(product, "--seconds 0.5 --record \"" + record + "\" <&- >&- 2>&-"));
+  const TemporaryFolder folder;
+  HubSettings settings;
+  settings.record = product.Plugin("prints.server", "init_prints").Site().Path("run.jsonl");
+  settings.program = RedirectedHub(folder, "<&- >&- 2>&-");
+  product.RunUntilUp("", settings);
   EXPECT_THAT(product.Site().Read("run.jsonl"),
               AllOf(HasSubstr("\"event\":\"end\""), Not(HasSubstr("printed by"))));
 }
 
 TEST(OutputThatCannotBeWritten, OfTheHelpIsReportedAndFails) {
-  const HubResult result = RunInShell("exec \"" TEV_HUB "\" --help > /dev/full");
+  HubSettings settings;
+  settings.output = "/dev/full";
+  const HubResult result = RunHub("--help", settings);
   EXPECT_EQ(1, result.status);
   EXPECT_EQ("HUB: standard output cannot be written: No space left on device\n", result.errors);
 }
@@ -179,16 +200,18 @@ TEST(OutputThatCannotBeWritten, IsALogThatIsAPipe) {
 
 TEST(OutputThatCannotBeWritten, OfTheModelIsReportedAndFails) {
   MadeProduct product;
-  product.Plugin("a.server");
-  const std::string model = "\"" TEV_HUB "\" model --bin " + product.Site().Bin();
-  const std::string full = product.Site().Path("full").string();
-  std::filesystem::create_symlink("/dev/full", full);
-  const HubResult noSpace = RunInShell(model + " >\"" + full + "\"");
+  const std::string model = "model --bin " + product.Plugin("a.server").Site().Bin();
+  HubSettings full;
+  full.output = "/dev/full";
+  const HubResult noSpace = RunHub(model, full);
   EXPECT_EQ(1, noSpace.status);
   EXPECT_EQ("HUB: standard output cannot be written: No space left on device\n", noSpace.errors);
-  const HubResult closed = RunInShell(model + " >&-");
-  EXPECT_EQ(1, closed.status);
-  EXPECT_EQ("HUB: standard output cannot be written: Bad file descriptor\n", closed.errors);
+  const TemporaryFolder folder;
+  HubSettings closed;
+  closed.program = RedirectedHub(folder, ">&-");
+  const HubResult badFile = RunHub(model, closed);
+  EXPECT_EQ(1, badFile.status);
+  EXPECT_EQ("HUB: standard output cannot be written: Bad file descriptor\n", badFile.errors);
 }
 
 /// A pseudo terminal with 60 columns, and the text written to it.
@@ -236,7 +259,7 @@ TEST(Screen, KeepsEachLineWithinTheTerminalAndColorsTheTable) {
   settings.output = terminal.Name();
   settings.environment = {{"NO_COLOR", ""}};
   HubProcess hub(product.Arguments(""), settings);
-  ASSERT_TRUE(hub.AwaitRecord(R"("event":"up")"));
+  ASSERT_TRUE(hub.AwaitUp());
   hub.RequestStop(StopKind::kInterrupt);
   EXPECT_EQ(3, hub.Wait().status);
   const std::string shown = terminal.Shown();
@@ -259,7 +282,7 @@ TEST(Screen, KeepsEachLineWithinTheTerminalAndColorsTheTable) {
     while (std::getline(drawn, line, '\r')) EXPECT_LE(line.size(), Terminal::kColumns) << line;
   }
   settings.environment = {{"NO_COLOR", "1"}};
-  product.Run("--seconds 0.2 --stop-timeout 0", settings);
+  product.RunUntilUp("--stop-timeout 0", settings);
   EXPECT_THAT(terminal.Shown(), Not(HasSubstr("\x1b[3")));
 }
 
@@ -279,14 +302,13 @@ TEST(Screen, HasErrorsOnTheSameTerminalInTheirOrderAndWithinItsWidth) {
   HubSettings settings;
   settings.output = terminal.Name();
   settings.errors = terminal.Name();
-  EXPECT_EQ(4, product.Run("--seconds 1 --stop-timeout 1 --color never", settings).status);
+  EXPECT_EQ(4, product.RunUntilUp("--stop-timeout 1 --color never", settings).status);
   EXPECT_EQ(
       "hangs.server             started in N ms\r\n"
-      "Up after N ms. Stops by itself; Ctrl-C stops it now.\r\n"
-      "Stopping (--seconds 1).\r\n"
+      "Up after N ms. Ctrl-C stops it.\r\n"
+      "Stopping (SIGINT).\r\n"
       "HUB: no plugin has ended for 1 s: left behind: hangs.server\r\n"
-      "    has not returned from its UnInit (stopped by --seconds\r\n"
-      "    1)\r\n",
+      "    has not returned from its UnInit (stopped by SIGINT)\r\n",
       AboveTheTable(terminal.Shown()));
 }
 
@@ -309,7 +331,7 @@ TEST(Crash, ByAStackOverflowIsReportedToo) {
 }
 
 void ExpectNamedStaticCrash(const std::string& fixture, const std::string& phase) {
-  const HubResult result = RunToTheCrash(fixture, NullPointerSentence(phase), "--seconds 1");
+  const HubResult result = RunToTheCrash(fixture, NullPointerSentence(phase));
   EXPECT_THAT(result.errors, HasSubstr(StackBegin("WriteNowhere")));
   ExpectEndedByMemoryFault(result);
 }
@@ -336,7 +358,7 @@ TEST(ChildOfAPlugin, HasTheSignalsOfAFreshProcess) {
   product.Plugin("a.server", "starts_a_child");
   HubSettings settings;
   settings.environment = {{"TEV_CHILD_STATUS", product.Site().Path("child").string()}};
-  const HubResult result = product.Run("--seconds 1", settings);
+  const HubResult result = product.RunUntilUp("", settings);
   EXPECT_EQ(0, result.status) << result.output;
   for (const Signals& signals : ReadSignals(product.Site().Read("child"))) {
     EXPECT_EQ(0U, signals.blocked);
@@ -366,12 +388,9 @@ TEST(ChildOfAPlugin, HasNoSignalBlockedIfHubStartedWithAllBlocked) {
 
 TEST(StopRequest, ByAHangUpThatIsIgnoredFromTheStartIsNone) {
   MadeProduct product;
-  product.Plugin("a.server");
-  HubSettings settings;
-  settings.program = "/bin/sh";
-  const std::string command = product.Site().Path("command").string();  // as nohup starts a program
-  product.Site().Write("command", "trap '' HUP\nexec " + Hub(product, ""));
-  HubProcess hub("\"" + command + "\"", settings);
+  const auto before = std::signal(SIGHUP, SIG_IGN);  // as nohup does
+  HubProcess hub(product.Plugin("a.server").Arguments(""));
+  std::signal(SIGHUP, before);
   ASSERT_TRUE(hub.AwaitOutput("Up after"));
   hub.RequestStop(StopKind::kHangUp);
   hub.RequestStop(StopKind::kTerminate);
@@ -382,8 +401,8 @@ TEST(StopRequest, ByAHangUpThatIsIgnoredFromTheStartIsNone) {
 
 TEST(StopRequest, ThatComesTwiceAtOnceLeaves) {
   MadeProduct product;
-  HubProcess hub(product.Plugin("a.server").Arguments("--json"));
-  ASSERT_TRUE(hub.AwaitRecord("\"up\""));
+  HubProcess hub(product.Plugin("hangs.server", "uninit_hangs").Arguments("--json"));
+  ASSERT_TRUE(hub.AwaitUp());
   hub.RequestStop(StopKind::kTerminate);
   hub.RequestStop(StopKind::kInterrupt);
   const HubResult result = hub.Wait();

@@ -1,9 +1,7 @@
 // A standard error that nobody reads blocks neither a run nor the report of a crash.
 
-#include <fcntl.h>
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
-#include <sys/stat.h>
 #include <unistd.h>
 
 #include <csignal>
@@ -13,52 +11,34 @@
 
 #include "tests/system/MadeProduct.h"
 #include "tests/system/posix/ThreadsOf.h"
+#include "tests/system/posix/UnreadPipe.h"
 
 using testing::HasSubstr;
 
 namespace {
 
-/// A full pipe that nobody reads.
-class FullPipe {
- public:
-  FullPipe() : m_name((m_folder.Path() / "pipe").string()) {
-    EXPECT_EQ(0, mkfifo(m_name.c_str(), 0600));
-    m_open = open(m_name.c_str(), O_RDWR | O_NONBLOCK | O_CLOEXEC);
-    const std::string page(4096, 'x');
-    while (write(m_open, page.data(), page.size()) > 0) {
-    }
-  }
-  ~FullPipe() { close(m_open); }
-  FullPipe(const FullPipe&) = delete;
-  FullPipe& operator=(const FullPipe&) = delete;
-
-  const std::string& Name() const { return m_name; }
-
- private:
-  TemporaryFolder m_folder;
-  std::string m_name;
-  int m_open = -1;
-};
-
-/// Runs HUB with a full pipe as standard error.
-HubResult RunWithFullErrorPipe(MadeProduct& product, const std::string& arguments) {
-  const FullPipe pipe;
-  const TemporaryFolder folder;
+/// Settings for a HUB whose standard error is this pipe, after it was filled.
+HubSettings WithFullErrors(UnreadPipe& pipe) {
+  pipe.Fill();
   HubSettings settings;
-  settings.program = "/bin/sh";
-  const std::string command =
-      "exec \"" TEV_HUB "\" " + product.Arguments(arguments) + " 2>\"" + pipe.Name() + "\"";
-  return RunHub("\"" + folder.Write("command", command) + "\"", settings);
+  settings.errors = pipe.Name();
+  return settings;
 }
 
 TEST(StandardErrorThatNobodyReads, DelaysNeitherTheStopNorTheObject) {
   MadeProduct product;
   product.Plugin("a.server");
-  const std::string full = product.Site().Path("full").string();
+  const SiteCopy& site = product.Site();
+  const std::string full = site.Path("full").string();
   std::filesystem::create_symlink("/dev/full", full);
+  const std::string log = site.Path("hub.log").string();
+  UnreadPipe pipe;
   // The lost record is reported on standard error when the run begins.
-  const HubResult result =
-      RunWithFullErrorPipe(product, "--json --seconds 0.5 --record \"" + full + "\"");
+  HubProcess hub(product.Arguments("--json --log \"" + log + "\" --record \"" + full + "\""),
+                 WithFullErrors(pipe));
+  EXPECT_TRUE(hub.AwaitFile(log, "[host] Up after"));
+  hub.RequestStop(StopKind::kTerminate);
+  const HubResult result = hub.Wait();
   EXPECT_EQ(3, result.status);
   EXPECT_EQ("stopped", result.Json()["plugins"][0]["state"]);
   EXPECT_THAT(result.Json()["sentence"], HasSubstr("cannot be written"));
@@ -66,8 +46,9 @@ TEST(StandardErrorThatNobodyReads, DelaysNeitherTheStopNorTheObject) {
 
 TEST(StandardErrorThatNobodyReads, LeavesACrashItsObjectAndItsStatus) {
   MadeProduct product;
+  UnreadPipe pipe;
   const HubResult result =
-      RunWithFullErrorPipe(product.Plugin("bad.server", "init_crashes"), "--json --no-record");
+      product.Plugin("bad.server", "init_crashes").Run("--json --no-record", WithFullErrors(pipe));
   EXPECT_EQ(SIGSEGV, result.signal);
   EXPECT_EQ("crashed", result.Json()["status"]);
   EXPECT_EQ("bad.server", result.Json()["plugins"][0]["id"]);
