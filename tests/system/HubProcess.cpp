@@ -34,6 +34,15 @@ std::string Content(const fs::path& file) {
   return text;
 }
 
+std::string LinesWith(const std::string& part, const std::string& text) {
+  std::string found;
+  std::istringstream lines(text);
+  for (std::string line; std::getline(lines, line);) {
+    if (line.find(part) != std::string::npos) found += line + "\n";
+  }
+  return found;
+}
+
 /// Waits until `holds` returns true. False when it does not within `limit`.
 bool PollUntil(const std::function<bool()>& holds, std::chrono::seconds limit) {
   const auto end = std::chrono::steady_clock::now() + limit;
@@ -99,6 +108,11 @@ bool HubProcess::AwaitFile(const fs::path& file, const std::string& text) {
 
 bool HubProcess::AwaitRecord(const std::string& text) {
   return Await([this] { return Record(); }, text);
+}
+
+bool HubProcess::AwaitEvent(const std::string& event, const std::string& plugin) {
+  return Await([&] { return LinesWith(R"("event":")" + event + "\"", Record()); },
+               R"("plugin":")" + plugin + "\"");
 }
 
 bool HubProcess::AwaitUp() {

@@ -58,6 +58,9 @@ class HubProcess {
   /// The same for HUB's flight record.
   bool AwaitRecord(const std::string& text);
 
+  /// Waits for this event of a plugin in the record.
+  bool AwaitEvent(const std::string& event, const std::string& plugin);
+
   /// Waits for the event `up`, in the record or, with --events, on standard output.
   bool AwaitUp();
 
