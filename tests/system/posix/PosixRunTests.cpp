@@ -237,11 +237,12 @@ class Terminal {
 
   std::string Name() const { return ptsname(m_master); }
 
-  /// The text written so far.
+  /// The text written since the last call.
   std::string Shown() {
-    std::string shown(1U << 16U, '\0');
-    const ssize_t size = read(m_master, shown.data(), shown.size());
-    shown.resize(size < 0 ? 0 : static_cast<std::size_t>(size));
+    // The system may hand the text over later and in parts: a null character marks its end.
+    EXPECT_EQ(1, write(m_open, "", 1));
+    std::string shown;
+    for (char next = 0; read(m_master, &next, 1) == 1 && next != '\0';) shown += next;
     return shown;
   }
 
