@@ -154,7 +154,9 @@ TEST(StartTimeout, StopsAProductThatIsNotUpInTime) {
 TEST(StartTimeout, LeavesAProductAloneThatIsUpInTime) {
   MadeProduct product;
   product.Plugin("a.server");
-  EXPECT_EQ(0, product.Run("--start-timeout 10 --seconds 11").status);
+  const HubResult result = product.Run("--start-timeout 10 --seconds 11");
+  EXPECT_EQ(0, result.status) << result.output;
+  EXPECT_THAT(result.output, HasSubstr("\nStopping (--seconds 11).\n"));
 }
 
 TEST(StopRequest, BeforeTheProductIsUpCutsItShort) {
