@@ -90,11 +90,11 @@ TEST(RecursiveLock, IsTakenAgainByItsHolder) {
   xrt::xrt_recursive_mutex lock;
   Gate twice;
   std::thread thread([&] {
-    lock.Lock();
-    lock.Lock();
+    EXPECT_EQ(0, lock.Lock());
+    EXPECT_EQ(0, lock.Lock());
     twice.Arrive();
-    lock.Unlock();
-    lock.Unlock();
+    EXPECT_EQ(0, lock.Unlock());
+    EXPECT_EQ(0, lock.Unlock());
   });
   // A lock that is not recursive would keep the thread, and with it this process, for ever.
   if (!twice.Wait()) {

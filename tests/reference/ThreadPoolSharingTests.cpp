@@ -3,7 +3,6 @@
 #include <gmock/gmock.h>
 
 #include <atomic>
-#include <functional>
 #include <string>
 #include <thread>
 #include <vector>
@@ -16,18 +15,6 @@ namespace {
 using testing::ElementsAre;
 
 using ThreadPoolSharing = ThreadPool;
-
-TEST_F(ThreadPoolSharing, PoolGoesOnUntilItsLastHolderReleasesIt) {
-  ASSERT_TRUE(Grant(1, 1));
-  ASSERT_TRUE(Grant(1, 1));
-  EXPECT_TRUE(Release(false));
-  Gate ran;
-  EXPECT_TRUE(Post([&] { ran.Arrive(); }));
-  EXPECT_TRUE(ran.Wait());
-  EXPECT_TRUE(Release(false));
-  EXPECT_FALSE(Post([] {}));
-  EXPECT_FALSE(Release(false));
-}
 
 TEST_F(ThreadPoolSharing, HoldersThatCameAtOnceAreAllCounted) {
   constexpr int kHolders = 8;
@@ -43,33 +30,6 @@ TEST_F(ThreadPoolSharing, HoldersThatCameAtOnceAreAllCounted) {
   int released = 0;
   while (Release(false)) ++released;
   EXPECT_EQ(kHolders, released);
-}
-
-TEST_F(ThreadPoolSharing, ReleaseOfAShareThatWaitsReturnsAfterTheTasksThatAreThere) {
-  std::atomic<int> done{0};
-  ASSERT_TRUE(Grant(1, 3));
-  ASSERT_TRUE(Grant(1, 3));
-  for (int i = 0; i < 200; ++i) ASSERT_TRUE(Post([&] { ++done; }, i % 2 == 0));
-  EXPECT_TRUE(Release(true));
-  EXPECT_EQ(200, done);
-}
-
-TEST_F(ThreadPoolSharing, ReleaseOfAShareThatWaitsDoesNotWaitForTasksPostedLater) {
-  ASSERT_TRUE(Grant(1, 2));
-  ASSERT_TRUE(Grant(1, 2));
-  std::atomic<bool> released{false};
-  std::atomic<bool> late{false};
-  const auto end = std::chrono::steady_clock::now() + std::chrono::seconds(20);
-  // Each task posts the next one before it ends, so that the pool always has a task.
-  std::function<void()> relay = [&] {
-    if (std::chrono::steady_clock::now() > end) late = true;
-    if (!released && !late) Post(relay);
-  };
-  ASSERT_TRUE(Post(relay));
-  EXPECT_TRUE(Release(true));
-  released = true;
-  EXPECT_TRUE(EverythingIsDone());
-  EXPECT_FALSE(late);
 }
 
 TEST_F(ThreadPoolSharing, HoldersThatWaitAtOnceAllReturn) {
@@ -108,19 +68,6 @@ TEST_F(ThreadPoolSharing, TaskThatWouldWaitForItselfIsRefusedWithALine) {
   EXPECT_FALSE(Release(true));
   EXPECT_THAT(lines, ElementsAre("5 base.thread ReleaseThread with waiting, from a task of pool "
                                  "itself, would never return: not released"));
-}
-
-TEST_F(ThreadPoolSharing, TaskMayReleaseItsPoolWithoutWaiting) {
-  ASSERT_TRUE(Grant(1, 1));
-  Gate ended;
-  bool released = false;
-  Post([&] {
-    released = Release(false);
-    ended.Arrive();
-  });
-  ASSERT_TRUE(ended.Wait());
-  EXPECT_TRUE(released);
-  EXPECT_FALSE(Post([] {}));
 }
 
 TEST_F(ThreadPoolSharing, TaskMayWaitForAnotherPool) {

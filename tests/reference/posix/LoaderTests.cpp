@@ -87,10 +87,6 @@ TEST_F(Loader, FileNameOutsideTheCodePageIsFound) {
   EXPECT_EQ(0U, Refusal(path));
 }
 
-TEST_F(Loader, MissingFileIsModuleNotFound) {
-  EXPECT_EQ(ERROR_MOD_NOT_FOUND, Refusal(m_folder / "none.dll"));
-}
-
 TEST_F(Loader, MissingFileNamedLikeAnotherReasonIsModuleNotFound) {
   EXPECT_EQ(ERROR_MOD_NOT_FOUND, Refusal(m_folder / "a: undefined symbol: b.dll"));
 }
@@ -155,21 +151,6 @@ TEST_F(Loader, EachRefusalIsLoggedOnceWithThePathOnce) {
   ASSERT_EQ(1U, m_lines.size());
   EXPECT_THAT(m_lines[0], StartsWith("5 platform.os " + path + ": "));
   EXPECT_EQ(m_lines[0].find(path), m_lines[0].rfind(path));
-}
-
-TEST_F(Loader, MissingSymbolIsNullAndProcedureNotFound) {
-  const HMODULE library = LoadLibraryW(LocalToWide(TEV_ANSWERS).c_str());
-  EXPECT_EQ(nullptr, GetProcAddress(library, "Question"));
-  EXPECT_EQ(ERROR_PROC_NOT_FOUND, GetLastError());
-  FreeLibrary(library);
-}
-
-TEST_F(Loader, NullHandleIsRefused) {
-  EXPECT_EQ(nullptr, GetProcAddress(nullptr, "Answer"));
-  EXPECT_EQ(ERROR_INVALID_HANDLE, GetLastError());
-  Refusal(m_folder / "none.dll");
-  EXPECT_EQ(0, FreeLibrary(nullptr));
-  EXPECT_EQ(ERROR_INVALID_HANDLE, GetLastError());
 }
 
 }  // namespace
