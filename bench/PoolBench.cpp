@@ -2,39 +2,19 @@
 
 #include <benchmark/benchmark.h>
 
-#include <condition_variable>
+#include <cstdlib>
 #include <functional>
 #include <memory>
-#include <mutex>
 #include <utility>
 
 #include "sdk/base/thread.h"
 #include "tests/support/FunctionTask.h"
+#include "tests/support/Latch.h"
 
 namespace {
 
 constexpr char kPool[] = "bench";
 constexpr int kTasks = 200;
-
-/// Wait returns after `arrivals` calls of Arrive.
-class Meeting {
- public:
-  explicit Meeting(int arrivals) : m_missing(arrivals) {}
-
-  void Arrive() {
-    const std::lock_guard<std::mutex> lock(m_mutex);
-    if (--m_missing == 0) m_complete.notify_all();
-  }
-  void Wait() {
-    std::unique_lock<std::mutex> lock(m_mutex);
-    m_complete.wait(lock, [this] { return m_missing == 0; });
-  }
-
- private:
-  std::mutex m_mutex;
-  std::condition_variable m_complete;
-  int m_missing;  // guarded by m_mutex
-};
 
 void Post(std::function<void()> work) {
   CThreadManager::Instance().PostTask(std::make_shared<FunctionTask>(kPool, std::move(work)),
@@ -50,19 +30,16 @@ void PostOneByOne(benchmark::State& state) {
     state.SkipWithError("no such pool");
     return;
   }
-  Meeting all(threads);  // ensures that every thread has run a task
+  Latch all(threads);  // ensures that every thread has run a task
   for (int i = 0; i < threads; ++i) {
-    Post([&all] {
-      all.Arrive();
-      all.Wait();
-    });
+    Post([&all] { all.ArriveAndWait(); });
   }
-  all.Wait();
+  if (!all.Wait()) std::abort();  // late tasks would use the latch after its destruction
   for (auto _ : state) {
     for (int i = 0; i < kTasks; ++i) {
-      Meeting ran(1);
+      Latch ran;
       Post([&ran] { ran.Arrive(); });
-      ran.Wait();
+      if (!ran.Wait()) std::abort();
     }
   }
   manager.ReleaseThread(kPool, true);

@@ -8,7 +8,7 @@
 
 #include "sdk/xrt/lock.h"
 #include "tests/contract/Subject.h"
-#include "tests/reference/Gate.h"
+#include "tests/support/Latch.h"
 
 namespace {
 
@@ -73,7 +73,7 @@ TYPED_TEST(AnyLock, KeepsOtherThreadsOut) {
 TYPED_TEST(AnyLock, LeavesOtherLocksFree) {
   TypeParam held;
   TypeParam other;
-  Gate taken;
+  Latch taken;
   held.Lock();
   std::thread thread([&] {
     other.Lock();
@@ -88,7 +88,7 @@ TYPED_TEST(AnyLock, LeavesOtherLocksFree) {
 TEST(RecursiveLock, IsTakenAgainByItsHolder) {
   const std::unique_ptr<Subject> subject = Subject::Make();
   xrt::xrt_recursive_mutex lock;
-  Gate twice;
+  Latch twice;
   std::thread thread([&] {
     EXPECT_EQ(0, lock.Lock());
     EXPECT_EQ(0, lock.Lock());

@@ -10,7 +10,7 @@
 
 #include "sdk/kpx/platform.h"
 #include "tests/contract/Subject.h"
-#include "tests/reference/Gate.h"
+#include "tests/support/Latch.h"
 
 namespace {
 
@@ -37,8 +37,8 @@ class Platform : public testing::Test {
   ~Platform() override { KPX_UnInit(); }
 
   std::unique_ptr<Subject> subject = Subject::Make();
-  Gate begun;
-  Gate mayEnd;
+  Latch begun;
+  Latch mayEnd;
 };
 
 TEST_F(Platform, CallsBackOnceOnAThreadOfItsOwnWithAMap) {

@@ -15,8 +15,8 @@
 
 #include "sdk/base/thread.h"
 #include "tests/contract/Subject.h"
-#include "tests/reference/Gate.h"
 #include "tests/support/FunctionTask.h"
+#include "tests/support/Latch.h"
 
 namespace {
 
@@ -49,10 +49,10 @@ class ThreadPool : public testing::Test {
   }
 
   std::unique_ptr<Subject> subject = Subject::Make();
-  Gate busy;
-  Gate open;
-  Gate pair{2};
-  Gate ended;
+  Latch busy;
+  Latch open;
+  Latch pair{2};
+  Latch ended;
   std::atomic<int> done{0};
   std::atomic<int> running{0};
   std::atomic<int> mostRunning{0};

@@ -5,17 +5,17 @@
 #include <mutex>
 #include <string>
 
-#include "tests/reference/Gate.h"
+#include "tests/support/Latch.h"
 
 namespace {
 
-/// A reader that accepts a text when the test opens the gate. Never destroyed, like the writer.
+/// A reader that accepts a text when the test lets it go on. Never destroyed, like the writer.
 struct Reader {
-  Gate begun;
-  Gate goesOn;
+  Latch begun;
+  Latch goesOn;
   std::mutex mutex;
   std::string text;   // guarded by mutex
-  std::string error;  // written before the gate opens
+  std::string error;  // written before goesOn opens
 
   std::string Take(const std::string& next) {
     begun.Arrive();

@@ -4,7 +4,7 @@
 
 #include <string>
 
-#include "tests/reference/Gate.h"
+#include "tests/support/Latch.h"
 
 namespace {
 
@@ -14,8 +14,8 @@ TEST(FrameDriver, MakesTheCallsOneAfterTheOtherOnItsThread) {
   std::string calls;
   std::thread::id first;
   std::thread::id second;
-  Gate begun;
-  Gate goesOn;
+  Latch begun;
+  Latch goesOn;
   FrameDriver driver;
   driver.Begin([&] {
     first = std::this_thread::get_id();

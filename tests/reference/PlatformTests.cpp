@@ -11,7 +11,7 @@
 
 #include "reference/kpx/PlatformRecord.h"
 #include "reference/lpc/LpcRecord.h"
-#include "tests/reference/Gate.h"
+#include "tests/support/Latch.h"
 
 namespace {
 
@@ -29,8 +29,8 @@ bool Throw(StartedPluginMap*) {
 
 /// What the test and a running start callback share.
 struct Meeting {
-  Gate begun;
-  Gate mayEnd;
+  Latch begun;
+  Latch mayEnd;
   std::int32_t module = 0;
   std::string installed;
 };

@@ -13,8 +13,8 @@
 #include <thread>
 #include <vector>
 
-#include "tests/reference/Gate.h"
 #include "tests/reference/ThreadPoolTest.h"
+#include "tests/support/Latch.h"
 
 namespace {
 
@@ -96,7 +96,7 @@ TEST_F(TaskObservation, EndComesAfterTheTaskIsGoneAndBeforeItCountsAsFinished) {
     events.push_back(Name(event.kind) + " " + std::to_string(UnfinishedTasks()));
   });
   ASSERT_TRUE(Grant(1, 1));
-  Gate open;
+  Latch open;
   {
     const std::shared_ptr<int> witness(new int, [&](const int* number) {
       delete number;
@@ -126,15 +126,15 @@ TEST_F(TaskObservation, TaskThatIsNotTakenIsNotTold) {
 }
 
 TEST_F(TaskObservation, TaskToldAsPostedRunsThoughThePoolIsReleasedMeanwhile) {
-  Gate announced;
-  Gate released;
+  Latch announced;
+  Latch released;
   SetTaskObserver([&](const TaskEvent& event) {
     if (event.kind != TaskEvent::Kind::kPosted) return;
     announced.Arrive();
     released.Wait();
   });
   ASSERT_TRUE(Grant(3, 3));
-  Gate ran;
+  Latch ran;
   std::atomic<bool> taken{false};
   std::thread poster([&] { taken = Post([&] { ran.Arrive(); }); });
   ASSERT_TRUE(announced.Wait());
@@ -150,7 +150,7 @@ TEST_F(TaskObservation, TaskToldAsPostedRunsThoughThePoolIsReleasedMeanwhile) {
 TEST_F(TaskObservation, WhatTheObserverThrowsStopsNoTask) {
   SetTaskObserver([](const TaskEvent&) { throw std::runtime_error("not my day"); });
   ASSERT_TRUE(Grant(1, 1));
-  Gate ran;
+  Latch ran;
   EXPECT_TRUE(Post([&] { ran.Arrive(); }));
   EXPECT_TRUE(ran.Wait());
 }
@@ -166,7 +166,7 @@ TEST_F(TaskObservation, ObserverThatWasTakenAwayIsNotCalledAnyMore) {
       std::this_thread::yield();
       if (!*isThere) ++afterwards;
     });
-    Gate ran(2);
+    Latch ran(2);
     for (int k = 0; k < 2; ++k) Post([&] { ran.Arrive(); });
     SetTaskObserver({});
     *isThere = false;

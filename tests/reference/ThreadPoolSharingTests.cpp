@@ -7,8 +7,8 @@
 #include <thread>
 #include <vector>
 
-#include "tests/reference/Gate.h"
 #include "tests/reference/ThreadPoolTest.h"
+#include "tests/support/Latch.h"
 
 namespace {
 
@@ -18,7 +18,7 @@ using ThreadPoolSharing = ThreadPool;
 
 TEST_F(ThreadPoolSharing, HoldersThatCameAtOnceAreAllCounted) {
   constexpr int kHolders = 8;
-  Gate together(kHolders);
+  Latch together(kHolders);
   std::vector<std::thread> holders;
   for (int i = 0; i < kHolders; ++i) {
     holders.emplace_back([&] {
@@ -55,7 +55,7 @@ TEST_F(ThreadPoolSharing, TaskThatWouldWaitForItselfIsRefusedWithALine) {
     lines.push_back(std::to_string(level) + " " + module + " " + text);
   });
   ASSERT_TRUE(Grant(1, 1));
-  Gate ended;
+  Latch ended;
   bool released = true;
   Post([&] {
     released = Release(true);
@@ -73,7 +73,7 @@ TEST_F(ThreadPoolSharing, TaskThatWouldWaitForItselfIsRefusedWithALine) {
 TEST_F(ThreadPoolSharing, TaskMayWaitForAnotherPool) {
   ASSERT_TRUE(Grant(1, 1));
   ASSERT_NE(0U, m_manager.GetAvailableThreadpool("other", 1, 1, 0));
-  Gate otherRan;
+  Latch otherRan;
   bool ranBefore = false;
   ASSERT_TRUE(Post([&] {
     m_manager.PostTask(std::make_shared<FunctionTask>("other", [&] { otherRan.Arrive(); }), false);

@@ -16,16 +16,16 @@
 
 #include "reference/base/Log.h"
 #include "sdk/base/thread.h"
-#include "tests/reference/Gate.h"
 #include "tests/reference/ThreadPoolTest.h"
+#include "tests/support/Latch.h"
 
 namespace {
 
 using testing::ElementsAre;
 
 TEST_F(ThreadPool, NoTaskIsLostWhenThePoolIsReleasedFirst) {
-  Gate open;
-  Gate last(101);
+  Latch open;
+  Latch last(101);
   ASSERT_TRUE(Grant(1, 1));
   for (int i = 0; i < 101; ++i) {
     ASSERT_TRUE(Post([&] {
@@ -49,7 +49,7 @@ TEST_F(ThreadPool, UnknownNameIsRefused) {
 
 TEST_F(ThreadPool, ThreadsAreMadeUpToTheBound) {
   constexpr int kMost = 3;
-  Gate together(kMost);
+  Latch together(kMost);
   std::atomic<int> met{0};
   std::atomic<int> running{0};
   std::atomic<int> most{0};
@@ -85,7 +85,7 @@ TEST_F(ThreadPool, TasksThatFollowEachOtherShareOneThread) {
 
 TEST_F(ThreadPool, BoundsBelowOneStillGiveAThread) {
   ASSERT_TRUE(Grant(0, 0));
-  Gate ran;
+  Latch ran;
   ASSERT_TRUE(Post([&] { ran.Arrive(); }));
   EXPECT_TRUE(ran.Wait());
 }
@@ -93,7 +93,7 @@ TEST_F(ThreadPool, BoundsBelowOneStillGiveAThread) {
 TEST_F(ThreadPool, NameThatIsAlreadyGrantedKeepsItsHigherBound) {
   ASSERT_TRUE(Grant(1, 3));
   ASSERT_TRUE(Grant(1, 1));
-  Gate together(3);
+  Latch together(3);
   std::atomic<int> met{0};
   for (int i = 0; i < 3; ++i) Post([&] { met += together.ArriveAndWait() ? 1 : 0; });
   Release(true);
@@ -101,7 +101,7 @@ TEST_F(ThreadPool, NameThatIsAlreadyGrantedKeepsItsHigherBound) {
 }
 
 TEST_F(ThreadPool, HigherBoundLetsATaskThatWaitsBegin) {
-  Gate ran;
+  Latch ran;
   std::atomic<bool> met{false};
   ASSERT_TRUE(Grant(1, 1));
   Post([&] { met = ran.Wait(); });
@@ -112,7 +112,7 @@ TEST_F(ThreadPool, HigherBoundLetsATaskThatWaitsBegin) {
 }
 
 TEST_F(ThreadPool, FewerReservedThreadsLetTasksThatWaitBegin) {
-  Gate together(3);
+  Latch together(3);
   std::atomic<int> met{0};
   ASSERT_TRUE(Grant(3, 3, 2));
   for (int i = 0; i < 3; ++i) Post([&] { met += together.ArriveAndWait() ? 1 : 0; });
@@ -127,8 +127,8 @@ TEST_F(ThreadPool, LimitBoundsThePoolsThatAreGrantedLater) {
   for (const auto& [least, most] : bounds) {
     std::mutex mutex;
     std::set<std::thread::id> threads;
-    Gate two(2);
-    Gate open;
+    Latch two(2);
+    Latch open;
     ASSERT_TRUE(Grant(least, most));
     for (int i = 0; i < 40; ++i) {
       Post([&] {
@@ -148,7 +148,7 @@ TEST_F(ThreadPool, LimitBoundsThePoolsThatAreGrantedLater) {
 TEST_F(ThreadPool, LimitOfZeroLetsPoolsGrowAgain) {
   LimitPoolThreads(1);
   LimitPoolThreads(0);
-  Gate together(3);
+  Latch together(3);
   std::atomic<int> met{0};
   ASSERT_TRUE(Grant(1, 3));
   for (int i = 0; i < 3; ++i) Post([&] { met += together.ArriveAndWait() ? 1 : 0; });
@@ -158,7 +158,7 @@ TEST_F(ThreadPool, LimitOfZeroLetsPoolsGrowAgain) {
 
 TEST_F(ThreadPool, EachTaskCountsAsUnfinishedUntilItEnds) {
   ASSERT_TRUE(Grant(1, 1));
-  Gate open;
+  Latch open;
   std::atomic<std::size_t> whileTheSecondRan{0};
   Post([&] { open.Wait(); });
   Post([&] { whileTheSecondRan = UnfinishedTasks(); });
@@ -179,10 +179,10 @@ TEST_F(ThreadPool, NoWakeUpIsLostAmongUrgentAndOtherTasks) {
   for (int i = 0; i < kPosters; ++i) {
     posters.emplace_back([&, i] {
       for (int k = 0; k < kTasks; ++k) {
-        Gate ran(2);
+        Latch ran(2);
         Post([&] { ran.Arrive(); }, (k + i) % 3 == 0);
         Post([&] { ran.Arrive(); }, k % 2 == 0);
-        if (!ran.Wait()) std::abort();  // late tasks would use the gate after its destruction
+        if (!ran.Wait()) std::abort();  // late tasks would use the latch after its destruction
         done += 2;
       }
     });
@@ -192,9 +192,9 @@ TEST_F(ThreadPool, NoWakeUpIsLostAmongUrgentAndOtherTasks) {
 }
 
 TEST_F(ThreadPool, TasksOfEachKindRunInTheirOrder) {
-  Gate open;
+  Latch open;
   ASSERT_TRUE(Grant(1, 1));
-  Gate busy;
+  Latch busy;
   Post([&] {
     busy.Arrive();
     open.Wait();
@@ -210,7 +210,7 @@ TEST_F(ThreadPool, TasksOfEachKindRunInTheirOrder) {
 }
 
 TEST_F(ThreadPool, UrgentTaskOnTheReservedThreadLeavesTheOtherToTheRest) {
-  Gate ordinaryRan;
+  Latch ordinaryRan;
   std::atomic<bool> met{false};
   ASSERT_TRUE(Grant(2, 2, 1));
   Post([&] { met = ordinaryRan.Wait(); }, true);
@@ -241,8 +241,8 @@ TEST_F(ThreadPool, TaskThatThrowsIsLoggedAndTheThreadGoesOn) {
 }
 
 TEST_F(ThreadPool, TaskIsGoneBeforeItCountsAsDone) {
-  Gate open;
-  Gate gone;
+  Latch open;
+  Latch gone;
   std::size_t unfinishedWhenGone = 0;
   ASSERT_TRUE(Grant(1, 1));
   {

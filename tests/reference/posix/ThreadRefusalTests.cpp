@@ -6,8 +6,8 @@
 #include <string>
 #include <vector>
 
-#include "tests/reference/Gate.h"
 #include "tests/reference/ThreadPoolTest.h"
+#include "tests/support/Latch.h"
 
 namespace {
 
@@ -49,7 +49,7 @@ TEST_F(ThreadPool, TasksWaitWhenNoFurtherThreadCanBeMade) {
     lines.push_back(std::to_string(level) + " " + text);
   });
   const NoFurtherThreads none;
-  Gate open;
+  Latch open;
   Post([&] { open.Wait(); });
   Post([&] { m_eventList.Add("waited"); });
   EXPECT_TRUE(Grant(3, 4));

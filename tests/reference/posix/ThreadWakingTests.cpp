@@ -11,16 +11,16 @@
 #include <thread>
 #include <utility>
 
-#include "tests/reference/Gate.h"
 #include "tests/reference/ThreadPoolTest.h"
+#include "tests/support/Latch.h"
 
 namespace {
 
 /// If set, called once by a thread before it creates another one.
 std::atomic<void (*)()> g_beforeThread{nullptr};
 
-Gate* g_asked = nullptr;
-Gate* g_answered = nullptr;
+Latch* g_asked = nullptr;
+Latch* g_answered = nullptr;
 std::atomic<int> g_met{0};
 
 void AskTheOtherThread() {
@@ -49,30 +49,30 @@ namespace {
 
 using ThreadWaking = ThreadPool;
 
-/// As a thread_local object, arrives at the gate when its thread ends.
+/// As a thread_local object, arrives at the latch when its thread ends.
 class EndOfThread {
  public:
-  explicit EndOfThread(std::shared_ptr<Gate> gate) : m_gate(std::move(gate)) {}
-  ~EndOfThread() { m_gate->Arrive(); }
+  explicit EndOfThread(std::shared_ptr<Latch> latch) : m_latch(std::move(latch)) {}
+  ~EndOfThread() { m_latch->Arrive(); }
   EndOfThread(const EndOfThread&) = delete;
   EndOfThread& operator=(const EndOfThread&) = delete;
 
  private:
-  std::shared_ptr<Gate> m_gate;
+  std::shared_ptr<Latch> m_latch;
 };
 
 TEST_F(ThreadWaking, PostWakesOneOfManyIdleThreads) {
   constexpr int kThreads = 100;
   constexpr int kPosts = 200;
   ASSERT_TRUE(Grant(kThreads, kThreads));
-  Gate together(kThreads);
+  Latch together(kThreads);
   std::atomic<int> met{0};
   for (int i = 0; i < kThreads; ++i) Post([&] { met += together.ArriveAndWait() ? 1 : 0; });
   ASSERT_TRUE(EverythingIsDone());
   ASSERT_EQ(kThreads, met);
   const long before = VoluntarySwitches();
   for (int i = 0; i < kPosts; ++i) {
-    Gate ran;
+    Latch ran;
     ASSERT_TRUE(Post([&] { ran.Arrive(); }));
     ASSERT_TRUE(ran.Wait());
     ASSERT_TRUE(EverythingIsDone());
@@ -83,8 +83,8 @@ TEST_F(ThreadWaking, PostWakesOneOfManyIdleThreads) {
 }
 
 TEST_F(ThreadWaking, PoolsAnswerWhileAThreadIsBeingMade) {
-  Gate asked;
-  Gate answered;
+  Latch asked;
+  Latch answered;
   g_asked = &asked;
   g_answered = &answered;
   g_met = 0;
@@ -94,7 +94,7 @@ TEST_F(ThreadWaking, PoolsAnswerWhileAThreadIsBeingMade) {
     answered.Arrive();
   });
   ASSERT_TRUE(Grant(1, 2));
-  Gate open;
+  Latch open;
   ASSERT_TRUE(Post([&] { open.Wait(); }));
   g_beforeThread = &AskTheOtherThread;
   ASSERT_TRUE(Post([&] { open.Wait(); }));
@@ -106,9 +106,9 @@ TEST_F(ThreadWaking, PoolsAnswerWhileAThreadIsBeingMade) {
 
 TEST_F(ThreadWaking, ThreadsThatWereIdleEndWhenTheLastTaskIsTaken) {
   constexpr int kThreads = 4;
-  const auto ended = std::make_shared<Gate>(kThreads);
+  const auto ended = std::make_shared<Latch>(kThreads);
   ASSERT_TRUE(Grant(kThreads, kThreads, kThreads - 1));
-  Gate together(kThreads);
+  Latch together(kThreads);
   for (int i = 0; i < kThreads; ++i) {
     Post(
         [&] {
@@ -119,7 +119,7 @@ TEST_F(ThreadWaking, ThreadsThatWereIdleEndWhenTheLastTaskIsTaken) {
   }
   ASSERT_TRUE(EverythingIsDone());
   // All threads but one are reserved for urgent tasks, so the second task must wait for the first.
-  Gate open;
+  Latch open;
   Post([&] { open.Wait(); });
   Post([] {});
   EXPECT_TRUE(Release(false));

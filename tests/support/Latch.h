@@ -6,19 +6,18 @@
 
 /// Opens after `arrivals` calls of Arrive. Wait returns false after 20 seconds, so that a fault
 /// makes a test fail instead of hang.
-class Gate {
+class Latch {
  public:
-  explicit Gate(int arrivals = 1) : m_missing(arrivals) {}
+  explicit Latch(int arrivals = 1) : m_missing(arrivals) {}
 
   void Arrive() {
     const std::lock_guard<std::mutex> lock(m_mutex);
-    --m_missing;
-    m_changed.notify_all();
+    if (--m_missing == 0) m_opened.notify_all();
   }
 
   bool Wait() {
     std::unique_lock<std::mutex> lock(m_mutex);
-    return m_changed.wait_for(lock, std::chrono::seconds(20), [this] { return m_missing <= 0; });
+    return m_opened.wait_for(lock, std::chrono::seconds(20), [this] { return m_missing <= 0; });
   }
 
   bool ArriveAndWait() {
@@ -28,6 +27,6 @@ class Gate {
 
  private:
   std::mutex m_mutex;
-  std::condition_variable m_changed;
+  std::condition_variable m_opened;
   int m_missing;  // guarded by m_mutex
 };
