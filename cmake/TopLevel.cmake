@@ -23,4 +23,5 @@ if(WIN32)
   set(CMAKE_GTEST_DISCOVER_TESTS_DISCOVERY_MODE PRE_TEST)
 endif()
 
+set(DART_TESTING_TIMEOUT 300)  # seconds, of a test that sets no limit of its own
 include(CTest)  # the option BUILD_TESTING
