@@ -3,6 +3,7 @@
 #include <vector>
 
 #include "tests/contract/LoaderTest.h"
+#include "tests/support/TimeLimit.h"
 
 namespace {
 
@@ -69,7 +70,7 @@ TEST_F(Loader, RefusesWhatIsNoLibrary) {
 TEST_F(Loader, KeepsEachThreadsReason) {
   const HMODULE library = Load(subject->AddLibrary("a"));
   const std::string missing = subject->PathOf("none");
-  // The threads wait without a system call, which may set the error on Windows.
+  // The loader waits without a system call, which may set the error on Windows.
   std::atomic<int> step{0};
   DWORD loadError = 0;
   std::thread loader([&] {
@@ -79,8 +80,7 @@ TEST_F(Loader, KeepsEachThreadsReason) {
     }
     loadError = GetLastError();
   });
-  while (step != 1) {
-  }
+  AwaitThat("the loader does not return", [&] { return step == 1; });
   Find(library, "Uninit");
   step = 2;
   const DWORD findError = GetLastError();

@@ -1,6 +1,5 @@
 #include <gtest/gtest.h>
 
-#include <cstdlib>
 #include <memory>
 #include <string>
 #include <thread>
@@ -9,6 +8,7 @@
 #include "sdk/xrt/lock.h"
 #include "tests/contract/Subject.h"
 #include "tests/support/Latch.h"
+#include "tests/support/TimeLimit.h"
 
 namespace {
 
@@ -97,10 +97,7 @@ TEST(RecursiveLock, IsTakenAgainByItsHolder) {
     EXPECT_EQ(0, lock.Unlock());
   });
   // A lock that is not recursive would keep the thread, and with it this process, for ever.
-  if (!twice.Wait()) {
-    ADD_FAILURE() << "the holder waits for itself";
-    std::_Exit(1);
-  }
+  if (!twice.Wait()) FailAndExit("the holder waits for itself");
   thread.join();
 }
 

@@ -125,11 +125,13 @@ void LibraryDoubles::Fault(const std::string& what) {
 }
 
 void LibraryDoubles::Rest() {
+  m_limit.Check("the frame waits for plugins, and none is counted any more");
   ++rests;
   std::this_thread::sleep_for(std::chrono::microseconds(20));
 }
 
 void LibraryDoubles::Post(std::shared_ptr<CTMTask> task) {
+  m_limit.Restart();
   const std::lock_guard<std::mutex> lock(m_queueMutex);
   m_queue.push_back(std::move(task));
   m_changed.notify_one();
@@ -137,7 +139,9 @@ void LibraryDoubles::Post(std::shared_ptr<CTMTask> task) {
 
 void LibraryDoubles::AwaitTasks() {
   std::unique_lock<std::mutex> lock(m_queueMutex);
-  m_changed.wait(lock, [this] { return m_queue.empty() && m_running == 0; });
+  const bool ended =
+      m_changed.wait_for(lock, kLongestWait, [this] { return m_queue.empty() && m_running == 0; });
+  if (!ended) FailAndExit("a task of the pool does not end");
 }
 
 void LibraryDoubles::Work(unsigned seed) {

@@ -15,6 +15,7 @@
 
 #include "sdk/base/thread.h"
 #include "sdk/kpx/platform.h"
+#include "tests/support/TimeLimit.h"
 
 // Thread-safe doubles of the libraries around the frame, fast enough for thousands of runs: pool
 // threads that run tasks in random order after a short delay, a very short sleep, and plugins that
@@ -71,7 +72,8 @@ class LibraryDoubles {
   /// The product as the argument of ProductTree::Product.
   std::string Words() const;
 
-  // Thread-safe.
+  // Thread-safe. Rest throws when no task was posted for kLongestWait; AwaitTasks ends the process
+  // as a failed test when it has waited that long.
   void Fault(const std::string& what);
   void Rest();
   void Post(std::shared_ptr<CTMTask> task);
@@ -92,6 +94,8 @@ class LibraryDoubles {
 
  private:
   void Work(unsigned seed);
+
+  TimeLimit m_limit;  // restarted by each task that is posted
 
   std::mutex m_queueMutex;
   std::condition_variable m_changed;

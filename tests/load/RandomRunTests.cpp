@@ -12,6 +12,7 @@
 #include "src/PluginFrame/PluginManager.h"
 #include "tests/load/LibraryDoubles.h"
 #include "tests/support/ProductTree.h"
+#include "tests/support/TimeLimit.h"
 
 using PluginFrame::CPluginManager;
 using testing::IsEmpty;
@@ -176,11 +177,11 @@ void StopAtStage(const ProductTree& tree, unsigned seed, int stage, Finisher fin
     plugin.onInit = [&] {
       if (++begun != stage) return;
       reached = true;
-      while (restsOfTheStart < 0) std::this_thread::yield();
-      while (!stopped) {
-        if (finisher == Finisher::kDuringTheStop && doubles.rests > restsOfTheStart + 2) return;
-        std::this_thread::yield();
-      }
+      AwaitThat("the stop does not end the start", [&] { return restsOfTheStart >= 0; });
+      AwaitThat("the stop does not end", [&] {
+        return stopped ||
+               (finisher == Finisher::kDuringTheStop && doubles.rests > restsOfTheStart + 2);
+      });
     };
   }
   tree.Product(doubles.Words());
@@ -190,7 +191,7 @@ void StopAtStage(const ProductTree& tree, unsigned seed, int stage, Finisher fin
     EXPECT_TRUE(manager.Start(nullptr));
     restsOfTheStart = doubles.rests.load();
   });
-  while (!reached) std::this_thread::yield();
+  AwaitThat("the start does not reach the stage", [&] { return reached.load(); });
   manager.Uninit();
   stopped = true;
   starter.join();

@@ -12,6 +12,7 @@
 #include "reference/kpx/PlatformRecord.h"
 #include "reference/lpc/LpcRecord.h"
 #include "tests/support/Latch.h"
+#include "tests/support/TimeLimit.h"
 
 namespace {
 
@@ -113,7 +114,7 @@ TEST_F(Platform, IsAskedFromTheCallbackAndFromTheHostWhileTheCallbackRuns) {
 TEST_F(Platform, FailedStartIsNeverSeenWithoutItsReason) {
   for (int i = 0; i < 300; ++i) {
     ASSERT_EQ(0, KPX_Start(&FailTheStart));
-    while (!StartCallbackResult()) std::this_thread::yield();
+    AwaitThat("the start callback does not end", [] { return StartCallbackResult().has_value(); });
     ASSERT_EQ("the start callback did not succeed", LastError()) << i;
     KPX_Stop();
     KPX_UnInit();

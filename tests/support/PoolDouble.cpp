@@ -5,6 +5,7 @@
 #include <utility>
 
 #include "sdk/base/log.h"
+#include "tests/support/TimeLimit.h"
 
 namespace {
 
@@ -54,9 +55,10 @@ void PoolDouble::StartThreads() {
 
 void PoolDouble::AwaitTasks() {
   std::unique_lock<std::mutex> lock(m_mutex);
-  m_changed.wait(lock, [this, last = m_lastNumber] {
+  const bool ended = m_changed.wait_for(lock, kLongestWait, [this, last = m_lastNumber] {
     return m_unfinished.empty() || *m_unfinished.begin() > last;
   });
+  if (!ended) FailAndExit("a task of the pool does not end");
 }
 
 bool PoolDouble::IsOnOwnThread() const {

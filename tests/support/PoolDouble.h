@@ -33,7 +33,8 @@ class PoolDouble {
 
   void Run(std::shared_ptr<CTMTask> task, bool urgent);
 
-  /// Returns when the tasks that have been handed over until now have ended.
+  /// Returns when the tasks that have been handed over until now have ended; after kLongestWait,
+  /// ends the process as a failed test.
   void AwaitTasks();
 
   bool IsOnOwnThread() const;

@@ -1,5 +1,6 @@
 #include "tests/support/Seam.h"
 
+#include <chrono>
 #include <cstring>
 #include <deque>
 #include <set>
@@ -130,6 +131,7 @@ unsigned int Seam::Grant(const std::string& name, int least, int most, int reser
 }
 
 bool Seam::Post(std::shared_ptr<CTMTask> task, bool urgent) {
+  m_limit.Restart();
   if (!threads.Post(task->Group(), urgent)) return false;
   const std::lock_guard<std::mutex> lock(m_mutex);
   PoolDouble* pool = FindGranted(task->Group());
@@ -191,10 +193,16 @@ void Seam::NoteLockCall(const char* call) {
   lockCalls.push_back(call);
 }
 
-void Seam::NoteSleep(std::uint32_t milliseconds) {
+void Seam::Sleep(std::uint32_t milliseconds) {
+  m_limit.Check("the frame waits for plugins, and none is counted any more");
   now += milliseconds;
-  const std::lock_guard<std::mutex> lock(m_mutex);
-  sleeps.push_back(milliseconds);
+  {
+    const std::lock_guard<std::mutex> lock(m_mutex);
+    sleeps.push_back(milliseconds);
+  }
+  // Lets other threads run, and keeps the records of a loop that does not end small.
+  std::this_thread::sleep_for(std::chrono::microseconds(20));
+  onSleep();
 }
 
 // ---------------------------------------------------------------- the platform library
@@ -482,6 +490,5 @@ std::int32_t XRT_GetCurExePath(char* buffer, std::int32_t size) {
 
 void XRT_Sleep(std::uint32_t milliseconds) {
   Log::Instance().AddCall("XRT_Sleep");
-  Seam::Current().NoteSleep(milliseconds);
-  Seam::Current().onSleep();
+  Seam::Current().Sleep(milliseconds);
 }

@@ -17,6 +17,7 @@
 #include "sdk/lpc/lpc.h"
 #include "tests/support/PlatformDouble.h"
 #include "tests/support/PoolDouble.h"
+#include "tests/support/TimeLimit.h"
 
 // Doubles of the libraries around the frame. Their free functions forward to the current `Seam`,
 // which the test owns: it determines the results and records the calls. What no test determines
@@ -86,7 +87,9 @@ class Seam {
   void Record(const std::string& call);
   std::vector<std::string> Calls() const;
 
-  // ---- the clock: the result of GetTickCount64; the test and each sleep move it.
+  // ---- the clock: the result of GetTickCount64; the test and each sleep move it. A sleep takes
+  // some real microseconds, and throws when no task was posted for kLongestWait: the frame would
+  // wait for ever.
   std::atomic<std::uint64_t> now{1000};
 
   // ---- plugin libraries: by file name without directory and extension. Any other file fails to
@@ -121,12 +124,13 @@ class Seam {
   ScriptedLibrary* Load(const std::string& path);
   bool Free(ScriptedLibrary& library);
   void NoteLockCall(const char* call);
-  void NoteSleep(std::uint32_t milliseconds);
+  void Sleep(std::uint32_t milliseconds);
 
  private:
   PoolDouble* FindPool(const std::string& name);
   PoolDouble* FindGranted(const std::string& name);
 
+  TimeLimit m_limit;  // restarted by each task that is posted
   PlatformDouble m_platform;
   LpcDouble m_lpc;
 

@@ -14,7 +14,6 @@
 #include <iterator>
 #include <memory>
 #include <set>
-#include <stdexcept>
 #include <string>
 #include <thread>
 #include <vector>
@@ -28,6 +27,7 @@
 #include "sdk/xrt/runtime.h"
 #include "src/PluginFrame/PluginManager.h"
 #include "tests/support/ProductTree.h"
+#include "tests/support/TimeLimit.h"
 
 /// Replaces the runtime's function for all libraries of this process: the frame sleeps for a fifth
 /// of a second each time it waits for plugins, so that two hundred runs would take minutes.
@@ -48,14 +48,6 @@ constexpr long kHeapNoise = 16L * 1024;
 
 /// The same for resident memory, which the allocator does not return at once.
 constexpr long kResidentNoise = 128L * 1024;
-
-void AwaitThat(const char* what, const std::function<bool()>& holds) {
-  const auto limit = std::chrono::steady_clock::now() + std::chrono::seconds(30);
-  while (!holds()) {
-    if (std::chrono::steady_clock::now() > limit) throw std::runtime_error(what);
-    std::this_thread::sleep_for(std::chrono::microseconds(50));
-  }
-}
 
 /// The number of bytes that are allocated and not freed.
 long Heap() {
