@@ -10,16 +10,16 @@ std::mutex g_mutex;
 
 using Services = std::map<std::string, std::shared_ptr<void>>;
 
-/// By name; guarded by g_mutex. Null when nothing is published. What is still published when this
-/// library goes stays: an Init that ended after the stop has passed its plugin by put it there, and
-/// what it uses is unmapped by then.
+/// By name; guarded by g_mutex. Null when nothing is published. Services still published when this
+/// library is unloaded are not freed: their plugin's code is already unmapped (an Init that
+/// returned after the stop had counted its plugin published them).
 Services* g_services = nullptr;
 
 }  // namespace
 
 void board::PublishService(const std::string& name, std::shared_ptr<void> service) {
-  // What the name held before is in `service` when the lock is gone, and freed then: a service may
-  // look others up while it goes.
+  // What the name held before is in `service` when the lock is released, and freed then: a service
+  // may look others up in its destructor.
   const std::lock_guard<std::mutex> lock(g_mutex);
   if (!g_services) g_services = new Services;
   (*g_services)[name].swap(service);
@@ -33,7 +33,8 @@ std::shared_ptr<void> board::FindService(const std::string& name) {
 }
 
 void board::Withdraw(const std::string& name) {
-  std::shared_ptr<void> last;  // freed after the lock: a service may look others up while it goes
+  // Freed after the lock is released: a service may look others up in its destructor.
+  std::shared_ptr<void> last;
   const std::lock_guard<std::mutex> lock(g_mutex);
   if (!g_services) return;
   const auto service = g_services->find(name);

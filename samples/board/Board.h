@@ -10,8 +10,8 @@
 /// Where the sample's plugins find each other: a plugin publishes a service under a name in its
 /// Init and withdraws it in its UnInit; those that depend on it look it up. Any thread.
 ///
-/// A service's code lies in its plugin's library. Whoever holds one lets go of it in its own
-/// UnInit at the latest: that comes before the publisher's, after which the code is unmapped.
+/// A service's code lies in its plugin's library. A holder releases it in its own UnInit at the
+/// latest: that comes before the publisher's, after which the code is unmapped.
 namespace board {
 
 /// The levels of IKPXFormatLog that a plugin uses.

@@ -5,15 +5,14 @@
 #include <memory>
 #include <mutex>
 
-/// Keeps a handler registered until it is released. It holds on to its service by address only:
-/// release it in UnInit, while the plugin that made it is still there.
+/// Keeps a handler registered until it is released. It holds a plain pointer to its service:
+/// release it in UnInit, while the plugin that made it is still loaded.
 using Subscription = std::shared_ptr<void>;
 
 /// The handlers that a service calls. Any thread.
 ///
-/// Released is final: once a subscription is gone its handler neither runs nor will, so that its
-/// plugin may be unmapped. Therefore one handler runs at a time, and a handler must neither add nor
-/// release one.
+/// After a subscription is released its handler is not running and is not called again. Therefore
+/// one handler runs at a time, and a handler must neither add nor release one.
 template <typename... Arguments>
 class Listeners {
  public:

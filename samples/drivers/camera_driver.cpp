@@ -32,6 +32,7 @@ class CameraDriver : public DriverService {
 
 bool Init() {
   board::PublishService(kPlugin, std::shared_ptr<DriverService>(std::make_shared<CameraDriver>()));
+  IKPXFormatLog(board::kProgress, kPlugin, "decodes the temperature in the cameras' status frames");
   return true;
 }
 

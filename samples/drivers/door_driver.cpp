@@ -26,6 +26,7 @@ class DoorDriver : public DriverService {
 
 bool Init() {
   board::PublishService(kPlugin, std::shared_ptr<DriverService>(std::make_shared<DoorDriver>()));
+  IKPXFormatLog(board::kProgress, kPlugin, "decodes the state in the doors' messages");
   return true;
 }
 

@@ -23,6 +23,7 @@ class GateDriver : public DriverService {
 
 bool Init() {
   board::PublishService(kPlugin, std::shared_ptr<DriverService>(std::make_shared<GateDriver>()));
+  IKPXFormatLog(board::kProgress, kPlugin, "decodes which way a car passes the gate");
   return true;
 }
 

@@ -37,6 +37,7 @@ class SensorDriver : public DriverService {
 
 bool Init() {
   board::PublishService(kPlugin, std::shared_ptr<DriverService>(std::make_shared<SensorDriver>()));
+  IKPXFormatLog(board::kProgress, kPlugin, "decodes the texts in the sensors' frames");
   return true;
 }
 

@@ -6,9 +6,20 @@
 
 namespace {
 
+constexpr char kPlugin[] = "access.platform";
+
 class Cards : public CardService {
  public:
   bool Valid(const std::string& number) const override {
+    if (IsSound(number)) return true;
+    IKPXFormatLog(board::kProgress, kPlugin, "refuses \"%s\": no card has this number",
+                  number.c_str());
+    return false;
+  }
+
+ private:
+  /// Whether there are digits, and the last one is right for those before it.
+  static bool IsSound(const std::string& number) {
     int sum = 0;
     bool twice = false;
     for (auto digit = number.rbegin(); digit != number.rend(); ++digit, twice = !twice) {

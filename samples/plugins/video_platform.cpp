@@ -9,6 +9,8 @@
 
 namespace {
 
+constexpr char kPlugin[] = "video.platform";
+
 class Channels : public ChannelService {
  public:
   int Take() override {
@@ -16,14 +18,18 @@ class Channels : public ChannelService {
     for (std::size_t i = 0; i < m_taken.size(); ++i) {
       if (m_taken[i]) continue;
       m_taken.set(i);
-      return static_cast<int>(i);
+      const auto channel = static_cast<int>(i);
+      IKPXFormatLog(board::kProgress, kPlugin, "channel %d is taken", channel);
+      return channel;
     }
+    IKPXFormatLog(board::kTolerated, kPlugin, "no channel is free");
     return -1;
   }
 
   void Give(int channel) override {
     const std::lock_guard<std::mutex> lock(m_mutex);
     m_taken.reset(static_cast<std::size_t>(channel));
+    IKPXFormatLog(board::kProgress, kPlugin, "channel %d is given back", channel);
   }
 
  private:

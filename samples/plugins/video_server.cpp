@@ -63,8 +63,8 @@ void WaitForRecorder() {
 bool Init() {
   Cameras cameras;
   {
-    // Let go of again before the wait: a stop does not wait for an Init that runs, and may unmap
-    // the code of the plugins that it depends on.
+    // Released before the wait: a stop does not wait for an Init that runs, and may unmap the code
+    // of the plugins that it depends on.
     const auto devices = board::Need<DeviceService>(kPlugin);
     if (!devices) return false;
     cameras = devices->OfKind("camera");
