@@ -36,8 +36,8 @@ class Log {
   bool Await(const std::string& function, std::size_t count,
              std::chrono::milliseconds limit = std::chrono::seconds(30)) const;
 
-  /// Whether `function` has logged `count` lines and logs no more for a moment: a thread that does
-  /// not wait would log the next line within it.
+  /// Whether `function` has logged `count` lines, and no more for 50 ms. True does not prove that
+  /// its thread waits: on a busy machine one that does not may log its next line only later.
   bool StaysAt(const std::string& function, std::size_t count) const;
   std::vector<LogLine> Lines() const;
 
