@@ -16,8 +16,8 @@ class ExecutablePath : public testing::Test {
  protected:
   static constexpr std::size_t kRoom = 65536;
 
-  /// What the runtime writes when it is told that there is room for `size` bytes, followed by what
-  /// it leaves of a mark behind them; "refused" when it says so.
+  /// What the runtime writes into a buffer of `size` bytes, followed by the byte behind them, which
+  /// is x if it was left as it was; "refused" when it says so.
   static std::string PathIn(std::int32_t size) {
     std::string buffer(kRoom, 'x');
     if (XRT_GetCurExePath(&buffer[0], size) != 0) return "refused";

@@ -213,7 +213,7 @@ TEST_F(Platform, PluginsThatStartedAreMarkedAsLoaded) {
   EXPECT_FALSE(SnapshotPlatform().plugins->at("b").is_load());
 }
 
-TEST(LpcFrame, KeepsWhatItIsToldAndRefusesWhatIsOutOfOrder) {
+TEST(LpcFrame, KeepsWhatItReceivesAndRefusesCallsOutOfOrder) {
   PlatformInfo info;
   info.Edition = "E";
   EXPECT_NE(0, TevLPCFrameUnInit());

@@ -26,7 +26,7 @@ class Runtime : public testing::Test {
   }
 };
 
-TEST_F(Runtime, ReportsTheRunningProgramUnlessToldAnother) {
+TEST_F(Runtime, ReportsTheRunningProgramUnlessAnotherIsSet) {
   EXPECT_EQ(ProcessPath(), PathIn(4096));
   EXPECT_EQ("reference_tests", std::filesystem::path(ProcessPath()).stem());
   SetExecutablePath("/a/b/HUB");

@@ -60,7 +60,7 @@ TEST_F(TaskObservation, EachStepComesWithItsPoolOnTheThreadWhereItHappens) {
   EXPECT_THAT(threads, ElementsAre(poster, worker, worker, poster, worker, worker));
 }
 
-TEST_F(TaskObservation, NoTaskBeginsBeforeItIsToldAsPosted) {
+TEST_F(TaskObservation, NoTaskBeginsBeforeItIsReportedAsPosted) {
   std::mutex mutex;
   std::map<std::uint64_t, std::string> events;
   SetTaskObserver([&](const TaskEvent& event) {
@@ -118,14 +118,14 @@ TEST_F(TaskObservation, TaskThatThrowsEndsToo) {
   EXPECT_EQ("posted begun ended ", steps);
 }
 
-TEST_F(TaskObservation, TaskThatIsNotTakenIsNotTold) {
+TEST_F(TaskObservation, TaskThatIsRefusedIsNotReported) {
   std::atomic<int> events{0};
   SetTaskObserver([&](const TaskEvent&) { ++events; });
   EXPECT_FALSE(Post([] {}));
   EXPECT_EQ(0, events);
 }
 
-TEST_F(TaskObservation, TaskToldAsPostedRunsThoughThePoolIsReleasedMeanwhile) {
+TEST_F(TaskObservation, TaskReportedAsPostedRunsThoughThePoolIsReleased) {
   Latch announced;
   Latch released;
   SetTaskObserver([&](const TaskEvent& event) {

@@ -339,7 +339,7 @@ TEST_F(FlightRecords, WithoutAHeadAreRefused) {
   }
 }
 
-TEST_F(FlightRecords, ThatAreNotThereAreToldSo) {
+TEST_F(FlightRecords, ThatAreMissingAreAnErrorWithTheirName) {
   EXPECT_EQ(folder / "none.jsonl" + " cannot be opened: No such file or directory",
             Message(folder / "none.jsonl"));
 }
@@ -371,7 +371,7 @@ TEST_F(FlightRecords, ReplaceAFileThatIsThere) {
   EXPECT_EQ("one\n", folder.Read("run.jsonl"));
 }
 
-TEST_F(FlightRecords, ThatCannotBeWrittenAreToldByTheirName) {
+TEST_F(FlightRecords, ThatCannotBeWrittenAreAnErrorWithTheirName) {
   const std::string file = folder / "missing/run.jsonl";
   try {
     const RecordWriter writer(file);

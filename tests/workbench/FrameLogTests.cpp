@@ -433,7 +433,7 @@ TEST(FrameLogRow, TextsDoNotOverlap) {
   EXPECT_FALSE(MatchFrameLog(overlapping, 3, "m", "[f]a [x][s(1)]"));
 }
 
-TEST(ParseFrameLog, TellsLinesOfOneTextByTheirLevel) {
+TEST(ParseFrameLog, DistinguishesLinesOfOneTextByTheirLevel) {
   const std::string text = "[f][Plugin Load]Plugin [a] SinglePluginLoad End. count[2].[s(1)]";
   const std::string module = "platform.PluginFrame";
   EXPECT_EQ("kStartCounted plugin=a number=2", Describe(*ParseFrameLog(4, module, text)));

@@ -68,7 +68,7 @@ TEST_F(RecordFolders, NameARecordByTimeAndProcess) {
   EXPECT_EQ(std::vector<std::string>(), Files());
 }
 
-TEST_F(RecordFolders, ThatCannotBeMadeAreToldByTheirName) {
+TEST_F(RecordFolders, ThatCannotBeMadeAreAnErrorWithTheirName) {
   const fs::path file = temporary.Write("file", "");
   const RecordFolder below(file, "/opt/harbour/bin");
   try {

@@ -126,7 +126,7 @@ class EventSource : public testing::Test {
   std::int64_t now = 0;
 };
 
-TEST_F(EventSource, TellsAPluginsStartStepByStepWithItsTask) {
+TEST_F(EventSource, ReportsAPluginsStartStepByStepWithItsTask) {
   EXPECT_EQ("@1/5 posted #3\n", Text(source.OnTaskPosted({++now, 5}, 3)));
   EXPECT_EQ("@2/1 task-begin #3\n", Text(source.OnTaskBegun({++now, 1}, 3)));
   EXPECT_EQ("@3/1 load-begin a #3\n", Frame(FrameKind::kLoadTaskBegin, "a"));
@@ -138,7 +138,7 @@ TEST_F(EventSource, TellsAPluginsStartStepByStepWithItsTask) {
   EXPECT_EQ("@9/1 task-end #3\n", Text(source.OnTaskEnded({++now, 1}, 3)));
 }
 
-TEST_F(EventSource, TellsAPluginsStopBeforeItsLibraryIsUnmapped) {
+TEST_F(EventSource, ReportsAPluginsStopBeforeItsLibraryIsUnmapped) {
   source.OnTaskBegun({++now, 1}, 3);
   EXPECT_EQ("", Frame(FrameKind::kUnloadTaskBegin, "a"));
   EXPECT_EQ("@3/1 uninit-begin a\n", Frame(FrameKind::kUnInitBegin, "a"));
@@ -148,14 +148,14 @@ TEST_F(EventSource, TellsAPluginsStopBeforeItsLibraryIsUnmapped) {
   EXPECT_EQ("@7/1 counted stop a ok count 2\n", Frame(Line(FrameKind::kStopCounted, "a", -1, 2)));
 }
 
-TEST_F(EventSource, TellsTheEndOfAnUnInitWhoseLibraryStaysMappedForAnother) {
+TEST_F(EventSource, ReportsTheEndOfAnUnInitWhoseLibraryStaysMapped) {
   BeginUnInit("a");
   Frame(Line(FrameKind::kUnInitEnd, "a", 9));
   EXPECT_EQ("@2/1 uninit-end a ok 9ms\n@2/1 counted stop a ok count 2\n",
             Frame(Line(FrameKind::kStopCounted, "a", -1, 2)));
 }
 
-TEST_F(EventSource, TellsThePhasesWithWhatTheFrameMeasured) {
+TEST_F(EventSource, ReportsThePhasesWithTheFramesTimes) {
   const struct {
     FrameKind begin;
     FrameKind end;
@@ -358,7 +358,7 @@ TEST_F(EventSource, TakesReasonsThatWereFoundElsewhere) {
 
 // ---------------------------------------------------------------- ready plugins
 
-TEST_F(EventSource, TellsWhoIsReadyFromTheStartsBegin) {
+TEST_F(EventSource, ReportsReadyPluginsFromTheStartsBegin) {
   source.SetPlugins({Head("c", {"a", "b"}), Head("a"), Head("b", {"a"}), Head("x", {}, "driver"),
                      Head("y", {}, "executable"), Head("s", {}, "platform")});
   EXPECT_EQ("@1/1 phase-begin start\n@1/1 ready start a\n@1/1 ready start s\n",
@@ -370,7 +370,7 @@ TEST_F(EventSource, TellsWhoIsReadyFromTheStartsBegin) {
   EXPECT_EQ("@4/1 counted start c ok\n", Frame(FrameKind::kStartCounted, "c"));
 }
 
-TEST_F(EventSource, TellsWhoIsReadyToStopFromTheOtherEnd) {
+TEST_F(EventSource, ReportsReadyPluginsOfAStopDependentsFirst) {
   source.SetPlugins({Head("c", {"a", "b"}), Head("a"), Head("b", {"a"}), Head("s")});
   EXPECT_EQ("@1/1 phase-begin stop\n@1/1 ready stop c\n@1/1 ready stop s\n",
             Frame(FrameKind::kPluginsStopBegin));
@@ -387,7 +387,7 @@ TEST_F(EventSource, CountsADependencyThatIsNamedTwiceOnceAndOneOfNoModelNever) {
             Frame(FrameKind::kStartCounted, "a"));
 }
 
-TEST_F(EventSource, NeverTellsThePluginsOfACycleOrBehindItToBeReady) {
+TEST_F(EventSource, NeverReportsPluginsOfACycleOrBehindItAsReady) {
   source.SetPlugins({Head("a", {"b"}), Head("b", {"a"}), Head("self", {"self"}),
                      Head("behind", {"a"}), Head("free")});
   EXPECT_EQ("@1/1 phase-begin start\n@1/1 ready start free\n",
@@ -395,7 +395,7 @@ TEST_F(EventSource, NeverTellsThePluginsOfACycleOrBehindItToBeReady) {
   EXPECT_EQ("@2/1 counted start free ok\n", Frame(FrameKind::kStartCounted, "free"));
 }
 
-TEST_F(EventSource, TellsAPluginToBeReadyThatBeginsBeforeItsDependencyIsCounted) {
+TEST_F(EventSource, ReportsReadyBeforeALoadWhoseDependencyIsNotCountedYet) {
   source.SetPlugins({Head("a"), Head("b"), Head("c", {"a", "b"})});
   Frame(FrameKind::kPluginsStartBegin);
   for (const char* plugin : {"b", "a"}) {
@@ -428,7 +428,7 @@ TEST_F(EventSource, NamesNoDependencyWhenNoneWasSeenToEnd) {
   EXPECT_EQ("@1/3 ready start c\n@1/3 load-begin c\n", Frame(FrameKind::kLoadTaskBegin, "c", 3));
 }
 
-TEST_F(EventSource, TellsAPluginToBeReadyToStopThatBeginsBeforeItsDependentIsCounted) {
+TEST_F(EventSource, ReportsReadyBeforeAnUnloadWhoseDependentIsNotCountedYet) {
   source.SetPlugins({Head("a"), Head("b", {"a"})});
   Frame(FrameKind::kPluginsStopBegin);
   BeginUnInit("b");
@@ -438,7 +438,7 @@ TEST_F(EventSource, TellsAPluginToBeReadyToStopThatBeginsBeforeItsDependentIsCou
             Frame(FrameKind::kStopCounted, "b"));
 }
 
-TEST_F(EventSource, TellsNobodyToBeReadyOnceAStartIsCutShort) {
+TEST_F(EventSource, ReportsNobodyAsReadyAfterAStartThatWasStopped) {
   source.SetPlugins({Head("late"), Head("b", {"late"})});
   Frame(FrameKind::kPluginsStartBegin);
   BeginInit("late");
@@ -448,14 +448,14 @@ TEST_F(EventSource, TellsNobodyToBeReadyOnceAStartIsCutShort) {
   EXPECT_EQ("@2/1 counted start late ok\n", Frame(FrameKind::kStartCounted, "late"));
 }
 
-TEST_F(EventSource, TellsNobodyToBeReadyOnceTheStopIsOver) {
+TEST_F(EventSource, ReportsNobodyAsReadyAfterTheStop) {
   source.SetPlugins({Head("a"), Head("b", {"a"})});
   Frame(FrameKind::kPluginsStopBegin);
   Frame(FrameKind::kPluginsStopEnd, "", 9);
   EXPECT_EQ("@3/1 counted stop b ok\n", Frame(FrameKind::kStopCounted, "b"));
 }
 
-TEST_F(EventSource, TellsOfALateFinisherBesideItsStopOnAnotherThread) {
+TEST_F(EventSource, ReportsALateFinisherBesideItsStopOnAnotherThread) {
   source.SetPlugins({Head("late")});
   Frame(FrameKind::kPluginsStartBegin);
   BeginInit("late", 1);
@@ -483,7 +483,7 @@ TEST_F(EventSource, TakesARecordWithoutANameAsOneThatIsNeverCounted) {
   EXPECT_EQ("", Frame(FrameKind::kLoadSucceeded));
 }
 
-TEST_F(EventSource, TellsOfAPluginThatWasNotNamedAllButThatItIsReady) {
+TEST_F(EventSource, ReportsTheStepsOfAnUnknownPluginButNoReady) {
   source.SetPlugins({Head("a")});
   Frame(FrameKind::kPluginsStartBegin);
   now = 0;

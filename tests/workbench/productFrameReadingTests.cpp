@@ -219,7 +219,7 @@ TEST_F(FrameReading, FindsTheSameTextsInOddDocuments) {
   }
 }
 
-TEST(XmlFile, TellsTheFirstErrorThatMakesItNotWellFormed) {
+TEST(XmlFile, ReportsTheFirstErrorThatMakesItNotWellFormed) {
   const XmlFile file("<r p:a='1'>\n</b>");
   EXPECT_EQ("Opening and ending tag mismatch: r line 1 and b", file.Problem());
   EXPECT_EQ(2, file.ProblemLine());

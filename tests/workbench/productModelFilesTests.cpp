@@ -11,8 +11,8 @@ namespace {
 class ModelFiles : public ProductOnDisk {
  protected:
   /// Each file as "path", with " STATE detail" if it is not good and with " < listed by".
-  std::vector<std::string> Told() const {
-    std::vector<std::string> told;
+  std::vector<std::string> Lines() const {
+    std::vector<std::string> lines;
     for (const ModelFile& file : Files()) {
       constexpr const char* states[] = {"", " missing", " unreadable", " broken", " root", " id"};
       std::string line = file.path.string() + states[static_cast<int>(file.state)];
@@ -20,9 +20,9 @@ class ModelFiles : public ProductOnDisk {
         line += " < " + file.listed.file.filename().string() + ":" +
                 std::to_string(file.listed.line) + " " + file.listed.element + " " + file.listed.id;
       }
-      told.push_back(Shown(line));
+      lines.push_back(Shown(line));
     }
-    return told;
+    return lines;
   }
 
   /// A product with one installed addon and one installed tool.
@@ -51,7 +51,7 @@ TEST_F(ModelFiles, AreThoseThatTheFrameReadsInItsOrder) {
   Installed();
   tree.Write("bin/META_INFO/DeviceDrivers.xml", "<DAMDrivers>\n<Driver ID='d'/></DAMDrivers>");
   EXPECT_THAT(
-      Told(),
+      Lines(),
       ElementsAre("Product.xml", "bin/META_INFO/DeviceDrivers.xml", "bin/META_INFO/Portal.xml",
                   "bin/META_INFO/Platform.xml", "bin/META_INFO/a/a.xml < Product.xml:1 Plugin a",
                   "bin/META_INFO/b/b.xml < Product.xml:1 Plugin b",
@@ -66,18 +66,18 @@ TEST_F(ModelFiles, AreThoseThatTheFrameReadsInItsOrder) {
 TEST_F(ModelFiles, AreFollowedThoughTheFrameStopsBefore) {
   fs::remove(Bin() / "META_INFO/Portal.xml");
   fs::remove(Bin() / "META_INFO/b/b.xml");
-  EXPECT_THAT(Told(), ElementsAre("Product.xml", "bin/META_INFO/DeviceDrivers.xml",
-                                  "bin/META_INFO/Portal.xml missing", "bin/META_INFO/Platform.xml",
-                                  "bin/META_INFO/a/a.xml < Product.xml:1 Plugin a",
-                                  "bin/META_INFO/b/b.xml missing < Product.xml:1 Plugin b",
-                                  "bin/TevAddons/InstalledProducts.xml missing",
-                                  "ProductAddons.xml missing", "ProductTools.xml missing"));
+  EXPECT_THAT(Lines(), ElementsAre("Product.xml", "bin/META_INFO/DeviceDrivers.xml",
+                                   "bin/META_INFO/Portal.xml missing", "bin/META_INFO/Platform.xml",
+                                   "bin/META_INFO/a/a.xml < Product.xml:1 Plugin a",
+                                   "bin/META_INFO/b/b.xml missing < Product.xml:1 Plugin b",
+                                   "bin/TevAddons/InstalledProducts.xml missing",
+                                   "ProductAddons.xml missing", "ProductTools.xml missing"));
 }
 
 TEST_F(ModelFiles, OfAddonsAreLeftOutWithoutVersionOfThreeParts) {
   Installed();
   tree.Write("Product.xml", "<ProductDescription><Version>2..6.</Version></ProductDescription>");
-  EXPECT_THAT(Told(),
+  EXPECT_THAT(Lines(),
               ElementsAre("Product.xml", "bin/META_INFO/DeviceDrivers.xml",
                           "bin/META_INFO/Portal.xml", "bin/META_INFO/Platform.xml",
                           "bin/TevAddons/InstalledProducts.xml", "ProductTools.xml",
@@ -87,7 +87,7 @@ TEST_F(ModelFiles, OfAddonsAreLeftOutWithoutVersionOfThreeParts) {
 TEST_F(ModelFiles, OfAddonsAreFollowedWithoutProduct) {
   Installed();
   tree.Remove("Product.xml");
-  EXPECT_THAT(Told(),
+  EXPECT_THAT(Lines(),
               testing::Contains("bin/META_INFO/heat.server/heat.server.xml < heat.xml:2 Plugin "
                                 "heat.server"));
 }
@@ -101,10 +101,10 @@ TEST_F(ModelFiles, ListedTwiceAreReadOnce) {
   tree.Write("Product.xml",
              "<ProductDescription><Plugins><Plugin ID='a'/><Plugin ID='a'/><Plugin/><Plugin/>"
              "</Plugins></ProductDescription>");
-  const std::vector<std::string> told = Told();
-  EXPECT_EQ(1,
-            std::count(told.begin(), told.end(), "bin/META_INFO/a/a.xml < Product.xml:1 Plugin a"));
-  EXPECT_EQ(2, std::count(told.begin(), told.end(),
+  const std::vector<std::string> lines = Lines();
+  EXPECT_EQ(
+      1, std::count(lines.begin(), lines.end(), "bin/META_INFO/a/a.xml < Product.xml:1 Plugin a"));
+  EXPECT_EQ(2, std::count(lines.begin(), lines.end(),
                           "bin/META_INFO/.xml missing < Product.xml:1 Plugin "));
 }
 

@@ -29,7 +29,7 @@ TEST_F(LogLoss, FullDeviceLosesLinesOfTheFileOnlyAndCountsThem) {
   EXPECT_FALSE(std::filesystem::exists(m_folder / "full.1"));
 }
 
-TEST_F(LogLoss, LinesThatAreMissingAreToldWhereTheyAreMissing) {
+TEST_F(LogLoss, LostLinesAreCountedWhereTheyAreMissing) {
   const std::uint64_t before = LostLogLines();
   IKPXFormatLog(3, "m", "before");
   {
