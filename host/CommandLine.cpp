@@ -244,13 +244,12 @@ void AddProductOptions(CLI::App& command, Options& options) {
       ->group(log);
   command
       .add_option("--log-size", options.logSize,
-                  "Put the file aside when it has so many MiB\n(default: 64)")
+                  "Rename the file when it has so many MiB\n(default: 64)")
       ->type_name("MIB")
       ->check(Between(1, 1 << 20))
       ->group(log);
   command
-      .add_option("--log-files", options.logFiles,
-                  "Keep so many files that were put aside\n(default: 8)")
+      .add_option("--log-files", options.logFiles, "Keep so many renamed log files\n(default: 8)")
       ->type_name("N")
       ->check(Between(1, 1000))
       ->group(log);

@@ -76,7 +76,7 @@ bool LogFile::Write(const spdlog::details::log_msg& message) {
   spdlog::memory_buf_t line;
   formatter_->format(message, line);
   if (!m_file && !Open()) return false;
-  if (IsFullFor(line.size()) && !PutAside(message)) return false;
+  if (IsFullFor(line.size()) && !Rename(message)) return false;
   if (m_unreported > 0) {
     const std::string text =
         "log lines lost here: " + std::to_string(m_unreported) + " (" + Reason(m_error) + ")";
@@ -123,7 +123,7 @@ bool LogFile::IsFullFor(std::size_t bytes) {
 /// Renames the full file and opens a new one; false when no file is open afterwards. If a rename
 /// fails, that is reported in the file before the line `next`, and no file is lost: the oldest is
 /// removed only when all have been renamed.
-bool LogFile::PutAside(const spdlog::details::log_msg& next) {
+bool LogFile::Rename(const spdlog::details::log_msg& next) {
   m_file.reset();  // Windows renames no open file
   std::size_t number = 1;
   while (number <= m_maxFiles && os::path_exists(Name(number))) ++number;
@@ -136,6 +136,7 @@ bool LogFile::PutAside(const spdlog::details::log_msg& next) {
   if (!Open()) return false;
   m_fullAt = m_size + m_maxBytes;
   if (refusal == 0) return true;
-  const std::string text = "the full log could not be put aside, it grows on: " + Reason(refusal);
+  const std::string text =
+      "the full log could not be renamed, it keeps growing: " + Reason(refusal);
   return WriteNotice(text, next);
 }

@@ -40,7 +40,7 @@ class LogFile final : public spdlog::sinks::base_sink<std::mutex> {
   bool Append(const spdlog::memory_buf_t& line);
   bool Put(const char* bytes, std::size_t count);
   bool IsFullFor(std::size_t bytes);
-  bool PutAside(const spdlog::details::log_msg& next);
+  bool Rename(const spdlog::details::log_msg& next);
 
   const std::string m_path;
   const std::size_t m_maxBytes;

@@ -101,7 +101,7 @@ TEST_F(Log, FolderOfTheFileIsMade) {
   EXPECT_THAT(Logged("new/folder/log.txt"), ElementsAre("[3] [T] [m] t"));
 }
 
-TEST_F(Log, FullFileIsPutAsideAndTheOldestIsLost) {
+TEST_F(Log, FullFileIsRenamedAndTheOldestIsLost) {
   ConfigureLog({0, m_folder / "full.txt", 100, 2});
   for (const char* text : {"first", "second", "third", "fourth"}) {
     IKPXFormatLog(3, "m", "%s %s", text, std::string(60, 'x').c_str());
@@ -121,7 +121,7 @@ TEST_F(Log, LineLongerThanAFileGetsOneOfItsOwn) {
   EXPECT_FALSE(std::filesystem::exists(m_folder / "full.2.txt"));
 }
 
-TEST_F(Log, FileThatWasFullBeforeIsPutAsideAtTheFirstLine) {
+TEST_F(Log, FileThatWasFullBeforeIsRenamedAtTheFirstLine) {
   const std::string path = m_folder.Write("full.txt", std::string(99, 'x') + "\n");
   ConfigureLog({0, path, 100, 2});
   IKPXFormatLog(3, "m", "new");
@@ -129,7 +129,7 @@ TEST_F(Log, FileThatWasFullBeforeIsPutAsideAtTheFirstLine) {
   EXPECT_EQ(std::string(99, 'x') + "\n", m_folder.Read("full.1.txt"));
 }
 
-TEST_F(Log, FileOfOneByteIsPutAsideAsWell) {
+TEST_F(Log, FileOfOneByteIsRenamedAsWell) {
   const std::string path = m_folder.Write("full.txt", "\n");
   ConfigureLog({0, path, 10, 2});
   IKPXFormatLog(3, "m", "new");
@@ -137,7 +137,7 @@ TEST_F(Log, FileOfOneByteIsPutAsideAsWell) {
   EXPECT_EQ("\n", m_folder.Read("full.1.txt"));
 }
 
-TEST_F(Log, GapAmongTheFilesPutAsideIsFilledBeforeOneIsLost) {
+TEST_F(Log, GapAmongTheRenamedFilesIsFilledBeforeOneIsLost) {
   // The files that are left when renaming the full file itself has failed.
   m_folder.Write("full.2.txt", "older\n");
   m_folder.Write("full.3.txt", "oldest\n");

@@ -92,13 +92,13 @@ TEST(Log, OfARunBeginsWithItsHeadAndEndsWithItsVerdict) {
   EXPECT_THAT(log, HasSubstr(" [host] up: the one plugin started\n"));
 }
 
-TEST(Log, ThatIsFullIsPutAsideAndLosesNoLine) {
+TEST(Log, ThatIsFullIsRenamedAndLosesNoLine) {
   MadeProduct product;
   RunWithMebibytes(product, 2);
   EXPECT_EQ(NumbersOf(2), LoggedNumbers(product.Site(), {"hub.2.log", "hub.1.log", "hub.log"}));
 }
 
-TEST(Log, KeepsOnlySoManyFilesThatWerePutAside) {
+TEST(Log, KeepsOnlySoManyRenamedFiles) {
   MadeProduct product;
   RunWithMebibytes(product, 4);
   const SiteCopy& site = product.Site();

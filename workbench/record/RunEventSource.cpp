@@ -243,8 +243,8 @@ void RunEventSource::OnStartLine(const Where& where, const FrameEvent& event, Ev
     case Kind::kStartFailedCounted:
       return Count(where, m_start, event, Result::kFailed, "", events);
     case Kind::kStartAbandoned:
-      return Count(where, m_start, event, Result::kFailed,
-                   "its start task threw: " + event.reason, events);
+      return Count(where, m_start, event, Result::kFailed, "its start task threw: " + event.reason,
+                   events);
     case Kind::kNotLoadedCounted:
       return Count(where, m_start, event, Result::kNotLoaded, "", events);
     case Kind::kLoadSkipped:

@@ -22,7 +22,7 @@ std::string Long(const std::string& text) {
 }
 
 std::string Refusal(const std::string& reason) {
-  return "[4] [T] [base.log] the full log could not be put aside, it grows on: " + reason;
+  return "[4] [T] [base.log] the full log could not be renamed, it keeps growing: " + reason;
 }
 
 /// A log whose full file cannot be renamed, since its new names are folders that are not empty.
@@ -43,7 +43,7 @@ TEST_F(LogRotation, RefusedRenameLosesNoLineAndComesAgainAfterAsMuch) {
               ElementsAre(Long("a"), Long("b"), refusal, Long("c"), Long("d"), refusal, Long("e")));
 }
 
-TEST_F(LogRotation, RenameThatIsNoLongerRefusedPutsAllAside) {
+TEST_F(LogRotation, RenameThatIsNoLongerRefusedRenamesAll) {
   for (const char* text : {"a", "b", "c", "d"}) LogLong(text);
   for (const char* name : {"full.1.txt", "full.2.txt"}) {
     std::filesystem::remove_all(m_folder / name);

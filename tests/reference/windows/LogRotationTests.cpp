@@ -23,7 +23,7 @@ std::string Long(const std::string& text) {
   return "[3] [T] [m] " + text + " " + std::string(300, 'x');
 }
 
-TEST_F(Log, FileThatSomebodyHasOpenLosesNoLineAndIsPutAsideLater) {
+TEST_F(Log, FileThatSomebodyHasOpenLosesNoLineAndIsRenamedLater) {
   const std::string path = m_folder / "full.txt";
   m_folder.Write("full.1.txt", "old\n");
   m_folder.Write("full.2.txt", "oldest\n");
@@ -37,8 +37,8 @@ TEST_F(Log, FileThatSomebodyHasOpenLosesNoLineAndIsPutAsideLater) {
   LogLong("d");
   EXPECT_THAT(Logged("full.txt"),
               ElementsAre(Long("a"), Long("b"),
-                          StartsWith("[4] [T] [base.log] the full log could not be put aside, it "
-                                     "grows on: "),
+                          StartsWith("[4] [T] [base.log] the full log could not be renamed, it "
+                                     "keeps growing: "),
                           Long("c"), Long("d")));
   EXPECT_EQ("oldest\n", m_folder.Read("full.3.txt"));
   CloseHandle(held);
