@@ -79,10 +79,12 @@ TEST_F(Log, ExistingFileIsAppendedTo) {
 }
 
 TEST_F(Log, LastLineOfTheFileThatHasNoEndGetsOne) {
-  const std::string path = m_folder.Write("old.txt", "cut of");
-  ConfigureLog({0, path});
-  IKPXFormatLog(3, "m", "new");
-  EXPECT_THAT(Lines(m_folder.Read("old.txt")), ElementsAre("cut of", HasSubstr("] [m] new")));
+  for (const std::string cut : {"cut of", "c"}) {
+    const std::string path = m_folder.Write("old.txt", cut);
+    ConfigureLog({0, path});
+    IKPXFormatLog(3, "m", "new");
+    EXPECT_THAT(Lines(m_folder.Read("old.txt")), ElementsAre(cut, HasSubstr("] [m] new")));
+  }
 }
 
 TEST_F(Log, FileTakesLinesFromItsLevelUp) {

@@ -58,10 +58,11 @@ class Platform : public testing::Test {
   Platform() { EXPECT_EQ(0, KPX_Init()); }
   ~Platform() override { KPX_UnInit(); }
 
+  /// "code: text"
   static std::string LastError() {
     char text[256];
-    KPX_GetLastError(text, sizeof(text));
-    return text;
+    const std::int32_t code = KPX_GetLastError(text, sizeof(text));
+    return std::to_string(code) + ": " + text;
   }
 };
 
@@ -75,9 +76,9 @@ TEST_F(Platform, CallsBackOnAThreadOfItsOwnAndKeepsTheHandles) {
 
 TEST_F(Platform, RefusesCallsOutOfOrderAndSaysWhy) {
   EXPECT_NE(0, KPX_Init());
-  EXPECT_EQ("KPX_Init: the platform is up already", LastError());
+  EXPECT_EQ("1: KPX_Init: the platform is up already", LastError());
   EXPECT_NE(0, KPX_Start(nullptr));
-  EXPECT_EQ("KPX_Start: no start callback was given", LastError());
+  EXPECT_EQ("2: KPX_Start: no start callback was given", LastError());
   EXPECT_NE(0, KPX_Stop());
   EXPECT_EQ(0, KPX_Start(&Succeed));
   EXPECT_NE(0, KPX_Start(&Succeed));
@@ -88,7 +89,7 @@ TEST_F(Platform, ACallbackThatThrowsCountsAsFailed) {
   KPX_Start(&Throw);
   KPX_Stop();
   EXPECT_EQ(false, SnapshotPlatform().callbackResult);
-  EXPECT_EQ("the start callback did not succeed", LastError());
+  EXPECT_EQ("4: the start callback did not succeed", LastError());
 }
 
 TEST_F(Platform, IsAskedFromTheCallbackAndFromTheHostWhileTheCallbackRuns) {
@@ -115,7 +116,7 @@ TEST_F(Platform, FailedStartIsNeverSeenWithoutItsReason) {
   for (int i = 0; i < 300; ++i) {
     ASSERT_EQ(0, KPX_Start(&FailTheStart));
     AwaitThat("the start callback does not end", [] { return StartCallbackResult().has_value(); });
-    ASSERT_EQ("the start callback did not succeed", LastError()) << i;
+    ASSERT_EQ("4: the start callback did not succeed", LastError()) << i;
     KPX_Stop();
     KPX_UnInit();
     KPX_Init();
@@ -125,10 +126,10 @@ TEST_F(Platform, FailedStartIsNeverSeenWithoutItsReason) {
 TEST_F(Platform, RefusesToStartAndToEndWhenItIsNotInitialised) {
   EXPECT_EQ(0, KPX_UnInit());
   EXPECT_NE(0, KPX_Start(&Succeed));
-  EXPECT_EQ("KPX_Start: the platform is not initialised", LastError());
+  EXPECT_EQ("1: KPX_Start: the platform is not initialised", LastError());
   EXPECT_EQ(std::nullopt, StartCallbackResult());
   EXPECT_NE(0, KPX_UnInit());
-  EXPECT_EQ("KPX_UnInit: the platform is not initialised", LastError());
+  EXPECT_EQ("1: KPX_UnInit: the platform is not initialised", LastError());
 }
 
 TEST_F(Platform, StartsAgainAfterAStop) {

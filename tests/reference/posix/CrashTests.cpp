@@ -44,13 +44,29 @@ TEST(Crash, OverflowOfTheStackIsReported) {
 }
 
 TEST(Crash, EveryFatalSignalIsReportedByName) {
-  EXPECT_EQ("signal 4; reported signal 4 at code: SIGILL; report complete", SummaryOf("illegal"));
-  EXPECT_EQ("signal 5; reported signal 5 at code: SIGTRAP; report complete", SummaryOf("trap"));
-  EXPECT_EQ("signal 7; reported signal 7 at code: SIGBUS; report complete", SummaryOf("bus"));
-  EXPECT_EQ("signal 8; reported signal 8 at code: SIGFPE; report complete",
-            SummaryOf("arithmetic"));
-  EXPECT_EQ("signal 31; reported signal 31 at code: SIGSYS; report complete",
-            SummaryOf("system_call"));
+  const struct {
+    int number;
+    const char* name;
+    const char* way;
+  } signals[] = {{4, "SIGILL", "illegal"},
+                 {5, "SIGTRAP", "trap"},
+                 {7, "SIGBUS", "bus"},
+                 {8, "SIGFPE", "arithmetic"},
+                 {31, "SIGSYS", "system_call"},
+                 {3, "SIGQUIT", "quit"},
+                 {14, "SIGALRM", "alarm"},
+                 {10, "SIGUSR1", "user_1"},
+                 {12, "SIGUSR2", "user_2"},
+                 {24, "SIGXCPU", "processor_time"},
+                 {26, "SIGVTALRM", "virtual_alarm"},
+                 {27, "SIGPROF", "profiling"},
+                 {29, "SIGIO", "input"}};
+  for (const auto& signal : signals) {
+    const std::string number = std::to_string(signal.number);
+    EXPECT_EQ("signal " + number + "; reported signal " + number + " at code: " + signal.name +
+                  "; report complete",
+              SummaryOf(signal.way));
+  }
 }
 
 TEST(Crash, SignalFromOutsideIsReportedWithItsSender) {
