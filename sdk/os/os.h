@@ -53,9 +53,9 @@ ULONGLONG GetTickCount64();
 
 }  // extern "C"
 
-/// Opens the file at `path` as std::fopen does. Returns 0, or errno with `file` null. Any thread.
-/// On Windows no other process can write to a file meanwhile that is opened to be read, and one
-/// that another process is writing is not opened.
+/// Opens the file at `path` as std::fopen does. Returns 0, or errno with `*file` null. Any thread.
+/// Never throws. Windows' own keeps other processes from writing to a file that is open for
+/// reading, and does not open one that another process has open for writing.
 inline int fopen_s(std::FILE** file, const char* path, const char* mode) {
   *file = std::fopen(path, mode);
   return *file == nullptr ? errno : 0;

@@ -70,7 +70,7 @@ class Change(NamedTuple):
     after: str
 
     def keys(self):
-        """What entries of the list of equivalents may call it: itself, and any change of its line."""
+        """The entries of the list of equivalents that mean it: itself, or any change of its line."""
         return (self.path, self.before, self.after), (self.path, self.before, None)
 
 

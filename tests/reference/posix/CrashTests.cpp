@@ -2,6 +2,9 @@
 
 #include <gmock/gmock.h>
 
+#include <map>
+#include <string>
+
 #include "tests/reference/CrashTest.h"
 
 namespace {
@@ -44,28 +47,14 @@ TEST(Crash, OverflowOfTheStackIsReported) {
 }
 
 TEST(Crash, EveryFatalSignalIsReportedByName) {
-  const struct {
-    int number;
-    const char* name;
-    const char* way;
-  } signals[] = {{4, "SIGILL", "illegal"},
-                 {5, "SIGTRAP", "trap"},
-                 {7, "SIGBUS", "bus"},
-                 {8, "SIGFPE", "arithmetic"},
-                 {31, "SIGSYS", "system_call"},
-                 {3, "SIGQUIT", "quit"},
-                 {14, "SIGALRM", "alarm"},
-                 {10, "SIGUSR1", "user_1"},
-                 {12, "SIGUSR2", "user_2"},
-                 {24, "SIGXCPU", "processor_time"},
-                 {26, "SIGVTALRM", "virtual_alarm"},
-                 {27, "SIGPROF", "profiling"},
-                 {29, "SIGIO", "input"}};
-  for (const auto& signal : signals) {
-    const std::string number = std::to_string(signal.number);
-    EXPECT_EQ("signal " + number + "; reported signal " + number + " at code: " + signal.name +
-                  "; report complete",
-              SummaryOf(signal.way));
+  const std::map<int, std::string> signals = {
+      {3, "SIGQUIT"},  {4, "SIGILL"},   {5, "SIGTRAP"},  {7, "SIGBUS"},   {8, "SIGFPE"},
+      {10, "SIGUSR1"}, {12, "SIGUSR2"}, {14, "SIGALRM"}, {24, "SIGXCPU"}, {26, "SIGVTALRM"},
+      {27, "SIGPROF"}, {29, "SIGIO"},   {31, "SIGSYS"}};
+  for (const auto& [number, name] : signals) {
+    const std::string signal = "signal " + std::to_string(number);
+    EXPECT_EQ(signal + "; reported " + signal + " at code: " + name + "; report complete",
+              SummaryOf(name));
   }
 }
 
