@@ -5,7 +5,7 @@
 #include <sstream>
 
 #include "tests/support/TemporaryFolder.h"
-#include "tests/workbench/productLibraryBytes.h"
+#include "tests/workbench/product/LibraryBytes.h"
 #include "workbench/product/Libraries.h"
 
 using testing::Contains;

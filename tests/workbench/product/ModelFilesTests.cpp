@@ -1,4 +1,4 @@
-#include "tests/workbench/productOnDisk.h"
+#include "tests/workbench/product/OnDisk.h"
 #include "workbench/product/OtherCase.h"
 
 using testing::ElementsAre;

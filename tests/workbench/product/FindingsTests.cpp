@@ -1,4 +1,4 @@
-#include "tests/workbench/productOnDisk.h"
+#include "tests/workbench/product/OnDisk.h"
 
 using testing::ElementsAre;
 using testing::IsEmpty;

@@ -2,7 +2,7 @@
 
 #include <sys/stat.h>
 
-#include "tests/workbench/productOnDisk.h"
+#include "tests/workbench/product/OnDisk.h"
 
 using testing::ElementsAre;
 
