@@ -162,6 +162,10 @@ class Build:
                     tests.setdefault(test.program, []).append(test)
         return {program: found for program, found in tests.items() if program in self.links}
 
+    def is_sanitized(self):
+        return any(word.startswith("-fsanitize") for entry in self.compiles.values()
+                   for word in entry["words"])
+
     def check_fresh(self, programs):
         """Raises Fault unless these programs were built from the current sources."""
         for output in sorted(set().union(programs, *(self.used(p, loaded=True) for p in programs))):
