@@ -220,6 +220,28 @@ TEST_F(PluginStop, WithoutPluginsEndsAtOnce) {
               "3 Uninit: [PluginManager Uninit]CPluginManager::Uninit end.");
 }
 
+TEST_F(PluginStop, SecondStopFindsAllPluginsCounted) {
+  Started("a: b:a", {"a", "b"});
+  manager.Uninit();
+  Log::Instance().Clear();
+  seam.sleeps.clear();
+  EXPECT_CALL(seam.lpc, UnInit).WillOnce(Return(0));  // though it is down already
+  manager.Uninit();
+  EXPECT_THAT(uninits, ElementsAre("b", "a"));
+  EXPECT_THAT(seam.sleeps, ElementsAre());
+  EXPECT_THAT(
+      log.Brief(),
+      ElementsAre(
+          "3 Uninit: [PluginManager Uninit]----CPluginManager::Uninit start.----",
+          "3 Uninit: [PluginManager Uninit]Uninit lpc frame start.",
+          "3 Uninit: [PluginManager Uninit]Uninit lpc frame end, success.",
+          "3 Uninit: [PluginManager Uninit]Get threads for uninit plugins start.",
+          "3 Uninit: [PluginManager Uninit]Get threads for uninit plugins end, success(threads "
+          "num = 2). ",
+          "3 Uninit: [PluginManager Uninit]Uninit all plugins start.",
+          "3 Uninit: [PluginManager Uninit]]Uninit all plugins end.cost time [0]ms.", kStopEnd));
+}
+
 TEST_F(PluginStop, StartAfterTheStopDoesNothing) {
   Started("a:", {"a"});
   manager.Uninit();

@@ -247,8 +247,9 @@ struct ReceivedError {
   }
 };
 
-TEST(Xml, TooLongTextIsReportedToTheHostsStructuredErrorFunction) {
+TEST(Xml, TooLongTextIsReportedToTheHostsStructuredErrorFunctionAlone) {
   CXmlProto document;
+  const ParserMessages messages;
   ASSERT_TRUE(document.ParseMemory(EntityNamedOften(100'000, 101), "m/a.xml"));
   ReceivedError received;
   xmlSetStructuredErrorFunc(&received, &ReceivedError::Receive);
@@ -259,6 +260,16 @@ TEST(Xml, TooLongTextIsReportedToTheHostsStructuredErrorFunction) {
   EXPECT_EQ(XML_ERR_ERROR, received.level);
   EXPECT_EQ("the text of <e> is longer than 10000000 bytes: it reads as absent\n",
             received.message);
+  EXPECT_EQ("", messages.Text());
+}
+
+TEST(Xml, CommentsAndInstructionsDoNotLengthenTheTextAroundThem) {
+  CXmlProto document;
+  const ParserMessages messages;
+  const std::string sixMegabytes = std::string(6'000'000, 'c');
+  Parsed(document, "<r>a<!--" + sixMegabytes + "-->b<?p " + sixMegabytes + "?>c</r>");
+  EXPECT_EQ("abc", document.GetNodeText("/r", "none"));
+  EXPECT_EQ("", messages.Text());
 }
 
 TEST(Xml, TextOfManyPiecesThatIsQuickToReadIsRead) {
@@ -273,6 +284,18 @@ TEST(Xml, TextOfManyPiecesThatIsQuickToReadIsRead) {
   Parsed(document, "<r>" + std::string(1'000'000, 'x') + Repeated("<e/>", 50'000) + "</r>");
   EXPECT_EQ(1'000'000U, document.GetNodeText("/r", "none").size());
   EXPECT_EQ("", messages.Text());
+}
+
+TEST(Xml, TextIsReadUpToTenThousandMillionStepsOfPuttingItTogether) {
+  // Each node takes 1,000 steps, and those for going through the text so far and its own: here the
+  // entity's text and the reference to it.
+  CXmlProto document;
+  const ParserMessages messages;
+  Parsed(document, EntityNamedOften(5000, 1998));  // 9,998,991,000 steps
+  EXPECT_EQ(9'990'000U, document.GetNodeText("/r/e", "none").size());
+  EXPECT_EQ("", messages.Text());
+  Parsed(document, EntityNamedOften(5000, 1999));  // 10,008,993,000
+  EXPECT_EQ("none", document.GetNodeText("/r/e", "none"));
 }
 
 /// Short elements of `bytes` bytes or more, so that the file does not end with what is before them.

@@ -1,6 +1,8 @@
 // Log lines that cannot be written.
 
+#include <fcntl.h>
 #include <gmock/gmock.h>
+#include <unistd.h>
 
 #include <filesystem>
 #include <string>
@@ -15,6 +17,17 @@ namespace {
 using testing::ElementsAre;
 
 using LogLoss = Log;
+
+/// The descriptor by which this process has `file` open; -1 for none.
+int DescriptorOf(const std::filesystem::path& file) {
+  for (const auto& entry : std::filesystem::directory_iterator("/proc/self/fd")) {
+    std::error_code closed;  // the iterator's own
+    if (std::filesystem::read_symlink(entry, closed) == file) {
+      return std::stoi(entry.path().filename());
+    }
+  }
+  return -1;
+}
 
 TEST_F(LogLoss, FullDeviceLosesLinesOfTheFileOnlyAndCountsThem) {
   std::vector<std::string> seen;
@@ -75,6 +88,23 @@ TEST_F(LogLoss, FileThatCannotBeOpenedAnewIsTriedAtEachLine) {
   IKPXFormatLog(3, "m", "after");
   EXPECT_THAT(Logged("sub/log.txt"),
               ElementsAre("[4] [T] [base.log] log lines lost here: 2 (Not a directory)",
+                          "[3] [T] [m] after"));
+}
+
+TEST_F(LogLoss, LineIsLostWhileTheFilesSizeCannotBeRead) {
+  ConfigureLog({0, m_folder / "full.txt", 10, 1});
+  IKPXFormatLog(3, "m", "before");
+  const int file = DescriptorOf(m_folder / "full.txt");
+  ASSERT_NE(-1, file);
+  const int same = fcntl(file, F_DUPFD_CLOEXEC, file + 1);
+  close(file);
+  IKPXFormatLog(3, "m", "lost");
+  dup2(same, file);
+  close(same);
+  IKPXFormatLog(3, "m", "after");
+  EXPECT_THAT(Logged("full.1.txt"), ElementsAre("[3] [T] [m] before"));
+  EXPECT_THAT(Logged("full.txt"),
+              ElementsAre("[4] [T] [base.log] log lines lost here: 1 (Input/output error)",
                           "[3] [T] [m] after"));
 }
 
