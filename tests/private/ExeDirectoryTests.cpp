@@ -1,8 +1,11 @@
 // A program of its own: the frame remembers the executable's directory for the process.
 
+#include <gmock/gmock.h>
+
 #include <cstddef>
 #include <string>
 #include <thread>
+#include <vector>
 
 #include "src/private/XmlProto.h"
 #include "tests/support/FrameTest.h"
@@ -34,6 +37,13 @@ TEST_F(ExeDirectory, IsFoundOnceAndHasForwardSlashes) {
   EXPECT_EQ(seam.lockCalls.size() % 2, 0U);
   EXPECT_EQ("Lock", seam.lockCalls.front());
   EXPECT_EQ("Unlock", seam.lockCalls.back());
+}
+
+TEST_F(ExeDirectory, IsAskedForUnderTheLock) {
+  std::vector<std::string> before;
+  seam.onExePath = [&] { before = seam.lockCalls; };
+  GetExeDirectory();
+  EXPECT_THAT(before, testing::ElementsAre("Lock"));
 }
 
 }  // namespace

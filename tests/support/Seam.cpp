@@ -482,6 +482,7 @@ std::int32_t xrt_recursive_mutex::Unlock() {
 }  // namespace xrt
 
 std::int32_t XRT_GetCurExePath(char* buffer, std::int32_t size) {
+  Seam::Current().onExePath();
   const std::string& path = Seam::Current().exePath;
   if (size <= 0 || path.size() >= static_cast<std::size_t>(size)) return -1;
   std::memcpy(buffer, path.c_str(), path.size() + 1);

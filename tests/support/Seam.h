@@ -113,6 +113,7 @@ class Seam {
 
   // ---- the running executable.
   std::string exePath;
+  std::function<void()> onExePath = [] {};  // called when the frame asks for it
 
   // ---- locks: every Lock and Unlock of any lock.
   std::vector<std::string> lockCalls;
