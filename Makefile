@@ -76,9 +76,9 @@ coverage: packages ## Show which lines and branches of the frame the tests reach
 N ?= 600
 SEED ?= 1
 IN ?= src
-mutants: build ## Show which wrong lines the tests would not notice: tries N=600 of SEED=1, in FILES of IN=src; LOADED=1 runs HUB too
+mutants: build ## Show which wrong lines the tests would not notice: tries N=600 of SEED=1, in FILES of IN=src; LOADED=1: by HUB too; RACES=build/tsan: by its tests too
 	@tools/install-packages mutants
-	@tools/mutants --build $(BUILD) -n $(N) --seed $(SEED) --files '$(FILES)' $(if $(LOADED),--loaded) $(IN)
+	@tools/mutants --build $(BUILD) -n $(N) --seed $(SEED) --files '$(FILES)' $(if $(LOADED),--loaded) $(if $(RACES),--races $(RACES)) $(IN)
 
 FUZZ_SECONDS ?= 60
 fuzz: ## Run each fuzz target for a minute, or FUZZ_SECONDS
