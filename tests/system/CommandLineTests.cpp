@@ -4,8 +4,11 @@
 #include <gtest/gtest.h>
 
 #include <filesystem>
+#include <fstream>
+#include <iterator>
 #include <sstream>
 #include <string>
+#include <utility>
 
 #include "reference/os/LocalText.h"
 #include "tests/system/HubProcess.h"
@@ -191,12 +194,16 @@ TEST_F(CommandLine, WithAnUnknownWayToColorIsRefused) {
             RunRefused("--color blue"));
 }
 
-TEST_F(CommandLine, OfHelpOrTheVersionFitsEightyColumns) {
+/// The pages in the folder help are what `HUB --help` and `HUB COMMAND --help` print.
+TEST_F(CommandLine, OfHelpOrTheVersionPrintsThatInEightyColumns) {
   EXPECT_EQ("HUB " TEV_VERSION "\n", RunHub("--version").output);
-  for (const std::string arguments : {"--help", "run --help", "model --help"}) {
+  const std::pair<std::string, std::string> pages[] = {
+      {"--help", "HUB"}, {"run --help", "run"}, {"model --help", "model"}};
+  for (const auto& [arguments, name] : pages) {
     const HubResult result = RunHub(arguments);
     EXPECT_EQ(0, result.status);
-    EXPECT_THAT(result.output, HasSubstr("Examples:"));
+    std::ifstream page(TEV_HELP_PAGES "/" + name + ".txt");
+    EXPECT_EQ(std::string(std::istreambuf_iterator<char>(page), {}), result.output) << arguments;
     std::istringstream lines(result.output);
     for (std::string line; std::getline(lines, line);) EXPECT_LE(line.size(), 80U) << line;
   }

@@ -3,6 +3,8 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <chrono>
+#include <cstddef>
 #include <filesystem>
 #include <string>
 
@@ -109,6 +111,25 @@ TEST(PluginThatHangs, InInitIsNamedAndLeftBehindAfterTheStopsLimit) {
   EXPECT_THAT(result.output, HasSubstr("NOT RETURNED"));
   EXPECT_THAT(result.output, HasSubstr("\nleft behind: hangs.server has not returned from its Init "
                                        "(stopped by "));
+}
+
+TEST(PluginThatHangs, IsNamedOnceASecondAtMost) {
+  using std::chrono::steady_clock;
+  MadeProduct product;
+  product.Plugin("hangs.server", "init_hangs");
+  const steady_clock::time_point begin = steady_clock::now();
+  HubProcess hub(product.Arguments("--stop-timeout 0.1"));
+  const std::string line = "waiting for hangs.server (";
+  EXPECT_TRUE(hub.AwaitOutput(line));
+  hub.RequestStop(StopKind::kInterrupt);
+  const std::string output = hub.Wait().output;
+  const auto seconds = std::chrono::floor<std::chrono::seconds>(steady_clock::now() - begin);
+  int lines = 0;
+  for (std::size_t at = output.find(line); at != std::string::npos;
+       at = output.find(line, at + 1)) {
+    ++lines;
+  }
+  EXPECT_LE(lines, seconds.count());
 }
 
 TEST(PluginThatHangs, IsNamedInTheLogToo) {
