@@ -5,6 +5,7 @@
 #include <algorithm>
 #include <cstdint>
 #include <nlohmann/json.hpp>
+#include <optional>
 #include <sstream>
 #include <string>
 #include <vector>
@@ -153,6 +154,22 @@ TEST(MonitorWithoutARecord, KeepsTheStateAllTheSame) {
   LogAsFrame(3, "[Plugin Load]Plugin [a] SinglePluginLoad Begin.");
   LogAsFrame(3, "[Plugin Load]Plugin Init begin.[a]");
   EXPECT_EQ(PluginRun::State::kInInit, monitor.State().Find("a")->state);
+}
+
+TEST_F(Monitor, SeesNoLinesAndNoTasksOnceItHasEnded) {
+  std::optional<RunMonitor> ended;
+  std::string lines;
+  ended.emplace([&lines](const std::string& line) { lines += line + "\n"; });
+  ended->SetPlugins({Head("a")});
+  LogAsFrame(3, "[Plugin Load]Plugin Init begin.[a]");
+  EXPECT_NE("", lines);
+  ended.reset();
+  lines.clear();
+  LogAsFrame(3, "[Plugin Load]Plugin Init begin.[a]");
+  ASSERT_TRUE(Grant(1, 1));
+  ASSERT_TRUE(Post([] {}));
+  ASSERT_TRUE(EverythingIsDone());
+  EXPECT_EQ("", lines);
 }
 
 TEST_F(Monitor, WritesNothingBehindTheEndOrTheCrash) {

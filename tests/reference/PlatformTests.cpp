@@ -9,12 +9,15 @@
 #include <thread>
 #include <vector>
 
+#include "reference/base/Log.h"
 #include "reference/kpx/PlatformRecord.h"
 #include "reference/lpc/LpcRecord.h"
 #include "tests/support/Latch.h"
 #include "tests/support/TimeLimit.h"
 
 namespace {
+
+using testing::ElementsAre;
 
 std::thread::id g_callbackThread;
 
@@ -26,6 +29,10 @@ bool Succeed(StartedPluginMap* started) {
 
 bool Throw(StartedPluginMap*) {
   throw std::runtime_error("callback");
+}
+
+bool ThrowNoException(StartedPluginMap*) {
+  throw 42;
 }
 
 /// What the test and a running start callback share.
@@ -64,6 +71,18 @@ class Platform : public testing::Test {
     const std::int32_t code = KPX_GetLastError(text, sizeof(text));
     return std::to_string(code) + ": " + text;
   }
+
+  /// Starts and stops the platform. Returns the log's lines, as "LEVEL MODULE TEXT".
+  static std::vector<std::string> LinesOfAStart(KPXStartFinishFn callback) {
+    std::vector<std::string> lines;
+    SetLogObserver([&lines](int level, const std::string& module, const std::string& text) {
+      lines.push_back(std::to_string(level) + " " + module + " " + text);
+    });
+    KPX_Start(callback);
+    KPX_Stop();
+    SetLogObserver({});
+    return lines;
+  }
 };
 
 TEST_F(Platform, CallsBackOnAThreadOfItsOwnAndKeepsTheHandles) {
@@ -71,7 +90,7 @@ TEST_F(Platform, CallsBackOnAThreadOfItsOwnAndKeepsTheHandles) {
   EXPECT_EQ(0, KPX_Stop());
   EXPECT_NE(std::this_thread::get_id(), g_callbackThread);
   EXPECT_EQ(true, SnapshotPlatform().callbackResult);
-  EXPECT_THAT(SnapshotPlatform().handles, testing::ElementsAre("a"));
+  EXPECT_THAT(SnapshotPlatform().handles, ElementsAre("a"));
 }
 
 TEST_F(Platform, RefusesCallsOutOfOrderAndSaysWhy) {
@@ -86,8 +105,18 @@ TEST_F(Platform, RefusesCallsOutOfOrderAndSaysWhy) {
 }
 
 TEST_F(Platform, ACallbackThatThrowsCountsAsFailed) {
-  KPX_Start(&Throw);
-  KPX_Stop();
+  EXPECT_THAT(LinesOfAStart(&Throw),
+              ElementsAre("5 platform.Reference the start callback threw: callback",
+                          "5 platform.Reference the start callback did not succeed"));
+  EXPECT_EQ(false, SnapshotPlatform().callbackResult);
+  EXPECT_EQ("4: the start callback did not succeed", LastError());
+}
+
+TEST_F(Platform, ACallbackThatThrowsNoExceptionObjectCountsAsFailed) {
+  EXPECT_THAT(LinesOfAStart(&ThrowNoException),
+              ElementsAre("5 platform.Reference the start callback threw something that is no "
+                          "exception object",
+                          "5 platform.Reference the start callback did not succeed"));
   EXPECT_EQ(false, SnapshotPlatform().callbackResult);
   EXPECT_EQ("4: the start callback did not succeed", LastError());
 }
@@ -225,7 +254,7 @@ TEST(LpcFrame, KeepsWhatItReceivesAndRefusesCallsOutOfOrder) {
   TevLPCFrameNotifyStartPlugins("");
   EXPECT_EQ(0, TevLPCFrameUnInit());
   EXPECT_EQ("name E", SnapshotLpc().name + " " + SnapshotLpc().info->Edition);
-  EXPECT_THAT(SnapshotLpc().notified, testing::ElementsAre(""));
+  EXPECT_THAT(SnapshotLpc().notified, ElementsAre(""));
   EXPECT_FALSE(SnapshotLpc().up);
 }
 
@@ -236,7 +265,7 @@ TEST(LpcFrame, ForgetsItsLastRunAtTheNext) {
   ASSERT_EQ(0, TevLPCFrameUnInit());
   ASSERT_EQ(0, TevLPCFrameInit("second", info));
   EXPECT_EQ("second", SnapshotLpc().name);
-  EXPECT_THAT(SnapshotLpc().notified, testing::ElementsAre());
+  EXPECT_THAT(SnapshotLpc().notified, ElementsAre());
   EXPECT_EQ(0, TevLPCFrameUnInit());
 }
 
