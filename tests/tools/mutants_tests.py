@@ -107,7 +107,7 @@ class Operators(unittest.TestCase):
              'arguments swapped: int g = f("", b); => int g = f(b, "");'],
             [change for change in changes_of(
                 'int a = f(b, c.d(e));\nint g = f("", b);\nint h = f("", 1);\n'
-                'int i = LOG(b, "");\nint j(int k, std::string l);\n')
+                'int i = LOG(b, "");\nint j(int k, std::string l);\nint m = std::min(b, c);\n')
              if change.startswith("arguments")])
 
     def test_a_lock_is_released_at_once(self):

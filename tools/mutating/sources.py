@@ -44,6 +44,7 @@ NO_EXPRESSION = HEADED | SCOPES | {
     "bool", "char", "short", "int", "long", "float", "double", "signed", "unsigned",
 }
 NO_CALL = HEADED | {"sizeof", "alignof", "decltype", "noexcept", "return", "alignas", "operator"}
+COMMUTATIVE = {"min", "max"}
 LOCK = re.compile(
     r"(const\s+)?([\w:]*::)?(\w*Lock|\w*Guard|lock_guard|unique_lock|scoped_lock|shared_lock)"
     r"(<[^;]*>)?\s+\w+\s*[({]"
@@ -361,7 +362,8 @@ class Source:
     def _arguments(self):
         for open_, close in self.partner.items():
             called = self._name(open_ - 1) or self._sign(open_ - 1, ">")
-            if not self._sign(open_, "(") or not called or self._name(open_ - 1, *NO_CALL):
+            if not self._sign(open_, "(") or not called or self._name(
+                    open_ - 1, *NO_CALL, *COMMUTATIVE):
                 continue
             arguments = self._parts(open_, close)
             if any(first > last or self._declares(first, last) for first, last in arguments):

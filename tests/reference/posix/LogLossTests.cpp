@@ -59,20 +59,25 @@ TEST_F(LogLoss, LostLinesAreCountedWhereTheyAreMissing) {
 }
 
 TEST_F(LogLoss, LineWrittenInPartEndsBeforeTheNextOne) {
-  IKPXFormatLog(3, "m", "before");
-  {
-    const FileSizeLimit limit(std::filesystem::file_size(m_folder / "log.txt") + 10);
-    IKPXFormatLog(3, "m", "cut");
-    IKPXFormatLog(3, "m", "lost");
+  for (const std::size_t written : {1U, 10U}) {
+    const std::string file = std::to_string(written) + ".txt";
+    ConfigureLog({0, m_folder / file});
+    IKPXFormatLog(3, "m", "before");
+    {
+      const FileSizeLimit limit(std::filesystem::file_size(m_folder / file) + written);
+      IKPXFormatLog(3, "m", "cut");
+      IKPXFormatLog(3, "m", "lost");
+    }
+    IKPXFormatLog(3, "m", "after");
+    std::vector<std::string> lines = Lines(m_folder.Read(file));
+    ASSERT_EQ(4U, lines.size());
+    EXPECT_EQ(written, lines[1].size());
+    lines.erase(lines.begin() + 1);
+    EXPECT_THAT(Bare(lines),
+                ElementsAre("[3] [T] [m] before",
+                            "[4] [T] [base.log] log lines lost here: 2 (File too large)",
+                            "[3] [T] [m] after"));
   }
-  IKPXFormatLog(3, "m", "after");
-  std::vector<std::string> lines = Lines(m_folder.Read("log.txt"));
-  ASSERT_EQ(4U, lines.size());
-  EXPECT_EQ(10U, lines[1].size());
-  lines.erase(lines.begin() + 1);
-  EXPECT_THAT(Bare(lines), ElementsAre("[3] [T] [m] before",
-                                       "[4] [T] [base.log] log lines lost here: 2 (File too large)",
-                                       "[3] [T] [m] after"));
 }
 
 TEST_F(LogLoss, FileThatCannotBeOpenedAnewIsTriedAtEachLine) {
