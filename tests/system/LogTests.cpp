@@ -92,6 +92,19 @@ TEST(Log, OfARunBeginsWithItsHeadAndEndsWithItsVerdict) {
   EXPECT_THAT(log, HasSubstr(" [host] up: the one plugin started\n"));
 }
 
+TEST(Log, HasWarningsAtTheirLevelAndErrorsAtTheirs) {
+  MadeProduct empty;
+  empty.RunUntilUp("--log \"" + LocalFromPath(empty.Site().Path("hub.log")) + "\"");
+  EXPECT_TRUE(std::regex_search(empty.Site().Read("hub.log"),
+                                std::regex(R"( \[4\] \[\d+\] \[host\] .*lists no plugin:)")));
+  MadeProduct cycle;
+  cycle.Plugin("a.server", "well_behaved", DependsOn("a.server"));
+  cycle.Run("--start-timeout 0.1 --stop-timeout 0.1 --log \"" +
+            LocalFromPath(cycle.Site().Path("hub.log")) + "\"");
+  EXPECT_TRUE(std::regex_search(cycle.Site().Read("hub.log"),
+                                std::regex(R"( \[5\] \[\d+\] \[host\] .*waits for itself)")));
+}
+
 TEST(Log, ThatIsFullIsRenamedAndLosesNoLine) {
   MadeProduct product;
   RunWithMebibytes(product, 2);

@@ -12,6 +12,7 @@
 
 using nlohmann::json;
 using testing::HasSubstr;
+using testing::StartsWith;
 
 namespace {
 
@@ -35,6 +36,11 @@ const json& SampleModel() {
     return result.Json();
   }();
   return model;
+}
+
+TEST(Model, IsIndentedByTwoBlanks) {
+  EXPECT_THAT(RunHub("model --bin \"" TEV_SITE "/bin\"").output,
+              StartsWith("{\n  \"Frame_Init\": 0,\n  \"ProductModel\": {\n    \"Product\": "));
 }
 
 TEST(Model, HasTheFieldsOfTheRecordsAndNoOthers) {

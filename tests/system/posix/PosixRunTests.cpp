@@ -341,6 +341,15 @@ TEST(Crash, OfAStaticConstructorIsOneWhileLoading) {
   ExpectNamedStaticCrash("constructor_crashes", "loading");
 }
 
+TEST(Crash, WhileLoadingIsOneOfTheStart) {
+  MadeProduct product;
+  product.Plugin("bad.server", "constructor_crashes");
+  const std::vector<json> events = product.Run("--no-record --events").Events();
+  ASSERT_FALSE(events.empty());
+  EXPECT_EQ("crash", events.back()["event"]);
+  EXPECT_EQ("start", events.back()["phase"]);
+}
+
 TEST(Crash, OfAStaticDestructorIsOneWhileBeingUnmapped) {
   ExpectNamedStaticCrash("destructor_crashes", "being unmapped");
 }
