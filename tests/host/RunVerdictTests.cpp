@@ -264,17 +264,22 @@ TEST(Totals, CountWhatBecameOfThePluginsToStart) {
                                        totals.notLoaded, totals.stopped, totals.stopRefused}));
 }
 
-TEST(OutcomeWord, IsTheStartsFailureAlsoAfterAGoodStop) {
+TEST(OutcomeWord, IsTheStateOrTheStartsFailureAlsoAfterAGoodStop) {
   RunBuilder run;
-  for (const char* id : {"waits", "inits", "started", "failed", "gone", "stopped", "refused"}) {
+  for (const char* id : {"waits", "ready", "loads", "inits", "started", "failed", "gone", "stopped",
+                         "refused", "uninits"}) {
     run.Plugin(id);
   }
+  run.Ready("ready").Loading("loads").Started("uninits").InUnInit("uninits");
   run.InInit("inits").Started("started").InitFailed("failed", "x").NotLoaded("gone", "y");
   run.Started("stopped").Stopped("stopped").Stopped("failed").Started("refused");
   run.StopRefused("refused", "z");
   std::string words;
   for (const PluginRun& plugin : run.State().Plugins()) words += OutcomeWord(plugin) + " ";
-  EXPECT_EQ("waiting in-init started init-failed not-loaded stopped stop-refused ", words);
+  EXPECT_EQ(
+      "waiting ready loading in-init started init-failed not-loaded stopped stop-refused "
+      "in-uninit ",
+      words);
 }
 
 }  // namespace
