@@ -115,6 +115,17 @@ TEST_F(Log, FullFileIsRenamedAndTheOldestIsLost) {
   EXPECT_FALSE(std::filesystem::exists(m_folder / "full.3.txt"));
 }
 
+TEST_F(Log, EightRenamedFilesAreKept) {
+  LogConfig config;
+  config.file = m_folder / "full.txt";
+  config.consoleLevel = 0;
+  config.maxFileBytes = 10;
+  ConfigureLog(config);
+  for (int line = 0; line < 12; ++line) IKPXFormatLog(3, "m", "t");
+  EXPECT_TRUE(std::filesystem::exists(m_folder / "full.8.txt"));
+  EXPECT_FALSE(std::filesystem::exists(m_folder / "full.9.txt"));
+}
+
 TEST_F(Log, LineLongerThanAFileGetsOneOfItsOwn) {
   ConfigureLog({0, m_folder / "full.txt", 10, 2});
   for (const char* text : {"first", "second"}) IKPXFormatLog(3, "m", "%s", text);

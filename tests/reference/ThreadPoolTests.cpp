@@ -44,6 +44,10 @@ TEST_F(ThreadPool, NoTaskIsLostWhenThePoolIsReleasedFirst) {
 TEST_F(ThreadPool, UnknownNameIsRefused) {
   EXPECT_FALSE(Post([] {}));
   EXPECT_FALSE(Release(false));
+}
+
+TEST_F(ThreadPool, NoTaskIsRefused) {
+  ASSERT_TRUE(Grant(1, 1));
   EXPECT_FALSE(m_manager.PostTask(nullptr, false));
 }
 

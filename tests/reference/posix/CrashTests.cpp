@@ -119,8 +119,10 @@ TEST(Crash, ExitWhoseCallerHasNoFrameHasTheWholeStack) {
   EXPECT_THAT(program.errors, HasSubstr("ExitOfNoFrame() at "));
 }
 
-TEST(Crash, ExpectedExitKeepsItsStatus) {
-  EXPECT_EQ("status 5", SummaryOf("expected_exit"));
+TEST(Crash, ExpectedExitKeepsItsStatusAndItsHandlers) {
+  const ProgramEnd program = End("expected_exit");
+  EXPECT_EQ("status 5", Summary(program));
+  EXPECT_THAT(program.errors, HasSubstr("handlers called"));
 }
 
 TEST(Crash, TwoThreadsThatCrashAtOnceGiveOneReport) {
