@@ -125,15 +125,20 @@ RunFacts InFrameStop() {
   return facts;
 }
 
-TEST(Verdict, OfAPluginWhoseInitEndedTooLateSaysThatItWasNotStopped) {
+TEST(Verdict, OfPluginsWhoseInitEndedTooLateSaysThatTheyWereNotStopped) {
   RunFacts facts = Well();
   facts.stoppedBy = "SIGINT";
   RunBuilder run;
-  run.Plugin("a").Plugin("b").Plugin("c").Started("b").InInit("a");
+  run.Plugin("a").Plugin("b").Plugin("c").Started("b").InInit("a").InInit("c");
   run.NothingToStop("a").Stopped("b").Started("a");
   EXPECT_EQ(
       "4 cut-short | cut short: stopped by SIGINT before it was up; 2 of 3 plugins started; a was "
       "not stopped: its Init ended after the stop had begun",
+      Judged(facts, run));
+  run.NothingToStop("c").Started("c");
+  EXPECT_EQ(
+      "4 cut-short | cut short: stopped by SIGINT before it was up; all 3 plugins started; a and c "
+      "were not stopped: their Init ended after the stop had begun",
       Judged(facts, run));
 }
 
