@@ -10,6 +10,7 @@
 #include <string>
 #include <vector>
 
+#include "reference/os/ProcessPath.h"
 #include "reference/os/Threads.h"
 #include "sdk/base/log.h"
 #include "tests/reference/ThreadPoolTest.h"
@@ -101,6 +102,17 @@ TEST_F(Monitor, MakesEventsOfTheFramesLinesAsTheyAreLogged) {
   const auto times = OfEvents<std::int64_t>("ns");
   EXPECT_TRUE(std::is_sorted(times.begin(), times.end()));
   EXPECT_EQ(PluginRun::State::kInitFailed, m_monitor.State().Find("a")->started);
+}
+
+TEST_F(Monitor, TakesTheLoadersWordsWhereNoBetterReasonIsFound) {
+  const std::string library = ProcessPath();  // nothing is wrong with it
+  LogAsFrame(3, "[Plugin Load]Plugin [a] SinglePluginLoad Begin.");
+  LogAsFrame(3, "[Plugin]start frame plugin Being path= [" + library + "]");
+  IKPXFormatLog(5, "platform.os", "%s", (library + ": out of paper").c_str());
+  LogAsFrame(5, "[Plugin]Get dynamic library handle failed.path= " + library + ",errorcode=126");
+  const Json end = Json::parse(Lines().back());
+  EXPECT_EQ("load-end", end["event"]);
+  EXPECT_EQ("out of paper", end["reason"]);
 }
 
 TEST_F(Monitor, MakesEventsOfThePoolsTasks) {
