@@ -60,7 +60,7 @@ TEST(Crash, OnAThreadOfThePluginsOwnNamesThePlugin) {
 TEST(Crash, ByAnExceptionOnAThreadOfThePluginsOwnNamesThePlugin) {
   const HubResult result = RunToTheCrash("thread_throws", "");
   EXPECT_THAT(result.errors,
-              HasSubstr("nobody catches this in bad.server, on a thread of its own"));
+              HasSubstr(R"(nobody catches "this\ in bad.server, on a thread of its own)"));
   ExpectEndedByAbort(result);
 }
 
@@ -109,6 +109,13 @@ TEST(Crash, IsTheLastEvent) {
   EXPECT_EQ("start", events.back()["phase"]);
   EXPECT_EQ("bad.server", events.back()["plugin"]);
   EXPECT_THAT(events.back()["text"], HasSubstr(kAbortSentence));
+}
+
+TEST(Crash, WithAQuoteInItsWordsLeavesAnEventAllTheSame) {
+  const std::vector<json> events = OutputOfTheCrash("thread_throws", "--events").Events();
+  ASSERT_FALSE(events.empty());
+  EXPECT_EQ("crash", events.back()["event"]);
+  EXPECT_THAT(events.back()["text"], HasSubstr(R"(nobody catches "this\ in bad.server)"));
 }
 
 TEST(Crash, IsTheLastLineOfTheTable) {
