@@ -16,8 +16,8 @@ TEST(FileLock, IsHeldOnceUntilItsObjectIsGone) {
     std::optional<FileLock> lock = FileLock::TryLock(file);
     ASSERT_TRUE(lock);
     EXPECT_FALSE(FileLock::TryLock(file));
-    // NOLINTNEXTLINE(bugprone-use-after-move): what is left of it is destroyed
     const FileLock moved = *std::move(lock);
+    // NOLINTNEXTLINE(bugprone-use-after-move): what is left of it is destroyed
     lock.reset();
     EXPECT_FALSE(FileLock::TryLock(file));
   }
