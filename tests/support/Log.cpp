@@ -19,7 +19,7 @@ std::vector<std::string> g_course;
 std::string g_awaitedLine;
 std::function<void()> g_action;
 
-std::string Format(const char* format, std::va_list arguments) {
+[[gnu::format(printf, 1, 0)]] std::string Format(const char* format, std::va_list arguments) {
   std::va_list again;
   va_copy(again, arguments);
   const int length = std::vsnprintf(nullptr, 0, format, arguments);

@@ -190,7 +190,7 @@ bool Seam::Free(ScriptedLibrary& library) {
 
 void Seam::NoteLockCall(const char* call) {
   const std::lock_guard<std::mutex> lock(m_mutex);
-  lockCalls.push_back(call);
+  lockCalls.emplace_back(call);
 }
 
 void Seam::Sleep(std::uint32_t milliseconds) {

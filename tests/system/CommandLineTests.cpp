@@ -14,7 +14,6 @@
 #include "tests/system/HubProcess.h"
 
 namespace fs = std::filesystem;
-using testing::HasSubstr;
 using testing::StartsWith;
 
 namespace {

@@ -40,8 +40,9 @@ stack_t AlternateStack() {
 }
 
 bool HasAlternateStack() {
+  constexpr std::size_t least = std::size_t{256} * 1024;
   const stack_t stack = AlternateStack();
-  return (stack.ss_flags & SS_DISABLE) == 0 && stack.ss_size >= 256 * 1024;
+  return (stack.ss_flags & SS_DISABLE) == 0 && stack.ss_size >= least;
 }
 
 TEST(ThreadName, IsCutToFifteenBytesBetweenCharacters) {
