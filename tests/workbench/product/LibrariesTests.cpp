@@ -132,26 +132,29 @@ TEST_F(NeededOfLibrary, EndForBuiltLibraryThatIsCutOrChanged) {
   }
 }
 
+constexpr std::size_t kSegmentBytes = 56;  // of a program header
+constexpr std::size_t kEntryBytes = 16;    // of a dynamic entry
+
 /// An ELF library with `count` program headers, of which only the first three are valid.
 std::string ElfWithManySegments(std::size_t count) {
   const std::string whole = ElfBytes({"libx.so"});
-  LibraryBytes file(whole.size() + count * 56);
+  LibraryBytes file(whole.size() + count * kSegmentBytes);
   file.Put(0, whole);
   file.Put(32, whole.size(), 8);
   file.Put(56, count, 2);
-  file.Put(whole.size(), whole.substr(64, 3 * 56));
+  file.Put(whole.size(), whole.substr(64, 3 * kSegmentBytes));
   return file.Bytes();
 }
 
 /// An ELF library with `count` dynamic entries before those that matter.
 std::string ElfWithManyEntries(std::size_t count) {
   const std::string whole = ElfBytes({"libx.so"});
-  LibraryBytes file(whole.size() + (count + 3) * 16);
+  LibraryBytes file(whole.size() + (count + 3) * kEntryBytes);
   file.Put(0, whole);
-  file.Put(64 + 2 * 56 + 8, whole.size(), 8);
-  file.Put(64 + 2 * 56 + 32, (count + 3) * 16, 8);
-  for (std::size_t i = 0; i < count; ++i) file.Put(whole.size() + i * 16, 21, 8);
-  file.Put(whole.size() + count * 16, whole.substr(kElfDynamic, 2 * 16));
+  file.Put(64 + 2 * kSegmentBytes + 8, whole.size(), 8);
+  file.Put(64 + 2 * kSegmentBytes + 32, (count + 3) * kEntryBytes, 8);
+  for (std::size_t i = 0; i < count; ++i) file.Put(whole.size() + i * kEntryBytes, 21, 8);
+  file.Put(whole.size() + count * kEntryBytes, whole.substr(kElfDynamic, 2 * kEntryBytes));
   return file.Bytes();
 }
 
