@@ -9,7 +9,6 @@
 
 #include <functional>
 #include <string>
-#include <system_error>
 
 #include "reference/os/StopSignal.h"
 #include "reference/os/Terminal.h"
@@ -49,24 +48,6 @@ TEST(OwnOutput, ClosedOutputFailsAtTheFirstWrite) {
 
 TEST(OwnOutput, ClosedOutputIsNoTerminal) {
   EXPECT_EQ("file 80\n", ErrorsOf("ask", [] { close(STDOUT_FILENO); }));
-}
-
-TEST(OwnOutput, OutputThatCannotBeDuplicatedIsRefusedWithTheReason) {
-  const pid_t child = fork();
-  if (child == 0) {
-    const rlimit standardDescriptorsOnly = {3, 3};
-    setrlimit(RLIMIT_NOFILE, &standardDescriptorsOnly);
-    try {
-      const OwnOutput output;
-    } catch (const std::system_error& error) {
-      const std::string expected = "standard output cannot be duplicated: Invalid argument";
-      _exit(error.what() == expected ? 0 : 2);
-    }
-    _exit(1);
-  }
-  int status = 0;
-  waitpid(child, &status, 0);
-  EXPECT_EQ(0, status);
 }
 
 TEST(OwnOutput, FullFileSystemFailsForGood) {
