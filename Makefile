@@ -31,9 +31,11 @@ demo: build ## Run the sample product, start to stop
 model: build ## Print what the frame hands over of the sample product, as JSON
 	@$(HUB) model --bin $(BUILD)/site/bin
 
-docs: build ## Put what HUB prints into README.md and docs/ where they show it
+docs: build ## Put what HUB prints into README.md and docs/ where they show it, its help into the tests
 	@tests/docs/shown_output.py --write --hub $(HUB) --site $(BUILD)/site \
 	  --fixtures $(BUILD)/fixtures README.md docs/*.md
+	@$(HUB) --help > tests/system/help/HUB.txt
+	@for command in run model; do $(HUB) $$command --help > tests/system/help/$$command.txt; done
 
 test: build ## Run every test
 	@ctest --preset $(PRESET)
@@ -76,7 +78,7 @@ coverage: packages ## Show which lines and branches of the frame the tests reach
 N ?= 600
 SEED ?= 1
 IN ?= src
-mutants: build ## Show which wrong lines the tests would not notice: tries N=600 of SEED=1, in FILES of IN=src; LOADED=1: by HUB too; RACES=build/tsan: by its tests too
+mutants: build ## Show which wrong lines the tests would not notice: N=600 of SEED=1, in FILES of IN=src; LOADED=1 runs HUB too, RACES=build/tsan that build
 	@tools/install-packages mutants
 	@tools/mutants --build $(BUILD) -n $(N) --seed $(SEED) --files '$(FILES)' $(if $(LOADED),--loaded) $(if $(RACES),--races $(RACES)) $(IN)
 

@@ -193,7 +193,8 @@ TEST_F(CommandLine, WithAnUnknownWayToColorIsRefused) {
             RunRefused("--color blue"));
 }
 
-/// The pages in the folder help are what `HUB --help` and `HUB COMMAND --help` print.
+/// The pages in the folder help are what `HUB --help` and `HUB COMMAND --help` print; `make docs`
+/// writes them anew.
 TEST_F(CommandLine, OfHelpOrTheVersionPrintsThatInEightyColumns) {
   EXPECT_EQ("HUB " TEV_VERSION "\n", RunHub("--version").output);
   const std::pair<std::string, std::string> pages[] = {

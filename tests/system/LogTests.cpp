@@ -99,8 +99,11 @@ TEST(Log, HasWarningsAtTheirLevelAndErrorsAtTheirs) {
                                 std::regex(R"( \[4\] \[\d+\] \[host\] .*lists no plugin:)")));
   MadeProduct cycle;
   cycle.Plugin("a.server", "well_behaved", DependsOn("a.server"));
-  cycle.Run("--start-timeout 0.1 --stop-timeout 0.1 --log \"" +
-            LocalFromPath(cycle.Site().Path("hub.log")) + "\"");
+  HubProcess hub(cycle.Arguments("--stop-timeout 0.1 --log \"" +
+                                 LocalFromPath(cycle.Site().Path("hub.log")) + "\""));
+  EXPECT_TRUE(hub.AwaitOutput("waits for itself"));
+  hub.RequestStop(StopKind::kInterrupt);
+  hub.Wait();
   EXPECT_TRUE(std::regex_search(cycle.Site().Read("hub.log"),
                                 std::regex(R"( \[5\] \[\d+\] \[host\] .*waits for itself)")));
 }

@@ -1,3 +1,5 @@
+// Not built with a sanitizer, whose library must be loaded before the one that the test preloads.
+
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
