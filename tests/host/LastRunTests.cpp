@@ -78,6 +78,17 @@ TEST(LastRun, ThatEndedIsForgotten) {
   EXPECT_EQ(std::nullopt, run.Recall({}));
 }
 
+TEST(LastRun, IsMarkedByTheFilesThatTheHandbookNames) {
+  const TemporaryFolder folder;
+  const LastRun run(folder.Path());
+  run.Begin(folder.Path() / "run.jsonl");
+  EXPECT_EQ(LocalFromPath(folder.Path() / "run.jsonl") + "\n", folder.Read("last"));
+  EXPECT_EQ(folder.Path() / "run.jsonl", run.Record());
+  EXPECT_EQ(folder.Path() / "last-unrecorded", run.Unrecorded());
+  run.End();
+  EXPECT_TRUE(fs::is_empty(folder.Path()));
+}
+
 TEST(LastRun, WithoutARecordIsRecalledByItsHead) {
   const TemporaryFolder folder;
   const LastRun run(folder.Path());

@@ -8,6 +8,7 @@
 #include <optional>
 #include <sstream>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "reference/os/ProcessPath.h"
@@ -22,8 +23,8 @@ using Json = nlohmann::ordered_json;
 constexpr char kFrame[] = "platform.PluginFrame";
 
 /// Logs `words` as the frame does.
-void LogAsFrame(int level, const std::string& words) {
-  IKPXFormatLog(level, kFrame, "[CPluginManager::SinglePluginLoad]%s[..\\..\\src\\x.cpp(1)]",
+void LogAsFrame(int level, const std::string& words, const char* module = kFrame) {
+  IKPXFormatLog(level, module, "[CPluginManager::SinglePluginLoad]%s[..\\..\\src\\x.cpp(1)]",
                 words.c_str());
 }
 
@@ -148,13 +149,51 @@ TEST_F(Monitor, AddsTheHostsEventsWithTimeAndThread) {
 }
 
 TEST_F(Monitor, KeepsAsNotesWhatIsNoPluginsStartOrStop) {
-  LogAsFrame(5, "wrror type [bin/META_INFO/b/b.xml]");
-  LogAsFrame(3, "[Frame_Init]----KPX_Init end, cost time [0]ms.----");
-  LogAsFrame(6, "[PluginManager Init]----no plugins----");
-  LogAsFrame(5, "the step ended with an exception [no disk]");
-  std::vector<std::string> notes;
-  for (const FrameEvent& note : m_monitor.Notes()) notes.push_back(note.path + note.reason);
-  EXPECT_EQ((Texts{"bin/META_INFO/b/b.xml", "no plugins", "no disk"}), notes);
+  const std::vector<std::pair<int, std::string>> noted = {
+      {6, "[PluginManager Init]----no plugins----"},
+      {5, "the step ended with an exception [no disk]"},
+      {5, "the step ended with an unknown exception"},
+      {5, "ReadFile  failed path[bin/META_INFO/a/a.xml]"},
+      {5, "ReadFile plugin[b] desc path file [bin/META_INFO/b/b.xml] failed."},
+      {5, "wrror type [bin/META_INFO/c/c.xml]"},
+      {5,
+       "[PluginManager start]----PluginManager start failed.Get thread for platform.PluginFrame "
+       "failed.----"},
+      {5, "[PluginManager Uninit]Get threads for uninit plugins end, failed."},
+      {5, "[Frame_Init]----KPX_Init failed! Quit HUB.exe----"}};
+  for (const auto& [level, line] : noted) {
+    LogAsFrame(level, line);
+    LogAsFrame(3, "[Frame_Init]----KPX_Init end, cost time [0]ms.----");
+    LogAsFrame(5, "ReadFile failed. xml path [bin/TevAddons/a/a.xml]");
+  }
+  LogAsFrame(5, "[PluginManager Uninit]Uninit lpc frame end, failed.", "platform.LPCIntegrate");
+  using Kind = FrameEvent::Kind;
+  std::vector<Kind> kinds;
+  std::string words;
+  for (const FrameEvent& note : m_monitor.Notes()) {
+    kinds.push_back(note.kind);
+    words += note.plugin + note.path + note.reason + ";";
+  }
+  EXPECT_EQ((std::vector<Kind>{Kind::kInitRefused, Kind::kStepThrew, Kind::kStepThrewNoException,
+                               Kind::kRequiredFileUnreadable, Kind::kPluginDropped,
+                               Kind::kTypeUnknown, Kind::kNoPoolForStart, Kind::kNoPoolForStop,
+                               Kind::kPlatformInitFailed, Kind::kLpcStopFailed}),
+            kinds);
+  EXPECT_EQ(
+      "no plugins;no disk;;bin/META_INFO/a/a.xml;bbin/META_INFO/b/b.xml;bin/META_INFO/c/c.xml;;;;;",
+      words);
+}
+
+TEST_F(Monitor, NamesTheMangledInitOfTheLibraryThatWasLoaded) {
+  const std::string library = TEV_FIXTURES "/init_is_mangled.dll";
+  LogAsFrame(3, "[Plugin Load]Plugin [a] SinglePluginLoad Begin.");
+  LogAsFrame(3, "[Plugin]start frame plugin Being path= [" + library + "]");
+  LogAsFrame(3, "[Plugin]start frame plugin end success.path= [" + library + "]");
+  LogAsFrame(3, "[Plugin Load]Plugin Init begin.[a]");
+  LogAsFrame(5, "[Plugin]Get dynamic library Init symbol failed.");
+  LogAsFrame(5, "[Plugin Load]Plugin Init end (failed). [a] cost time [7]ms.");
+  EXPECT_EQ("its library exports no Init; it is exported as _Z4Initv: is extern \"C\" missing?",
+            m_monitor.State().Find("a")->reason);
 }
 
 TEST(MonitorWithoutARecord, KeepsTheStateAllTheSame) {
