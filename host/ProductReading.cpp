@@ -110,6 +110,17 @@ std::vector<std::string> FailureSentences(const std::vector<FrameEvent>& notes) 
   return sentences;
 }
 
+std::optional<std::string> StartFailure(const std::vector<FrameEvent>& notes) {
+  for (const FrameEvent& note : notes) {
+    if (note.kind == FrameEvent::Kind::kNoPoolForStart) return "there are no threads for them";
+    if (note.kind == FrameEvent::Kind::kStepThrew) return note.reason;
+    if (note.kind == FrameEvent::Kind::kStepThrewNoException) {
+      return "a step threw something that is no exception object";
+    }
+  }
+  return std::nullopt;
+}
+
 std::vector<std::string> FirstSentences(std::vector<std::string> sentences) {
   if (sentences.size() > kMostSentences) {
     const std::size_t more = sentences.size() - kMostSentences;

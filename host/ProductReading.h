@@ -32,5 +32,8 @@ std::optional<Finding> FindingOf(const FrameEvent& note);
 /// of them can be read, the reason that the frame logged in `notes`. Never empty.
 std::vector<std::string> FailureSentences(const std::vector<FrameEvent>& notes);
 
+/// Why the plugins were not started, as far as the frame has logged a reason.
+std::optional<std::string> StartFailure(const std::vector<FrameEvent>& notes);
+
 /// The first 20 sentences and, when there are more, a last sentence that says how many.
 std::vector<std::string> FirstSentences(std::vector<std::string> sentences);

@@ -40,17 +40,6 @@ std::string PlatformError() {
   return text;
 }
 
-std::string StartFailure(const std::vector<FrameEvent>& notes) {
-  for (const FrameEvent& note : notes) {
-    if (note.kind == FrameEvent::Kind::kNoPoolForStart) return "there are no threads for them";
-    if (note.kind == FrameEvent::Kind::kStepThrew) return note.reason;
-    if (note.kind == FrameEvent::Kind::kStepThrewNoException) {
-      return "a step threw something that is no exception object";
-    }
-  }
-  return PlatformError();
-}
-
 [[noreturn]] void EndProcess(ExitStatus status) {
   AnnounceExit();
   std::_Exit(status);
@@ -148,7 +137,8 @@ void ProductRun::WaitForStopRequest() {
   WaitUntil([this] { return m_stopAsked || StartCallbackResult(); });
   m_facts.callbackResult = StartCallbackResult();
   if (m_facts.callbackResult == false) {
-    m_facts.failure = "the plugins could not be started: " + StartFailure(m_monitor.Notes());
+    m_facts.failure = "the plugins could not be started: " +
+                      StartFailure(m_monitor.Notes()).value_or(PlatformError());
     return;
   }
   if (m_facts.callbackResult) {
@@ -297,10 +287,8 @@ void ProductRun::CheckStopLimit() {
 /// Ends the process in the middle of the run, after all reports of the run's end.
 void ProductRun::EndEarly(const std::string& why) {
   m_facts.unfinishedTasks = UnfinishedTasks();
-  if (m_facts.pendingCall.empty()) {  // between two calls: report the next one as not returned
-    const bool stopped = m_monitor.State().FindPhase(RunPhase::kFrameStop) != nullptr;
-    m_facts.pendingCall = stopped ? "Frame_UnInit" : kFrameStop;
-  }
+  // Between two calls: report the next one as not returned.
+  if (m_facts.pendingCall.empty()) m_facts.pendingCall = NextCall(m_monitor.State());
   m_reporter.ReportError({why + ": " + Judge(m_facts, m_monitor.State()).sentence});
   EndProcess(End().exitStatus);
 }

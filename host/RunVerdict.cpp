@@ -195,6 +195,10 @@ std::string OutcomeWord(const PluginRun& plugin) {
   return std::string();
 }
 
+std::string NextCall(const RunState& state) {
+  return state.FindPhase(RunPhase::kFrameStop) == nullptr ? "Frame_Stop" : "Frame_UnInit";
+}
+
 RunTotals CountTotals(const RunState& state) {
   RunTotals totals;
   for (const PluginRun& plugin : state.Plugins()) {

@@ -31,6 +31,9 @@ struct Verdict {
 /// cut short, degraded, up.
 Verdict Judge(const RunFacts& facts, const RunState& state);
 
+/// The frame's call that comes next, when none is pending once Frame_Start has returned.
+std::string NextCall(const RunState& state);
+
 /// How many plugins there are, started, failed, were stopped, and so on.
 RunTotals CountTotals(const RunState& state);
 

@@ -51,6 +51,18 @@ TEST(FindingOfANote, IsNoneForWhatIsSaidElsewhere) {
   }
 }
 
+TEST(StartFailure, IsTheFirstReasonThatTheFrameLogged) {
+  EXPECT_EQ(std::nullopt, StartFailure({}));
+  EXPECT_EQ(std::nullopt, StartFailure({Note(Kind::kTypeUnknown), Note(Kind::kInitRefused, "x")}));
+  EXPECT_EQ("there are no threads for them",
+            StartFailure({Note(Kind::kTypeUnknown), Note(Kind::kNoPoolForStart),
+                          Note(Kind::kStepThrew, "no disk")}));
+  EXPECT_EQ("no disk",
+            StartFailure({Note(Kind::kStepThrew, "no disk"), Note(Kind::kNoPoolForStart)}));
+  EXPECT_EQ("a step threw something that is no exception object",
+            StartFailure({Note(Kind::kStepThrewNoException), Note(Kind::kStepThrew, "no disk")}));
+}
+
 /// A product on disk whose bin folder is set as the executable's folder.
 class ProductReading : public testing::Test {
  protected:

@@ -2,6 +2,8 @@
 
 #include <gtest/gtest.h>
 
+#include <string>
+
 #include "tests/host/RunBuilder.h"
 
 namespace {
@@ -54,6 +56,17 @@ TEST(Verdict, IsDegradedByEveryWayAPluginFails) {
       Judged(Well(), run));
 }
 
+TEST(Verdict, OfSeveralPluginsThatFailTheSameWayNamesThemTogether) {
+  RunBuilder run;
+  run.Plugin("a").Plugin("b").Plugin("c").Plugin("d").Plugin("e").Plugin("f");
+  run.InitFailed("a", "x").InitFailed("b", "x").NotLoaded("c", "y").NotLoaded("d", "y");
+  run.Started("e").Started("f").Up().StopRefused("e", "z").StopRefused("f", "z");
+  EXPECT_EQ(
+      "3 degraded | degraded: 2 of 6 plugins started; a and b failed in Init; c and d were not "
+      "loaded; e and f refused to stop",
+      Judged(Well(), run));
+}
+
 TEST(Verdict, NamesFivePluginsAndCountsTheRest) {
   RunBuilder run;
   for (const char* id : {"a", "b", "c", "d", "e", "f", "g"}) run.Plugin(id).NotLoaded(id, "x");
@@ -76,6 +89,41 @@ TEST(Verdict, IsDegradedByAnErrorAmongTheFindingsAlone) {
       "3 degraded | degraded: there are no plugins to start; Product.xml reads as empty (and 1 "
       "more error)",
       Judged(Well(), error));
+  error.Finding(Severity::kError, "a third");
+  EXPECT_EQ(
+      "3 degraded | degraded: there are no plugins to start; Product.xml reads as empty (and 2 "
+      "more errors)",
+      Judged(Well(), error));
+}
+
+TEST(Verdict, IsFailedByAFailureOutsideTheFrame) {
+  RunFacts facts;
+  facts.failure = "the frame's library cannot be loaded";
+  EXPECT_EQ("1 failed | failed: the frame's library cannot be loaded", Judged(facts, RunBuilder()));
+}
+
+TEST(Verdict, OfACrashHasItsStatusWhateverElseFailed) {
+  RunEvent crash;
+  crash.kind = RunEvent::Kind::kCrash;
+  crash.text = "exit(0) in a";
+  crash.number = 4;
+  RunState byExit;
+  byExit.Apply(crash);
+  RunFacts facts;
+  facts.failure = "why";
+  facts.pendingCall = "Frame_Start";
+  const Verdict exited = Judge(facts, byExit);
+  EXPECT_EQ("crashed", exited.status);
+  EXPECT_EQ(kCutShort, exited.exitStatus);
+  EXPECT_EQ("crashed: exit(0) in a", exited.sentence);
+  crash.text = "SIGSEGV in a";
+  crash.number = -1;
+  RunState bySignal;
+  bySignal.Apply(crash);
+  const Verdict ended = Judge(facts, bySignal);
+  EXPECT_EQ("crashed", ended.status);
+  EXPECT_EQ(kBySignal, ended.exitStatus);
+  EXPECT_EQ("crashed: SIGSEGV in a", ended.sentence);
 }
 
 TEST(Verdict, IsFailedByEachStepOfTheFrame) {
@@ -99,6 +147,19 @@ TEST(Verdict, IsCutShortWhenStoppedBeforeItWasUp) {
   facts.stoppedBy = "SIGINT";
   EXPECT_EQ("4 cut-short | cut short: stopped by SIGINT before it was up; 1 of 2 plugins started",
             Judged(facts, run));
+}
+
+TEST(Verdict, IsCutShortWithoutAStopRequestToo) {
+  EXPECT_EQ("4 cut-short | cut short: stopped before it was up; there are no plugins to start",
+            Judged(Well(), RunBuilder()));
+}
+
+TEST(Verdict, OfTheOnePluginLooksAtNoDriver) {
+  RunBuilder run;
+  run.Plugin("d", "driver").Plugin("e", "executable").Plugin("a", "platform");
+  run.NotLoaded("a", "x").Up();
+  EXPECT_EQ("3 degraded | degraded: the one plugin did not start; a was not loaded",
+            Judged(Well(), run));
 }
 
 TEST(Verdict, OfTheOnePluginThatWasCutShortSaysHowFarItWas) {
@@ -149,6 +210,12 @@ TEST(Verdict, IsLeftBehindWithThePluginsThatAreStillBeingUnmapped) {
             Judged(InFrameStop(), run));
 }
 
+TEST(Verdict, IsLeftBehindWithOnePluginThatIsStillBeingUnmappedAtOnce) {
+  RunBuilder run;
+  run.Plugin("a").Started("a").Up().Unmapping("a", 0);
+  EXPECT_EQ("4 left-behind | left behind: a is still being unmapped", Judged(InFrameStop(), run));
+}
+
 TEST(Verdict, IsLeftBehindWithThePluginsThatHaveNotReturned) {
   RunBuilder run;
   run.Plugin("a").Plugin("b").Plugin("c").Started("a").InInit("b").Started("c").InUnInit("c");
@@ -196,6 +263,40 @@ TEST(Verdict, OfACycleSaysWhatEachPluginWaitsFor) {
       "4 left-behind | left behind: a never started: it waits for b; b never started: it waits for "
       "a; base was not stopped: it waits for the stop of a; c never started: it waits for itself",
       Judged(InFrameStop(), run));
+}
+
+TEST(Verdict, OfAPluginThatWaitsNamesThoseThatAreNotCountedYet) {
+  RunBuilder run;
+  run.Plugin("done").Plugin("failed").Plugin("waits", "server", {"done", "failed", "never"});
+  run.Plugin("never").Started("done").InitFailed("failed", "x");
+  run.NothingToStop("failed").NothingToStop("never");
+  EXPECT_EQ(
+      "4 left-behind | left behind: done was not stopped: it waits for the stop of waits; waits "
+      "never started: it waits for never; failed failed in Init",
+      Judged(InFrameStop(), run));
+}
+
+TEST(Verdict, OfAPluginThatManyWaitForNamesFiveOfThem) {
+  RunBuilder run;
+  run.Plugin("base").Started("base");
+  for (const char* id : {"a", "b", "c", "d", "e", "f"}) run.Plugin(id, "server", {"base"});
+  const std::string text = Judged(InFrameStop(), run);
+  const std::string first =
+      "4 left-behind | left behind: base was not stopped: it waits for the stop of a, b, c, d, e "
+      "and 1 more; ";
+  EXPECT_EQ(first, text.substr(0, first.size()));
+}
+
+TEST(Verdict, OfAServerWithoutAnIDSaysThatItsStopWasNotCounted) {
+  EXPECT_EQ("4 left-behind | left behind: the stop of (no ID) was not counted",
+            Judged(InFrameStop(), RunBuilder().Plugin("").Started("")));
+}
+
+TEST(Verdict, OfAStopLooksAtNoDriver) {
+  RunBuilder run;
+  run.Plugin("d", "driver", {"a"}).Plugin("a").Started("a");
+  EXPECT_EQ("4 left-behind | left behind: the stop of a was not counted",
+            Judged(InFrameStop(), run));
 }
 
 TEST(Verdict, OfASubPlatformWithoutAnIDSaysThatItIsNeverCounted) {
@@ -248,6 +349,16 @@ TEST(Verdict, IsLeftBehindWithTasksThatNoPluginIsKnownToRun) {
             Judged(facts, RunBuilder()));
 }
 
+TEST(Verdict, IsLeftBehindWithOneTaskInAStopThatHasCountedAll) {
+  RunFacts facts = Well();
+  facts.unfinishedTasks = 1;
+  EXPECT_EQ("4 left-behind | left behind: 1 task of the pool had not ended",
+            Judged(facts, RunBuilder()));
+  facts.pendingCall = "Frame_Stop";
+  EXPECT_EQ("4 left-behind | left behind: Frame_Stop has not returned",
+            Judged(facts, RunBuilder()));
+}
+
 TEST(Verdict, FailedIsWorseThanLeftBehindAndThatWorseThanDegraded) {
   RunBuilder run;
   run.Plugin("a").InitFailed("a", "x").Up();
@@ -256,6 +367,15 @@ TEST(Verdict, FailedIsWorseThanLeftBehindAndThatWorseThanDegraded) {
   EXPECT_EQ("left-behind", Judge(facts, run.State()).status);
   facts.callbackResult = false;
   EXPECT_EQ("failed", Judge(facts, run.State()).status);
+}
+
+TEST(NextCall, IsTheStopAndAfterItsBeginTheEnd) {
+  RunBuilder run;
+  run.Phase(RunEvent::Kind::kPhaseBegin, RunPhase::kStart);
+  run.Phase(RunEvent::Kind::kPhaseEnd, RunPhase::kStart);
+  EXPECT_EQ("Frame_Stop", NextCall(run.State()));
+  run.Phase(RunEvent::Kind::kPhaseBegin, RunPhase::kFrameStop);
+  EXPECT_EQ("Frame_UnInit", NextCall(run.State()));
 }
 
 TEST(Totals, CountWhatBecameOfThePluginsToStart) {
@@ -269,21 +389,47 @@ TEST(Totals, CountWhatBecameOfThePluginsToStart) {
                                        totals.notLoaded, totals.stopped, totals.stopRefused}));
 }
 
-TEST(OutcomeWord, IsTheStateOrTheStartsFailureAlsoAfterAGoodStop) {
+/// A run with plugins in each state, named after it.
+RunBuilder InEachState() {
   RunBuilder run;
+  run.Plugin("driver", "driver").Plugin("executable", "executable").Plugin("platform", "platform");
   for (const char* id : {"waits", "ready", "loads", "inits", "started", "failed", "gone", "stopped",
                          "refused", "uninits"}) {
     run.Plugin(id);
   }
+  run.Started("platform").Stopped("platform");
   run.Ready("ready").Loading("loads").Started("uninits").InUnInit("uninits");
   run.InInit("inits").Started("started").InitFailed("failed", "x").NotLoaded("gone", "y");
   run.Started("stopped").Stopped("stopped").Stopped("failed").Started("refused");
-  run.StopRefused("refused", "z");
+  return run.StopRefused("refused", "z");
+}
+
+TEST(NeedsAttention, WhatIsNotStartedOrNotStopped) {
+  std::string names;
+  for (const PluginRun& plugin : InEachState().State().Plugins()) {
+    if (NeedsAttention(plugin)) names += plugin.head.id + " ";
+  }
+  EXPECT_EQ("waits ready loads inits failed gone refused uninits ", names);
+}
+
+TEST(ReasonText, IsOfTheStartAndOfTheStop) {
+  PluginRun plugin;
+  EXPECT_EQ("", ReasonText(plugin));
+  plugin.stopReason = "stuck";
+  EXPECT_EQ("stuck", ReasonText(plugin));
+  plugin.reason = "expired";
+  EXPECT_EQ("expired; stop: stuck", ReasonText(plugin));
+  plugin.stopReason.clear();
+  EXPECT_EQ("expired", ReasonText(plugin));
+}
+
+TEST(OutcomeWord, IsTheStateOrTheStartsFailureAlsoAfterAGoodStop) {
   std::string words;
-  for (const PluginRun& plugin : run.State().Plugins()) words += OutcomeWord(plugin) + " ";
+  for (const PluginRun& plugin : InEachState().State().Plugins())
+    words += OutcomeWord(plugin) + " ";
   EXPECT_EQ(
-      "waiting ready loading in-init started init-failed not-loaded stopped stop-refused "
-      "in-uninit ",
+      "waiting waiting stopped waiting ready loading in-init started init-failed not-loaded "
+      "stopped stop-refused in-uninit ",
       words);
 }
 
