@@ -163,8 +163,7 @@ const CLI::Option* OptionIn(const std::string& sentence, const CLI::App& command
 }
 
 /// What is wrong with the value of an option; also that a value is missing or not allowed.
-std::string WrongValue(const CLI::ParseError& error, const CLI::Option& option,
-                       const CLI::App& command) {
+std::string WrongValue(const CLI::ParseError& error, const CLI::Option& option) {
   const std::string name = option.get_name();
   if (option.get_expected_max() == 0) return name + " takes no value";
   const std::vector<std::string>& values = option.results();
@@ -172,11 +171,7 @@ std::string WrongValue(const CLI::ParseError& error, const CLI::Option& option,
   if (dynamic_cast<const CLI::ArgumentMismatch*>(&error) != nullptr) {
     return name + " needs a value: " + name + " " + option.get_type_name();
   }
-  const std::string sentence = error.what();
-  const bool ours = sentence.find(": \"") == name.size();
-  if (ours || values.empty()) return Escaped(sentence);
-  return name + ": " + Quoted(values.front()) + " is none of its values (HUB " +
-         command.get_name() + " --help)";
+  return Escaped(error.what());
 }
 
 /// What is wrong with a command line that the parser has refused, in one sentence.
@@ -189,7 +184,7 @@ std::string WrongUse(const CLI::ParseError& error, const CLI::App& app,
   if (dynamic_cast<const CLI::ExtrasError*>(&error) != nullptr)
     return UnexpectedWord(app, command, words);
   const CLI::Option* option = OptionIn(error.what(), command);
-  return option == nullptr ? error.what() : WrongValue(error, *option, command);
+  return option == nullptr ? error.what() : WrongValue(error, *option);
 }
 
 }  // namespace
