@@ -4,6 +4,7 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <regex>
 #include <set>
 #include <string>
 #include <vector>
@@ -39,6 +40,57 @@ int Rows(const std::string& output) {
     ++rows;
   }
   return rows;
+}
+
+/// What HUB prints, without the lines on who is waited for, and with N for the milliseconds and WHO
+/// for the request.
+std::string WithoutTimes(const std::string& output) {
+  const std::string lines =
+      std::regex_replace(output, std::regex("  [^\n]*waiting for[^\n]*\n"), "");
+  const std::string times = std::regex_replace(lines, std::regex(" +\\d+ ms"), " N ms");
+  return std::regex_replace(times, std::regex("Stopping \\([^)]*\\)"), "Stopping (WHO)");
+}
+
+/// The texts of HUB's own lines in a log, each with its level.
+std::vector<std::string> HostLines(const std::string& log) {
+  std::vector<std::string> lines;
+  const std::regex line(R"( \[(\d)\] \[\d+\] \[host\] ([^\n]*))");
+  for (std::sregex_iterator found(log.begin(), log.end(), line), end; found != end; ++found) {
+    const std::string text = WithoutTimes((*found)[2]);
+    if (text.find("waiting for") == std::string::npos)
+      lines.push_back((*found)[1].str() + " " + text);
+  }
+  return lines;
+}
+
+TEST(Run, PrintsAndLogsItsStepsInTheirOrder) {
+  MadeProduct product;
+  product.Plugin("a.server", "uninit_refuses");
+  const std::string log = LocalFromPath(product.Site().Path("hub.log"));
+  const HubResult result = product.RunUntilUp("--log \"" + log + "\"");
+  EXPECT_EQ(3, result.status);
+  EXPECT_EQ("", result.errors);
+  EXPECT_EQ(
+      "a.server                 started in N ms\n"
+      "Up after N ms. Ctrl-C stops it.\n"
+      "Stopping (WHO).\n"
+      "a.server                 STOP REFUSED: its UnInit returned false; its library stays mapped\n"
+      "\n"
+      "Plugin    Start               Init   Stop              UnInit   Reason\n"
+      "-----------------------------------------------------------------\n"
+      "a.server  started N ms   STOP REFUSED N ms   its UnInit returned false\n"
+      "-----------------------------------------------------------------\n"
+      "1 plugin  total N ms   total N ms\n"
+      "degraded: the one plugin started; a.server refused to stop\n",
+      WithoutTimes(result.output));
+  std::vector<std::string> lines = HostLines(product.Site().Read("hub.log"));
+  ASSERT_FALSE(lines.empty());
+  EXPECT_THAT(lines.front(), StartsWith("3 HUB "));
+  lines.erase(lines.begin());
+  EXPECT_EQ(
+      (std::vector<std::string>{"3 Up after N ms. Ctrl-C stops it.", "3 Stopping (WHO).",
+                                "5 degraded: the one plugin started; a.server refused to stop"}),
+      lines);
 }
 
 TEST(RunJson, IsAWholeObjectAlthoughAPluginPrints) {
@@ -138,6 +190,29 @@ TEST(RunEvents, AreOneObjectALineWithUpAmongThem) {
       "uninit-begin", "uninit-end",  "counted",     "task-end",   "phase-end",   "phase-begin",
       "phase-end",    "phase-end",   "phase-begin", "phase-end",  "end"};
   EXPECT_EQ(expected, events);
+}
+
+TEST(RunEvents, OfTheRunItselfAreWhole) {
+  MadeProduct product;
+  std::vector<json> events =
+      product.Plugin("a.server", "uninit_refuses").RunUntilUp("--events").Events();
+  std::vector<json> ofTheRun;
+  for (json& event : events) {
+    const std::string kind = event.value("event", "");
+    if (kind != "up" && kind != "stop-request" && kind != "end") continue;
+    EXPECT_EQ(1U, event.erase("ns"));
+    EXPECT_EQ(1U, event.erase("thread"));
+    ofTheRun.push_back(event);
+  }
+  ASSERT_EQ(3U, ofTheRun.size());
+  EXPECT_LT(0, ofTheRun[0].value("ms", -1));
+  EXPECT_GT(10'000, ofTheRun[0].value("ms", -1));
+  EXPECT_EQ((std::set<std::string>{"record", "event", "text"}), Keys(ofTheRun[1]));
+  EXPECT_EQ(json::parse(R"({"record":"event","event":"end","status":"degraded","exitStatus":3,)"
+                        R"("totals":{"plugins":1,"started":1,"initFailed":0,"notLoaded":0,)"
+                        R"("stopped":0,"stopRefused":1},)"
+                        R"("text":"degraded: the one plugin started; a.server refused to stop"})"),
+            ofTheRun[2]);
 }
 
 TEST(RunEvents, ReachTheReaderAsTheyHappen) {

@@ -443,7 +443,12 @@ TEST(StopRequest, ThatAPluginHandlesOrIgnoresIsReported) {
   EXPECT_TRUE(hub.AwaitOutput(warning + "SIGTERM" + rest));
   EXPECT_TRUE(hub.AwaitOutput(warning + "SIGHUP" + rest));
   hub.RequestStop(StopKind::kInterrupt);
-  EXPECT_EQ(0, hub.Wait().status);
+  const HubResult result = hub.Wait();
+  EXPECT_EQ(0, result.status);
+  for (const std::string signal : {"SIGTERM", "SIGHUP"}) {
+    const std::size_t first = result.output.find(warning + signal);
+    EXPECT_EQ(std::string::npos, result.output.find(warning + signal, first + 1)) << signal;
+  }
 }
 
 TEST(StopRequest, EndsTheModelThatIsReadForEver) {
