@@ -55,6 +55,7 @@ TEST(CycleOfDependencies, IsWaitedForAndTheStopLeavesAfterItsLimit) {
   EXPECT_EQ(4, result.status);
   EXPECT_THAT(result.errors,
               HasSubstr("what is left can never stop, and 1 s have passed: left behind: "));
+  EXPECT_THAT(result.output, HasSubstr(kCycle));
   const json run = result.Json();
   EXPECT_EQ("left-behind", run["status"]);
   EXPECT_THAT(run["sentence"].get<std::string>(),
@@ -230,6 +231,7 @@ TEST(StopRequest, AfterTheTimeIsUpIsAFirstOne) {
   ASSERT_TRUE(hub.AwaitOutput("0 of 1 stopped; waiting for hangs.server"));
   hub.RequestStop(StopKind::kInterrupt);
   ASSERT_TRUE(hub.AwaitOutput(" again ends it at once.\n"));
+  EXPECT_TRUE(hub.AwaitOutput("\nIt is stopping already; "));
   hub.RequestStop(StopKind::kInterrupt);
   const HubResult result = hub.Wait();
   EXPECT_EQ(4, result.status);

@@ -13,6 +13,7 @@
 #include "tests/system/MadeProduct.h"
 
 using nlohmann::json;
+using testing::EndsWith;
 using testing::HasSubstr;
 using testing::Not;
 using testing::StartsWith;
@@ -98,6 +99,8 @@ TEST(RunJson, IsAWholeObjectAlthoughAPluginPrints) {
   const HubResult result = product.Plugin("prints.server", "init_prints").RunUntilUp("--json");
   EXPECT_EQ(0, result.status) << result.errors;
   EXPECT_EQ("up", result.Json()["status"]);
+  EXPECT_THAT(result.output, StartsWith("{\n  \"schema\": 2,\n"));
+  EXPECT_THAT(result.output, EndsWith("\n}\n"));
   EXPECT_THAT(result.errors, HasSubstr("printed by printf\n"));
   EXPECT_THAT(result.errors, HasSubstr("printed by cout\n"));
 }

@@ -91,10 +91,10 @@ TEST(Reason, OfWhatLiesInPlaceOfALibrarySaysWhatItIs) {
 /// The message for a product without the description of `id`, which Product.xml lists in line
 /// `line`.
 std::string MissingDescription(const SiteCopy& site, const std::string& id, int line) {
-  return "HUB: " + Local(site.Path("bin/META_INFO/" + id + "/" + id + ".xml")) +
+  return Local(site.Path("bin/META_INFO/" + id + "/" + id + ".xml")) +
          " does not exist, and there is no " + id +
          ".data beside it that could stand in; Product.xml:" + std::to_string(line) + " lists \"" +
-         id + "\"; the product cannot be read\n";
+         id + "\"; the product cannot be read";
 }
 
 TEST(UnreadableProduct, NamesEveryMissingFileWithWhoListsIt) {
@@ -103,10 +103,16 @@ TEST(UnreadableProduct, NamesEveryMissingFileWithWhoListsIt) {
   const SiteCopy& site = product.Site();
   site.Remove("bin/META_INFO/a.server");
   site.Remove("bin/META_INFO/c.server");
-  const HubResult result = RunHub("run --bin " + site.Bin());
+  const HubResult result = RunHub("run --json --bin " + site.Bin());
   EXPECT_EQ(1, result.status);
-  EXPECT_EQ(MissingDescription(site, "a.server", 1) + MissingDescription(site, "c.server", 3),
-            result.errors);
+  const std::string first = MissingDescription(site, "a.server", 1);
+  const std::string second = MissingDescription(site, "c.server", 3);
+  EXPECT_EQ("HUB: " + first + "\nHUB: " + second + "\n", result.errors);
+  const json run = result.Json();
+  EXPECT_EQ("failed: " + first + " (and 1 more)", run["sentence"]);
+  EXPECT_EQ(json::array({{{"severity", "error"}, {"text", first}},
+                         {{"severity", "error"}, {"text", second}}}),
+            run["findings"]);
 }
 
 TEST(UnreadableProduct, WithAPluginWithoutAnIdNamesItsLine) {
