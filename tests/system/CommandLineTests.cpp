@@ -61,7 +61,11 @@ TEST_F(CommandLine, WithoutACommandIsRefused) {
   const std::string commands = "; there are run and model (HUB --help)\n";
   EXPECT_EQ("HUB: no command is given" + commands, Refused(""));
   EXPECT_EQ("HUB: \"fly\" is no command" + commands, Refused("fly"));
-  EXPECT_EQ("HUB: \"--nope\" stands where the command belongs" + commands, Refused("--nope"));
+  EXPECT_EQ("HUB: \"-\" is no command" + commands, Refused("-"));
+  for (const std::string option : {"--nope", "-x"}) {
+    EXPECT_EQ("HUB: \"" + option + "\" stands where the command belongs" + commands,
+              Refused(option));
+  }
   EXPECT_EQ(
       "HUB: \"--bin\" stands before the command: first run, then its options (HUB run --help)\n",
       Refused("--bin x run"));
