@@ -6,6 +6,7 @@
 #include <chrono>
 #include <cstddef>
 #include <filesystem>
+#include <regex>
 #include <string>
 
 #include "reference/os/LocalText.h"
@@ -110,6 +111,10 @@ TEST(PluginThatHangs, InInitIsNamedAndLeftBehindAfterTheStopsLimit) {
   const HubResult result = hub.Wait();
   EXPECT_EQ(4, result.status);
   EXPECT_THAT(result.output, HasSubstr("NOT RETURNED"));
+  EXPECT_TRUE(std::regex_search(
+      result.output,
+      std::regex(R"(\n  1 of 2 started; waiting for hangs\.server \(\d+\.\d s\)\n)")))
+      << result.output;
   EXPECT_THAT(result.output, HasSubstr("\nleft behind: hangs.server has not returned from its Init "
                                        "(stopped by "));
 }

@@ -3,6 +3,7 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <set>
 #include <string>
 #include <vector>
 
@@ -12,7 +13,9 @@
 #include "workbench/record/RunState.h"
 
 namespace fs = std::filesystem;
+using testing::EndsWith;
 using testing::HasSubstr;
+using testing::StartsWith;
 
 namespace {
 
@@ -26,6 +29,11 @@ TEST(Record, LiesInTheUsersStateFolderAndIsNamedInTheObject) {
   const std::vector<fs::path> records = RecordsBelow(state.Path());
   ASSERT_EQ(1U, records.size());
   EXPECT_EQ(LocalFromPath(records[0]), result.Json()["record"].get<std::string>());
+  std::set<fs::path> beside;
+  for (const auto& entry : fs::directory_iterator(records[0].parent_path())) {
+    if (entry.path() != records[0]) beside.insert(entry.path().filename());
+  }
+  EXPECT_EQ(std::set<fs::path>{"lock"}, beside);
 }
 
 TEST(Record, HasTheStopRequestWhenItsSecondsHavePassed) {
@@ -103,6 +111,17 @@ TEST(Record, IsNotWrittenWhenNobodyWantsIt) {
   EXPECT_EQ(0, result.status) << result.errors;
   EXPECT_TRUE(RecordsBelow(state.Path()).empty());
   EXPECT_EQ(nullptr, result.Json()["record"]);
+}
+
+TEST(Record, ThatHasNoFolderIsReportedAndDegradesTheRun) {
+  MadeProduct product;
+  HubSettings settings;
+  settings.state = product.Plugin("a.server").Site().Path("Product.xml");
+  const HubResult result = product.RunUntilUp("--events", settings);
+  EXPECT_EQ(3, result.status);
+  EXPECT_THAT(result.errors, StartsWith("HUB: error: no flight record: "));
+  EXPECT_THAT(result.errors, EndsWith("; --no-record runs without one, --record FILE writes "
+                                      "elsewhere\n"));
 }
 
 TEST(Record, ThatWasAskedForAndCannotBeWrittenIsWrongUse) {
