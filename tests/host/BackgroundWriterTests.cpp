@@ -78,10 +78,17 @@ TEST(BackgroundWriter, TriesNothingMoreAfterAFailure) {
   EXPECT_EQ("one", reader.Text());
 }
 
+TEST(BackgroundWriter, HasNothingToWaitForAtFirst) {
+  BackgroundWriter& writer = MakeWriter(*new Reader);
+  writer.Flush(std::chrono::milliseconds(0));
+  EXPECT_EQ("", writer.Error());
+}
+
 TEST(BackgroundWriter, SaysThatNobodyReads) {
   Reader& reader = *new Reader;
   BackgroundWriter& writer = MakeWriter(reader);
   writer.Write("one");
+  ASSERT_TRUE(reader.begun.Wait());
   writer.Flush(std::chrono::milliseconds(0));
   EXPECT_EQ("nobody reads it", writer.Error());
   reader.goesOn.Arrive();
