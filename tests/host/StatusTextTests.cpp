@@ -161,9 +161,12 @@ TEST(WaitingLog, IsDueWhenWhoIsWaitedForChangesAndOnceAMinute) {
 
 TEST(EventText, SaysWhatBecameOfAPluginAndWhy) {
   RunBuilder run;
-  for (const char* id : {"waits", "ok", "bad", "gone", "down", "stays"}) run.Plugin(id);
+  for (const char* id : {"waits", "ok", "bad", "gone", "down", "stays", "at_once"}) {
+    run.Plugin(id);
+  }
   run.Started("ok", 12).InitFailed("bad", "its Init returned false").NotLoaded("gone", "no file");
   run.Started("down").Stopped("down", 8).Started("stays").StopRefused("stays", "it said no");
+  run.Started("at_once").Stopped("at_once", 0);
   std::vector<std::string> texts;
   for (const PluginRun& plugin : run.State().Plugins()) texts.push_back(EventText(plugin));
   const std::vector<std::string> expected = {"",
@@ -171,7 +174,8 @@ TEST(EventText, SaysWhatBecameOfAPluginAndWhy) {
                                              "INIT FAILED after 7 ms: its Init returned false",
                                              "NOT LOADED: no file",
                                              "stopped in 8 ms",
-                                             "STOP REFUSED: it said no; its library stays mapped"};
+                                             "STOP REFUSED: it said no; its library stays mapped",
+                                             "stopped in 0 ms"};
   EXPECT_EQ(expected, texts);
 }
 
