@@ -406,7 +406,8 @@ RunBuilder InEachState() {
 
 TEST(NeedsAttention, WhatIsNotStartedOrNotStopped) {
   std::string names;
-  for (const PluginRun& plugin : InEachState().State().Plugins()) {
+  const RunBuilder run = InEachState();
+  for (const PluginRun& plugin : run.State().Plugins()) {
     if (NeedsAttention(plugin)) names += plugin.head.id + " ";
   }
   EXPECT_EQ("waits ready loads inits failed gone refused uninits ", names);
@@ -425,8 +426,8 @@ TEST(ReasonText, IsOfTheStartAndOfTheStop) {
 
 TEST(OutcomeWord, IsTheStateOrTheStartsFailureAlsoAfterAGoodStop) {
   std::string words;
-  for (const PluginRun& plugin : InEachState().State().Plugins())
-    words += OutcomeWord(plugin) + " ";
+  const RunBuilder run = InEachState();
+  for (const PluginRun& plugin : run.State().Plugins()) words += OutcomeWord(plugin) + " ";
   EXPECT_EQ(
       "waiting waiting stopped waiting ready loading in-init started init-failed not-loaded "
       "stopped stop-refused in-uninit ",
