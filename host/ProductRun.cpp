@@ -137,8 +137,8 @@ void ProductRun::WaitForStopRequest() {
   WaitUntil([this] { return m_stopAsked || StartCallbackResult(); });
   m_facts.callbackResult = StartCallbackResult();
   if (m_facts.callbackResult == false) {
-    m_facts.failure = "the plugins could not be started: " +
-                      StartFailure(m_monitor.Notes()).value_or(PlatformError());
+    const std::optional<std::string> logged = StartFailure(m_monitor.Notes());
+    m_facts.failure = "the plugins could not be started: " + (logged ? *logged : PlatformError());
     return;
   }
   if (m_facts.callbackResult) {
