@@ -293,7 +293,7 @@ std::optional<std::string> RecordWithAWriter() {
 TEST(CrashReport, FollowsALineOfTheRecordThatIsBeingWritten) {
   std::optional<std::string> record;
   for (int i = 0; i < 20 && !record; ++i) record = RecordWithAWriter();
-  if (!record) GTEST_SKIP() << "the machine is too busy";
+  ASSERT_TRUE(record) << "the machine held the process up for 100 ms each time";
   EXPECT_EQ("a line\n{\"record\"", record->substr(0, 16));
 }
 
