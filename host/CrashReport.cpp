@@ -89,8 +89,7 @@ void BeginCode(const std::string& plugin, const char* phase) {
 
 void AddMapped(const std::string& path) {
   const auto range = LoadedModule(path);
-  const std::size_t at = g_mapped.load();
-  if (!range || at >= g_libraries.size()) return;
+  if (!range) return;
   const std::size_t mine = g_mapped.fetch_add(1);
   if (mine >= g_libraries.size()) return;
   g_libraries[mine].plugin.Set(t_code.plugin.View());

@@ -377,6 +377,27 @@ TEST(CrashReport, OfCodeThatIsBeingUnmappedOnItsOwnThreadIsOfTheStop) {
             LineOfLibrary({Event(Kind::kUnloadTaskBegin, "a"), Event(Kind::kFreeBegin)}));
 }
 
+/// The end of the record's line when code of the library of the plugin a, which was loaded after
+/// `count` others, calls exit.
+std::string LineOfLibraryAfter(int count) {
+  const End end = EndOf(kRecord, [&](SystemFile) {
+    std::thread([&] {
+      const std::string path = TEV_FIXTURES "/well_behaved.dll";
+      Load("b", path);
+      for (int i = 1; i < count; ++i) Track({Event(Kind::kLoadSucceeded, "", path)});
+      const HMODULE library = Load("a", TEV_FIXTURES "/init_exits.dll");
+      reinterpret_cast<bool (*)()>(GetProcAddress(library, "Init"))();
+    }).join();
+  });
+  return end.record.substr(end.record.find(',', end.record.find("\"thread\"")));
+}
+
+TEST(CrashReport, KnowsTheLibrariesThatWereLoadedAsFourThousandAndNinetySixFirst) {
+  EXPECT_EQ(OnAThreadOfA(), LineOfLibraryAfter(4095));
+  EXPECT_EQ(",\"text\":\"exit(0) on a thread that runs no plugin's Init or UnInit\"}\n",
+            LineOfLibraryAfter(4096));
+}
+
 TEST(CrashReport, OfNoPluginsCodeIsOfNoneOfTheirLibraries) {
   const End end = EndOf(kRecord, [](SystemFile) {
     Load("a", TEV_FIXTURES "/well_behaved.dll");
