@@ -48,8 +48,8 @@ struct MappedLibrary {
   std::atomic<bool> unmapped{false};
 };
 
-/// Filled from the front, each entry by one thread. `g_mapped` counts the complete entries and
-/// those that are being filled, whose `end` is still 0.
+/// Filled from the front, each entry by one thread. `g_mapped` counts the complete entries, those
+/// that are being filled, whose `end` is still 0, and the libraries for which there is no entry.
 std::array<MappedLibrary, 4096> g_libraries;
 std::atomic<std::size_t> g_mapped{0};
 
