@@ -1,0 +1,7 @@
+#include "workbench/product/XmlThreads.h"
+
+#include <libxml/parser.h>
+
+void PrepareXmlForThreads() {
+  xmlInitParser();
+}
