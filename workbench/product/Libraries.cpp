@@ -145,8 +145,7 @@ std::string WrongFile(const fs::path& library, const LibraryHeader& header,
   if (header.format == Format::kUnreadable) return std::string();
   if (fs::file_size(library, error) == 0 && !error) return "is empty";
   if (header.format == Format::kNone) return "is no library: neither ELF nor PE";
-  const bool programKnown = program.format == Format::kElf || program.format == Format::kPe;
-  if (programKnown && header.format != program.format) {
+  if (program.IsLibraryFile() && header.format != program.format) {
     return std::string("is a library of the format ") + FormatName(header.format) +
            ", this program needs " + FormatName(program.format);
   }
@@ -162,13 +161,16 @@ std::string WrongFile(const fs::path& library, const LibraryHeader& header,
 
 std::optional<std::vector<std::string>> NeededLibraries(const fs::path& file) {
   LibraryHeader header = ReadLibraryHeader(file);
-  const bool known = header.format == Format::kElf || header.format == Format::kPe;
-  if (!known || header.broken) return std::nullopt;
+  if (!header.IsLibraryFile() || header.broken) return std::nullopt;
   return std::move(header.needed);
 }
 
 std::vector<std::string> ExportedNames(const fs::path& file) {
-  return ReadLibraryHeader(file, LibraryPart::kExports).exported;
+  std::vector<std::string> names;
+  for (const ExportedSymbol& symbol : ReadLibraryHeader(file).exported) {
+    names.emplace_back(symbol.name);
+  }
+  return names;
 }
 
 std::string WhyNotLoaded(const fs::path& library, const std::string& loaderWords,
