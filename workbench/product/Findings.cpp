@@ -11,7 +11,6 @@ namespace fs = std::filesystem;
 namespace {
 
 constexpr std::size_t kMostNames = 5;  // of plugins, before "and N more"
-constexpr char kArrow[] = " \xE2\x86\x92 ";
 
 std::string Shown(const std::string& id) {
   return id.empty() ? "(no ID)" : id;
@@ -69,16 +68,6 @@ std::string NamelessFinding(const ModelFileEntry& entry, const LocalNames& names
 }
 
 }  // namespace
-
-std::string CycleText(const std::vector<std::string>& cycle) {
-  std::string text;
-  const std::size_t shown = std::min(cycle.size(), 2 * kMostNames);
-  for (std::size_t i = 0; i < shown; ++i) text += Shown(cycle[i]) + kArrow;
-  if (shown < cycle.size()) {
-    text += "(" + std::to_string(cycle.size() - shown) + " more)" + kArrow;
-  }
-  return text + Shown(cycle.front());
-}
 
 std::vector<Finding> FindingsBeforeStart(const fs::path& bin, const ProductModel& model,
                                          const LocalNames& names) {

@@ -15,9 +15,6 @@ struct Finding {
   std::string text;
 };
 
-/// A cycle as "a → b → a"; for a long one, the first members and how many more there are.
-std::string CycleText(const std::vector<std::string>& cycle);
-
 /// What prevents plugins of a readable product from ever starting, or its stop from ending:
 /// dependency cycles, plugins that depend on themselves, sub platforms without an ID. `model` is
 /// the one that the frame handed over; files are read only when there is something to report.

@@ -4,10 +4,13 @@
 #include <cstddef>
 #include <deque>
 #include <set>
+#include <utility>
 
 namespace {
 
-constexpr std::int32_t kOrders = 1;  // a DependentType
+constexpr std::int32_t kOrders = 1;     // a DependentType
+constexpr std::size_t kMostShown = 10;  // members of a cycle
+constexpr char kArrow[] = " \xE2\x86\x92 ";
 
 /// The same rule as the frame's: see OrdersTheStart there.
 bool OrdersTheStart(const PluginDependency& dependency) {
@@ -168,6 +171,20 @@ std::vector<std::vector<std::string>> FindCycles(const StartGraph& graph) {
   return cycles;
 }
 
+std::vector<std::vector<std::string>> FindWaitingGroups(const StartGraph& graph) {
+  const Edges edges = EdgesOf(graph);
+  const Groups groups(edges);
+  std::map<std::size_t, std::vector<std::string>> byFirst;
+  for (std::size_t node = 0; node < edges.size(); ++node) {
+    byFirst[groups[node]].push_back(graph.ids[node]);
+  }
+  std::vector<std::vector<std::string>> found;
+  for (auto& [first, members] : byFirst) {
+    if (members.size() > 1) found.push_back(std::move(members));
+  }
+  return found;
+}
+
 std::vector<std::string> WaitingBehind(const StartGraph& graph,
                                        const std::vector<std::string>& members) {
   const auto positions = Positions(graph);
@@ -185,10 +202,20 @@ std::vector<std::string> WaitingBehind(const StartGraph& graph,
       queue.push_back(node);
     }
   }
+  const std::set<std::string> inside(members.begin(), members.end());
   std::vector<std::string> behind;
   for (std::size_t node = 0; node < reached.size(); ++node) {
     const std::string& id = graph.ids[node];
-    if (reached[node] && std::count(members.begin(), members.end(), id) == 0) behind.push_back(id);
+    if (reached[node] && inside.count(id) == 0) behind.push_back(id);
   }
   return behind;
+}
+
+std::string CycleText(const std::vector<std::string>& cycle) {
+  const auto shown = [](const std::string& id) { return id.empty() ? "(no ID)" : id; };
+  std::string text;
+  const std::size_t most = std::min(cycle.size(), kMostShown);
+  for (std::size_t i = 0; i < most; ++i) text += shown(cycle[i]) + kArrow;
+  if (most < cycle.size()) text += "(" + std::to_string(cycle.size() - most) + " more)" + kArrow;
+  return text + shown(cycle.front());
 }

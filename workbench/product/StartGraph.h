@@ -23,6 +23,15 @@ StartGraph MakeStartGraph(const ProductModel& model);
 /// first in the model; the cycles are in the order of these plugins.
 std::vector<std::vector<std::string>> FindCycles(const StartGraph& graph);
 
+/// The groups of two or more plugins that all wait for each other, directly or not: for each cycle
+/// of FindCycles with two or more plugins the group that it goes through, in the same order. The
+/// members are in the model's order.
+std::vector<std::vector<std::string>> FindWaitingGroups(const StartGraph& graph);
+
 /// The plugins outside `members` that depend on one of them, directly or not, in the model's order.
 std::vector<std::string> WaitingBehind(const StartGraph& graph,
                                        const std::vector<std::string>& members);
+
+/// A cycle as "a → b → a"; for a long one, the first members and how many more there are. An empty
+/// ID is shown as "(no ID)".
+std::string CycleText(const std::vector<std::string>& cycle);

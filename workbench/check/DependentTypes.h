@@ -1,0 +1,15 @@
+#pragma once
+
+#include <string>
+#include <vector>
+
+#include "workbench/check/JudgedDependency.h"
+
+// What the rules on DependentType have in common.
+
+/// The <Plugin> dependencies of libraries by whose DependentType the frame does not wait, unless
+/// another dependency makes it wait for the same plugin.
+std::vector<JudgedDependency> TypesThatOrderNothing(const CheckedProduct& product);
+
+/// Whether the text is a number of at most nine digits, perhaps with blanks around it.
+bool IsPlainNumber(const std::string& text);

@@ -1,0 +1,49 @@
+#include <algorithm>
+#include <iterator>
+#include <tuple>
+
+#include "workbench/check/Rule.h"
+
+// A row for each rule; the name is that of its file in rules/ and, after "k", of its constant.
+#define TEV_RULES(RULE)
+
+#define TEV_DECLARE(name) extern const Rule k##name;
+TEV_RULES(TEV_DECLARE)
+#undef TEV_DECLARE
+
+const std::vector<const Rule*>& AllRules() {
+#define TEV_ADDRESS(name) &k##name,
+  static const std::vector<const Rule*> rules = {TEV_RULES(TEV_ADDRESS)};
+#undef TEV_ADDRESS
+  return rules;
+}
+
+const Rule* FindRule(const std::string& id) {
+  const auto& rules = AllRules();
+  const auto found =
+      std::find_if(rules.begin(), rules.end(), [&](const Rule* rule) { return rule->id == id; });
+  return found == rules.end() ? nullptr : *found;
+}
+
+RuleFindings RunRules(const std::vector<const Rule*>& rules, const CheckedProduct& product) {
+  RuleFindings findings;
+  for (const Rule* rule : rules) {
+    const std::size_t before = findings.size();
+    rule->check(product, findings);
+    for (std::size_t i = before; i < findings.size(); ++i) {
+      findings[i].rule = rule->id;
+      findings[i].severity = rule->severity;
+    }
+  }
+  const auto order = [](const RuleFinding& finding) {
+    return std::tie(finding.place.file, finding.place.line, finding.place.column, finding.rule,
+                    finding.message);
+  };
+  std::stable_sort(findings.begin(), findings.end(),
+                   [&](const RuleFinding& a, const RuleFinding& b) { return order(a) < order(b); });
+  const auto same = [&](const RuleFinding& a, const RuleFinding& b) {
+    return order(a) == order(b);
+  };
+  findings.erase(std::unique(findings.begin(), findings.end(), same), findings.end());
+  return findings;
+}
