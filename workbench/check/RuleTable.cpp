@@ -51,7 +51,21 @@
   RULE(OtherVersion)         \
   RULE(NothingStarts)        \
   RULE(DroppedByModule)      \
-  RULE(ReplacedByAddon)
+  RULE(ReplacedByAddon)      \
+  /* TEV3xx, dependencies */ \
+  RULE(UnknownDependency)    \
+  RULE(UnstartedDependency)  \
+  RULE(VersionAbove)         \
+  RULE(UnorderedType)        \
+  RULE(RepeatedDependency)   \
+  RULE(DependencyOnItself)   \
+  RULE(DependencyCycle)      \
+  RULE(NamelessDependency)   \
+  RULE(PlatformCategory)     \
+  RULE(StartedPlatform)      \
+  RULE(LostGroup)            \
+  RULE(OtherPlatform)        \
+  RULE(OtherDependentType)
 
 #define TEV_DECLARE(name) extern const Rule k##name;
 TEV_RULES(TEV_DECLARE)
