@@ -5,67 +5,84 @@
 #include "workbench/check/Rule.h"
 
 // A row for each rule; the name is that of its file in rules/ and, after "k", of its constant.
-#define TEV_RULES(RULE)      \
-  /* TEV1xx, files */        \
-  RULE(MissingFile)          \
-  RULE(UnreadableFile)       \
-  RULE(NotWellFormed)        \
-  RULE(WrongRoot)            \
-  RULE(InNamespace)          \
-  RULE(NotUtf8)              \
-  RULE(StandIn)              \
-  RULE(DeclaredEncoding)     \
-  RULE(TooLong)              \
-  RULE(MisspeltElement)      \
-  RULE(MisspeltAttribute)    \
-  RULE(Misplaced)            \
-  RULE(SecondSection)        \
-  RULE(ReadOnce)             \
-  RULE(FlagValue)            \
-  RULE(NumberValue)          \
-  RULE(StrayText)            \
-  RULE(UnreadFile)           \
-  RULE(NotRead)              \
-  RULE(RequiredValue)        \
-  RULE(BlankEnds)            \
-  RULE(PrefixedAttribute)    \
-  RULE(DocumentType)         \
-  RULE(OtherThanSchema)      \
-  /* TEV2xx, plugins */      \
-  RULE(NoDescription)        \
-  RULE(UnlistedDescription)  \
-  RULE(OtherID)              \
-  RULE(DescriptionWithoutID) \
-  RULE(IDNoFileName)         \
-  RULE(OtherLetterCase)      \
-  RULE(DoubledPlugin)        \
-  RULE(VersionAsText)        \
-  RULE(WrongType)            \
-  RULE(TypeAndFiles)         \
-  RULE(DriverAsPlugin)       \
-  RULE(DoubledSubPlatform)   \
-  RULE(SubPlatformWithoutID) \
-  RULE(EntryWithoutID)       \
-  RULE(ManyPlugins)          \
-  RULE(AddonCategory)        \
-  RULE(OtherVersion)         \
-  RULE(NothingStarts)        \
-  RULE(DroppedByModule)      \
-  RULE(ReplacedByAddon)      \
-  /* TEV3xx, dependencies */ \
-  RULE(UnknownDependency)    \
-  RULE(UnstartedDependency)  \
-  RULE(VersionAbove)         \
-  RULE(UnorderedType)        \
-  RULE(RepeatedDependency)   \
-  RULE(DependencyOnItself)   \
-  RULE(DependencyCycle)      \
-  RULE(NamelessDependency)   \
-  RULE(PlatformCategory)     \
-  RULE(StartedPlatform)      \
-  RULE(LostGroup)            \
-  RULE(OtherPlatform)        \
-  RULE(OtherDependentType)
+#define TEV_RULES(RULE)         \
+  /* TEV1xx, files */           \
+  RULE(MissingFile)             \
+  RULE(UnreadableFile)          \
+  RULE(NotWellFormed)           \
+  RULE(WrongRoot)               \
+  RULE(InNamespace)             \
+  RULE(NotUtf8)                 \
+  RULE(StandIn)                 \
+  RULE(DeclaredEncoding)        \
+  RULE(TooLong)                 \
+  RULE(MisspeltElement)         \
+  RULE(MisspeltAttribute)       \
+  RULE(Misplaced)               \
+  RULE(SecondSection)           \
+  RULE(ReadOnce)                \
+  RULE(FlagValue)               \
+  RULE(NumberValue)             \
+  RULE(StrayText)               \
+  RULE(UnreadFile)              \
+  RULE(NotRead)                 \
+  RULE(RequiredValue)           \
+  RULE(BlankEnds)               \
+  RULE(PrefixedAttribute)       \
+  RULE(DocumentType)            \
+  RULE(OtherThanSchema)         \
+  /* TEV2xx, plugins */         \
+  RULE(NoDescription)           \
+  RULE(UnlistedDescription)     \
+  RULE(OtherID)                 \
+  RULE(DescriptionWithoutID)    \
+  RULE(IDNoFileName)            \
+  RULE(OtherLetterCase)         \
+  RULE(DoubledPlugin)           \
+  RULE(VersionAsText)           \
+  RULE(WrongType)               \
+  RULE(TypeAndFiles)            \
+  RULE(DriverAsPlugin)          \
+  RULE(DoubledSubPlatform)      \
+  RULE(SubPlatformWithoutID)    \
+  RULE(EntryWithoutID)          \
+  RULE(ManyPlugins)             \
+  RULE(AddonCategory)           \
+  RULE(OtherVersion)            \
+  RULE(NothingStarts)           \
+  RULE(DroppedByModule)         \
+  RULE(ReplacedByAddon)         \
+  /* TEV3xx, dependencies */    \
+  RULE(UnknownDependency)       \
+  RULE(UnstartedDependency)     \
+  RULE(VersionAbove)            \
+  RULE(UnorderedType)           \
+  RULE(RepeatedDependency)      \
+  RULE(DependencyOnItself)      \
+  RULE(DependencyCycle)         \
+  RULE(NamelessDependency)      \
+  RULE(PlatformCategory)        \
+  RULE(StartedPlatform)         \
+  RULE(LostGroup)               \
+  RULE(OtherPlatform)           \
+  RULE(OtherDependentType)      \
+  /* TEV4xx, libraries */       \
+  RULE(MissingLibrary)          \
+  RULE(LibraryInOtherCase)      \
+  RULE(NoLibrary)               \
+  RULE(LibraryForOtherSystem)   \
+  RULE(NoInit)                  \
+  RULE(NoUnInit)                \
+  RULE(MangledEntry)            \
+  RULE(EntryIsNoFunction)       \
+  RULE(NeededLibraryMissing)    \
+  RULE(NeededLibraryBeside)     \
+  RULE(SharedLibraryFile)       \
+  RULE(WritableLibrary)         \
+  RULE(MissingSymbols)          \
+  RULE(ImportWithoutDependency) \
+  RULE(DependencyWithoutImport) \
+  RULE(UnusableProgram)
 
 #define TEV_DECLARE(name) extern const Rule k##name;
 TEV_RULES(TEV_DECLARE)
