@@ -82,7 +82,24 @@
   RULE(MissingSymbols)          \
   RULE(ImportWithoutDependency) \
   RULE(DependencyWithoutImport) \
-  RULE(UnusableProgram)
+  RULE(UnusableProgram)         \
+  /* TEV5xx, the catalogue */   \
+  RULE(UnknownProduct)          \
+  RULE(LowProductVersion)       \
+  RULE(IncompatibleAddon)       \
+  RULE(CrossedVersions)         \
+  RULE(NoAddonDescription)      \
+  RULE(OtherAddonDescribed)     \
+  RULE(ReplacedAddonMissing)    \
+  RULE(AddonWithoutID)          \
+  RULE(UnknownSupportedProduct) \
+  RULE(MissingPackage)          \
+  RULE(WrongChecksum)           \
+  RULE(MissingCatalogue)        \
+  RULE(DoubledAddon)            \
+  RULE(InstalledVersion)        \
+  RULE(HighestVersionPassed)    \
+  RULE(ReplacementNotRead)
 
 #define TEV_DECLARE(name) extern const Rule k##name;
 TEV_RULES(TEV_DECLARE)
