@@ -99,7 +99,12 @@
   RULE(DoubledAddon)            \
   RULE(InstalledVersion)        \
   RULE(HighestVersionPassed)    \
-  RULE(ReplacementNotRead)
+  RULE(ReplacementNotRead)      \
+  /* TEV6xx, the portal */      \
+  RULE(UnknownMenuItem)         \
+  RULE(ItemWithoutItems)        \
+  RULE(ModeType)                \
+  RULE(SharedPermission)
 
 #define TEV_DECLARE(name) extern const Rule k##name;
 TEV_RULES(TEV_DECLARE)
