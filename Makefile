@@ -34,8 +34,9 @@ model: build ## Print what the frame hands over of the sample product, as JSON
 docs: build ## Put what HUB prints into README.md and docs/ where they show it, its help into the tests
 	@tests/docs/shown_output.py --write --hub $(HUB) --site $(BUILD)/site \
 	  --fixtures $(BUILD)/fixtures README.md docs/*.md
+	@tests/docs/check_rules.py --write --hub $(HUB) --lay-out $(BUILD)/bin/lay_out_case docs/check.md
 	@$(HUB) --help > tests/system/help/HUB.txt
-	@for command in run model; do $(HUB) $$command --help > tests/system/help/$$command.txt; done
+	@for command in run check model; do $(HUB) $$command --help > tests/system/help/$$command.txt; done
 
 test: build ## Run every test
 	@ctest --preset $(PRESET)

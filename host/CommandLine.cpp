@@ -7,6 +7,7 @@
 #include <fstream>
 #include <iostream>
 #include <limits>
+#include <map>
 #include <memory>
 #include <set>
 #include <sstream>
@@ -30,14 +31,16 @@ constexpr char kFooter[] =
     "  HUB run --bin /srv/site/bin               run until Ctrl-C, show the plugins\n"
     "  HUB run --bin /srv/site/bin --seconds 5 --json > run.json\n"
     "  HUB run --start-timeout 60 --log hub.log  HUB's own folder, for a supervisor\n"
+    "  HUB check --bin /srv/site/bin             what is wrong with the product\n"
     "  HUB model --bin /srv/site/bin             what the frame makes of the files\n"
     "\n"
     "Exit status of run: 0 all plugins started and stopped; 1 the frame failed;\n"
     "2 wrong use; 3 up, but degraded; 4 stopped before it was up, or left with\n"
-    "plugins that had not returned; of a crash: the signal's own.";
+    "plugins that had not returned; of a crash: the signal's own.\n"
+    "Exit status of check: 0 no findings that count; 1 findings; 2 it cannot check.";
 
 std::vector<Command> Commands() {
-  return {RunCommand(), ModelCommand()};
+  return {RunCommand(), CheckCommand(), ModelCommand()};
 }
 
 std::string Quoted(const std::string& word) {
@@ -93,11 +96,17 @@ std::string WhyNotReplaced(const fs::path& file) {
 /// What is wrong with options that the parser has accepted; empty when nothing is.
 std::string WhatIsWrong(const Options& options) {
   if (options.json && options.events) return "--json and --events: only one of them";
+  if (!options.check.against.empty() && !options.check.baseline.empty()) {
+    return "--against and --baseline: only one of them";
+  }
   if (options.noRecord && !options.record.empty())
     return "--record and --no-record: only one of them";
   for (const auto& [option, value] :
        {std::pair("--bin", options.bin), std::pair("--log", options.log),
-        std::pair("--record", options.record)}) {
+        std::pair("--record", options.record), std::pair("--output", options.check.output),
+        std::pair("--baseline", options.check.baseline),
+        std::pair("--write-baseline", options.check.writeBaseline),
+        std::pair("--against", options.check.against), std::pair("--with", options.check.with)}) {
     if (value.rfind("--", 0) != 0) continue;
     return std::string(option) + " needs a value, and " + Quoted(value) + " is an option";
   }
@@ -107,7 +116,9 @@ std::string WhatIsWrong(const Options& options) {
   if (!fs::exists(bin, error)) return "--bin: " + options.bin + " does not exist";
   if (!fs::is_directory(bin, error)) return "--bin: " + options.bin + " is no folder";
   for (const auto& [option, file] :
-       {std::pair("--log: ", options.log), std::pair("--record: ", options.record)}) {
+       {std::pair("--log: ", options.log), std::pair("--record: ", options.record),
+        std::pair("--output: ", options.check.output),
+        std::pair("--write-baseline: ", options.check.writeBaseline)}) {
     if (IsProductFile(file, bin)) {
       return option + file + " is one of the product's own files, or could pass for one";
     }
@@ -187,6 +198,20 @@ std::string WrongUse(const CLI::ParseError& error, const CLI::App& app,
   return option == nullptr ? error.what() : WrongValue(error, *option);
 }
 
+/// Accepts auto, always or never and replaces it by the number of the enumerator.
+CLI::Validator ColorName() {
+  return CLI::Validator(
+      [](std::string& text) {
+        const std::map<std::string, Color> colors = {
+            {"auto", Color::kAuto}, {"always", Color::kAlways}, {"never", Color::kNever}};
+        const auto color = colors.find(CLI::detail::to_lower(text));
+        if (color == colors.end()) return "\"" + text + "\" is neither auto, always nor never";
+        text = std::to_string(static_cast<int>(color->second));
+        return std::string();
+      },
+      std::string());
+}
+
 }  // namespace
 
 CLI::Validator Path() {
@@ -208,6 +233,19 @@ CLI::Validator Between(int least, int most) {
       std::string());  // no text for the help: the option's own help line names the range
 }
 
+CLI::Validator OneOf(const std::vector<std::string>& words) {
+  return CLI::Validator(
+      [words](const std::string& text) {
+        if (std::count(words.begin(), words.end(), text) != 0) return std::string();
+        std::string known;
+        for (std::size_t i = 0; i < words.size(); ++i) {
+          known += (i == 0 ? "neither " : i + 1 < words.size() ? ", " : " nor ") + words[i];
+        }
+        return Quoted(text) + " is " + known;
+      },
+      std::string());
+}
+
 void AddProductOptions(CLI::App& command, Options& options) {
   const std::string product = "The product";
   command
@@ -224,7 +262,9 @@ void AddProductOptions(CLI::App& command, Options& options) {
       ->type_name("N")
       ->check(Between(std::numeric_limits<int>::min(), std::numeric_limits<int>::max()))
       ->group(product);
+}
 
+void AddLogOptions(CLI::App& command, Options& options) {
   const std::string log = "The log";
   command.add_option("--log", options.log, "Append every log line to this file")
       ->type_name("FILE")
@@ -248,6 +288,15 @@ void AddProductOptions(CLI::App& command, Options& options) {
       ->type_name("N")
       ->check(Between(1, 1000))
       ->group(log);
+}
+
+void AddColorOption(CLI::App& command, Options& options, const std::string& group) {
+  command
+      .add_option("--color", options.color,
+                  "auto, always or never; auto: on a terminal,\nunless NO_COLOR is set")
+      ->type_name("WHEN")
+      ->transform(ColorName())
+      ->group(group);
 }
 
 std::optional<Request> ReadCommandLine(HostContext& context, ExitStatus& status) {

@@ -2,6 +2,7 @@
 
 #include <optional>
 #include <string>
+#include <vector>
 
 #include "host/Commands.h"
 
@@ -16,8 +17,17 @@ CLI::Validator Path();
 /// Accepts whole numbers from `least` to `most`.
 CLI::Validator Between(int least, int most);
 
+/// Accepts one of `words`.
+CLI::Validator OneOf(const std::vector<std::string>& words);
+
 /// The options of every command that reads a product.
 void AddProductOptions(CLI::App& command, Options& options);
+
+/// The options of every command that keeps the frame's log.
+void AddLogOptions(CLI::App& command, Options& options);
+
+/// --color.
+void AddColorOption(CLI::App& command, Options& options, const std::string& group);
 
 /// What the command line asks for.
 struct Request {

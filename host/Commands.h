@@ -19,12 +19,28 @@ enum ExitStatus : int {
   kBySignal = -1,  // a crash ends the process; the system sets its exit status
   kOk = 0,
   kFrameFailed = 1,
+  kFindings = 1,  // of `check`
   kUsage = 2,
   kDegraded = 3,
   kCutShort = 4  // stopped before all was started, or plugins have not returned from Init or UnInit
 };
 
 enum class Color { kAuto, kAlways, kNever };
+
+/// What the command line asks of `check` alone.
+struct CheckOptions {
+  std::string format = "text";
+  std::string output;  // file; empty: standard output
+  std::string select;  // rules, as ChooseRules has them
+  std::string ignore;
+  std::string failOn = "error";
+  std::string baseline;       // file of the findings that are accepted
+  std::string writeBaseline;  // file to write one to
+  std::string against;        // folder of another product's executables, for what changes
+  std::string with;           // folder of an addon that is put into the product first
+  bool listRules = false;
+  std::string explain;  // ID of a rule
+};
 
 /// What the command line asks for.
 struct Options {
@@ -48,6 +64,8 @@ struct Options {
   std::optional<double> seconds;       // how long to run; none: until a stop request
   std::optional<double> startTimeout;  // seconds; none: no limit
   double stopTimeout = 90;             // seconds during which no plugin finishes its stop
+
+  CheckOptions check;
 };
 
 /// What every command needs; created at the start of main, destroyed at its end.
@@ -74,6 +92,9 @@ struct Command {
 /// `model`: initialises the frame, prints the models that it passes to the platform as one JSON
 /// object, un-initialises the frame.
 Command ModelCommand();
+
+/// `check`: finds what is wrong with a product, without loading its plugins.
+Command CheckCommand();
 
 /// `run`: starts the product, shows its plugins, and stops it on request or after a time.
 Command RunCommand();

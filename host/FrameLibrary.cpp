@@ -5,7 +5,6 @@
 #include "host/LoadReasons.h"
 #include "reference/os/ProcessPath.h"
 #include "sdk/base/path.h"
-#include "sdk/os/os.h"
 
 namespace {
 
@@ -21,18 +20,23 @@ void LookUp(Entry& entry, HMODULE library, const char* name, const std::string& 
 }  // namespace
 
 FrameLibrary::FrameLibrary(const std::string& path) {
-  const HMODULE library = LoadLibraryW(LocalToWide(path).c_str());
-  const DWORD error = library == nullptr ? GetLastError() : 0;
-  if (library == nullptr) {
+  m_library = LoadLibraryW(LocalToWide(path).c_str());
+  const DWORD error = m_library == nullptr ? GetLastError() : 0;
+  if (m_library == nullptr) {
     const std::string why = BetterLoadReason(path, "");
     throw std::runtime_error(
         "the frame's library, which belongs beside HUB: " +
         (why.empty() ? path + " cannot be loaded (error " + std::to_string(error) + ")" : why));
   }
-  LookUp(m_init, library, "Frame_Init", path);
-  LookUp(m_start, library, "Frame_Start", path);
-  LookUp(m_stop, library, "Frame_Stop", path);
-  LookUp(m_uninit, library, "Frame_UnInit", path);
+  LookUp(m_init, m_library, "Frame_Init", path);
+  LookUp(m_start, m_library, "Frame_Start", path);
+  LookUp(m_stop, m_library, "Frame_Stop", path);
+  LookUp(m_uninit, m_library, "Frame_UnInit", path);
+}
+
+void FrameLibrary::Unload() {
+  FreeLibrary(m_library);
+  m_library = nullptr;
 }
 
 std::string FrameLibrary::PathBesideProgram() {

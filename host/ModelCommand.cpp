@@ -1,24 +1,24 @@
 #include <CLI/CLI.hpp>
 #include <cstdint>
-#include <cstdlib>
 #include <string>
 #include <vector>
 
 #include "host/CommandLine.h"
 #include "host/Commands.h"
-#include "host/CrashReport.h"
-#include "host/FrameDriver.h"
+#include "host/EarlyCheck.h"
 #include "host/FrameLibrary.h"
+#include "host/ProductCheck.h"
 #include "host/ProductReading.h"
 #include "host/RecordJson.h"
 #include "host/RunMonitor.h"
+#include "host/UnlessStopped.h"
 #include "reference/kpx/PlatformRecord.h"
 #include "reference/lpc/LpcRecord.h"
+#include "reference/os/LocalText.h"
+#include "sdk/base/path.h"
 #include "workbench/output/Text.h"
 
 namespace {
-
-constexpr std::chrono::milliseconds kTick{50};
 
 template <typename Value>
 Json OrNull(const std::optional<Value>& value) {
@@ -34,8 +34,9 @@ struct Reading {
 
 /// Initialises the frame, copies the models that it passed to the platform, and un-initialises it.
 /// Nothing was started, so Frame_Stop is not called.
-Reading Read(const FrameLibrary& frame, const RunMonitor& monitor) {
+Reading Read(const FrameLibrary& frame, const RunMonitor& monitor, std::int32_t module) {
   Reading reading;
+  EarlyCheck check(PathFromLocal(GetCurExeDir()), module);
   reading.result = InitialiseFrame(frame);
   const PlatformRecord platform = SnapshotPlatform();
   const Json model = {{"Frame_Init", reading.result},
@@ -46,40 +47,30 @@ Reading Read(const FrameLibrary& frame, const RunMonitor& monitor) {
                       {"PlatformInfo", OrNull(SnapshotLpc().info)}};
   reading.model = model.dump(2, ' ', false, Json::error_handler_t::replace);
   if (reading.result != 0) {
-    reading.sentences = FirstSentences(FailureSentences(monitor.Notes()));
-    return reading;
-  }
-  frame.UnInit();
-  if (!platform.productModel) return reading;
-  for (const Finding& finding : ProductFindings(*platform.productModel, monitor.Notes())) {
-    reading.sentences.push_back(finding.text);
-  }
-  return reading;
-}
-
-/// Reads on a driver's thread. A stop request ends the process, since reading a file may block for
-/// ever and cannot be interrupted.
-Reading ReadUnlessStopped(const FrameLibrary& frame, const RunMonitor& monitor,
-                          HostContext& context) {
-  FrameDriver driver;
-  Reading reading;
-  driver.Begin([&] { reading = Read(frame, monitor); });
-  while (!driver.WaitForEnd(kTick)) {
-    if (const auto request = context.stop.WaitFor(std::chrono::milliseconds(0))) {
-      context.output.WriteError("stopped by " + std::string(Name(*request)) +
-                                " before the product was read");
-      context.output.Flush();
-      AnnounceExit();
-      std::_Exit(kCutShort);
+    check.Continue(std::nullopt);
+    reading.sentences = check.Wait().refusals;
+    if (reading.sentences.empty()) reading.sentences.push_back(FrameReason(monitor.Notes()));
+  } else {
+    frame.UnInit();
+    check.Continue(HandedOverOf(platform));
+    for (Finding& finding : check.Wait().findings) {
+      reading.sentences.push_back(std::move(finding.text));
     }
   }
+  reading.sentences = FirstSentences(reading.sentences, GetCurExeDir());
   return reading;
 }
 
-ExitStatus Run(const Options&, HostContext& context) {
+void AddOptions(CLI::App& command, Options& options) {
+  AddProductOptions(command, options);
+  AddLogOptions(command, options);
+}
+
+ExitStatus Run(const Options& options, HostContext& context) {
   const RunMonitor monitor({});
   const FrameLibrary frame(FrameLibrary::PathBesideProgram());
-  const Reading reading = ReadUnlessStopped(frame, monitor, context);
+  Reading reading;
+  ReadUnlessStopped(context, [&] { reading = Read(frame, monitor, options.module); });
   context.output.Write(reading.model + "\n");
   for (const std::string& sentence : reading.sentences) {
     context.output.WriteError(Escaped(sentence));
@@ -95,5 +86,5 @@ ExitStatus Run(const Options&, HostContext& context) {
 }  // namespace
 
 Command ModelCommand() {
-  return {"model", "Print what the frame hands over, as one JSON object", &AddProductOptions, &Run};
+  return {"model", "Print what the frame hands over, as one JSON object", &AddOptions, &Run};
 }

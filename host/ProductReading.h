@@ -5,9 +5,8 @@
 #include <string>
 #include <vector>
 
+#include "host/Finding.h"
 #include "host/FrameLibrary.h"
-#include "src/model/ProductModel.h"
-#include "workbench/product/Findings.h"
 #include "workbench/product/ProductName.h"
 #include "workbench/record/FrameEvent.h"
 
@@ -19,21 +18,12 @@ std::int32_t InitialiseFrame(const FrameLibrary& frame);
 /// large for the parser; Frame_Init then fails on it too and reports that.
 ProductName NameOfProduct();
 
-/// What is wrong with a product for which Frame_Init succeeded: dependency cycles, files that read
-/// as empty, plugins that are dropped. `notes`: what the frame logged while it read.
-std::vector<Finding> ProductFindings(const ProductModel& model,
-                                     const std::vector<FrameEvent>& notes);
-
 /// The finding for a note that the frame logged after Frame_Init and that did not end the run: a
 /// stop that could not begin, an exception. None for a note of another kind.
 std::optional<Finding> FindingOf(const FrameEvent& note);
 
-/// Why Frame_Init failed: a sentence for each required model file that cannot be read, or, when all
-/// of them can be read, the reason that the frame logged in `notes`. Never empty.
-std::vector<std::string> FailureSentences(const std::vector<FrameEvent>& notes);
+/// Why Frame_Init failed though all required files can be read: the reason that the frame logged.
+std::string FrameReason(const std::vector<FrameEvent>& notes);
 
 /// Why the plugins were not started, as far as the frame has logged a reason.
 std::optional<std::string> StartFailure(const std::vector<FrameEvent>& notes);
-
-/// The first 20 sentences and, when there are more, a last sentence that says how many.
-std::vector<std::string> FirstSentences(std::vector<std::string> sentences);

@@ -11,6 +11,7 @@
 
 #include "host/CrashReport.h"
 #include "host/PluginHeads.h"
+#include "host/ProductCheck.h"
 #include "host/ProductReading.h"
 #include "host/RunHeads.h"
 #include "host/StatusText.h"
@@ -28,6 +29,7 @@ constexpr std::chrono::seconds kLongestNameReading{2};
 constexpr char kFrameStop[] = "Frame_Stop";
 constexpr char kReadingOfFiles[] = "the reading of the product's files";
 constexpr double kLastTasksSeconds = 0.2;
+constexpr double kLongestCheckSeconds = 5;
 constexpr double kLongestDisplacement = 2;  // seconds
 
 double SecondsSince(std::int64_t beginNs) {
@@ -67,7 +69,7 @@ ExitStatus ProductRun::Run() {
   }
   const Verdict verdict = End();
   // Plugin code that still runs must not run while main returns and destroys static objects.
-  if (MayStillRun()) EndProcess(verdict.exitStatus);
+  if (MayStillRun() || (m_early && !m_early->IsDone())) EndProcess(verdict.exitStatus);
   return verdict.exitStatus;
 }
 
@@ -103,6 +105,8 @@ ProductName ProductRun::ReadName() {
 /// Calls Frame_Init and reports what is wrong with the product. False when Frame_Init failed.
 bool ProductRun::Initialise() {
   std::int32_t result = -1;
+  m_early.emplace(PathFromLocal(m_bin), m_options.module);
+  const std::int64_t beginNs = SteadyNanoseconds();
   Call("Frame_Init", [this, &result] {
     AddPhase(RunEvent::Kind::kPhaseBegin, RunPhase::kFrameInit);
     result = InitialiseFrame(*m_frame);
@@ -113,7 +117,7 @@ bool ProductRun::Initialise() {
     ExplainFailure();
     return false;
   }
-  ReportFindings();
+  ReportModel(SteadyNanoseconds() - beginNs);
   return true;
 }
 
@@ -158,6 +162,11 @@ void ProductRun::Stop() {
   WaitUntil(
       [stopped] { return UnfinishedTasks() == 0 || SecondsSince(stopped) > kLastTasksSeconds; });
   Call("Frame_UnInit", [this] { m_frame->UnInit(); });
+  const std::int64_t uninitialised = SteadyNanoseconds();
+  WaitUntil([this, uninitialised] {
+    return m_early->IsDone() || SecondsSince(uninitialised) > kLongestCheckSeconds;
+  });
+  ReportEarlyFindings(std::chrono::milliseconds(0));
   m_stopLimit.reset();
 }
 
@@ -220,6 +229,7 @@ void ProductRun::Tick() {
   m_reporter.ShowProgress(showsCall ? WaitingForCall(m_facts.pendingCall, SecondsSince(m_callSince))
                                     : std::string());
   m_reporter.ReportLosses();
+  ReportEarlyFindings(std::chrono::milliseconds(0));
   CheckStopLimit();
 }
 
@@ -300,19 +310,27 @@ void ProductRun::EndByCrash(RunEvent crash) {
   EndProcess(End().exitStatus);
 }
 
-/// Reports what is wrong with the product that was read.
-void ProductRun::ReportFindings() {
-  const auto model = SnapshotPlatform().productModel;
-  if (!model) return;
+/// Passes on what the frame handed over, and reports the early findings that are known in time.
+void ProductRun::ReportModel(std::int64_t frameInitNs) {
+  PlatformRecord platform = SnapshotPlatform();
+  if (!platform.productModel) return m_early->Continue(std::nullopt);
+  const ProductModel& model = *platform.productModel;
   std::vector<std::string> cycles;
-  for (const auto& cycle : FindCycles(MakeStartGraph(*model))) cycles.push_back(CycleText(cycle));
+  for (const auto& cycle : FindCycles(MakeStartGraph(model))) cycles.push_back(CycleText(cycle));
   m_reporter.SetCycles(std::move(cycles));
-  std::vector<Finding> findings;
-  Call(kReadingOfFiles, [&] {
-    m_monitor.SetPlugins(PluginHeads(*model, m_bin));
-    findings = ProductFindings(*model, m_monitor.Notes());
-  });
-  for (const Finding& finding : findings) m_reporter.ReportFinding(finding);
+  m_monitor.SetPlugins(PluginHeads(model, m_bin));
+  m_early->Continue(HandedOverOf(std::move(platform)));
+  ReportEarlyFindings(EarlyCheck::Limit(std::chrono::nanoseconds(frameInitNs)));
+}
+
+/// Reports the early findings, once, when they are known within `limit`.
+void ProductRun::ReportEarlyFindings(std::chrono::milliseconds limit) {
+  if (!m_early || m_facts.initResult != 0) return;
+  const std::optional<EarlyFindings> found = m_early->WaitFor(limit);
+  if (!found) return;
+  for (const Finding& finding : FirstFindings(found->findings, m_bin)) {
+    m_reporter.ReportFinding(finding);
+  }
 }
 
 /// Reports the frame's notes that were added since the last call.
@@ -323,11 +341,13 @@ void ProductRun::ReportNotes() {
   }
 }
 
-/// Reports every reason why Frame_Init failed.
+/// Reports why Frame_Init failed.
 void ProductRun::ExplainFailure() {
+  m_early->Continue(std::nullopt);
   std::vector<std::string> sentences;
-  Call(kReadingOfFiles, [&] { sentences = FailureSentences(m_monitor.Notes()); });
-  m_reporter.ReportError(FirstSentences(sentences));
+  Call(kReadingOfFiles, [&] { sentences = m_early->Wait().refusals; });
+  if (sentences.empty()) sentences.push_back(FrameReason(m_monitor.Notes()));
+  m_reporter.ReportError(FirstSentences(sentences, m_bin));
   m_facts.failure = sentences.front();
   if (sentences.size() > 1) m_facts.failure += fmt::format(" (and {} more)", sentences.size() - 1);
 }

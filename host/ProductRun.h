@@ -1,5 +1,6 @@
 #pragma once
 
+#include <chrono>
 #include <cstddef>
 #include <cstdint>
 #include <functional>
@@ -9,6 +10,7 @@
 #include <string>
 
 #include "host/Commands.h"
+#include "host/EarlyCheck.h"
 #include "host/FrameDriver.h"
 #include "host/FrameLibrary.h"
 #include "host/RunClock.h"
@@ -59,7 +61,8 @@ class ProductRun {
   [[noreturn]] void EndByCrash(RunEvent crash);
 
   ProductName ReadName();
-  void ReportFindings();
+  void ReportModel(std::int64_t frameInitNs);
+  void ReportEarlyFindings(std::chrono::milliseconds limit);
   void ReportNotes();
   void ExplainFailure();
   void AddPhase(RunEvent::Kind kind, const char* phase);
@@ -72,7 +75,8 @@ class ProductRun {
   RunMonitor m_monitor;
   RunReporter m_reporter;
   std::optional<FrameLibrary> m_frame;
-  ProductName m_name;  // written on the driver's thread
+  std::optional<EarlyCheck> m_early;  // from Frame_Init on
+  ProductName m_name;                 // written on the driver's thread
   RunHead m_head;
   RunFacts m_facts;
 

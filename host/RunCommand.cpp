@@ -1,6 +1,5 @@
 #include <CLI/CLI.hpp>
 #include <cmath>
-#include <map>
 #include <string>
 
 #include "host/CommandLine.h"
@@ -22,22 +21,9 @@ CLI::Validator Seconds() {
       std::string());
 }
 
-/// Accepts auto, always or never and replaces it by the number of the enumerator.
-CLI::Validator ColorName() {
-  return CLI::Validator(
-      [](std::string& text) {
-        const std::map<std::string, Color> colors = {
-            {"auto", Color::kAuto}, {"always", Color::kAlways}, {"never", Color::kNever}};
-        const auto color = colors.find(CLI::detail::to_lower(text));
-        if (color == colors.end()) return "\"" + text + "\" is neither auto, always nor never";
-        text = std::to_string(static_cast<int>(color->second));
-        return std::string();
-      },
-      std::string());
-}
-
 void AddOptions(CLI::App& command, Options& options) {
   AddProductOptions(command, options);
+  AddLogOptions(command, options);
   const std::string limits = "How long";
   command.add_option("--seconds", options.seconds, "Stop after so many seconds")
       ->type_name("S")
@@ -69,12 +55,7 @@ void AddOptions(CLI::App& command, Options& options) {
   command.add_flag("--events", options.events, "A JSON object a line as things happen")
       ->group(shown);
   command.add_flag("--all", options.all, "Every plugin in the table, however many")->group(shown);
-  command
-      .add_option("--color", options.color,
-                  "auto, always or never; auto: on a terminal,\nunless NO_COLOR is set")
-      ->type_name("WHEN")
-      ->transform(ColorName())
-      ->group(shown);
+  AddColorOption(command, options, shown);
 
   const std::string kept = "What it keeps";
   command

@@ -7,10 +7,10 @@
 #include <vector>
 
 #include "host/Commands.h"
+#include "host/Finding.h"
 #include "host/LastRun.h"
 #include "host/RunClock.h"
 #include "reference/os/FileLock.h"
-#include "workbench/product/Findings.h"
 #include "workbench/record/FlightRecord.h"
 
 /// The flight record of this run, and the folder with the records of the product's earlier runs.

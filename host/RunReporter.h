@@ -6,13 +6,13 @@
 #include <vector>
 
 #include "host/Commands.h"
+#include "host/Finding.h"
 #include "host/RunClock.h"
 #include "host/RunMonitor.h"
 #include "host/RunRecord.h"
 #include "host/RunVerdict.h"
 #include "host/Screen.h"
 #include "host/StatusText.h"
-#include "workbench/product/Findings.h"
 
 /// Reports what happens in a run: on the screen or as JSON, in the log, in the flight record, and
 /// errors also on standard error.

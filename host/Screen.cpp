@@ -25,12 +25,12 @@ std::string Lines(const std::string& text, std::size_t columns, std::size_t inde
   return lines;
 }
 
+}  // namespace
+
 bool WantsColor(Color color, bool onTerminal) {
   if (color != Color::kAuto) return color == Color::kAlways;
   return onTerminal && !IsSet("NO_COLOR");
 }
-
-}  // namespace
 
 Screen::Screen(Output& output, Color color)
     : m_output(output),

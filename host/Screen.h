@@ -8,6 +8,9 @@
 #include "host/Output.h"
 #include "workbench/record/RunState.h"
 
+/// Whether output is coloured: kAuto, on a terminal unless NO_COLOR is set.
+bool WantsColor(Color color, bool onTerminal);
+
 /// Shows the progress of the plugins on standard output.
 ///
 /// Prints one line for each start and stop, and the plugins that the run waits for: on a terminal

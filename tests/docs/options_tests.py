@@ -1,6 +1,6 @@
 #!/usr/bin/python3
-"""options_tests.py HUB DOCUMENT: whether the tables of options in docs/hub.md have the options of
-`HUB run --help` and `HUB model --help` with their values, no more and no fewer."""
+"""options_tests.py HUB DOCS: whether the tables of options in hub.md and check.md of the folder DOCS
+have the options of the commands' help with their values, no more and no fewer."""
 
 import re
 import subprocess
@@ -8,7 +8,7 @@ import sys
 import unittest
 from pathlib import Path
 
-HUB, DOCUMENT = sys.argv.pop(1), Path(sys.argv.pop(1))
+HUB, DOCS = sys.argv.pop(1), Path(sys.argv.pop(1))
 
 
 def of_help(command):
@@ -17,19 +17,22 @@ def of_help(command):
     return re.findall(r"^  (?:-\w,)?(--[a-z-]+(?: [A-Z]+)?)", text, re.MULTILINE)
 
 
-def of_tables():
+def of_tables(document):
     """The options of each table whose head names them."""
-    section = DOCUMENT.read_text(encoding="utf-8").split("\n## Options\n")[1].split("\n## ")[0]
+    section = (DOCS / document).read_text(encoding="utf-8").split("\n## Options\n")[1].split("\n## ")[0]
     return [re.findall(r"^\| `(--[^`]+)` ", table, re.MULTILINE)
             for table in section.split("| option |")[1:]]
 
 
 class Options(unittest.TestCase):
     def test_of_both_commands_are_in_the_first_table(self):
-        self.assertEqual(sorted(of_help("model")), sorted([*of_tables()[0], "--help"]))
+        self.assertEqual(sorted(of_help("model")), sorted([*of_tables("hub.md")[0], "--help"]))
 
     def test_of_run_are_in_both_tables(self):
-        self.assertEqual(sorted(of_help("run")), sorted([*sum(of_tables(), []), "--help"]))
+        self.assertEqual(sorted(of_help("run")), sorted([*sum(of_tables("hub.md"), []), "--help"]))
+
+    def test_of_check_are_in_its_table(self):
+        self.assertEqual(sorted(of_help("check")), sorted([*of_tables("check.md")[0], "--help"]))
 
 
 if __name__ == "__main__":

@@ -2,13 +2,8 @@
 
 #include <gtest/gtest.h>
 
-#include <algorithm>
-#include <filesystem>
-
-#include "reference/xrt/ExecutablePath.h"
-#include "tests/support/ProductTree.h"
-
-namespace fs = std::filesystem;
+#include <optional>
+#include <string>
 
 namespace {
 
@@ -63,106 +58,15 @@ TEST(StartFailure, IsTheFirstReasonThatTheFrameLogged) {
             StartFailure({Note(Kind::kStepThrewNoException), Note(Kind::kStepThrew, "no disk")}));
 }
 
-/// A product on disk whose bin folder is set as the executable's folder.
-class ProductReading : public testing::Test {
- protected:
-  ProductReading() {
-    tree.Product("a: b:");
-    SetExecutablePath(tree.ExePath());
-  }
-  ~ProductReading() override { SetExecutablePath(""); }
-
-  std::string Path(const std::string& file) const {
-    return (fs::path(tree.ExeDirectory()).parent_path().parent_path() / file)
-        .make_preferred()
-        .string();
-  }
-
-  using Texts = std::vector<std::string>;
-
-  static Texts Found(const ProductModel& model, const std::vector<FrameEvent>& notes) {
-    Texts texts;
-    for (const Finding& finding : ProductFindings(model, notes)) texts.push_back(finding.text);
-    return texts;
-  }
-
-  const ProductTree tree;
-};
-
-TEST_F(ProductReading, ThatFailedWithGoodFilesHasTheFramesWords) {
-  EXPECT_EQ(Texts{"Frame_Init failed and logged no reason"}, FailureSentences({}));
-  EXPECT_EQ(Texts{"the frame refused the product: no plugins"},
-            FailureSentences({Note(Kind::kInitRefused, "no plugins")}));
-  EXPECT_EQ(Texts{"the platform did not come up"},
-            FailureSentences({Note(Kind::kPlatformInitFailed)}));
-  EXPECT_EQ(Texts{"Frame_Init ended with an exception: no disk"},
-            FailureSentences({Note(Kind::kInitRefused, "x"), Note(Kind::kStepThrew, "no disk")}));
-}
-
-TEST_F(ProductReading, ThatFailedForMissingFilesNamesEachOfThem) {
-  tree.Remove("bin/META_INFO/b");
-  tree.Remove("bin/META_INFO/Portal.xml");
-  const auto missing = [this](const std::string& file, const std::string& standIn,
-                              const std::string& listed) {
-    return Path(file) + " does not exist, and there is no " + standIn +
-           " beside it that could stand in" + listed + "; the product cannot be read";
-  };
-  Texts sentences = FailureSentences({Note(Kind::kInitRefused, "x")});
-  std::sort(sentences.begin(), sentences.end());
-  EXPECT_EQ((Texts{missing("bin/META_INFO/Portal.xml", "Portal.data", ""),
-                   missing("bin/META_INFO/b/b.xml", "b.data", "; Product.xml:1 lists \"b\"")}),
-            sentences);
-}
-
-TEST_F(ProductReading, ThatFailedForManyFilesNamesTwentyAndCountsTheRest) {
-  std::string words;
-  for (int i = 0; i < 25; ++i) words += "p" + std::to_string(i) + ": ";
-  tree.Product(words);
-  for (int i = 0; i < 25; ++i) tree.Remove("bin/META_INFO/p" + std::to_string(i));
-  const Texts all = FailureSentences({});
-  EXPECT_EQ(25U, all.size());
-  const Texts sentences = FirstSentences(all);
-  ASSERT_EQ(21U, sentences.size());
-  EXPECT_EQ(0U, sentences[19].find(Path("bin/META_INFO/p19/p19.xml")));
-  EXPECT_EQ("and 5 more of the product's files cannot be read", sentences[20]);
-}
-
-TEST_F(ProductReading, FindsADescriptionWithAnUnknownType) {
-  FrameEvent note = Note(Kind::kTypeUnknown);
-  note.path = tree.ExeDirectory() + "META_INFO/b/b.xml";
-  EXPECT_EQ(Texts{Path("bin/META_INFO/b/b.xml") +
-                  ": its Type is neither 1 (executable) nor 2 (library): the plugin is dropped"},
-            Found({}, {note}));
-}
-
-TEST_F(ProductReading, FindsAProductThatListsNoPlugin) {
-  EXPECT_EQ(Texts{Path("Product.xml") + " lists no plugin: nothing is started"}, Found({}, {}));
-  ProductModel model;
-  model.DriverPluginDescriptions.emplace_back();
-  EXPECT_EQ(Texts{}, Found(model, {}));
-}
-
-TEST_F(ProductReading, FindsADescriptionThatReadsAsEmptyOnce) {
-  FrameEvent note = Note(Kind::kTypeUnknown);
-  note.path = tree.Write("bin/META_INFO/b/b.xml", "<Other/>");
-  EXPECT_EQ(Texts{Path("bin/META_INFO/b/b.xml") +
-                  ":1: its root is <Other>, not <Plugin>: the whole file reads as empty, so the "
-                  "plugin that Product.xml:1 lists as \"b\" is dropped"},
-            Found({}, {note}));
-}
-
-TEST_F(ProductReading, FindsACycleBeforeWhatTheFilesLack) {
-  tree.Product("a:a b:");
-  tree.Write("bin/META_INFO/b/b.xml", "<Plugin>");
-  PluginDescription plugin;
-  plugin.ID = "a";
-  plugin.Dependencies.emplace_back().ID = "a";
-  ProductModel model;
-  model.ServerPluginDescriptions = {plugin};
-  const Texts found = Found(model, {});
-  ASSERT_EQ(2U, found.size());
-  EXPECT_EQ(0U, found[0].find("a \u2192 a: "));
-  EXPECT_EQ(0U, found[1].find(Path("bin/META_INFO/b/b.xml") + ":1: not well-formed ("));
+TEST(FrameReason, IsTheFramesOwnUnlessAStepThrew) {
+  EXPECT_EQ("Frame_Init failed and logged no reason", FrameReason({}));
+  EXPECT_EQ("the frame refused the product: no plugins",
+            FrameReason({Note(Kind::kInitRefused, "no plugins")}));
+  EXPECT_EQ("the platform did not come up", FrameReason({Note(Kind::kPlatformInitFailed)}));
+  EXPECT_EQ("Frame_Init ended with an exception: no disk",
+            FrameReason({Note(Kind::kInitRefused, "x"), Note(Kind::kStepThrew, "no disk")}));
+  EXPECT_EQ("Frame_Init threw something that is no exception object",
+            FrameReason({Note(Kind::kStepThrewNoException)}));
 }
 
 }  // namespace

@@ -98,16 +98,16 @@ TEST(Log, HasWarningsAtTheirLevelAndErrorsAtTheirs) {
   empty.RunUntilUp("--log \"" + LocalFromPath(empty.Site().Path("hub.log")) + "\"");
   EXPECT_TRUE(std::regex_search(
       empty.Site().Read("hub.log"),
-      std::regex(R"( \[4\] \[\d+\] \[host\] .*lists no plugin: nothing is started[\r\n])")));
+      std::regex(R"( \[4\] \[\d+\] \[host\] .*the product starts nothing[\r\n])")));
   MadeProduct cycle;
   cycle.Plugin("a.server", "well_behaved", DependsOn("a.server"));
   HubProcess hub(cycle.Arguments("--stop-timeout 0.1 --log \"" +
                                  LocalFromPath(cycle.Site().Path("hub.log")) + "\""));
-  EXPECT_TRUE(hub.AwaitOutput("waits for itself"));
+  EXPECT_TRUE(hub.AwaitOutput("it waits for ever"));
   hub.RequestStop(StopKind::kInterrupt);
   hub.Wait();
   EXPECT_TRUE(std::regex_search(cycle.Site().Read("hub.log"),
-                                std::regex(R"( \[5\] \[\d+\] \[host\] .*waits for itself)")));
+                                std::regex(R"( \[5\] \[\d+\] \[host\] .*it waits for ever)")));
 }
 
 TEST(Log, ThatIsFullIsRenamedAndLosesNoLine) {

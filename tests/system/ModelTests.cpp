@@ -106,8 +106,8 @@ TEST(Model, OfATreeWithoutDriversIsNullAndTheErrorNamesTheFile) {
                          {"Tools", nullptr}, {"PluginsInfo", nullptr},  {"PlatformInfo", nullptr}};
   EXPECT_EQ(expected, result.Json());
   EXPECT_EQ("HUB: " + LocalFromPath(site.Path("bin/META_INFO/DeviceDrivers.xml").make_preferred()) +
-                " does not exist, and there is no DeviceDrivers.data beside it that could stand "
-                "in; the product cannot be read\n",
+                ": does not exist, and there is no DeviceDrivers.data beside it that could stand "
+                "in: the frame refuses the product, and nothing starts\n",
             result.errors);
 }
 
@@ -120,7 +120,7 @@ TEST(Model, WithoutAPluginDescriptionNamesTheDescription) {
   const HubResult result = RunHub("model --bin " + site.Bin());
   EXPECT_EQ(1, result.status);
   EXPECT_THAT(result.errors,
-              HasSubstr(LocalFromPath(site.Path(file).make_preferred()) + " is empty"));
+              HasSubstr(LocalFromPath(site.Path(file).make_preferred()) + ": is empty"));
 }
 
 TEST(Model, OfAFileThatIsNotWellFormedNamesFileAndLine) {

@@ -90,22 +90,21 @@ TEST(Reason, OfWhatLiesInPlaceOfALibrarySaysWhatItIs) {
 /// The message for a product without the description of `id`, which Product.xml lists in line
 /// `line`.
 std::string MissingDescription(const SiteCopy& site, const std::string& id, int line) {
-  return Local(site.Path("bin/META_INFO/" + id + "/" + id + ".xml")) +
-         " does not exist, and there is no " + id +
-         ".data beside it that could stand in; Product.xml:" + std::to_string(line) + " lists \"" +
-         id + "\"; the product cannot be read";
+  return Local(site.Path("Product.xml")) + ":" + std::to_string(line) + ": \"" + id +
+         "\" has no description: bin/META_INFO/" + id + "/" + id +
+         ".xml does not exist: the frame refuses the product, and nothing starts";
 }
 
 TEST(UnreadableProduct, NamesEveryMissingFileWithWhoListsIt) {
   MadeProduct product;
-  product.Plugin("a.server").Plugin("b.server").Plugin("c.server");
+  product.Plugin("first.one").Plugin("second.one").Plugin("third.one");
   const SiteCopy& site = product.Site();
-  site.Remove("bin/META_INFO/a.server");
-  site.Remove("bin/META_INFO/c.server");
+  site.Remove("bin/META_INFO/first.one");
+  site.Remove("bin/META_INFO/third.one");
   const HubResult result = RunHub("run --json --bin " + site.Bin());
   EXPECT_EQ(1, result.status);
-  const std::string first = MissingDescription(site, "a.server", 1);
-  const std::string second = MissingDescription(site, "c.server", 3);
+  const std::string first = MissingDescription(site, "first.one", 1);
+  const std::string second = MissingDescription(site, "third.one", 3);
   EXPECT_EQ("HUB: " + first + "\nHUB: " + second + "\n", result.errors);
   const json run = result.Json();
   EXPECT_EQ("failed: " + first + " (and 1 more)", run["sentence"]);
@@ -124,17 +123,25 @@ TEST(UnreadableProduct, WithAPluginWithoutAnIdNamesItsLine) {
   const HubResult result = RunHub("run --bin " + site.Bin());
   EXPECT_EQ(1, result.status);
   EXPECT_EQ("HUB: " + Local(site.Path("Product.xml")) +
-                ":4: a <Plugin> without an ID; the product cannot be read\n",
+                ":4: <Plugin> without an ID: its description would be bin/META_INFO/.xml, which "
+                "does not exist: the frame refuses the product, and nothing starts\n",
             result.errors);
 }
 
 TEST(ProductThatReadsAsEmpty, IsNeverSimplyUp) {
+  const std::string lost =
+      "the whole file reads as empty: no plugin and no sub platform is started, and no addon is "
+      "read";
   const std::vector<std::pair<std::string, std::string>> products = {
       {"<ProductDescription>\n<Plugins>\n</ProductDescription>",
-       ":3: not well-formed (Opening and ending tag mismatch: Plugins line 2 and "
-       "ProductDescription)"},
-      {"<Products/>", ":1: its root is <Products>, not <ProductDescription>"},
-      {"<ProductDescription xmlns='urn:x'/>", ":1: its root is in the namespace urn:x"}};
+       ":3: not well-formed: Opening and ending tag mismatch: Plugins line 2 and "
+       "ProductDescription; " +
+           lost},
+      {"<Products/>", ":1: the root element is <Products>, not <ProductDescription>: " + lost},
+      {"<ProductDescription xmlns='urn:x'/>",
+       ":1: <ProductDescription> is in the namespace \"urn:x\", and the frame reads only elements "
+       "without a namespace: " +
+           lost + "; remove the namespace from the root element"}};
   for (const auto& one : products) {
     SiteCopy site;
     site.Write("Product.xml", one.first);
@@ -142,9 +149,7 @@ TEST(ProductThatReadsAsEmpty, IsNeverSimplyUp) {
     EXPECT_EQ(3, result.status) << one.first;
     const json run = result.Json();
     EXPECT_EQ("degraded", run["status"]);
-    EXPECT_EQ(Local(site.Path("Product.xml")) + one.second +
-                  ": the whole file reads as empty, so no plugin is started",
-              run["findings"][0]["text"]);
+    EXPECT_EQ(Local(site.Path("Product.xml")) + one.second, run["findings"][0]["text"]);
   }
 }
 
@@ -177,10 +182,9 @@ TEST(DroppedPlugin, OfAnAddonWhoseDescriptionIsMissingDegradesTheRun) {
   const HubResult result = RunHubUntilUp("--json --bin " + site.Bin());
   EXPECT_EQ(3, result.status);
   const std::string text =
-      Local(site.Path("bin/META_INFO/parking.server/parking.server.xml")) +
-      " does not exist, and there is no parking.server.data beside it that could stand in; "
-      "Parking.xml:38 lists \"parking.server\"; the addon in " +
-      Local(site.Path("bin/TevAddons/Parking/Parking.xml")) + " is not installed";
+      Local(site.Path("bin/TevAddons/Parking/Parking.xml")) +
+      ":38: \"parking.server\" has no description: bin/META_INFO/parking.server/parking.server.xml "
+      "does not exist: the addon \"Parking\" is skipped";
   EXPECT_EQ(json::array({{{"severity", "error"}, {"text", text}}}), result.Json()["findings"]);
 }
 

@@ -202,8 +202,8 @@ TEST(Run, InAFolderWithBlanksAndLettersBeyondAsciiIsTheSame) {
   site.Remove("Product.xml");
   const HubResult failed = RunHub("model --bin " + site.Bin());
   EXPECT_EQ("HUB: " + Escaped(LocalFromPath(site.Path("Product.xml").make_preferred())) +
-                " does not exist, and there is no Product.data beside it that could stand in; the "
-                "product cannot be read\n",
+                ": does not exist, and there is no Product.data beside it that could stand in: "
+                "the frame refuses the product, and nothing starts\n",
             failed.errors);
 }
 
@@ -211,7 +211,7 @@ TEST(Run, AProductWithoutPluginsComesUpAndGoesDown) {
   MadeProduct product;
   const HubResult result = product.RunUntilUp("--json");
   EXPECT_EQ(0, result.status) << result.errors;
-  EXPECT_THAT(result.errors, HasSubstr("Product.xml lists no plugin: nothing is started\n"));
+  EXPECT_THAT(result.errors, HasSubstr("no addon brings one: the product starts nothing\n"));
   const json run = result.Json();
   EXPECT_EQ("up: there are no plugins to start", run["sentence"]);
   EXPECT_EQ(json::object(), run["LoadState"]);

@@ -7,39 +7,39 @@
 
 #include "tests/system/MadeProduct.h"
 
+using nlohmann::json;
+
 namespace {
 
-/// Runs a product whose Product.xml can be opened `readings` times and then blocks. Stops it by two
-/// requests, the first one as soon as the record contains `text`.
-HubResult RunUntilNoAnswer(int readings, const std::string& text) {
-  MadeProduct product;
+/// Settings for a HUB for which a file whose path ends in `name` blocks when it is opened.
+HubSettings HangingOn(const std::string& name) {
   HubSettings settings;
-  settings.environment = {{"LD_PRELOAD", TEV_HANGS_ON_OPEN},
-                          {"TEV_HANGS_ON", "Product.xml"},
-                          {"TEV_HANGS_AFTER", std::to_string(readings)}};
-  HubProcess hub(product.Plugin("a.server").Arguments("--json"), settings);
-  EXPECT_TRUE(hub.AwaitRecord(text));
-  hub.RequestStop(StopKind::kTerminate);
-  EXPECT_TRUE(hub.AwaitRecord("stop-request"));
-  hub.RequestStop(StopKind::kTerminate);
-  return hub.Wait();
-}
-
-std::string Sentence(const std::string& what) {
-  return "left behind: " + what + " has not returned (stopped by SIGTERM)";
+  settings.environment = {
+      {"LD_PRELOAD", TEV_HANGS_ON_OPEN}, {"TEV_HANGS_ON", name}, {"TEV_HANGS_AFTER", "0"}};
+  return settings;
 }
 
 TEST(ProductThatDoesNotAnswer, DelaysNoStopBeforeItHasAName) {
-  const HubResult result = RunUntilNoAnswer(0, "\"head\"");
+  MadeProduct product;
+  HubProcess hub(product.Plugin("a.server").Arguments("--json"), HangingOn("Product.xml"));
+  EXPECT_TRUE(hub.AwaitRecord("\"head\""));
+  hub.RequestStop(StopKind::kTerminate);
+  EXPECT_TRUE(hub.AwaitRecord("stop-request"));
+  hub.RequestStop(StopKind::kTerminate);
+  const HubResult result = hub.Wait();
   EXPECT_EQ(4, result.status);
-  EXPECT_EQ(Sentence("Frame_Init"), result.Json()["sentence"]);
+  EXPECT_EQ("left behind: Frame_Init has not returned (stopped by SIGTERM)",
+            result.Json()["sentence"]);
   EXPECT_EQ(nullptr, result.Json()["product"]["name"]);
 }
 
-TEST(ProductThatDoesNotAnswer, DelaysNoStopWhileItsFilesAreRead) {
-  const HubResult result = RunUntilNoAnswer(2, "phase-end");
-  EXPECT_EQ(4, result.status);
-  EXPECT_EQ(Sentence("the reading of the product's files"), result.Json()["sentence"]);
+/// The check of the files opens this path, the frame one that ends in "bin/../Product.xml".
+TEST(ProductThatDoesNotAnswer, DelaysNeitherStartNorStopByItsCheck) {
+  MadeProduct product;
+  const HubResult result =
+      product.Plugin("a.server").RunUntilUp("--json", HangingOn("site/Product.xml"));
+  EXPECT_EQ(0, result.status) << result.errors;
+  EXPECT_EQ(json({{"a.server", true}}), result.Json()["LoadState"]);
 }
 
 }  // namespace

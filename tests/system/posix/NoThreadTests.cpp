@@ -13,7 +13,7 @@ using testing::Not;
 namespace {
 
 /// Settings for a HUB that can create only so many threads. Its own are: output, errors, run,
-/// frame, platform.
+/// frame, check, platform.
 HubSettings WithThreads(int threads) {
   HubSettings settings;
   settings.environment = {{"LD_PRELOAD", TEV_FEW_THREADS},
@@ -23,7 +23,7 @@ HubSettings WithThreads(int threads) {
 
 TEST(StartWithoutThreads, FailsAndIsNeverUp) {
   MadeProduct product;
-  const HubResult result = product.Plugin("a.server").Run("--start-timeout 20", WithThreads(5));
+  const HubResult result = product.Plugin("a.server").Run("--start-timeout 20", WithThreads(6));
   EXPECT_EQ(1, result.status) << result.errors;
   EXPECT_THAT(
       result.output,
@@ -33,7 +33,7 @@ TEST(StartWithoutThreads, FailsAndIsNeverUp) {
 
 TEST(StartWithoutThreads, ForThePlatformItselfSaysWhyItDidNotStart) {
   MadeProduct product;
-  const HubResult result = product.Plugin("a.server").Run("--json", WithThreads(4));
+  const HubResult result = product.Plugin("a.server").Run("--json", WithThreads(5));
   EXPECT_EQ(1, result.status) << result.errors;
   EXPECT_EQ(
       "failed: the platform did not start: KPX_Start: no thread for the start: Resource "
@@ -44,7 +44,7 @@ TEST(StartWithoutThreads, ForThePlatformItselfSaysWhyItDidNotStart) {
 
 TEST(StartThatDoesNotReturn, IsLeftBehindAfterTheStopsLimit) {
   MadeProduct product;
-  HubSettings settings = WithThreads(4);
+  HubSettings settings = WithThreads(5);
   settings.environment.emplace_back("TEV_THREADS_HANG", "1");
   const HubResult result =
       product.Plugin("a.server").Run("--start-timeout 0 --stop-timeout 0.5", settings);

@@ -6,10 +6,11 @@
 #include <random>
 #include <set>
 
+#include "src/private/DottedText.h"
 #include "src/private/ProductModelReaderImpl.h"
 #include "tests/support/FrameTest.h"
-#include "workbench/product/ModelFiles.h"
-#include "workbench/product/XmlFile.h"
+#include "workbench/check/ProductReader.h"
+#include "workbench/product/XmlTree.h"
 
 namespace fs = std::filesystem;
 
@@ -23,6 +24,24 @@ std::string Argument(const std::string& text, const std::string& begin) {
   if (text.compare(0, begin.size(), begin) != 0) return std::string();
   const std::size_t from = text.rfind('[') + 1;
   return fs::path(text.substr(from, text.rfind(']') - from)).lexically_normal().string();
+}
+
+/// The paths of the files that could not be read.
+struct Unread {
+  bool product = false;
+  std::set<std::string> required;
+  std::set<std::string> other;
+
+  bool operator==(const Unread& with) const {
+    return product == with.product && required == with.required && other == with.other;
+  }
+};
+
+std::ostream& operator<<(std::ostream& out, const Unread& unread) {
+  out << (unread.product ? "product unread" : "product read");
+  for (const std::string& path : unread.required) out << "\n  required " << path;
+  for (const std::string& path : unread.other) out << "\n  other " << path;
+  return out;
 }
 
 class FrameReading : public FrameTest {
@@ -91,26 +110,45 @@ class FrameReading : public FrameTest {
     }
   }
 
+  /// The files that the frame would not read, by what the workbench has read.
+  Unread OwnUnread() const {
+    const auto place = FindProduct(tree.ExeDirectory(), kNames);
+    const auto product = ReadCheckedProduct(*place, kNames, 1);
+    std::set<const CheckedFile*> required;
+    for (const PluginEntry& entry : product->entries) {
+      if (entry.addon == nullptr) required.insert(entry.descriptionFile);
+    }
+    Unread own;
+    for (const CheckedFile& file : product->files) {
+      const bool isFixed = file.kind <= FileKind::kPlatform;
+      if (!file.readName.empty()) continue;
+      if (!isFixed && required.count(&file) == 0) continue;
+      own.product = true;
+      own.required.insert((place->folder / file.name).lexically_normal().string());
+      if (isFixed) return own;  // the frame stops at the first of them
+    }
+    if (own.product) return own;
+    for (const CheckedFile& file : product->files) {
+      if (file.readName.empty() && IsAskedFor(*product, file)) {
+        own.other.insert((place->folder / file.name).lexically_normal().string());
+      }
+    }
+    return own;
+  }
+
+  /// Whether the frame asks for a file that a product need not have.
+  static bool IsAskedFor(const CheckedProduct& product, const CheckedFile& file) {
+    const bool readsAddons = !ShortVersionOf(product.model.Version).empty();
+    const bool hasAddons = !product.File(FileKind::kAddonList).readName.empty();
+    const bool hasTools = !product.File(FileKind::kToolList).readName.empty();
+    if (file.kind == FileKind::kAddonList) return readsAddons;
+    if (file.kind == FileKind::kTool) return hasTools;
+    return file.kind == FileKind::kInstalled || file.kind == FileKind::kToolList ||
+           (readsAddons && hasAddons);
+  }
+
   std::mt19937 random{7};
 };
-
-/// The paths of the files that could not be read.
-struct Unread {
-  bool product = false;
-  std::set<std::string> required;
-  std::set<std::string> other;
-
-  bool operator==(const Unread& with) const {
-    return product == with.product && required == with.required && other == with.other;
-  }
-};
-
-std::ostream& operator<<(std::ostream& out, const Unread& unread) {
-  out << (unread.product ? "product unread" : "product read");
-  for (const std::string& path : unread.required) out << "\n  required " << path;
-  for (const std::string& path : unread.other) out << "\n  other " << path;
-  return out;
-}
 
 TEST_F(FrameReading, LeavesTheSameFilesUnread) {
   int products = 0;
@@ -144,25 +182,45 @@ TEST_F(FrameReading, LeavesTheSameFilesUnread) {
       }
     }
 
-    Unread own;
-    int fixedFiles = 0;
-    for (const ModelFile& file : ReadModelFiles(tree.ExeDirectory(), kNames)) {
-      if (file.state != ModelFile::State::kMissing && file.state != ModelFile::State::kUnreadable) {
-        continue;
-      }
-      // The frame stops at the first of the four files that are always read.
-      if (fixedFiles > 0) continue;
-      if (file.required && file.listed.element.empty()) ++fixedFiles;
-      if (file.required) own.product = true;
-      if (!file.required && own.product) continue;
-      (file.required ? own.required : own.other).insert(file.path.string());
-    }
-    ASSERT_EQ(frame, own) << "run " << run;
-    if (!own.product) ++products;
+    ASSERT_EQ(frame, OwnUnread()) << "run " << run;
+    if (!frame.product) ++products;
   }
   EXPECT_GT(products, 50);
   EXPECT_LT(products, 350);
 }
+
+/// An XPath expression and the same below the root of a tree.
+struct Selection {
+  std::string expression;
+  std::string path;  // empty: the root
+  std::size_t position;
+
+  bool IsPosition() const { return expression.back() == ']'; }
+
+  /// What the expression selects: all entries, or those at the position.
+  std::vector<const XmlNode*> All(const XmlTree& tree) const {
+    const bool named = tree.wellFormed && tree.root.name == "r" && tree.root.space.empty();
+    if (!named) return {};
+    if (path.empty()) return {&tree.root};
+    if (!IsPosition()) return Select(tree.root, path);
+    std::vector<const XmlNode*> sections = {&tree.root};
+    if (path == "s/b") sections = Select(tree.root, "s");
+    std::vector<const XmlNode*> nodes;
+    for (const XmlNode* section : sections) {
+      const std::vector<const XmlNode*> here = Select(*section, "b");
+      if (here.size() >= position) nodes.push_back(here[position - 1]);
+    }
+    return nodes;
+  }
+
+  /// The one that the frame reads.
+  const XmlNode* Node(const XmlTree& tree) const {
+    if (!IsPosition()) return All(tree).empty() ? nullptr : All(tree).front();
+    if (All(tree).empty()) return nullptr;
+    const std::vector<ListEntry> entries = SelectList(tree.root, path);
+    return position <= entries.size() ? entries[position - 1].node : nullptr;
+  }
+};
 
 TEST_F(FrameReading, FindsTheSameTextsInOddDocuments) {
   const std::string documents[] = {
@@ -188,7 +246,9 @@ TEST_F(FrameReading, FindsTheSameTextsInOddDocuments) {
       "\n<?xml version='1.0'?><r/>",
       "<r>\xE4</r>",
       "<r>" + std::string(300, ' ') + "</r>"};
-  const std::string expressions[] = {"/r", "/r/b", "/r/b[2]", "/r/s/b", "/r/s/b[2]", "/r/s/b[3]"};
+  const Selection selections[] = {{"/r", "", 1},           {"/r/b", "b", 1},
+                                  {"/r/b[2]", "b", 2},     {"/r/s/b", "s/b", 1},
+                                  {"/r/s/b[2]", "s/b", 2}, {"/r/s/b[3]", "s/b", 3}};
   const auto chain = [](int entities, bool inText) {
     std::string text = "<!DOCTYPE r [<!ENTITY e0 'x'>";
     for (int i = 1; i <= entities; ++i) {
@@ -207,29 +267,37 @@ TEST_F(FrameReading, FindsTheSameTextsInOddDocuments) {
     TevModelParse::CXmlProto frame;
     const bool wellFormed = frame.ParseMemory(text);
     xmlSetStructuredErrorFunc(nullptr, nullptr);
-    const XmlFile own(text);
-    EXPECT_EQ(wellFormed, own.Problem().empty()) << text;
-    for (const std::string& expression : expressions) {
-      EXPECT_EQ(frame.GetNodeCount(expression), own.Count(expression)) << text << expression;
-      EXPECT_EQ(frame.GetNodeText(expression, "none"), own.Text(expression, "none"))
-          << text << expression;
-      EXPECT_EQ(frame.GetNodeProp(expression, "a", "none"), own.Attribute(expression, "a", "none"))
-          << text << expression;
+    const XmlTree own = ParseXmlTree(text);
+    EXPECT_EQ(wellFormed, own.wellFormed) << text;
+    for (const Selection& selection : selections) {
+      const std::vector<const XmlNode*> selected = selection.All(own);
+      const XmlNode* node = selection.Node(own);
+      EXPECT_EQ(frame.GetNodeCount(selection.expression), node == nullptr ? 0 : selected.size())
+          << text << selection.expression;
+      EXPECT_EQ(frame.GetNodeText(selection.expression, ""), node == nullptr ? "" : node->text)
+          << text << selection.expression;
+      EXPECT_EQ(frame.GetNodeProp(selection.expression, "a", ""),
+                node == nullptr ? "" : node->Value("a"))
+          << text << selection.expression;
     }
   }
 }
 
-TEST(XmlFile, ReportsTheFirstErrorThatMakesItNotWellFormed) {
-  const XmlFile file("<r p:a='1'>\n</b>");
-  EXPECT_EQ("Opening and ending tag mismatch: r line 1 and b", file.Problem());
-  EXPECT_EQ(2, file.ProblemLine());
+TEST(XmlTree, ReportsTheFirstErrorThatMakesItNotWellFormed) {
+  const XmlTree tree = ParseXmlTree("<r p:a='1'>\n</b>");
+  EXPECT_FALSE(tree.wellFormed);
+  EXPECT_EQ("Opening and ending tag mismatch: r line 1 and b", tree.problem);
+  EXPECT_EQ(2, tree.problemPlace.line);
 }
 
-TEST(XmlFile, BoundsTextOfEntityNamedManyTimes) {
+TEST(XmlTree, BoundsTextOfEntityNamedManyTimes) {
   std::string text = "<!DOCTYPE r [<!ENTITY e '" + std::string(100000, 'x') + "'>]><r a='";
   for (int i = 0; i < 101; ++i) text += "&e;";
-  text += "'/>";
-  EXPECT_EQ("none", XmlFile(text).Attribute("/r", "a", "none"));
+  const XmlTree tree = ParseXmlTree(text + "'/>");
+  EXPECT_EQ("", tree.root.Value("a"));
+  ASSERT_EQ(1U, tree.tooLong.size());
+  EXPECT_EQ("a", tree.tooLong[0].name);
+  EXPECT_TRUE(tree.tooLong[0].isAttribute);
 }
 
 template <typename Error>
@@ -237,16 +305,50 @@ void Count(void* calls, Error*) {
   ++*static_cast<int*>(calls);
 }
 
-TEST(XmlFile, KeepsTheHostsErrorHandlerAndItsMessagesToItself) {
+TEST(XmlTree, KeepsTheHostsErrorHandlerAndItsMessagesToItself) {
   int calls = 0;
   xmlSetStructuredErrorFunc(&calls, &Count);
   const xmlStructuredErrorFunc handler = xmlStructuredError;
-  EXPECT_NE("", XmlFile("<r>").Problem());
-  EXPECT_EQ(0, XmlFile("<r/>").Count("/r["));
+  EXPECT_FALSE(ParseXmlTree("<r>").wellFormed);
   EXPECT_EQ(0, calls);
   EXPECT_TRUE(handler == xmlStructuredError);
   EXPECT_EQ(&calls, xmlStructuredErrorContext);
   xmlSetStructuredErrorFunc(nullptr, nullptr);
+}
+
+std::string Shown(const TextPlace& place) {
+  return std::to_string(place.line) + ":" + std::to_string(place.column);
+}
+
+TEST(XmlTree, HasThePlaceOfEachElementAttributeAndText) {
+  const XmlTree tree = ParseXmlTree(
+      "\xEF\xBB\xBF<?xml version='1.0'?>\n"
+      "<!DOCTYPE r [<!ENTITY e '<x a=\">\"/>'> <!-- <r> -->]>\n"
+      "<!-- <r> --><r \xC3\xA4='1'>\n"
+      "  <?pi <b> ?><![CDATA[ <b> ]]><b\n"
+      "    a = '>'  p:q=\"/\" xmlns:p='urn:p'/>text\n"
+      "</r>");
+  ASSERT_TRUE(tree.wellFormed) << tree.problem;
+  EXPECT_EQ("2:1", Shown(tree.doctypePlace));
+  EXPECT_EQ("3:13", Shown(tree.root.place));
+  EXPECT_EQ("3:16", Shown(tree.root.attributes.at(0).place));
+  EXPECT_EQ("4:14", Shown(tree.root.textPlace));
+  const XmlNode& b = tree.root.children.at(0);
+  EXPECT_EQ("4:31", Shown(b.place));
+  EXPECT_EQ("5:5", Shown(b.Attribute("a")->place));
+  EXPECT_EQ("5:14", Shown(b.Attribute("q")->place));
+  EXPECT_EQ("urn:p", b.Attribute("q")->space);
+  EXPECT_EQ("0:0", Shown(b.textPlace));
+}
+
+TEST(SelectList, HasNoNodeForEntriesThatPositionsDoNotReach) {
+  const XmlTree tree = ParseXmlTree("<r><s><b/></s>\n<s/>\n<s><b/><b a='1'/></s></r>");
+  const std::vector<ListEntry> entries = SelectList(tree.root, "s/b");
+  ASSERT_EQ(3U, entries.size());
+  EXPECT_EQ(1, entries[0].node->place.line);
+  EXPECT_EQ("1", entries[1].node->Value("a"));
+  EXPECT_EQ(nullptr, entries[2].node);
+  EXPECT_EQ(3, entries[2].section->place.line);
 }
 
 }  // namespace

@@ -177,6 +177,16 @@ TEST(FindCycles, FindsNoneWithoutOne) {
   EXPECT_THAT(FindCycles(Graph("a:b,c b:c c:")), IsEmpty());
 }
 
+TEST(FindWaitingGroups, NamesAllMembersInTheModelsOrder) {
+  EXPECT_THAT(FindWaitingGroups(Graph("x:a a:b,d b:c c:a d:a e:e f:g g:f,e")),
+              ElementsAre(Names{"a", "b", "c", "d"}, Names{"f", "g"}));
+}
+
+TEST(FindWaitingGroups, AreThoseOfTheCyclesInTheSameOrder) {
+  const StartGraph graph = Graph("a:d b:c c:b d:a,c");
+  EXPECT_EQ(FindCycles(graph), FindWaitingGroups(graph));
+}
+
 TEST(WaitingBehind, AreDirectAndIndirectOnesInTheModelsOrder) {
   EXPECT_THAT(WaitingBehind(Graph("z:y a:b b:a y:a,q q: m:q"), {"a", "b"}), ElementsAre("z", "y"));
 }

@@ -1,0 +1,36 @@
+#include <gtest/gtest.h>
+
+#include <fstream>
+
+#include "tests/workbench/check/Reports.h"
+#include "workbench/check/FindingsJson.h"
+#include "workbench/check/FindingsSarif.h"
+
+// Writes reports in both formats, which the schema tests validate.
+
+namespace {
+
+void Write(const std::string& name, const CheckReport& report) {
+  const std::string file = std::string(TEV_REPORTS) + "/" + name;
+  std::ofstream(file + ".json", std::ios::binary) << FindingsJson(report);
+  std::ofstream(file + ".sarif", std::ios::binary) << FindingsSarif(report);
+}
+
+TEST(WrittenReports, AreForTheSchemas) {
+  Write("clean", Report({}));
+  Write("findings", FullReport());
+  Write("baseline", FullReportWithBaseline());
+
+  CheckReport hostile = FullReport();
+  for (RuleFinding& finding : hostile.findings) {
+    finding.place.file = "a\\b\xff:c {0}\n.xml";
+    finding.message = "\xff[a](b) {0}\n";
+    finding.plugin = finding.subject = "\xff\n";
+  }
+  hostile.findings.push_back(Finding(kSampleMissingFile, {}, "nowhere"));
+  hostile.productName = "\xff";
+  hostile.folder = "C:/\xff x";
+  Write("hostile", hostile);
+}
+
+}  // namespace
