@@ -5,7 +5,7 @@ BUILD = build/$(PRESET)
 HUB = $(BUILD)/bin/HUB
 
 .DEFAULT_GOAL := help
-.PHONY: help packages build demo model docs test windows windows-test package package-test asan tsan coverage mutants fuzz bench lint lint-tests format clean
+.PHONY: help packages build demo model docs test check-products windows windows-test package package-test asan tsan coverage mutants fuzz bench lint lint-tests format clean
 
 help: ## List the targets
 	@sed -n 's/^\([a-z -]*\):.*## \(.*\)/  make \1\t\2/p' $(MAKEFILE_LIST) | expand -t 22
@@ -40,6 +40,15 @@ docs: build ## Put what HUB prints into README.md and docs/ where they show it, 
 
 test: build ## Run every test
 	@ctest --preset $(PRESET)
+
+PRODUCTS ?= 1000
+
+check-products: build ## Check random products and compare with what happens: PRODUCTS=, SEED=
+	@for mode in good edited run; do \
+	  tests/check_load/check_products.py $$mode --hub $(HUB) --fixtures $(BUILD)/fixtures \
+	    --program $(BUILD)/site/bin/media.recorder.exe --products $(PRODUCTS) --seed $(SEED) --list || \
+	  exit 1; done
+	@tests/check_load/check_cost.py --hub $(HUB) --fixtures $(BUILD)/fixtures
 
 windows: ## Build everything for Windows x86-64, into build/windows
 	@tools/install-packages windows
