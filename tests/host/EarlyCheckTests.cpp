@@ -60,6 +60,22 @@ TEST_F(EarlyCheckOfProduct, NamesEveryFileForWhichTheFrameRefusesIt) {
   EXPECT_EQ(Errors(found), found.refusals);
 }
 
+TEST_F(EarlyCheckOfProduct, NamesASecondSectionForWhichTheFrameRefusesIt) {
+  tree.Write("Product.xml",
+             "<ProductDescription>\n<Plugins><Plugin ID='a'/></Plugins>\n"
+             "<Plugins><Plugin ID='b'/></Plugins>\n</ProductDescription>");
+  const Texts refusals = Found().refusals;
+  ASSERT_EQ(1U, refusals.size());
+  EXPECT_EQ(0U, refusals[0].find(Path("Product.xml") + ":3: a second <Plugins>: ")) << refusals[0];
+}
+
+TEST_F(EarlyCheckOfProduct, NamesAnEmptyDescriptionForWhichTheFrameRefusesIt) {
+  tree.Write("bin/META_INFO/b/b.xml", "");
+  const Texts refusals = Found().refusals;
+  ASSERT_EQ(1U, refusals.size());
+  EXPECT_EQ(0U, refusals[0].find(Path("bin/META_INFO/b/b.xml") + ": is empty, ")) << refusals[0];
+}
+
 TEST_F(EarlyCheckOfProduct, GoesByTheModelThatTheFrameHandedOver) {
   tree.Product("a:a b:");
   const EarlyFindings derived = Found();

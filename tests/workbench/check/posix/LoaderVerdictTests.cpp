@@ -94,7 +94,8 @@ bool IsSaidToLoad(const PluginLibrary& library) {
 
 std::string LoaderMessage(const fs::path& library) {
   void* loaded = dlopen(library.c_str(), RTLD_NOW | RTLD_LOCAL);
-  if (loaded == nullptr) return dlerror();  // NOLINT(concurrency-mt-unsafe)
+  // NOLINTNEXTLINE(concurrency-mt-unsafe): the message is stored for each thread
+  if (loaded == nullptr) return dlerror();
   dlclose(loaded);
   return std::string();
 }
