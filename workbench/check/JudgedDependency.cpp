@@ -67,6 +67,17 @@ bool MeansThePlatform(const CheckedProduct& product, const ProductPlatform& plat
   return !dependency.id.empty() && dependency.id == platform.id && !product.Starts(dependency.id);
 }
 
+std::vector<JudgedDependency> DependenciesOnPlugins(const CheckedProduct& product) {
+  const ProductPlatform platform = PlatformOf(product);
+  std::vector<JudgedDependency> found;
+  for (const JudgedDependency& dependency : JudgedDependencies(product)) {
+    const bool isMeant = dependency.OrdersTheStart() && !dependency.on->id.empty() &&
+                         !MeansThePlatform(product, platform, *dependency.on);
+    if (isMeant) found.push_back(dependency);
+  }
+  return found;
+}
+
 RuleFinding FindingOn(const JudgedDependency& dependency, const char* attribute,
                       std::string message) {
   RuleFinding finding;

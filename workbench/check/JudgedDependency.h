@@ -48,6 +48,10 @@ ProductPlatform PlatformOf(const CheckedProduct& product);
 bool MeansThePlatform(const CheckedProduct& product, const ProductPlatform& platform,
                       const Dependency& dependency);
 
+/// Those that were meant to order the start by waiting for a plugin: they have an ID and do not
+/// mean a platform.
+std::vector<JudgedDependency> DependenciesOnPlugins(const CheckedProduct& product);
+
 /// A finding at `attribute` of the dependency, or at the dependency when it has none.
 RuleFinding FindingOn(const JudgedDependency& dependency, const char* attribute,
                       std::string message);

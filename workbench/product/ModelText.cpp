@@ -56,10 +56,3 @@ ModelText ReadModelText(const std::string& local, fs::path (*toPath)(const std::
   if (result.standInProblem.empty()) result.read = standIn;
   return result;
 }
-
-std::string ReadTextAgain(const fs::path& file) {
-  std::string text;
-  bool missing = false;
-  Read(text, file, missing);
-  return text;
-}

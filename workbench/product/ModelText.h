@@ -19,6 +19,3 @@ struct ModelText {
 /// beside it when that is missing, empty or unreadable.
 ModelText ReadModelText(const std::string& local,
                         std::filesystem::path (*toPath)(const std::string& local));
-
-/// The text of a file that was readable before; empty when it cannot be read any more.
-std::string ReadTextAgain(const std::filesystem::path& file);

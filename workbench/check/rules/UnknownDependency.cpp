@@ -75,11 +75,8 @@ void Check(const CheckedProduct& product, RuleFindings& findings) {
   DependencyTargets targets(product);
   Suggestions suggestions(product);
   FindingsByTarget byTarget(findings);
-  const ProductPlatform platform = PlatformOf(product);
-  for (const JudgedDependency& dependency : JudgedDependencies(product)) {
+  for (const JudgedDependency& dependency : DependenciesOnPlugins(product)) {
     const Dependency& on = *dependency.on;
-    if (!dependency.OrdersTheStart() || on.id.empty()) continue;
-    if (MeansThePlatform(product, platform, on)) continue;
     const Answer answer = AnswerFor(targets.Find(on.id), on, product, suggestions);
     if (answer.what.empty()) continue;
     const std::string message = DependsOn(dependency) + ", " + answer.what + ": " +

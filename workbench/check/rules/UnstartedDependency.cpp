@@ -42,11 +42,8 @@ bool IsDropped(TargetKind kind) {
 void Check(const CheckedProduct& product, RuleFindings& findings) {
   DependencyTargets targets(product);
   FindingsByTarget byTarget(findings);
-  const ProductPlatform platform = PlatformOf(product);
-  for (const JudgedDependency& dependency : JudgedDependencies(product)) {
+  for (const JudgedDependency& dependency : DependenciesOnPlugins(product)) {
     const Dependency& on = *dependency.on;
-    if (!dependency.OrdersTheStart() || on.id.empty()) continue;
-    if (MeansThePlatform(product, platform, on)) continue;
     const DependencyTarget target = targets.Find(on.id);
     const std::string what = WhatItIs(target);
     if (what.empty()) continue;
