@@ -6,7 +6,6 @@
 #include <mutex>
 #include <new>
 #include <system_error>
-#include <thread>
 #include <utility>
 
 #include "host/PluginHeads.h"
@@ -123,12 +122,21 @@ EarlyCheck::EarlyCheck(const fs::path& bin, std::int32_t runningModule)
     : m_shared(std::make_shared<Shared>()) {
   PrepareXmlForThreads();
   try {
-    std::thread([shared = m_shared, bin, runningModule] {
+    m_thread = std::thread([shared = m_shared, bin, runningModule] {
       NameThread("check");
       shared->Check(bin, runningModule);
-    }).detach();
+    });
   } catch (const std::system_error& error) {
     m_shared->Finish(NotChecked(error.what()));
+  }
+}
+
+EarlyCheck::~EarlyCheck() {
+  if (!m_thread.joinable()) return;
+  if (IsDone()) {
+    m_thread.join();
+  } else {
+    m_thread.detach();
   }
 }
 

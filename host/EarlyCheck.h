@@ -6,6 +6,7 @@
 #include <memory>
 #include <optional>
 #include <string>
+#include <thread>
 #include <vector>
 
 #include "host/Finding.h"
@@ -21,12 +22,16 @@ struct EarlyFindings {
 /// Runs these rules on a thread of its own while Frame_Init reads the same files, so that a start
 /// waits for them only for a moment.
 ///
-/// Used by one thread. The destructor does not wait: the thread ends by itself, and nothing that it
-/// uses is destroyed before. A process that returns from main must wait for it first.
+/// Used by one thread. The destructor waits only for a thread that IsDone: another one ends by
+/// itself, and nothing that it uses is destroyed before. A process that returns from main must have
+/// waited for it.
 class EarlyCheck {
  public:
   /// Begins to read the product whose executables are in `bin`.
   EarlyCheck(const std::filesystem::path& bin, std::int32_t runningModule);
+  EarlyCheck(const EarlyCheck&) = delete;
+  EarlyCheck& operator=(const EarlyCheck&) = delete;
+  ~EarlyCheck();
 
   /// Says how Frame_Init ended, which the rules wait for: with what it handed over, or, none, that
   /// it refused the product. Once.
@@ -38,7 +43,7 @@ class EarlyCheck {
   /// Waits for the findings, however long that takes. Not after they were returned.
   EarlyFindings Wait();
 
-  /// Whether the thread has ended, or nearly so: it uses nothing more of this program.
+  /// Whether the thread has ended, or nearly so: waiting for it takes no time.
   bool IsDone() const;
 
   /// How long a start waits for the findings: 20 ms and 2 % of Frame_Init's time.
@@ -48,6 +53,7 @@ class EarlyCheck {
   struct Shared;
 
   const std::shared_ptr<Shared> m_shared;
+  std::thread m_thread;  // none if it could not be started
 };
 
 /// The first ten findings and, when there are more, a last one that says how many and which command
