@@ -4,7 +4,7 @@
 #include <string>
 
 #include "workbench/check/FileFinding.h"
-#include "workbench/check/KnownElements.h"
+#include "workbench/check/ModelWalk.h"
 #include "workbench/check/NumberText.h"
 #include "workbench/check/Rule.h"
 #include "workbench/check/Words.h"
@@ -35,7 +35,9 @@ bool IsWrong(const std::string& value, ValueKind kind) {
 
 void Check(const CheckedProduct& product, RuleFindings& findings) {
   for (const CheckedFile& file : product.files) {
-    VisitKnownElements(file, [&](const XmlNode& node, const ElementSpec& spec) {
+    VisitKnown(file, [&](const KnownElement& element) {
+      const XmlNode& node = element.node;
+      const ElementSpec& spec = element.spec;
       if (IsWrong(node.text, spec.value)) {
         findings.push_back(MakeFinding(file, node.textPlace,
                                        Message(Tag(spec.name), node.text, spec.value), spec.name));

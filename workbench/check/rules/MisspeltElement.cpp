@@ -1,6 +1,6 @@
 #include "workbench/check/ElementLoss.h"
 #include "workbench/check/FileFinding.h"
-#include "workbench/check/KnownElements.h"
+#include "workbench/check/StrayNames.h"
 #include "workbench/check/Rule.h"
 #include "workbench/check/Words.h"
 

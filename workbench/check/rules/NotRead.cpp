@@ -1,5 +1,5 @@
 #include "workbench/check/FileFinding.h"
-#include "workbench/check/KnownElements.h"
+#include "workbench/check/StrayNames.h"
 #include "workbench/check/Rule.h"
 #include "workbench/check/Words.h"
 

@@ -2,7 +2,7 @@
 #include <string>
 
 #include "workbench/check/FileFinding.h"
-#include "workbench/check/KnownElements.h"
+#include "workbench/check/ModelWalk.h"
 #include "workbench/check/NumberText.h"
 #include "workbench/check/Rule.h"
 #include "workbench/check/Words.h"
@@ -31,7 +31,9 @@ std::string Message(const std::string& what, const std::string& value) {
 // a plugin's Type.
 void Check(const CheckedProduct& product, RuleFindings& findings) {
   for (const CheckedFile& file : product.files) {
-    VisitKnownElements(file, [&](const XmlNode& node, const ElementSpec& spec) {
+    VisitKnown(file, [&](const KnownElement& element) {
+      const XmlNode& node = element.node;
+      const ElementSpec& spec = element.spec;
       const bool isPluginType = file.kind == FileKind::kPlugin && std::string(spec.name) == "Type";
       if (!isPluginType && IsWrong(node.text, spec.value)) {
         findings.push_back(

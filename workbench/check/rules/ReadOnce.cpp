@@ -2,7 +2,7 @@
 #include <vector>
 
 #include "workbench/check/FileFinding.h"
-#include "workbench/check/KnownElements.h"
+#include "workbench/check/ModelWalk.h"
 #include "workbench/check/Rule.h"
 #include "workbench/check/Words.h"
 
@@ -54,7 +54,9 @@ bool IsGroup(const ElementSpec& spec) {
 
 void Check(const CheckedProduct& product, RuleFindings& findings) {
   for (const CheckedFile& file : product.files) {
-    VisitKnownElements(file, [&](const XmlNode& node, const ElementSpec& spec) {
+    VisitKnown(file, [&](const KnownElement& element) {
+      const XmlNode& node = element.node;
+      const ElementSpec& spec = element.spec;
       if (IsGroup(spec) && &node != &file.tree.root) return;  // its parent compares
       for (const ElementSpec& child : spec.children) CheckChild(file, node, child, findings);
     });

@@ -5,7 +5,7 @@
 
 #include "workbench/check/ElementLoss.h"
 #include "workbench/check/FileFinding.h"
-#include "workbench/check/KnownElements.h"
+#include "workbench/check/ModelWalk.h"
 #include "workbench/check/Rule.h"
 #include "workbench/check/Words.h"
 
@@ -97,7 +97,9 @@ void CheckSection(const CheckedProduct& product, const CheckedFile& file, const 
 void Check(const CheckedProduct& product, RuleFindings& findings) {
   for (const CheckedFile& file : product.files) {
     if (file.kind == FileKind::kTool) continue;  // of a tool's lists only the first entry is read
-    VisitKnownElements(file, [&](const XmlNode& node, const ElementSpec& spec) {
+    VisitKnown(file, [&](const KnownElement& element) {
+      const XmlNode& node = element.node;
+      const ElementSpec& spec = element.spec;
       for (const ElementSpec& child : spec.children) {
         if (child.role == ElementRole::kSection) {
           CheckSection(product, file, node, child, findings);

@@ -1,7 +1,7 @@
 #include <string>
 
 #include "workbench/check/FileFinding.h"
-#include "workbench/check/KnownElements.h"
+#include "workbench/check/ModelWalk.h"
 #include "workbench/check/Rule.h"
 #include "workbench/check/Words.h"
 
@@ -30,7 +30,9 @@ std::string Hint(const XmlNode& node, const ElementSpec& spec, const std::string
 
 void Check(const CheckedProduct& product, RuleFindings& findings) {
   for (const CheckedFile& file : product.files) {
-    VisitKnownElements(file, [&](const XmlNode& node, const ElementSpec& spec) {
+    VisitKnown(file, [&](const KnownElement& element) {
+      const XmlNode& node = element.node;
+      const ElementSpec& spec = element.spec;
       if (spec.value != ValueKind::kNone || node.text.empty()) return;
       const std::string text = Shortened(node.text);
       findings.push_back(MakeFinding(file, node.textPlace,

@@ -1,20 +1,12 @@
 #pragma once
 
-#include <functional>
 #include <string>
 #include <vector>
 
 #include "workbench/check/CheckedProduct.h"
 #include "workbench/check/ModelGrammar.h"
 
-// The elements of a model file, laid beside what the frame reads from such a file.
-
-using ElementVisit = std::function<void(const XmlNode& node, const ElementSpec& spec)>;
-
-/// Calls `visit` for the root and for every element below it that the frame reads, parents first.
-/// Of several elements of which only the first counts, the others are left out; so is everything
-/// in an unknown element. Does nothing for a file without content.
-void VisitKnownElements(const CheckedFile& file, const ElementVisit& visit);
+// The names in a model file that the frame does not read.
 
 /// What is wrong with the name of an element or attribute.
 enum class NameFault {

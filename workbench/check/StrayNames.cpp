@@ -1,28 +1,14 @@
-#include "workbench/check/KnownElements.h"
+#include "workbench/check/StrayNames.h"
 
 #include <algorithm>
 #include <map>
 #include <utility>
 
+#include "workbench/check/ModelWalk.h"
 #include "workbench/check/Nearest.h"
 #include "workbench/check/Words.h"
 
 namespace {
-
-void Visit(const XmlNode& node, const ElementSpec& spec, const ElementVisit& visit) {
-  visit(node, spec);
-  std::vector<const ElementSpec*> seen;
-  for (const XmlNode& child : node.children) {
-    const ElementSpec* known = child.space.empty() ? spec.Child(child.name) : nullptr;
-    if (known == nullptr) continue;
-    const bool firstCounts = known->role == ElementRole::kSingle && known->children.count == 0;
-    if (firstCounts) {
-      if (std::find(seen.begin(), seen.end(), known) != seen.end()) continue;
-      seen.push_back(known);
-    }
-    Visit(child, *known, visit);
-  }
-}
 
 struct Judgement {
   NameFault fault = NameFault::kNone;
@@ -197,14 +183,12 @@ class ElementCollection {
 
 }  // namespace
 
-void VisitKnownElements(const CheckedFile& file, const ElementVisit& visit) {
-  if (file.HasContent()) Visit(file.tree.root, Grammar(file.kind), visit);
-}
-
 std::vector<StrayElements> FindStrayElements(const CheckedFile& file, NameFault fault) {
   ElementCollection collection(file.kind, fault);
-  VisitKnownElements(file, [&](const XmlNode& node, const ElementSpec& spec) {
-    for (const XmlNode& child : node.children) collection.Add(node, spec, child);
+  VisitKnown(file, [&](const KnownElement& element) {
+    for (const XmlNode& child : element.node.children) {
+      collection.Add(element.node, element.spec, child);
+    }
   });
   return collection.Take();
 }
@@ -212,15 +196,16 @@ std::vector<StrayElements> FindStrayElements(const CheckedFile& file, NameFault 
 std::vector<StrayAttributes> FindStrayAttributes(const CheckedFile& file, NameFault fault) {
   std::map<std::pair<const ElementSpec*, std::string>, std::size_t> index;
   std::vector<StrayAttributes> strays;
-  VisitKnownElements(file, [&](const XmlNode& node, const ElementSpec& spec) {
-    for (const XmlAttribute& attribute : node.attributes) {
+  VisitKnown(file, [&](const KnownElement& element) {
+    const ElementSpec& spec = element.spec;
+    for (const XmlAttribute& attribute : element.node.attributes) {
       if (!attribute.space.empty() || spec.Attribute(attribute.name) != nullptr) continue;
       const Judgement judged = JudgeAttribute(file.kind, spec, attribute);
       if (judged.fault != fault) continue;
       const auto [found, isNew] =
           index.emplace(std::make_pair(&spec, attribute.name), strays.size());
       if (isNew) strays.push_back({judged.advice, judged.meantAttribute, {}, {}});
-      strays[found->second].elements.push_back(&node);
+      strays[found->second].elements.push_back(&element.node);
       strays[found->second].attributes.push_back(&attribute);
     }
   });
