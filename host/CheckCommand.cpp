@@ -26,7 +26,6 @@
 #include "workbench/check/FindingsJson.h"
 #include "workbench/check/FindingsSarif.h"
 #include "workbench/check/FindingsText.h"
-#include "workbench/check/PluginLibraryReader.h"
 #include "workbench/check/ProductChanges.h"
 #include "workbench/check/RuleText.h"
 
@@ -176,13 +175,10 @@ bool ReadsLibraries(const std::vector<const Rule*>& rules) {
 /// Reads a product. `isLast`: no other one is read after it, which needs the frame's library anew.
 std::unique_ptr<CheckedProduct> ReadProduct(const ProductPlace& place, std::int32_t module,
                                             bool withLibraries, bool isLast) {
+  const LibrarySystem libraries = ThisLibrarySystem(place.folder / PathFromLocal(place.bin));
   FrameLibrary frame(FrameLibrary::PathBesideProgram());
-  auto product = ReadProductWithFrame(place, module, frame);
+  auto product = ReadProductWithFrame(place, module, frame, withLibraries ? &libraries : nullptr);
   if (!isLast) frame.Unload();
-  if (withLibraries) {
-    const fs::path bin = place.folder / PathFromLocal(place.bin);
-    ReadPluginLibraries(*product, place.folder, SystemNames(), ThisLibrarySystem(bin));
-  }
   return product;
 }
 

@@ -1,6 +1,7 @@
 #include "host/ProductCheck.h"
 
 #include <future>
+#include <optional>
 #include <utility>
 
 #include "host/PluginHeads.h"
@@ -9,7 +10,37 @@
 #include "reference/xrt/ExecutablePath.h"
 #include "sdk/lpc/lpc.h"
 #include "workbench/check/PackageReader.h"
+#include "workbench/check/PluginLibraryReader.h"
 #include "workbench/product/XmlThreads.h"
+
+namespace {
+
+/// The product as it lies on disk, and its libraries.
+class ProductFiles {
+ public:
+  ProductFiles(const ProductPlace& place, std::int32_t runningModule,
+               const LibrarySystem* libraries)
+      : m_product(ReadCheckedProduct(place, m_names, runningModule)) {
+    ReadPackages(*m_product, place, m_names);
+    if (libraries == nullptr) return;
+    m_libraries.emplace(*m_product, place.folder, m_names, *libraries);
+    m_libraries->Read();
+  }
+
+  void Use(HandedOver handedOver) {
+    UseModel(*m_product, std::move(handedOver));
+    if (m_libraries) m_libraries->Read();
+  }
+
+  std::unique_ptr<CheckedProduct> Take() { return std::move(m_product); }
+
+ private:
+  const LocalNames m_names = SystemNames();
+  std::unique_ptr<CheckedProduct> m_product;
+  std::optional<PluginLibraryReader> m_libraries;
+};
+
+}  // namespace
 
 HandedOver HandedOverOf(PlatformRecord platform) {
   return {std::move(*platform.productModel), platform.addons.value_or(std::vector<AddonModel>()),
@@ -18,22 +49,20 @@ HandedOver HandedOverOf(PlatformRecord platform) {
 
 std::unique_ptr<CheckedProduct> ReadProductWithFrame(const ProductPlace& place,
                                                      std::int32_t runningModule,
-                                                     const FrameLibrary& frame) {
-  const LocalNames names = SystemNames();
+                                                     const FrameLibrary& frame,
+                                                     const LibrarySystem* libraries) {
   SetExecutablePath(LocalFromPath(place.folder / PathFromLocal(place.bin) / "HUB"));
   PrepareXmlForThreads();
   auto reading = std::async(std::launch::async, [&] {
-    std::unique_ptr<CheckedProduct> product = ReadCheckedProduct(place, names, runningModule);
-    ReadPackages(*product, place, names);
-    return product;
+    return std::make_unique<ProductFiles>(place, runningModule, libraries);
   });
   const std::int32_t result = InitialiseFrame(frame);
-  std::unique_ptr<CheckedProduct> product = reading.get();
-  if (result != 0) return product;
+  const std::unique_ptr<ProductFiles> files = reading.get();
+  if (result != 0) return files->Take();
   PlatformRecord platform = SnapshotPlatform();
   // The frame does this only in Frame_Stop, and could not initialise again in this process.
   TevLPCFrameUnInit();
   frame.UnInit();
-  if (platform.productModel) UseModel(*product, HandedOverOf(std::move(platform)));
-  return product;
+  if (platform.productModel) files->Use(HandedOverOf(std::move(platform)));
+  return files->Take();
 }

@@ -59,21 +59,26 @@ bool IsScript(const fs::path& file) {
   return begin[0] == '#' && begin[1] == '!';
 }
 
-class PluginLibraryReader {
+}  // namespace
+
+class PluginLibraryReader::Reading {
  public:
-  PluginLibraryReader(CheckedProduct& product, const fs::path& folder, const LocalNames& names,
-                      const LibrarySystem& system)
+  Reading(CheckedProduct& product, const fs::path& folder, const LocalNames& names,
+          const LibrarySystem& system)
       : m_product(product), m_names(names), m_system(system), m_files(system, names) {
     m_folder = m_files.Text(folder);
     for (const std::string& name : product.names) m_small.emplace(SmallLetters(name), name);
   }
 
   void Read() {
-    const ProductModel& model = m_product.model;
-    for (const PluginDescription& plugin : model.ServerPluginDescriptions) Add(plugin.ID, false);
-    for (const SubPlatformEntry& platform : model.SubPlatforms) Add(platform.ID, false);
-    for (const PluginDescription& plugin : model.DriverPluginDescriptions) Add(plugin.ID, false);
-    for (const PluginDescription& plugin : model.ExePluginDescriptions) Add(plugin.ID, true);
+    std::vector<NamedFile> named = NamedFiles();
+    if (named == m_named) return;
+    m_named = std::move(named);
+    m_product.libraries.clear();
+    m_read.clear();
+    m_identities.clear();
+    m_pluginOf.clear();
+    for (const auto& [id, isProgram] : m_named) Add(id, isProgram);
     for (PluginFile& one : m_read) {
       if (one.file != nullptr) m_pluginOf.emplace(one.file, one.id);
     }
@@ -88,6 +93,23 @@ class PluginLibraryReader {
     LibraryFile* file = nullptr;  // null unless it is a good library
   };
 
+  using NamedFile = std::pair<std::string, bool>;  // ID of a plugin, and whether it is a program
+
+  /// What the model names, each ID once.
+  std::vector<NamedFile> NamedFiles() const {
+    const ProductModel& model = m_product.model;
+    std::vector<NamedFile> named;
+    std::unordered_set<std::string> known;
+    const auto add = [&](const std::string& id, bool isProgram) {
+      if (!id.empty() && known.insert(id).second) named.emplace_back(id, isProgram);
+    };
+    for (const PluginDescription& plugin : model.ServerPluginDescriptions) add(plugin.ID, false);
+    for (const SubPlatformEntry& platform : model.SubPlatforms) add(platform.ID, false);
+    for (const PluginDescription& plugin : model.DriverPluginDescriptions) add(plugin.ID, false);
+    for (const PluginDescription& plugin : model.ExePluginDescriptions) add(plugin.ID, true);
+    return named;
+  }
+
   void ReadNeeds() {
     for (PluginFile& one : m_read) {
       if (one.file == nullptr) continue;
@@ -99,7 +121,6 @@ class PluginLibraryReader {
   }
 
   void Add(const std::string& id, bool isProgram) {
-    if (id.empty() || !m_known.insert(id).second) return;
     PluginFile one;
     one.id = id;
     one.library = std::make_shared<PluginLibrary>();
@@ -286,16 +307,19 @@ class PluginLibraryReader {
   LibraryFiles m_files;
   std::string m_folder;                                  // of the product, without "/" at the end
   std::unordered_map<std::string, std::string> m_small;  // names on disk, by small letters
-  std::unordered_set<std::string> m_known;
+  std::vector<NamedFile> m_named;                        // that `m_read` is of
   std::vector<PluginFile> m_read;
   std::unordered_map<std::string, std::string> m_identities;  // the first ID of each file
   std::unordered_map<const LibraryFile*, std::string> m_pluginOf;
   std::unordered_map<const LibraryFile*, std::vector<std::string_view>> m_notGlobal;
 };
 
-}  // namespace
+PluginLibraryReader::PluginLibraryReader(CheckedProduct& product, const fs::path& productFolder,
+                                         const LocalNames& names, const LibrarySystem& system)
+    : m_reading(std::make_unique<Reading>(product, productFolder, names, system)) {}
 
-void ReadPluginLibraries(CheckedProduct& product, const fs::path& productFolder,
-                         const LocalNames& names, const LibrarySystem& system) {
-  PluginLibraryReader(product, productFolder, names, system).Read();
+PluginLibraryReader::~PluginLibraryReader() = default;
+
+void PluginLibraryReader::Read() {
+  m_reading->Read();
 }

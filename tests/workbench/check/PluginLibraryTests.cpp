@@ -31,7 +31,7 @@ class PluginLibraryTest : public testing::Test {
     product.model.ServerPluginDescriptions.emplace_back().ID = id;
   }
 
-  void Read() { ReadPluginLibraries(product, folder.Path(), SystemNames(), system); }
+  void Read() { PluginLibraryReader(product, folder.Path(), SystemNames(), system).Read(); }
 
   const TemporaryFolder folder;
   CheckedProduct product;

@@ -17,7 +17,6 @@
 #include "tests/support/TemporaryFolder.h"
 #include "tests/workbench/check/CaseFile.h"
 #include "tests/workbench/product/ComposedLibrary.h"
-#include "workbench/check/PluginLibraryReader.h"
 #include "workbench/check/Rule.h"
 
 namespace fs = std::filesystem;
@@ -101,15 +100,13 @@ TEST_P(RuleCase, HasTheseFindings) {
   const FrameLibrary frame(TEV_FRAME);
   const auto place = FindProduct(folder.Path() / "bin", SystemNames());
   ASSERT_TRUE(place);
-  const auto product = ReadProductWithFrame(*place, one.module, frame);
   const TemporaryFolder systemFolder;
-  if (one.rule.compare(0, 4, "TEV4") == 0) {  // the others are checked without libraries too
-    g_case = &one;
-    g_folder = folder.Path().string();
-    const LocalNames names = SystemNames();
-    ReadPluginLibraries(*product, folder.Path(), names,
-                        SystemOf(one, folder.Path() / "bin", systemFolder));
-  }
+  g_case = &one;
+  g_folder = folder.Path().string();
+  const LibrarySystem system = SystemOf(one, folder.Path() / "bin", systemFolder);
+  const bool isOfLibraries = one.rule.compare(0, 4, "TEV4") == 0;
+  const auto product =
+      ReadProductWithFrame(*place, one.module, frame, isOfLibraries ? &system : nullptr);
   const std::string found = Shown(RunRules(AllRules(), *product));
   EXPECT_EQ(one.findings, found) << found;
 }

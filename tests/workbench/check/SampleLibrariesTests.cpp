@@ -21,7 +21,7 @@ namespace {
 std::string LibraryFindings(const fs::path& folder) {
   const LocalNames names = SystemNames();
   const auto product = ReadCheckedProduct({folder, "bin"}, names, 1);
-  ReadPluginLibraries(*product, folder, names, ThisLibrarySystem(folder / "bin"));
+  PluginLibraryReader(*product, folder, names, ThisLibrarySystem(folder / "bin")).Read();
   EXPECT_GE(product->libraries.size(), 20U);
   std::vector<const Rule*> rules;
   for (const Rule* rule : AllRules()) {

@@ -112,8 +112,9 @@ TEST(LoaderVerdict, IsWhatTheLoaderDoes) {
       product.model.ServerPluginDescriptions.emplace_back().ID = id;
       product.names.push_back("bin/" + id + ".dll");
     }
-    ReadPluginLibraries(product, folder.Path(), SystemNames(),
-                        ThisLibrarySystem(folder.Path() / "bin"));
+    PluginLibraryReader(product, folder.Path(), SystemNames(),
+                        ThisLibrarySystem(folder.Path() / "bin"))
+        .Read();
     for (const std::string& id : libraries.IDs()) {
       const std::string message = LoaderMessage(folder.Path() / "bin" / (id + ".dll"));
       ++(message.empty() ? loaded : refused);
