@@ -27,6 +27,8 @@ class ProductFiles {
     m_libraries->Read();
   }
 
+  const CheckedProduct& Product() const { return *m_product; }
+
   void Use(HandedOver handedOver) {
     UseModel(*m_product, std::move(handedOver));
     if (m_libraries) m_libraries->Read();
@@ -56,8 +58,13 @@ std::unique_ptr<CheckedProduct> ReadProductWithFrame(const ProductPlace& place,
   auto reading = std::async(std::launch::async, [&] {
     return std::make_unique<ProductFiles>(place, runningModule, libraries);
   });
+  std::unique_ptr<ProductFiles> files;
+  if (HasLargeFile(place, SystemNames())) {
+    files = reading.get();
+    if (files->Product().IsSlowForFrame()) return files->Take();
+  }
   const std::int32_t result = InitialiseFrame(frame);
-  const std::unique_ptr<ProductFiles> files = reading.get();
+  if (!files) files = reading.get();
   if (result != 0) return files->Take();
   PlatformRecord platform = SnapshotPlatform();
   // The frame does this only in Frame_Stop, and could not initialise again in this process.

@@ -1,6 +1,7 @@
 #include "workbench/check/CheckedProduct.h"
 
 #include <algorithm>
+#include <numeric>
 
 const char* RootName(FileKind kind) {
   switch (kind) {
@@ -28,6 +29,19 @@ const char* RootName(FileKind kind) {
   return "";
 }
 
+namespace {
+
+std::size_t Count(const XmlNode& node) {
+  return std::accumulate(node.children.begin(), node.children.end(), std::size_t{1},
+                         [](std::size_t sum, const XmlNode& child) { return sum + Count(child); });
+}
+
+}  // namespace
+
+std::size_t CheckedFile::ElementCount() const {
+  return HasContent() ? Count(tree.root) : 0;
+}
+
 const CheckedFile& CheckedProduct::File(FileKind kind) const {
   return *std::find_if(files.begin(), files.end(),
                        [&](const CheckedFile& file) { return file.kind == kind; });
@@ -44,6 +58,12 @@ const Description* CheckedProduct::Kept(const std::string& id) const {
 
 bool CheckedProduct::Merges(const InstalledEntry& addon) const {
   return mergedAddons.count(addon.id) != 0;
+}
+
+bool CheckedProduct::IsSlowForFrame() const {
+  return std::any_of(files.begin(), files.end(), [](const CheckedFile& file) {
+    return file.ElementCount() > kMostElementsForFrame;
+  });
 }
 
 bool CheckedProduct::Exists(const std::string& name) const {

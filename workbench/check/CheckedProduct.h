@@ -36,6 +36,10 @@ constexpr std::int32_t kDistributedModule = 2;
 /// The name that the root element of such a file must have: "ProductDescription".
 const char* RootName(FileKind kind);
 
+/// The frame's time for a file grows with the square of the number of its elements. With this many
+/// in one file, it takes seconds; with more, the frame is not asked.
+constexpr std::size_t kMostElementsForFrame = 10'000;
+
 /// One model file that the frame asks for.
 struct CheckedFile {
   FileKind kind = FileKind::kProduct;
@@ -48,6 +52,9 @@ struct CheckedFile {
   std::string standInProblem;  // why that cannot be read either; empty when it can
   std::string text;            // what is read, without trailing line feeds
   XmlTree tree;
+
+  /// How many elements the frame finds in it.
+  std::size_t ElementCount() const;
 
   /// Whether the frame finds elements in it: readable, well-formed, the right root, no namespace.
   bool HasContent() const {
@@ -166,8 +173,8 @@ struct CheckedProduct {
   std::int32_t runningModule = 1;
 
   /// The model as the frame hands it over to the platform: merged with the addons, trimmed, sorted.
-  /// When the frame refuses the product, the model that it would hand over if the files that it
-  /// misses were not listed, without addons.
+  /// When the frame refuses the product or is not asked, the model that it would hand over if the
+  /// files that it misses were not listed, without addons.
   ProductModel model;
   bool fromFrame = false;               // `model`, `addonModels` and `toolModels` are the frame's
   std::vector<AddonModel> addonModels;  // empty unless they are
@@ -191,8 +198,12 @@ struct CheckedProduct {
   /// The description that the frame keeps of all with this ID; null for none.
   const Description* Kept(const std::string& id) const;
 
-  /// Whether the frame adds the addon's plugins to the product; false when it refuses the product.
+  /// Whether the frame adds the addon's plugins to the product; false when it refuses the product
+  /// or is not asked.
   bool Merges(const InstalledEntry& addon) const;
+
+  /// Whether one of the files has more elements than kMostElementsForFrame.
+  bool IsSlowForFrame() const;
 
   /// Whether a file or folder of this name exists; a folder's name ends in "/".
   bool Exists(const std::string& name) const;

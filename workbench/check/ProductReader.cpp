@@ -1,7 +1,9 @@
 #include "workbench/check/ProductReader.h"
 
 #include <algorithm>
+#include <cstdint>
 #include <cstdlib>
+#include <string_view>
 #include <system_error>
 #include <utility>
 
@@ -213,27 +215,37 @@ class ProductReader {
   std::map<const CheckedFile*, Description*> m_descriptions;
 };
 
-/// Appends the names in `folder` to `found`, and those in its folders down to `levels`.
-void ListNames(const fs::path& folder, const std::string& prefix, int levels,
-               const LocalNames& names, std::vector<std::string>& found) {
+/// Calls `use` with each file and folder in `folder` and its name, and with those in its folders
+/// down to `levels`. A folder's name ends in "/".
+template <typename Use>
+void VisitFiles(const fs::path& folder, const std::string& prefix, int levels,
+                const LocalNames& names, const Use& use) {
   std::error_code error;
   fs::directory_iterator entry(folder, error);
   for (; !error && entry != fs::directory_iterator(); entry.increment(error)) {
     std::error_code ignored;
     const bool isFolder = entry->is_directory(ignored);
-    const std::string name = prefix + names.fromPath(entry->path().filename());
-    found.push_back(isFolder ? name + "/" : name);
-    if (isFolder && levels > 1) ListNames(entry->path(), name + "/", levels - 1, names, found);
+    const std::string name =
+        prefix + names.fromPath(entry->path().filename()) + (isFolder ? "/" : "");
+    use(*entry, name);
+    if (isFolder && levels > 1) VisitFiles(entry->path(), name, levels - 1, names, use);
   }
+}
+
+template <typename Use>
+void VisitProduct(const ProductPlace& place, const LocalNames& names, const Use& use) {
+  const fs::path bin = place.folder / names.toPath(place.bin);
+  VisitFiles(place.folder, std::string(), 1, names, use);
+  VisitFiles(bin, place.bin + "/", 1, names, use);
+  VisitFiles(bin / "META_INFO", place.bin + "/META_INFO/", 2, names, use);
+  VisitFiles(bin / "TevAddons", place.bin + "/TevAddons/", 2, names, use);
 }
 
 std::vector<std::string> ListProduct(const ProductPlace& place, const LocalNames& names) {
   std::vector<std::string> found;
-  const fs::path bin = place.folder / names.toPath(place.bin);
-  ListNames(place.folder, std::string(), 1, names, found);
-  ListNames(bin, place.bin + "/", 1, names, found);
-  ListNames(bin / "META_INFO", place.bin + "/META_INFO/", 2, names, found);
-  ListNames(bin / "TevAddons", place.bin + "/TevAddons/", 2, names, found);
+  VisitProduct(place, names, [&](const fs::directory_entry& /*entry*/, const std::string& name) {
+    found.push_back(name);
+  });
   std::sort(found.begin(), found.end());
   return found;
 }
@@ -292,6 +304,20 @@ std::optional<ProductPlace> FindProduct(const fs::path& bin, const LocalNames& n
   fs::path folder = fs::canonical(bin, error);
   if (error) folder = fs::absolute(bin).lexically_normal();
   return ProductPlace{folder.parent_path(), names.fromPath(folder.filename())};
+}
+
+bool HasLargeFile(const ProductPlace& place, const LocalNames& names) {
+  constexpr std::string_view shortestElement = "<a/>";
+  bool found = false;
+  VisitProduct(place, names, [&](const fs::directory_entry& entry, const std::string& name) {
+    const std::string_view extension =
+        std::string_view(name).substr(std::min(name.size(), name.rfind('.')));
+    if (found || (extension != ".xml" && extension != ".data")) return;
+    std::error_code error;
+    const std::uintmax_t size = entry.file_size(error);
+    found = !error && size / shortestElement.size() > kMostElementsForFrame;
+  });
+  return found;
 }
 
 std::unique_ptr<CheckedProduct> ReadCheckedProduct(const ProductPlace& place,

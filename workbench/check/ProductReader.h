@@ -20,6 +20,9 @@ struct ProductPlace {
 /// `bin` are followed first, since the frame asks the system for "bin/../Product.xml".
 std::optional<ProductPlace> FindProduct(const std::filesystem::path& bin, const LocalNames& names);
 
+/// Whether a model file may have more elements than kMostElementsForFrame, by its size alone.
+bool HasLargeFile(const ProductPlace& place, const LocalNames& names);
+
 /// Reads the model files of a product as they lie on disk, all that the frame would ask for if
 /// none were missing, and derives the model from them. Takes time and memory in proportion to the
 /// files. Throws only std::bad_alloc.

@@ -30,6 +30,7 @@
   RULE(BlankEnds)               \
   RULE(PrefixedAttribute)       \
   RULE(DocumentType)            \
+  RULE(LongFile)                \
   RULE(OtherThanSchema)         \
   /* TEV2xx, plugins */         \
   RULE(NoDescription)           \

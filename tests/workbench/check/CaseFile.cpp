@@ -150,6 +150,7 @@ class CaseChanges {
     if (verb == "write") return WriteAll(file, TakeLines("| "));
     if (verb == "bytes") return WriteAll(file, WithBytes(TakeLines("| ")));
     if (verb == "change") return Change(file);
+    if (verb == "repeat") return Repeat(file, std::stoi(other));
     if (verb == "folder" && fs::create_directories(file)) return;
     if (verb == "remove" && fs::remove_all(file) != 0) return;
     if (verb == "rename") return fs::rename(file, m_to / other);
@@ -178,6 +179,21 @@ class CaseChanges {
     }
     std::string text = ReadAll(m_to / "Product.xml");
     WriteAll(m_to / "Product.xml", text.insert(text.find("  </Plugins>"), entries));
+  }
+
+  void Repeat(const fs::path& file, int count) {
+    const std::string lines = TakeLines("| ");
+    std::string added;
+    for (int i = 1; i <= count; ++i) {
+      std::string one = lines;
+      for (std::size_t at = one.find('%'); at != std::string::npos; at = one.find('%', at)) {
+        one.replace(at, 1, std::to_string(i));
+      }
+      added += one;
+    }
+    std::string text = ReadAll(file);
+    const std::size_t lastLine = text.rfind('\n', text.size() - 2) + 1;
+    WriteAll(file, text.insert(lastLine, added));
   }
 
   void Change(const fs::path& file) {

@@ -21,6 +21,7 @@
 //   bytes FILE           the same, and "\E4" in it stands for that byte, "\5C" for "\"
 //   change FILE          follows: lines "- OLD", to be replaced by the lines "+ NEW"; OLD occurs
 //                        once
+//   repeat FILE N        the same, N times before the last line of FILE; "%" in it is the number
 //   remove PATH          a file or folder
 //   rename FROM TO
 //   folder PATH
