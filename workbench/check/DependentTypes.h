@@ -1,6 +1,5 @@
 #pragma once
 
-#include <string>
 #include <vector>
 
 #include "workbench/check/JudgedDependency.h"
@@ -10,6 +9,3 @@
 /// The <Plugin> dependencies of libraries by whose DependentType the frame does not wait, unless
 /// another dependency makes it wait for the same plugin.
 std::vector<JudgedDependency> TypesThatOrderNothing(const CheckedProduct& product);
-
-/// Whether the text is a number of at most nine digits, perhaps with blanks around it.
-bool IsPlainNumber(const std::string& text);

@@ -23,3 +23,7 @@ bool ExceedsInt(const std::string& text) {
   return errno == ERANGE || value > std::numeric_limits<int>::max() ||
          value < std::numeric_limits<int>::min();
 }
+
+bool IsPlainNumber(const std::string& text) {
+  return IsNumber(WithoutBlanks(text)) && !ExceedsInt(text);
+}

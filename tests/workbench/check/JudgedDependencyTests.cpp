@@ -65,13 +65,4 @@ TEST(FindingsByTarget, BehindTwentyRelatedPlacesTheNumberOfTheOthersStands) {
             findings[0].related.back().message);
 }
 
-TEST(DependentTypes, PlainNumbersHaveDigitsAloneAndBlanksAroundThem) {
-  for (const char* text : {"0", "2", " 2\n", "-1", "+3", "007", "123456789"}) {
-    EXPECT_TRUE(IsPlainNumber(text)) << text;
-  }
-  for (const char* text : {"", " ", "-", "two", "2x", "0x1", "1 2", "- 1", "1.0", "1234567890"}) {
-    EXPECT_FALSE(IsPlainNumber(text)) << text;
-  }
-}
-
 }  // namespace

@@ -29,4 +29,13 @@ TEST(NumberText, LosesBlanksAtItsEndsOnly) {
   EXPECT_EQ("", WithoutBlanks(""));
 }
 
+TEST(NumberText, PlainNumbersHaveDigitsAloneAndBlanksAroundThem) {
+  for (const char* text : {"0", "2", " 2\n", "-1", "+3", "007", "2147483647"}) {
+    EXPECT_TRUE(IsPlainNumber(text)) << text;
+  }
+  for (const char* text : {"", " ", "-", "two", "2x", "0x1", "1 2", "- 1", "1.0", "2147483648"}) {
+    EXPECT_FALSE(IsPlainNumber(text)) << text;
+  }
+}
+
 }  // namespace

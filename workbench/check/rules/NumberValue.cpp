@@ -17,7 +17,7 @@ std::string Reading(const std::string& value) {
 bool IsWrong(const std::string& value, ValueKind kind) {
   const bool isFlagOfYes = kind == ValueKind::kFlag && std::atoi(value.c_str()) == 1;
   if (value.empty() || (kind != ValueKind::kNumber && !isFlagOfYes)) return false;
-  return !IsNumber(WithoutBlanks(value)) || ExceedsInt(value);
+  return !IsPlainNumber(value);
 }
 
 std::string Message(const std::string& what, const std::string& value) {
@@ -27,8 +27,13 @@ std::string Message(const std::string& what, const std::string& value) {
   return what + ": " + Quoted(value) + " reads as " + Reading(value) + ": " + why;
 }
 
-// The only number in an attribute is a DependentType, of which TEV304 says more, as TEV209 does of
-// a plugin's Type.
+/// TEV304 reports a DependentType that does not read as 1.
+bool IsWrongAttribute(const std::string& value, ValueKind kind) {
+  return kind == ValueKind::kNumber && IsWrong(value, kind) &&
+         (ExceedsInt(value) || std::atoi(value.c_str()) == 1);
+}
+
+// TEV209 says more of a plugin's Type.
 void Check(const CheckedProduct& product, RuleFindings& findings) {
   for (const CheckedFile& file : product.files) {
     VisitKnown(file, [&](const KnownElement& element) {
@@ -38,6 +43,12 @@ void Check(const CheckedProduct& product, RuleFindings& findings) {
       if (!isPluginType && IsWrong(node.text, spec.value)) {
         findings.push_back(
             MakeFinding(file, node.textPlace, Message(Tag(spec.name), node.text), spec.name));
+      }
+      for (const AttributeSpec& one : spec.attributes) {
+        const XmlAttribute* attribute = node.Attribute(one.name);
+        if (attribute == nullptr || !IsWrongAttribute(attribute->value, one.value)) continue;
+        findings.push_back(MakeFinding(file, attribute->place, Message(one.name, attribute->value),
+                                       node.Value("ID") + "/" + one.name));
       }
     });
   }

@@ -1,6 +1,7 @@
 #include <string>
 
 #include "workbench/check/DependentTypes.h"
+#include "workbench/check/NumberText.h"
 #include "workbench/check/Rule.h"
 #include "workbench/check/Words.h"
 
@@ -8,7 +9,7 @@ namespace {
 
 void Check(const CheckedProduct& product, RuleFindings& findings) {
   for (const JudgedDependency& dependency : TypesThatOrderNothing(product)) {
-    if (!IsPlainNumber(dependency.on->node->Value("DependentType"))) continue;  // TEV304
+    if (!IsPlainNumber(dependency.on->node->Value("DependentType"))) continue;  // TEV304, TEV116
     findings.push_back(FindingOn(dependency, "DependentType",
                                  DependsOn(dependency) + " with DependentType " +
                                      std::to_string(dependency.on->dependentType) +

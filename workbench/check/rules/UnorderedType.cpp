@@ -1,6 +1,7 @@
 #include <string>
 
 #include "workbench/check/DependentTypes.h"
+#include "workbench/check/NumberText.h"
 #include "workbench/check/Rule.h"
 #include "workbench/check/Words.h"
 
@@ -9,7 +10,7 @@ namespace {
 void Check(const CheckedProduct& product, RuleFindings& findings) {
   for (const JudgedDependency& dependency : TypesThatOrderNothing(product)) {
     const std::string& text = dependency.on->node->Value("DependentType");
-    if (IsPlainNumber(text)) continue;  // TEV313 reports these
+    if (IsPlainNumber(text) || ExceedsInt(text)) continue;  // TEV313, TEV116
     findings.push_back(
         FindingOn(dependency, "DependentType",
                   DependsOn(dependency) + " with DependentType " + Quoted(text) +
