@@ -15,8 +15,8 @@ void Check(const CheckedProduct& product, RuleFindings& findings) {
   finding.place = PlaceAt(product.File(FileKind::kProduct), "Plugins");
   finding.message = std::to_string(count) +
                     " plugins and sub platforms: the frame starts those that are ready at the same "
-                    "time in the order of their IDs, but from the 901st on they come before the "
-                    "others; dependencies are kept";
+                    "time in the order of their IDs, the sub platforms last, but from the 901st on "
+                    "they come between the first ones; dependencies are kept";
   finding.subject = "Plugins";
   findings.push_back(std::move(finding));
 }
