@@ -68,6 +68,16 @@ bool Fits(const XmlNode& node, const ElementSpec& spec) {
                      [&](const XmlAttribute& one) { return spec.Attribute(one.name) != nullptr; });
 }
 
+/// The entry of a list that `node` was probably meant to be: it stands in the list and has what an
+/// entry has. Null for none.
+const ElementSpec* MeantEntry(const ElementSpec& list, const XmlNode& node) {
+  for (const ElementSpec& entry : list.children) {
+    const bool isEntry = entry.role == ElementRole::kEntry && entry.Attribute("ID") != nullptr;
+    if (isEntry && node.Attribute("ID") != nullptr) return &entry;
+  }
+  return nullptr;
+}
+
 /// The lists and groups in `node` that the frame would read if they were in its parent.
 Judgement JudgeWrapper(const ElementSpec& parent, const XmlNode& node) {
   Judgement judged;
@@ -110,6 +120,11 @@ Judgement JudgeElement(FileKind kind, const ElementSpec& parent, const XmlNode& 
     judged.fault = NameFault::kMisplaced;
     judged.meant = SpecAt(kind, paths.front());
     judged.advice = OnlyIn(kind, paths, parent.name);
+  } else if (const ElementSpec* entry = MeantEntry(parent, node); entry != nullptr) {
+    judged.fault = NameFault::kMisspelt;
+    judged.meant = entry;
+    judged.advice = "unknown; only " + Alternatives(parent.ChildNames()) + " is read in " +
+                    Tag(parent.name) + ".";
   } else {
     const std::string attribute = Nearest(node.name, parent.AttributeNames());
     if (attribute.empty()) return JudgeWrapper(parent, node);
