@@ -59,9 +59,9 @@ std::unique_ptr<CheckedProduct> ReadProductWithFrame(const ProductPlace& place,
     return std::make_unique<ProductFiles>(place, runningModule, libraries);
   });
   std::unique_ptr<ProductFiles> files;
-  if (HasLargeFile(place, SystemNames())) {
+  if (MayHoldUpFrame(place, SystemNames())) {
     files = reading.get();
-    if (files->Product().IsSlowForFrame()) return files->Take();
+    if (files->Product().HoldsUpFrame()) return files->Take();
   }
   const std::int32_t result = InitialiseFrame(frame);
   if (!files) files = reading.get();

@@ -12,7 +12,7 @@
 HandedOver HandedOverOf(PlatformRecord platform);
 
 /// Reads the product at `place` and what the frame makes of it: initialises the frame, copies what
-/// it hands over to the platform, and un-initialises it; but not if the product IsSlowForFrame. No
+/// it hands over to the platform, and un-initialises it; but not if the product HoldsUpFrame. No
 /// plugin is loaded; the libraries are read for `libraries`, null: they are not. Never null. Once
 /// per process, as Frame_Init.
 std::unique_ptr<CheckedProduct> ReadProductWithFrame(const ProductPlace& place,

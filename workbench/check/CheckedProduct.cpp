@@ -60,9 +60,9 @@ bool CheckedProduct::Merges(const InstalledEntry& addon) const {
   return mergedAddons.count(addon.id) != 0;
 }
 
-bool CheckedProduct::IsSlowForFrame() const {
+bool CheckedProduct::HoldsUpFrame() const {
   return std::any_of(files.begin(), files.end(), [](const CheckedFile& file) {
-    return file.ElementCount() > kMostElementsForFrame;
+    return file.isPipe || file.ElementCount() > kMostElementsForFrame;
   });
 }
 

@@ -50,6 +50,7 @@ struct CheckedFile {
   std::string problem;   // why it cannot be read: "is empty"; empty when it can
   std::string standIn;   // the .data file's name, when the file itself cannot be read
   std::string standInProblem;  // why that cannot be read either; empty when it can
+  bool isPipe = false;         // it or its .data file: the frame waits for a writer
   std::string text;            // what is read, without trailing line feeds
   XmlTree tree;
 
@@ -202,8 +203,9 @@ struct CheckedProduct {
   /// or is not asked.
   bool Merges(const InstalledEntry& addon) const;
 
-  /// Whether one of the files has more elements than kMostElementsForFrame.
-  bool IsSlowForFrame() const;
+  /// Whether the frame takes long to read it or does not end: a file is a pipe, or has more
+  /// elements than kMostElementsForFrame.
+  bool HoldsUpFrame() const;
 
   /// Whether a file or folder of this name exists; a folder's name ends in "/".
   bool Exists(const std::string& name) const;

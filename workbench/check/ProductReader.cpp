@@ -77,6 +77,7 @@ class ProductReader {
     file.problem = text.problem;
     file.standIn = text.standIn;
     file.standInProblem = text.standInProblem;
+    file.isPipe = text.isPipe;
     if (!text.read.empty()) {
       file.readName =
           text.problem.empty() ? name : name.substr(0, name.rfind('/') + 1) + text.standIn;
@@ -306,16 +307,17 @@ std::optional<ProductPlace> FindProduct(const fs::path& bin, const LocalNames& n
   return ProductPlace{folder.parent_path(), names.fromPath(folder.filename())};
 }
 
-bool HasLargeFile(const ProductPlace& place, const LocalNames& names) {
+bool MayHoldUpFrame(const ProductPlace& place, const LocalNames& names) {
   constexpr std::string_view shortestElement = "<a/>";
   bool found = false;
   VisitProduct(place, names, [&](const fs::directory_entry& entry, const std::string& name) {
-    const std::string_view extension =
-        std::string_view(name).substr(std::min(name.size(), name.rfind('.')));
+    const std::string_view text = name;
+    const std::string_view extension = text.substr(std::min(text.size(), text.rfind('.')));
     if (found || (extension != ".xml" && extension != ".data")) return;
     std::error_code error;
+    found = entry.is_fifo(error);
     const std::uintmax_t size = entry.file_size(error);
-    found = !error && size / shortestElement.size() > kMostElementsForFrame;
+    found = found || (!error && size / shortestElement.size() > kMostElementsForFrame);
   });
   return found;
 }

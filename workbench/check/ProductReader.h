@@ -20,8 +20,8 @@ struct ProductPlace {
 /// `bin` are followed first, since the frame asks the system for "bin/../Product.xml".
 std::optional<ProductPlace> FindProduct(const std::filesystem::path& bin, const LocalNames& names);
 
-/// Whether a model file may have more elements than kMostElementsForFrame, by its size alone.
-bool HasLargeFile(const ProductPlace& place, const LocalNames& names);
+/// Whether the product perhaps HoldsUpFrame, without reading a file.
+bool MayHoldUpFrame(const ProductPlace& place, const LocalNames& names);
 
 /// Reads the model files of a product as they lie on disk, all that the frame would ask for if
 /// none were missing, and derives the model from them. Takes time and memory in proportion to the

@@ -10,15 +10,22 @@ namespace fs = std::filesystem;
 
 namespace {
 
+struct Fault {
+  bool missing = false;
+  bool isPipe = false;
+};
+
 /// Reads `file` into `text`. Returns why it cannot be read; empty on success.
-std::string Read(std::string& text, const fs::path& file, bool& missing) {
+std::string Read(std::string& text, const fs::path& file, Fault& fault) {
   std::error_code error;
   const fs::file_status status = fs::status(file, error);
-  missing = status.type() == fs::file_type::not_found;
-  if (missing) return "does not exist";
+  fault.missing = status.type() == fs::file_type::not_found;
+  fault.isPipe = fs::is_fifo(status);
+  if (fault.missing) return "does not exist";
   if (status.type() == fs::file_type::none) return "cannot be looked at: " + error.message();
   if (fs::is_directory(status)) return "is a directory";
-  if (!fs::is_regular_file(status)) return "is no regular file";  // a pipe would block
+  if (fault.isPipe) return "is a pipe";
+  if (!fs::is_regular_file(status)) return "is no regular file";
   const std::uintmax_t size = fs::file_size(file, error);
   if (error) return "cannot be looked at: " + error.message();
   if (size == 0) return "is empty";
@@ -42,7 +49,10 @@ std::string Read(std::string& text, const fs::path& file, bool& missing) {
 ModelText ReadModelText(const std::string& local, fs::path (*toPath)(const std::string& local)) {
   ModelText result;
   const fs::path file = toPath(local);
-  result.problem = Read(result.text, file, result.missing);
+  Fault fault;
+  result.problem = Read(result.text, file, fault);
+  result.missing = fault.missing;
+  result.isPipe = fault.isPipe;
   if (result.problem.empty()) {
     result.read = file;
     return result;
@@ -51,8 +61,8 @@ ModelText ReadModelText(const std::string& local, fs::path (*toPath)(const std::
   const std::string name = local.substr(nameAt);
   result.standIn = name.substr(0, name.rfind('.')) + ".data";
   const fs::path standIn = toPath(local.substr(0, nameAt) + result.standIn);
-  bool missing = false;
-  result.standInProblem = Read(result.text, standIn, missing);
+  result.standInProblem = Read(result.text, standIn, fault);
+  result.isPipe = result.isPipe || fault.isPipe;
   if (result.standInProblem.empty()) result.read = standIn;
   return result;
 }

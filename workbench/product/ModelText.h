@@ -13,6 +13,7 @@ struct ModelText {
   std::string problem;         // why the file itself cannot be read: "is empty"; empty when it can
   std::string standIn;         // the name of the .data file
   std::string standInProblem;  // why that cannot be read either
+  bool isPipe = false;         // one of the two is a pipe, at which the frame waits for a writer
 };
 
 /// Reads the file that the frame names `local`, a name in the local code page, or the .data file

@@ -465,4 +465,15 @@ TEST(StopRequest, EndsTheModelThatIsReadForEver) {
   EXPECT_EQ("HUB: stopped by SIGTERM before the product was read\n", result.errors);
 }
 
+TEST(PipeInPlaceOfAFile, DoesNotHoldUpTheCheck) {
+  SiteCopy site;
+  site.Remove("bin/META_INFO/Portal.xml");
+  ASSERT_EQ(0, mkfifo(site.Path("bin/META_INFO/Portal.xml").c_str(), 0600));
+  const HubResult result = RunHub("check --select TEV102 --bin " + site.Bin());
+  EXPECT_EQ(1, result.status);
+  EXPECT_THAT(result.output,
+              HasSubstr("Portal.xml: error: is a pipe: the frame waits until somebody writes into "
+                        "it, perhaps for ever [TEV102]\n"));
+}
+
 }  // namespace

@@ -11,7 +11,7 @@ bool IsRequired(FileKind kind) {
 
 void Check(const CheckedProduct& product, RuleFindings& findings) {
   for (const CheckedFile& file : product.files) {
-    if (!IsRequired(file.kind) || !file.missing || !file.readName.empty()) continue;
+    if (!IsRequired(file.kind) || !file.missing || file.isPipe || !file.readName.empty()) continue;
     RuleFinding finding;
     finding.place = PlaceOf(file);
     finding.message = WhyUnreadable(file) + ": the frame refuses the product, and nothing starts" +

@@ -24,6 +24,12 @@ const char* Loss(const CheckedFile& file, bool isRequired) {
   }
 }
 
+std::string WaitsFor(const CheckedFile& file) {
+  return (file.missing ? "does not exist, and " + file.standIn + " beside it is a pipe"
+                       : file.problem) +
+         ": the frame waits until somebody writes into it, perhaps for ever";
+}
+
 /// The files without which the frame refuses the product.
 std::set<const CheckedFile*> RequiredFiles(const CheckedProduct& product) {
   std::set<const CheckedFile*> required;
@@ -40,11 +46,13 @@ std::set<const CheckedFile*> RequiredFiles(const CheckedProduct& product) {
 void Check(const CheckedProduct& product, RuleFindings& findings) {
   const std::set<const CheckedFile*> required = RequiredFiles(product);
   for (const CheckedFile& file : product.files) {
-    if (file.missing || !file.readName.empty()) continue;
+    const bool isRead = file.missing || !file.readName.empty();
+    if (isRead && !file.isPipe) continue;
     RuleFinding finding;
     finding.place = PlaceOf(file);
-    finding.refused = required.count(&file) != 0;
-    finding.message = WhyUnreadable(file) + ": " + Loss(file, finding.refused);
+    finding.refused = required.count(&file) != 0 && !file.isPipe;
+    finding.message =
+        file.isPipe ? WaitsFor(file) : WhyUnreadable(file) + ": " + Loss(file, finding.refused);
     finding.subject = file.name;
     findings.push_back(std::move(finding));
   }
@@ -56,8 +64,9 @@ TEV_RULE(UnreadableFile) = {"TEV102",
                             Severity::kError,
                             "A model file is there but cannot be read",
                             "The file is empty, a folder, not readable by this user, or larger "
-                            "than 2 GB, and no .data file "
-                            "of the same name stands in for it. The frame treats it as missing.",
+                            "than 2 GB, and no .data file of the same name stands in for it. The "
+                            "frame treats it as missing. At a pipe the frame waits until somebody "
+                            "writes into it, so it is not asked what it makes of the product.",
                             "An empty META_INFO/Platform.xml",
                             "Restore the file, or give it the permissions of the files beside it.",
                             &Check};
