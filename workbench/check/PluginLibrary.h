@@ -54,7 +54,7 @@ struct PluginLibrary {
   enum class Entry { kMissing, kFunction, kNoFunction };
 
   std::string name;        // "bin/storage.server.dll"
-  bool isProgram = false;  // of an executable plugin: "bin/media.recorder.exe"
+  bool isProgram = false;  // of an executable plugin: "bin/media.recorder.exe", by its entry's ID
   State state = State::kGood;
   std::string otherCase;         // the name that it has on disk; empty when that is `name`
   std::string format;            // "ELF"
@@ -62,10 +62,11 @@ struct PluginLibrary {
   std::string requiredFormat;    // that this system runs; empty when that is not known
   std::string requiredMachine;   // the same
   bool isWritableByAll = false;  // never where the system has no such permission
-  bool isExecutable = true;      // of a program: has the permission, where there is one
-  std::string sameFileAs;        // the first plugin that has the same file; empty for none
+  bool isFolderWritableByAll = false;
+  bool isExecutable = true;  // of a program: has the permission, where there is one
+  std::string sameFileAs;    // the first plugin that has the same file; empty for none
 
-  // Of a good library.
+  // Of a good library. An ELF library's entries may be in a library that it needs.
   Entry init = Entry::kMissing;
   Entry unInit = Entry::kMissing;
   std::string mangledInit;  // a name of a C++ function Init that is exported

@@ -67,6 +67,7 @@ class PluginLibraryReader::Reading {
           const LibrarySystem& system)
       : m_product(product), m_names(names), m_system(system), m_files(system, names) {
     m_folder = m_files.Text(folder);
+    m_isBinWritableByAll = system.facts(names.toPath(m_folder + "/" + product.bin)).isWritableByAll;
     for (const std::string& name : product.names) m_small.emplace(SmallLetters(name), name);
   }
 
@@ -114,6 +115,7 @@ class PluginLibraryReader::Reading {
     for (PluginFile& one : m_read) {
       if (one.file == nullptr) continue;
       const std::deque<LoadedFile> loaded = m_files.Load(*one.file);
+      if (one.file->header.format == Format::kElf) FindEntries(loaded, *one.library);
       AddNotFound(one, loaded);
       AddImports(one, loaded.front());
       if (one.library->notFound.empty()) AddMissing(one, loaded);
@@ -126,13 +128,19 @@ class PluginLibraryReader::Reading {
     one.library = std::make_shared<PluginLibrary>();
     PluginLibrary& library = *one.library;
     library.isProgram = isProgram;
-    library.name = m_product.bin + "/" + id + (isProgram ? ".exe" : ".dll");
+    library.name = m_product.bin + "/" + (isProgram ? ProgramName(id) : id + ".dll");
     if (!m_product.Exists(library.name)) {
       const auto other = m_small.find(SmallLetters(library.name));
       if (other != m_small.end()) library.otherCase = other->second;
     }
     ReadFile(one);
     m_read.push_back(std::move(one));
+  }
+
+  /// The frame names a program by the ID by which the plugin is listed.
+  std::string ProgramName(const std::string& id) const {
+    const Description* kept = m_product.Kept(id);
+    return (kept == nullptr ? id : kept->folder) + ".exe";
   }
 
   void ReadFile(PluginFile& one) {
@@ -147,6 +155,7 @@ class PluginLibraryReader::Reading {
       return;
     }
     library.isWritableByAll = facts.isWritableByAll;
+    library.isFolderWritableByAll = m_isBinWritableByAll;
     library.isExecutable = facts.isExecutable;
     const auto [first, isFirst] = m_identities.emplace(facts.identity, one.id);
     if (!isFirst && !facts.identity.empty()) library.sameFileAs = first->second;
@@ -167,15 +176,21 @@ class PluginLibraryReader::Reading {
     }
     if (library.state != State::kGood || library.isProgram) return;
     one.file = file;
-    ReadEntries(file->header, library);
+    library.init = EntryIn(file->header, "Init");
+    library.unInit = EntryIn(file->header, "UnInit");
+    ReadOtherNames(file->header, library);
   }
 
-  static void ReadEntries(const LibraryHeader& header, PluginLibrary& library) {
+  static PluginLibrary::Entry EntryIn(const LibraryHeader& header, std::string_view name) {
+    const auto found =
+        std::find_if(header.exported.begin(), header.exported.end(),
+                     [&](const ExportedSymbol& symbol) { return symbol.name == name; });
+    if (found == header.exported.end()) return PluginLibrary::Entry::kMissing;
+    return found->isFunction ? PluginLibrary::Entry::kFunction : PluginLibrary::Entry::kNoFunction;
+  }
+
+  static void ReadOtherNames(const LibraryHeader& header, PluginLibrary& library) {
     for (const ExportedSymbol& symbol : header.exported) {
-      const auto entry =
-          symbol.isFunction ? PluginLibrary::Entry::kFunction : PluginLibrary::Entry::kNoFunction;
-      if (symbol.name == "Init") library.init = entry;
-      if (symbol.name == "UnInit") library.unInit = entry;
       if (IsMangled(symbol.name, "Init")) library.mangledInit = symbol.name;
       if (IsMangled(symbol.name, "UnInit")) library.mangledUnInit = symbol.name;
       const bool isShort = symbol.name.size() <= kShortName && !symbol.name.empty();
@@ -183,6 +198,16 @@ class PluginLibraryReader::Reading {
       if (isShort && !isEntry && library.similarNames.size() < kMostSimilar) {
         library.similarNames.emplace_back(symbol.name);
       }
+    }
+  }
+
+  /// ELF: an entry that the library lacks is looked up in those that it needs, in the order in
+  /// which they are loaded.
+  static void FindEntries(const std::deque<LoadedFile>& loaded, PluginLibrary& library) {
+    for (const LoadedFile& one : loaded) {
+      using Entry = PluginLibrary::Entry;
+      if (library.init == Entry::kMissing) library.init = EntryIn(one.file->header, "Init");
+      if (library.unInit == Entry::kMissing) library.unInit = EntryIn(one.file->header, "UnInit");
     }
   }
 
@@ -305,7 +330,8 @@ class PluginLibraryReader::Reading {
   const LocalNames& m_names;
   const LibrarySystem& m_system;
   LibraryFiles m_files;
-  std::string m_folder;                                  // of the product, without "/" at the end
+  std::string m_folder;  // of the product, without "/" at the end
+  bool m_isBinWritableByAll = false;
   std::unordered_map<std::string, std::string> m_small;  // names on disk, by small letters
   std::vector<NamedFile> m_named;                        // that `m_read` is of
   std::vector<PluginFile> m_read;

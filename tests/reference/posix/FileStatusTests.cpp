@@ -49,4 +49,13 @@ TEST_F(FileStatusTest, PermissionsAreThoseOfTheFile) {
   EXPECT_TRUE(StatusOfFile(file).isExecutable);
 }
 
+TEST_F(FileStatusTest, AFolderIsWritableByAllUnlessEachMayReplaceOnlyItsOwnFiles) {
+  ASSERT_EQ(0, chmod(folder.Path().c_str(), 0777));
+  EXPECT_TRUE(StatusOfFile(folder.Path()).isWritableByAll);
+  ASSERT_EQ(0, chmod(folder.Path().c_str(), 01777));
+  EXPECT_FALSE(StatusOfFile(folder.Path()).isWritableByAll);
+  ASSERT_EQ(0, chmod(folder.Path().c_str(), 0775));
+  EXPECT_FALSE(StatusOfFile(folder.Path()).isWritableByAll);
+}
+
 }  // namespace

@@ -7,9 +7,18 @@ namespace {
 
 constexpr std::size_t kMostHints = 20;  // looking for similar names takes time
 
-const PluginEntry* EntryOf(const CheckedProduct& product, const std::string& id) {
+/// Adds where the plugin or sub platform is listed.
+void AddListed(const CheckedProduct& product, const std::string& id, RuleFinding& finding) {
+  const std::string message = Quoted(id) + " is listed here";
   const Description* kept = product.Kept(id);
-  return kept == nullptr || kept->entries.empty() ? nullptr : kept->entries.front();
+  if (kept != nullptr && !kept->entries.empty()) {
+    finding.related.push_back({PlaceOf(*kept->entries.front()), message});
+  }
+  for (const SubPlatform& platform : product.subPlatforms) {
+    if (platform.id != id || platform.node == nullptr) continue;
+    const CheckedFile& file = product.File(FileKind::kProduct);
+    finding.related.push_back({PlaceOf(file, *platform.node), message});
+  }
 }
 
 void Check(const CheckedProduct& product, RuleFindings& findings) {
@@ -17,10 +26,11 @@ void Check(const CheckedProduct& product, RuleFindings& findings) {
   for (const auto& [id, library] : product.libraries) {
     if (library->isProgram || library->state != PluginLibrary::State::kMissing) continue;
     RuleFinding finding = LibraryFinding(id, *library, library->name);
-    finding.message = "does not exist: " + LossOf(product, id, *library);
-    if (++count <= kMostHints) finding.message += NameHint(product, library->name);
-    const PluginEntry* entry = EntryOf(product, id);
-    if (entry != nullptr) finding.related = {{PlaceOf(*entry), Quoted(id) + " is listed here"}};
+    const bool isLink = product.Exists(library->name);
+    finding.message = (isLink ? "is a link to a file that does not exist: " : "does not exist: ") +
+                      LossOf(product, id, *library);
+    if (!isLink && ++count <= kMostHints) finding.message += NameHint(product, library->name);
+    AddListed(product, id, finding);
     findings.push_back(std::move(finding));
   }
 }
