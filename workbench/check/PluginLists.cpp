@@ -105,8 +105,11 @@ Win WinOver(const PluginEntry& winner, const PluginEntry& loser) {
   const std::string& version = winner.description->version;
   const std::string& other = loser.description->version;
   if (TextOrderDiffers(version, other)) return Win::kByTextOnly;
-  const bool replaces = winner.addon != nullptr && loser.addon == nullptr && version != other;
-  return replaces ? Win::kAddonReplaces : Win::kOther;
+  const bool isGreater = CompareVersions(version, other).value_or(0) > 0;
+  const bool replaces = winner.addon != nullptr && loser.addon == nullptr && isGreater;
+  if (replaces) return Win::kAddonReplaces;
+  const bool isCopy = winner.addon == loser.addon && winner.id != loser.id;
+  return isCopy ? Win::kOfOneOwner : Win::kOther;
 }
 
 std::vector<const PluginEntry*> Losers(const SameID& same) {

@@ -51,6 +51,7 @@ PluginsByID GroupByID(const CheckedProduct& product);
 enum class Win {
   kAddonReplaces,  // an addon brings a greater version than the product has, as text and by numbers
   kByTextOnly,     // its version is the greater text, but the smaller by numbers
+  kOfOneOwner,     // two entries of the product, or of one addon, lead to one ID
   kOther
 };
 

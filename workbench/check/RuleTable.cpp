@@ -53,6 +53,7 @@
   RULE(NothingStarts)           \
   RULE(DroppedByModule)         \
   RULE(ReplacedByAddon)         \
+  RULE(CopiedID)                \
   /* TEV3xx, dependencies */    \
   RULE(UnknownDependency)       \
   RULE(UnstartedDependency)     \

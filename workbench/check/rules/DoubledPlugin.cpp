@@ -3,45 +3,20 @@
 #include <string>
 #include <utility>
 
+#include "workbench/check/DroppedPlugin.h"
 #include "workbench/check/PluginLists.h"
 #include "workbench/check/Rule.h"
 #include "workbench/check/Words.h"
 
 namespace {
 
-std::string WhyKept(const PluginEntry& winner, const PluginEntry& loser) {
-  const std::string& version = winner.description->version;
-  const std::string& other = loser.description->version;
-  if (version == other) {
-    return "both have the version " + Quoted(version) + " and that one is read first";
-  }
-  return "its version " + Quoted(version) + " is greater, as text, than " + Quoted(other);
-}
-
-/// What was probably meant.
-std::string Meant(const PluginEntry& winner, const PluginEntry& loser) {
-  if (loser.addon != nullptr && winner.addon == nullptr) {
-    return "; an addon replaces a plugin only with a greater version";
-  }
-  const std::string& id = loser.description->id;
-  const bool isCopied = winner.addon == nullptr && (loser.id == id) != (winner.id == id);
-  if (!isCopied) return std::string();
-  const PluginEntry& copy = loser.id == id ? winner : loser;
-  return "; the <ID> in " + copy.description->file->readName + " was probably meant to be " +
-         Quoted(copy.id);
-}
-
 void AddDropped(const PluginEntry& winner, const PluginEntry& loser, RuleFindings& findings) {
-  const Description& description = *loser.description;
-  const std::string& kept = winner.description->file->readName;
-  RuleFinding finding;
-  finding.place = PlaceAt(*description.file, "ID");
-  finding.message = "two plugins have the ID " + Quoted(description.id) +
-                    ": the frame drops this one and keeps that of " + kept + ", since " +
-                    WhyKept(winner, loser) + Meant(winner, loser);
-  finding.related.push_back({PlaceAt(*winner.description->file, "ID"), "this one is kept"});
-  finding.plugin = description.id;
-  finding.subject = description.folder;
+  RuleFinding finding = DroppedFinding(winner, loser);
+  if (loser.addon != nullptr && winner.addon == nullptr) {
+    finding.message += "; an addon replaces a plugin only with a greater version";
+  } else if (loser.addon == nullptr && loser.description->version != winner.description->version) {
+    finding.message += "; as numbers they cannot be compared: see that the newer one is kept";
+  }
   findings.push_back(std::move(finding));
 }
 
@@ -103,13 +78,15 @@ void Check(const CheckedProduct& product, RuleFindings& findings) {
 TEV_RULE(DoubledPlugin) = {
     "TEV207",
     Severity::kWarning,
-    "Two plugins have one ID, or one is listed twice",
+    "The product and an addon have a plugin of one ID, or one plugin is listed twice",
     "Of the server plugins, of the executable plugins and of the drivers with one ID the frame "
     "keeps one each: the one whose version is the greatest text, compared byte by byte, and of "
     "equal ones the one that is read first: the product's, then those of the addons in the order "
-    "of ProductAddons.xml. The others are dropped without a message. A version that loses "
-    "although it is greater by numbers is a finding of TEV208; an addon that replaces a plugin "
-    "of the product is only a note, TEV220.",
-    "META_INFO/backup.server/backup.server.xml, copied from alarm.server.xml with its <ID>",
-    "Give each plugin an ID of its own, or remove one of the two.",
+    "of ProductAddons.xml, then those of the other installed addons. The others are dropped "
+    "without a message. In a distributed module, plugins that are not distributed are dropped "
+    "before. A version that loses although it is greater by numbers is a finding of TEV208, two "
+    "plugins of the product with one ID are one of TEV221; an addon that replaces a plugin of the "
+    "product is only a note, TEV220.",
+    "<Plugin ID=\"alarm.server\"/> twice in <Plugins>",
+    "Remove one of the two, or give each plugin an ID of its own.",
     &Check};
