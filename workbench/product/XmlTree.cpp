@@ -10,6 +10,7 @@
 #include <new>
 
 #include "workbench/product/XmlMessages.h"
+#include "workbench/product/XmlTags.h"
 #include "workbench/product/XmlText.h"
 
 namespace {
@@ -30,30 +31,6 @@ bool IsBlank(const std::string& text) {
   return text.find_first_not_of(" \t\r\n") == std::string::npos;
 }
 
-/// Turns offsets of a text into places; the offsets must ascend.
-class PlaceCounter {
- public:
-  explicit PlaceCounter(const std::string& text) : m_text(text) {}
-
-  TextPlace At(std::size_t offset) {
-    for (; m_at < offset && m_at < m_text.size(); ++m_at) {
-      const auto byte = static_cast<unsigned char>(m_text[m_at]);
-      if (byte == '\n') {
-        ++m_place.line;
-        m_place.column = 1;
-      } else if ((byte & 0xC0U) != 0x80U) {
-        ++m_place.column;
-      }
-    }
-    return m_place;
-  }
-
- private:
-  const std::string& m_text;
-  std::size_t m_at = 0;
-  TextPlace m_place = {1, 1};
-};
-
 /// What the XML declaration at the beginning of `text` says; the parser's document has "UTF-8"
 /// instead, the encoding that it was given.
 std::string DeclaredEncoding(const std::string& text) {
@@ -70,124 +47,19 @@ std::string DeclaredEncoding(const std::string& text) {
   return std::string(declaration.substr(quote + 1, end - quote - 1));
 }
 
-/// The start tags of a well-formed text, in order: the parser's tree has lines without columns.
-class StartTags {
- public:
-  struct Tag {
-    TextPlace place;
-    std::vector<TextPlace> attributes;  // of the names, declarations of namespaces too
-    std::vector<std::string_view> names;
-    TextPlace textPlace;  // of the first visible text directly in the element
-  };
-
-  explicit StartTags(const std::string& text)
-      : m_text(text), m_at(BeginsWithMark(text) ? 3 : 0), m_places(text) {
-    while (ReadTextRun()) ReadMarkup();
-  }
-
-  /// The start tag of the next element in document order.
-  const Tag& Next() { return m_tags[m_next++]; }
-
-  TextPlace DoctypePlace() const { return m_doctype; }
-
- private:
-  static bool BeginsWithMark(const std::string& text) {
-    return text.compare(0, 3, "\xEF\xBB\xBF") == 0;
-  }
-
-  /// Moves to the next "<"; false when there is none.
-  bool ReadTextRun() {
-    const std::size_t visible = m_text.find_first_not_of(" \t\r\n", m_at);
-    if (visible == std::string::npos) return false;
-    NoteText(visible);
-    m_at = m_text.find('<', m_at);
-    return m_at != std::string::npos;
-  }
-
-  void NoteText(std::size_t visible) {
-    const bool isText = m_text[visible] != '<' || StartsWith(visible, "<![CDATA[");
-    if (!isText || m_open.empty() || m_tags[m_open.back()].textPlace.line != 0) return;
-    m_tags[m_open.back()].textPlace = m_places.At(visible);
-  }
-
-  void ReadMarkup() {
-    if (Skip("<!--", "-->") || Skip("<![CDATA[", "]]>") || Skip("<?", "?>")) return;
-    if (StartsWith(m_at, "<!DOCTYPE")) return SkipDoctype();
-    if (!StartsWith(m_at, "</")) return ReadTag();
-    m_open.pop_back();
-    SkipTo(">");
-  }
-
-  bool StartsWith(std::size_t at, std::string_view begin) const {
-    return m_text.compare(at, begin.size(), begin) == 0;
-  }
-
-  void SkipTo(std::string_view end) {
-    const std::size_t found = m_text.find(end, m_at);
-    m_at = found == std::string::npos ? m_text.size() : found + end.size();
-  }
-
-  bool Skip(std::string_view begin, std::string_view end) {
-    if (!StartsWith(m_at, begin)) return false;
-    m_at += begin.size();
-    SkipTo(end);
-    return true;
-  }
-
-  /// An internal subset may contain ">" in quotes, in comments and behind its declarations.
-  void SkipDoctype() {
-    m_doctype = m_places.At(m_at);
-    m_at += std::string_view("<!DOCTYPE").size();
-    bool inSubset = false;
-    while (m_at < m_text.size()) {
-      if (Skip("<!--", "-->") || Skip("<?", "?>")) continue;
-      const char c = m_text[m_at++];
-      if (c == '"' || c == '\'') SkipTo(std::string_view(&c, 1));
-      if (c == '[') inSubset = true;
-      if (c == ']') inSubset = false;
-      if (c == '>' && !inSubset) return;
-    }
-  }
-
-  void ReadTag() {
-    Tag tag;
-    tag.place = m_places.At(m_at);
-    m_at = m_text.find_first_of(" \t\r\n/>", m_at);
-    while ((m_at = m_text.find_first_not_of(" \t\r\n", m_at)) != std::string::npos) {
-      if (m_text[m_at] == '>' || m_text[m_at] == '/') break;
-      const std::size_t end = m_text.find_first_of(" \t\r\n=", m_at);
-      tag.attributes.push_back(m_places.At(m_at));
-      tag.names.push_back(std::string_view(m_text).substr(m_at, end - m_at));
-      m_at = m_text.find_first_of("\"'", end);
-      const char quote = m_text[m_at++];
-      SkipTo(std::string_view(&quote, 1));
-    }
-    if (m_text[m_at] != '/') m_open.push_back(m_tags.size());
-    SkipTo(">");
-    m_tags.push_back(std::move(tag));
-  }
-
-  const std::string& m_text;
-  std::size_t m_at;
-  PlaceCounter m_places;
-  TextPlace m_doctype;
-  std::vector<Tag> m_tags;
-  std::vector<std::size_t> m_open;  // indices of the elements that are not closed yet
-  std::size_t m_next = 0;
-};
-
 /// Copies libxml2's tree, element by element in document order, as the tags stand in the text. The
 /// parser limits the depth to 256 levels.
 class TreeCopy {
  public:
-  TreeCopy(const xmlDoc* document, const std::string& text) : m_document(document), m_tags(text) {}
+  TreeCopy(const xmlDoc* document, const std::string& text)
+      : m_document(document), m_tags(ReadXmlTags(text)) {}
 
   XmlTree Copy() {
     XmlTree tree;
     tree.wellFormed = true;
     const xmlNode* root = xmlDocGetRootElement(m_document);
     if (root != nullptr) tree.root = CopyElement(root);
-    tree.doctypePlace = m_tags.DoctypePlace();
+    tree.doctypePlace = m_tags.doctypePlace;
     tree.tooLong = std::move(m_tooLong);
     return tree;
   }
@@ -195,7 +67,7 @@ class TreeCopy {
  private:
   XmlNode CopyElement(const xmlNode* element) {
     XmlNode node;
-    const StartTags::Tag& tag = m_tags.Next();
+    const XmlTag& tag = m_tags.elements[m_next++];
     node.name = FromXml(element->name);
     node.space = SpaceOf(element->ns);
     node.place = tag.place;
@@ -217,7 +89,7 @@ class TreeCopy {
     return node;
   }
 
-  void CopyAttributes(XmlNode& node, const xmlNode* element, const StartTags::Tag& tag) {
+  void CopyAttributes(XmlNode& node, const xmlNode* element, const XmlTag& tag) {
     for (const xmlAttr* from = element->properties; from != nullptr; from = from->next) {
       XmlAttribute attribute;
       attribute.name = FromXml(from->name);
@@ -235,7 +107,7 @@ class TreeCopy {
   }
 
   /// Adds the attributes whose values the file's own DOCTYPE declares.
-  void CopyDefaults(XmlNode& node, const StartTags::Tag& tag) const {
+  void CopyDefaults(XmlNode& node, const XmlTag& tag) const {
     xmlDtd* subset = m_document->intSubset;
     const xmlElement* declared =
         subset == nullptr
@@ -250,7 +122,7 @@ class TreeCopy {
   }
 
   /// The place of the attribute in the tag; of the tag when a DOCTYPE brings the attribute.
-  static TextPlace PlaceOf(const std::string& name, const StartTags::Tag& tag) {
+  static TextPlace PlaceOf(const std::string& name, const XmlTag& tag) {
     for (std::size_t i = 0; i < tag.names.size(); ++i) {
       const std::string_view written = tag.names[i];
       const std::size_t prefix = written.find(':');
@@ -264,7 +136,8 @@ class TreeCopy {
   }
 
   const xmlDoc* m_document;
-  StartTags m_tags;
+  const XmlTags m_tags;
+  std::size_t m_next = 0;  // of the elements
   std::vector<TooLongText> m_tooLong;
 };
 
