@@ -262,7 +262,9 @@ ExitStatus CheckProduct(const Options& options, HostContext& context) {
   if (before) AddChanges(report, *before, *product, ShownFolder(earlier->folder));
   if (staged) {
     for (const auto& [name, file] : staged->AddonFiles()) {
-      report.elsewhere[name] = LocalFromPath(file.generic_string());
+      const fs::path absolute = fs::absolute(file).lexically_normal();
+      report.elsewhere[name] = {LocalFromPath(absolute.generic_string()),
+                                LocalFromPath(file.generic_string())};
     }
   }
   if (!check.writeBaseline.empty()) {

@@ -23,6 +23,17 @@ std::string Hash(const std::vector<std::string>& texts) {
 
 }  // namespace
 
+std::optional<FilePath> Elsewhere(const CheckReport& report, const std::string& file) {
+  for (std::size_t end = file.size(); end != std::string::npos && end > 0;
+       end = file.rfind('/', end - 1)) {
+    const auto found = report.elsewhere.find(file.substr(0, end));
+    if (found == report.elsewhere.end()) continue;
+    const std::string inside = file.substr(end);
+    return FilePath{found->second.absolute + inside, found->second.shown + inside};
+  }
+  return std::nullopt;
+}
+
 bool IsAccepted(const CheckReport& report, std::size_t finding) {
   return report.baseline && report.baseline->accepted[finding];
 }

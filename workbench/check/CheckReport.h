@@ -11,6 +11,12 @@
 #include "workbench/check/Rule.h"
 #include "workbench/check/RuleFinding.h"
 
+/// Where a file lies, with "/" between names.
+struct FilePath {
+  std::string absolute;
+  std::string shown;  // in a text
+};
+
 /// What HUB check prints, whatever the format. Plain value.
 struct CheckReport {
   std::string toolVersion;     // "1.0.0"
@@ -21,14 +27,18 @@ struct CheckReport {
   std::string folder;       // absolute: "/srv/site", "C:/site"
   std::string shownFolder;  // before a file's name in a text: "site/", "/srv/site/" or ""
 
-  // Files that lie elsewhere than in the product's folder: how a text shows each, by its name.
-  std::map<std::string, std::string> elsewhere;
+  // Files, and folders with all that is in them, that lie elsewhere than in the product's folder,
+  // by the name in the product.
+  std::map<std::string, FilePath> elsewhere;
 
   std::vector<const Rule*> rules;           // that ran, in the order of the IDs
   RuleFindings findings;                    // in the order in which they are printed
   std::optional<AppliedBaseline> baseline;  // of `findings`; none when none was given
   std::optional<ProductChanges> changes;    // with --against; the baseline is then of that product
 };
+
+/// Where the file of this name in the product lies, if not in the product's folder.
+std::optional<FilePath> Elsewhere(const CheckReport& report, const std::string& file);
 
 /// Whether the baseline accepts the finding at this position; false without a baseline.
 bool IsAccepted(const CheckReport& report, std::size_t finding);

@@ -1,6 +1,7 @@
 #include "workbench/check/FindingsJson.h"
 
 #include <nlohmann/json.hpp>
+#include <optional>
 
 #include "workbench/output/Text.h"
 
@@ -12,8 +13,9 @@ void AddText(Json& json, const char* name, const std::string& text) {
   if (!text.empty()) json[name] = text;
 }
 
-void AddPlace(Json& json, const Place& place) {
-  AddText(json, "file", place.file);
+void AddPlace(Json& json, const CheckReport& report, const Place& place) {
+  const std::optional<FilePath> elsewhere = Elsewhere(report, place.file);
+  AddText(json, "file", elsewhere ? elsewhere->absolute : place.file);
   if (place.line > 0) json["line"] = place.line;
   if (place.line > 0 && place.column > 0) json["column"] = place.column;
 }
@@ -26,17 +28,17 @@ Json Product(const CheckReport& report) {
   return json;
 }
 
-Json Finding(const RuleFinding& finding) {
+Json Finding(const CheckReport& report, const RuleFinding& finding) {
   Json json;
   json["rule"] = finding.rule;
   json["severity"] = Word(finding.severity);
-  AddPlace(json, finding.place);
+  AddPlace(json, report, finding.place);
   json["message"] = Escaped(finding.message);
   AddText(json, "plugin", finding.plugin);
   AddText(json, "subject", finding.subject);
   for (const RelatedPlace& related : finding.related) {
     Json place = Json::object();
-    AddPlace(place, related.place);
+    AddPlace(place, report, related.place);
     place["message"] = Escaped(related.message);
     json["related"].push_back(std::move(place));
   }
@@ -47,7 +49,7 @@ Json Findings(const CheckReport& report) {
   Json findings = Json::array();
   const std::vector<std::string> fingerprints = Fingerprints(report.findings);
   for (std::size_t i = 0; i < report.findings.size(); ++i) {
-    Json json = Finding(report.findings[i]);
+    Json json = Finding(report, report.findings[i]);
     json["fingerprint"] = fingerprints[i];
     if (report.baseline) json["baseline"] = IsAccepted(report, i) ? "unchanged" : "new";
     findings.push_back(std::move(json));

@@ -3,6 +3,7 @@
 #include <cstring>
 #include <map>
 #include <nlohmann/json.hpp>
+#include <optional>
 #include <utility>
 
 #include "workbench/check/RuleText.h"
@@ -97,9 +98,25 @@ Json RuleJson(const Rule& rule) {
           {"defaultConfiguration", {{"level", Word(rule.severity)}}}};
 }
 
-Json Location(const Place& place) {
+/// The URI of an absolute path with "/" between names; "C:/site" and "//server/share/site" too.
+std::string FileUri(const std::string& path) {
+  const bool onServer = path.compare(0, 2, "//") == 0;
+  const bool onDrive = path.size() >= 2 && IsLetter(path[0]) && path[1] == ':';
+  const std::string scheme = onServer ? "file:" : onDrive ? "file:///" : "file://";
+  const std::size_t drive = onDrive ? 2 : 0;
+  return scheme + path.substr(0, drive) + PercentEncoded(path.substr(drive));
+}
+
+/// An absolute URI has no base: "uriBaseId" is only for relative ones.
+Json ArtifactLocation(const CheckReport& report, const std::string& file) {
+  const std::optional<FilePath> elsewhere = Elsewhere(report, file);
+  if (elsewhere) return {{"uri", FileUri(elsewhere->absolute)}};
+  return {{"uri", PercentEncoded(file)}, {"uriBaseId", kBase}};
+}
+
+Json Location(const CheckReport& report, const Place& place) {
   Json physical;
-  physical["artifactLocation"] = {{"uri", PercentEncoded(place.file)}, {"uriBaseId", kBase}};
+  physical["artifactLocation"] = ArtifactLocation(report, place.file);
   if (place.line > 0) {
     physical["region"]["startLine"] = place.line;
     if (place.column > 0) physical["region"]["startColumn"] = place.column;
@@ -127,11 +144,12 @@ class Results {
   Json Found(std::size_t i, const std::string& fingerprint) const {
     const RuleFinding& finding = m_report.findings[i];
     Json result = Result(finding.rule, finding.severity, Escaped(finding.message));
-    if (!finding.place.file.empty()) result["locations"] = Json::array({Location(finding.place)});
+    if (!finding.place.file.empty())
+      result["locations"] = Json::array({Location(m_report, finding.place)});
     for (const RelatedPlace& related : finding.related) {
       if (related.place.file.empty()) continue;
       Json location = {{"id", result["relatedLocations"].size() + 1}};
-      location.update(Location(related.place));
+      location.update(Location(m_report, related.place));
       location["message"] = Message(Escaped(related.message));
       result["relatedLocations"].push_back(std::move(location));
     }
@@ -181,11 +199,7 @@ class Results {
 }  // namespace
 
 std::string FolderUri(const std::string& folder) {
-  const bool onServer = folder.compare(0, 2, "//") == 0;
-  const bool onDrive = folder.size() >= 2 && IsLetter(folder[0]) && folder[1] == ':';
-  std::string uri = onServer ? "file:" : onDrive ? "file:///" : "file://";
-  if (onDrive) uri += folder.substr(0, 2);
-  uri += PercentEncoded(folder.substr(onDrive ? 2 : 0));
+  const std::string uri = FileUri(folder);
   return uri.back() == '/' ? uri : uri + "/";
 }
 

@@ -1,5 +1,6 @@
 #include "workbench/check/FindingsText.h"
 
+#include <optional>
 #include <utility>
 
 #include "workbench/check/SourceExcerpt.h"
@@ -60,8 +61,8 @@ class TextWriter {
 
  private:
   std::string ShownFile(const std::string& file) const {
-    const auto moved = m_report.elsewhere.find(file);
-    return moved == m_report.elsewhere.end() ? m_report.shownFolder + file : moved->second;
+    const std::optional<FilePath> elsewhere = Elsewhere(m_report, file);
+    return elsewhere ? elsewhere->shown : m_report.shownFolder + file;
   }
 
   std::string Colored(const std::string& text, const char* color) const {

@@ -160,4 +160,14 @@ TEST(FindingsJson, HasTenThousandFindings) {
   EXPECT_EQ(10'000U, json["counts"]["errors"]);
 }
 
+TEST(FindingsJson, HasTheAbsolutePathOfAFileThatLiesElsewhere) {
+  RuleFinding finding = Finding(kSampleMissingFile, {"bin/a.xml", 0, 0}, "m");
+  finding.related = {{{"bin/b.xml", 0, 0}, "other"}};
+  CheckReport report = Report({finding});
+  report.elsewhere["bin/a.xml"] = {"/srv/new/a.xml", "a.xml"};
+  const auto json = nlohmann::json::parse(FindingsJson(report))["findings"][0];
+  EXPECT_EQ("/srv/new/a.xml", json["file"]);
+  EXPECT_EQ("bin/b.xml", json["related"][0]["file"]);
+}
+
 }  // namespace

@@ -178,6 +178,19 @@ TEST(FindingsSarif, EncodesEverythingInAnAddressThatIsNoPlainCharacter) {
             result["locations"][0]["physicalLocation"]["artifactLocation"]["uri"]);
 }
 
+TEST(FindingsSarif, HasTheAbsoluteAddressOfAFileThatLiesElsewhere) {
+  RuleFinding finding = Finding(kSampleMissingFile, {"bin/a.xml", 0, 0}, "m");
+  finding.related = {{{"bin/b.xml", 0, 0}, "other"}};
+  CheckReport report = Report({finding});
+  report.elsewhere["bin/a.xml"] = {"/srv/new %/a.xml", "a.xml"};
+  report.elsewhere["bin/b.xml"] = {"C:/new/b.xml", "b.xml"};
+  const Json result = SarifRun(report)["results"][0];
+  EXPECT_EQ(Json({{"uri", "file:///srv/new%20%25/a.xml"}}),
+            result["locations"][0]["physicalLocation"]["artifactLocation"]);
+  EXPECT_EQ(Json({{"uri", "file:///C:/new/b.xml"}}),
+            result["relatedLocations"][0]["physicalLocation"]["artifactLocation"]);
+}
+
 TEST(FindingsSarif, HasNeitherPlaceholdersNorLinksInItsMessages) {
   EXPECT_EQ("an ID {{0}} and [text] (address)",
             ResultOf(Finding(kSampleMissingFile, {},

@@ -116,6 +116,14 @@ TEST(FindingsText, EscapesNamesAndMessagesAndTheSource) {
       FindingsText(report, [](const std::string&, int) { return "\x07<a\x1b b>"; }, {}));
 }
 
+TEST(FindingsText, NamesFilesThatLieElsewhereAsTheyAreShown) {
+  CheckReport report = Report({Finding(kSampleMissingFile, {"bin/a/b.xml", 0, 0}, "one"),
+                               Finding(kSampleMissingFile, {"bin/ab.xml", 0, 0}, "two")});
+  report.elsewhere["bin/a"] = {"/srv/new/a", "new/a"};
+  EXPECT_EQ("new/a/b.xml: error: one [TEV101]\nsite/bin/ab.xml: error: two [TEV101]\n2 errors\n",
+            Text(report));
+}
+
 TEST(FindingsText, HasNoPathWithoutAFile) {
   EXPECT_EQ("error: the product is empty [TEV101]\n1 error\n",
             Text(Report({Finding(kSampleMissingFile, {}, "the product is empty")})));

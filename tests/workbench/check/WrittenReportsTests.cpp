@@ -21,6 +21,11 @@ TEST(WrittenReports, AreForTheSchemas) {
   Write("findings", FullReport());
   Write("baseline", FullReportWithBaseline());
 
+  CheckReport elsewhere = FullReport();
+  elsewhere.elsewhere["bin/META_INFO"] = {"/srv/a {b}", "a {b}"};
+  elsewhere.elsewhere["Product.xml"] = {"C:/new/Product.xml", "Product.xml"};
+  Write("elsewhere", elsewhere);
+
   CheckReport hostile = FullReport();
   for (RuleFinding& finding : hostile.findings) {
     finding.place.file = "a\\b\xff:c {0}\n.xml";
