@@ -64,8 +64,8 @@ void AddOptions(CLI::App& command, Options& options) {
 
   command
       .add_option("--with", check.with,
-                  "The product as if the addon in this folder,\nlaid out as that of the "
-                  "executables, were\ninstalled")
+                  "The product as if the addon in this folder\nwere installed: the folder with "
+                  "TevAddons/ID/ID.xml,\nMETA_INFO and the libraries")
       ->type_name("DIR")
       ->check(Path())
       ->group(shown);
@@ -131,7 +131,9 @@ std::string ShownFolder(const fs::path& folder) {
 /// The lines of the model files, by the names that findings use.
 class SourceLines {
  public:
-  explicit SourceLines(const CheckedProduct& product) {
+  /// `staged`: null when the product was read as it is.
+  SourceLines(const CheckedProduct& product, const StagedProduct* staged) {
+    if (staged != nullptr) m_texts.emplace(staged->InstalledFile(), &staged->InstalledText());
     for (const CheckedFile& file : product.files) m_texts.emplace(file.readName, &file.text);
   }
 
@@ -212,15 +214,25 @@ void AddChanges(CheckReport& report, const CheckedProduct& before, const Checked
   report.changes->mended = report.baseline->absent;
 }
 
-std::string TextOf(const CheckReport& report, const CheckedProduct& product, const Options& options,
-                   const Output& output) {
+/// Names places where they really are, not where they are in the staged product.
+void UseRealPlaces(CheckReport& report, const StagedProduct& staged) {
+  staged.UsePlacesOfProduct(report.findings);
+  for (const auto& [name, file] : staged.AddonFiles()) {
+    const fs::path absolute = fs::absolute(file).lexically_normal();
+    report.elsewhere[name] = {LocalFromPath(absolute.generic_string()),
+                              LocalFromPath(file.generic_string())};
+  }
+}
+
+std::string TextOf(const CheckReport& report, const CheckedProduct& product,
+                   const StagedProduct* staged, const Options& options, const Output& output) {
   if (options.check.format == "json") return FindingsJson(report);
   if (options.check.format == "sarif") return FindingsSarif(report);
   const bool onTerminal = options.check.output.empty() && output.IsTerminal();
   TextStyle style;
   style.color = WantsColor(options.color, onTerminal);
   if (onTerminal) style.columns = static_cast<std::size_t>(output.Columns());
-  SourceLines lines(product);
+  SourceLines lines(product, staged);
   const std::string changes = report.changes ? ChangesText(*report.changes) : std::string();
   return changes + FindingsText(
                        report,
@@ -260,17 +272,12 @@ ExitStatus CheckProduct(const Options& options, HostContext& context) {
       });
   CheckReport report = MakeReport(*product, place.folder, check, std::move(rules));
   if (before) AddChanges(report, *before, *product, ShownFolder(earlier->folder));
-  if (staged) {
-    for (const auto& [name, file] : staged->AddonFiles()) {
-      const fs::path absolute = fs::absolute(file).lexically_normal();
-      report.elsewhere[name] = {LocalFromPath(absolute.generic_string()),
-                                LocalFromPath(file.generic_string())};
-    }
-  }
+  if (staged) UseRealPlaces(report, *staged);
   if (!check.writeBaseline.empty()) {
     WriteFileText("--write-baseline", check.writeBaseline, WriteBaseline(report.findings));
   }
-  const std::string text = TextOf(report, *product, options, context.output);
+  const std::string text =
+      TextOf(report, *product, staged ? &*staged : nullptr, options, context.output);
   if (check.output.empty()) {
     context.output.Write(text);
   } else {

@@ -194,10 +194,31 @@ TEST_F(CheckedSite, IsCheckedWithAnAddonThatIsNotInstalled) {
   const HubResult result = Check("--bin site/bin --with parking");
   EXPECT_EQ(1, result.status);
   EXPECT_EQ(0U, result.output.find(name + ":9:13: error: ")) << result.output;
-  EXPECT_EQ(
-      "HUB: --with: site has no TevAddons/ID/ID.xml: lay it out as the folder of the "
-      "executables\n",
-      Check("--bin site/bin --with site").errors);
+  const std::filesystem::path file = std::filesystem::canonical(folder.Path()) / name;
+  const auto json =
+      nlohmann::json::parse(Check("--bin site/bin --with parking --format json").output);
+  EXPECT_EQ(file.generic_string(), json["findings"][0]["file"]);
+  const auto sarif =
+      nlohmann::json::parse(Check("--bin site/bin --with parking --format sarif").output);
+  const auto& place = sarif["runs"][0]["results"][0]["locations"][0]["physicalLocation"];
+  EXPECT_EQ(0U, place["artifactLocation"]["uri"].get<std::string>().find("file://"));
+  EXPECT_FALSE(place["artifactLocation"].contains("uriBaseId"));
+  EXPECT_EQ("HUB: --with: site has no TevAddons/ID/ID.xml, the description of an addon\n",
+            Check("--bin site/bin --with site").errors);
+}
+
+TEST_F(CheckedSite, IsCheckedWithANewVersionOfAnInstalledAddon) {
+  std::filesystem::create_directories(folder.Path() / "parking/TevAddons/Parking");
+  std::string text = folder.Read("site/bin/TevAddons/Parking/Parking.xml");
+  text.replace(text.find("<Version>1.4.0"), 14, "<Version>1.5.0");
+  folder.Write("parking/TevAddons/Parking/Parking.xml", text);
+  const std::string list = "site/bin/TevAddons/InstalledProducts.xml";
+  text = folder.Read(list);
+  folder.Write(list, text.replace(text.find("  <Addons>"), 2, "  <x/>"));
+  const HubResult result = Check("--bin site/bin --with parking");
+  EXPECT_EQ(0U, result.output.find(list + ":3:3: ")) << result.output;
+  EXPECT_NE(std::string::npos, result.output.find("\n    3 |   <x/><Addons>\n")) << result.output;
+  EXPECT_EQ(std::string::npos, result.output.find("TEV514")) << result.output;
 }
 
 TEST(Check, ExplainsItsRules) {
