@@ -64,7 +64,7 @@ void AddOptions(CLI::App& command, Options& options) {
 
   command
       .add_option("--with", check.with,
-                  "The product as if the addon in this folder\nwere installed: the folder with "
+                  "The product as if the addon in this folder were\ninstalled: a folder with "
                   "TevAddons/ID/ID.xml,\nMETA_INFO and the libraries")
       ->type_name("DIR")
       ->check(Path())
