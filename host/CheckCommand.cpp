@@ -211,6 +211,7 @@ void AddChanges(CheckReport& report, const CheckedProduct& before, const Checked
   report.changes->folder = shownFolder;
   report.baseline =
       Apply(BaselineOf(RunRules(report.rules, before)), report.findings, report.rules, AllRules());
+  if (!report.changes->AreKnown()) report.baseline->absent.clear();  // nothing starts: not mended
   report.changes->mended = report.baseline->absent;
 }
 

@@ -160,6 +160,25 @@ TEST_F(CheckedSite, IsComparedWithAnotherOne) {
             Check("--against nowhere --bin site/bin").errors);
 }
 
+TEST_F(CheckedSite, ThatTheFrameRefusesIsNotCompared) {
+  settings.environment = {{"ASAN_OPTIONS", "detect_leaks=0"}};  // the frame is loaded twice
+  std::filesystem::copy(folder.Path() / "site", folder.Path() / "old",
+                        std::filesystem::copy_options::recursive);
+  Spoil();
+  folder.Write("old/bin/META_INFO/Portal.xml", "");
+  const HubResult result = Check("--against site/bin --bin old/bin");
+  EXPECT_EQ(1, result.status);
+  EXPECT_EQ(0U, result.output.find("From site/ (NVX 2.7.1.105) to NVX 2.7.1.105:\n"
+                                   "  the frame refuses the new product: nothing starts\n"
+                                   "old/bin/META_INFO/Portal.xml: error: is empty"))
+      << result.output;
+  const auto json = Check("--against site/bin --bin old/bin --format json").Json();
+  EXPECT_EQ("read", json["changes"]["frame"]["before"]);
+  EXPECT_EQ("refused", json["changes"]["frame"]["after"]);
+  EXPECT_EQ(nlohmann::json::array(), json["changes"]["plugins"]);
+  EXPECT_EQ(nlohmann::json::array(), json["absent"]);
+}
+
 /// Moves the addon Parking from the product to the folder "parking", laid out as the product's bin.
 void TakeAddonOut(const TemporaryFolder& folder) {
   const std::filesystem::path bin = folder.Path() / "site" / "bin";

@@ -70,12 +70,26 @@ Json Absent(const Baseline& baseline) {
   return absent;
 }
 
+const char* Word(FrameAnswer answer) {
+  switch (answer) {
+    case FrameAnswer::kRead:
+      return "read";
+    case FrameAnswer::kRefused:
+      return "refused";
+    case FrameAnswer::kNotAsked:
+      return "not asked";
+  }
+  return "";
+}
+
 Json Changes(const ProductChanges& changes) {
-  Json json = {{"folder", changes.folder},
-               {"before", changes.productBefore},
-               {"after", changes.productAfter},
-               {"plugins", Json::array()},
-               {"order", Json::array()}};
+  Json json = {
+      {"folder", changes.folder},
+      {"before", changes.productBefore},
+      {"after", changes.productAfter},
+      {"frame", {{"before", Word(changes.frameBefore)}, {"after", Word(changes.frameAfter)}}},
+      {"plugins", Json::array()},
+      {"order", Json::array()}};
   for (const PluginChange& change : changes.plugins) {
     Json plugin = {{"plugin", change.id}, {"kind", change.kind}};
     AddText(plugin, "before", change.before);

@@ -73,6 +73,23 @@ std::string ProductText(const ProductModel& model) {
   return model.Product.empty() ? "a product without a name" : model.Product + " " + model.Version;
 }
 
+FrameAnswer AnswerOf(const CheckedProduct& product) {
+  if (product.fromFrame) return FrameAnswer::kRead;
+  return product.IsSlowForFrame() ? FrameAnswer::kNotAsked : FrameAnswer::kRefused;
+}
+
+/// Why nothing is compared because of this product, as a line; empty when it is no reason.
+std::string AnswerText(FrameAnswer answer, const std::string& product,
+                       const std::string& whenRefused) {
+  if (answer == FrameAnswer::kRead) return std::string();
+  if (answer == FrameAnswer::kRefused) {
+    return "  the frame refuses the " + product + " product: " + whenRefused + "\n";
+  }
+  return "  what the frame makes of the " + product +
+         " product is not known: one of its files has more than " +
+         std::to_string(kMostElementsForFrame) + " elements\n";
+}
+
 std::string ChangeText(const PluginChange& change) {
   const std::string name = change.kind + " " + ShownID(change.id) + " ";
   if (change.before.empty()) return "  new      " + name + Escaped(change.after);
@@ -87,6 +104,9 @@ ProductChanges CompareProducts(const CheckedProduct& before, const CheckedProduc
   ProductChanges changes;
   changes.productBefore = ProductText(before.model);
   changes.productAfter = ProductText(after.model);
+  changes.frameBefore = AnswerOf(before);
+  changes.frameAfter = AnswerOf(after);
+  if (!changes.AreKnown()) return changes;
   changes.plugins = ComparePlugins(PartsOf(before.model), PartsOf(after.model));
   changes.order = CompareOrder(before.graph, after.graph);
   return changes;
@@ -95,6 +115,12 @@ ProductChanges CompareProducts(const CheckedProduct& before, const CheckedProduc
 std::string ChangesText(const ProductChanges& changes) {
   std::string text = "From " + Escaped(changes.folder) + " (" + Escaped(changes.productBefore) +
                      ") to " + Escaped(changes.productAfter) + ":\n";
+  if (!changes.AreKnown()) {
+    return text +
+           AnswerText(changes.frameBefore, "old",
+                      "nothing of it starts, so there is nothing to compare") +
+           AnswerText(changes.frameAfter, "new", "nothing starts");
+  }
   for (const PluginChange& change : changes.plugins) text += ChangeText(change) + "\n";
   for (const OrderChange& change : changes.order) {
     text += "  order    " + Escaped(change.plugin) +

@@ -6,6 +6,13 @@
 #include "workbench/check/Baseline.h"
 #include "workbench/check/CheckedProduct.h"
 
+/// What the frame made of a product.
+enum class FrameAnswer {
+  kRead,     // it hands the product's model over
+  kRefused,  // nothing starts
+  kNotAsked  // the product IsSlowForFrame
+};
+
 /// A plugin, program, driver or sub platform that an upgrade brings, removes or changes.
 struct PluginChange {
   std::string id;
@@ -27,9 +34,18 @@ struct ProductChanges {
   std::string folder;         // of the product before, as it is shown
   std::string productBefore;  // "NVX 2.7.0"
   std::string productAfter;
+  FrameAnswer frameBefore = FrameAnswer::kRead;
+  FrameAnswer frameAfter = FrameAnswer::kRead;
+
+  // All empty unless the frame read both products.
   std::vector<PluginChange> plugins;  // by ID
   std::vector<OrderChange> order;     // by plugin, then by the other
   Baseline mended;                    // findings of before that are gone
+
+  /// Whether the frame read both products, so that the changes are known.
+  bool AreKnown() const {
+    return frameBefore == FrameAnswer::kRead && frameAfter == FrameAnswer::kRead;
+  }
 };
 
 /// Compares the plugins and the order of two products; `mended` stays empty.

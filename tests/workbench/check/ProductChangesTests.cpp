@@ -16,6 +16,7 @@ PluginDescription Plugin(const std::string& id, const std::string& version,
 }
 
 void Finish(CheckedProduct& product, const std::string& version) {
+  product.fromFrame = true;
   product.model.Product = "NVX";
   product.model.Version = version;
   product.graph = MakeStartGraph(product.model);
@@ -77,6 +78,48 @@ TEST(ProductChanges, AreWaitsBetweenPluginsOfBoth) {
       "  gone     plugin old 1\n"
       "  order    a no longer waits for b\n"
       "  order    a now waits for c\n",
+      Changes(before, after));
+}
+
+TEST(ProductChanges, AreNotListedWhenTheFrameRefusesTheNewProduct) {
+  CheckedProduct before;
+  before.model.ServerPluginDescriptions = {Plugin("a", "1", {"b"}), Plugin("b", "1")};
+  Finish(before, "2.7.0");
+  CheckedProduct after;
+  after.model.ServerPluginDescriptions = {Plugin("a", "2"), Plugin("b", "1")};
+  Finish(after, "2.8.0");
+  after.fromFrame = false;
+  EXPECT_EQ(
+      "From /srv/old/ (NVX 2.7.0) to NVX 2.8.0:\n"
+      "  the frame refuses the new product: nothing starts\n",
+      Changes(before, after));
+  EXPECT_EQ(
+      "From /srv/old/ (NVX 2.8.0) to NVX 2.7.0:\n"
+      "  the frame refuses the old product: nothing of it starts, so there is nothing to compare\n",
+      Changes(after, before));
+  EXPECT_EQ(
+      "From /srv/old/ (NVX 2.8.0) to NVX 2.8.0:\n"
+      "  the frame refuses the old product: nothing of it starts, so there is nothing to compare\n"
+      "  the frame refuses the new product: nothing starts\n",
+      Changes(after, after));
+}
+
+TEST(ProductChanges, AreNotListedWhenTheFrameIsNotAsked) {
+  CheckedProduct before;
+  before.model.ServerPluginDescriptions = {Plugin("a", "1")};
+  Finish(before, "2.7.0");
+  CheckedProduct after;
+  XmlTree& tree = after.files.emplace_back().tree;
+  tree.wellFormed = true;
+  tree.root.name = RootName(FileKind::kProduct);
+  tree.root.children.resize(kMostElementsForFrame + 1);
+  Finish(after, "2.7.0");
+  after.fromFrame = false;
+  ASSERT_TRUE(after.IsSlowForFrame());
+  EXPECT_EQ(
+      "From /srv/old/ (NVX 2.7.0) to NVX 2.7.0:\n"
+      "  what the frame makes of the new product is not known: one of its files has more than "
+      "10000 elements\n",
       Changes(before, after));
 }
 
