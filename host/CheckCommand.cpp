@@ -13,6 +13,7 @@
 
 #include "host/CommandLine.h"
 #include "host/Commands.h"
+#include "host/FileContent.h"
 #include "host/FrameLibrary.h"
 #include "host/PluginHeads.h"
 #include "host/ProductCheck.h"
@@ -204,15 +205,26 @@ CheckReport MakeReport(const CheckedProduct& product, const fs::path& folder,
   return report;
 }
 
-/// Adds what changes from `before` to `after`; its findings are the baseline.
-void AddChanges(CheckReport& report, const CheckedProduct& before, const CheckedProduct& after,
-                const std::string& shownFolder) {
-  report.changes = CompareProducts(before, after);
-  report.changes->folder = shownFolder;
+/// What changes from the product at one place to that at the other.
+ProductChanges CompareWithFiles(const CheckedProduct& before, const ProductPlace& placeBefore,
+                                const CheckedProduct& after, const ProductPlace& placeAfter) {
+  const auto path = [](const ProductPlace& place, const std::string& name) {
+    return place.folder / PathFromLocal(place.bin) / PathFromLocal(name);
+  };
+  ProductChanges changes = CompareProducts(before, after, [&](const std::string& name) {
+    return HaveDifferentContent(path(placeBefore, name), path(placeAfter, name));
+  });
+  changes.folder = ShownFolder(placeBefore.folder);
+  return changes;
+}
+
+/// Adds what changes from `before`; its findings are the baseline.
+void AddChanges(CheckReport& report, const CheckedProduct& before, ProductChanges changes) {
   report.baseline =
       Apply(BaselineOf(RunRules(report.rules, before)), report.findings, report.rules, AllRules());
-  if (!report.changes->AreKnown()) report.baseline->absent.clear();  // nothing starts: not mended
-  report.changes->mended = report.baseline->absent;
+  if (!changes.AreKnown()) report.baseline->absent.clear();  // nothing starts: not mended
+  changes.mended = report.baseline->absent;
+  report.changes = std::move(changes);
 }
 
 /// Names places where they really are, not where they are in the staged product.
@@ -261,18 +273,20 @@ ExitStatus CheckProduct(const Options& options, HostContext& context) {
   const bool withLibraries = ReadsLibraries(rules);
   std::unique_ptr<CheckedProduct> product;
   std::unique_ptr<CheckedProduct> before;
+  ProductChanges changes;
   ReadUnlessStopped(
       context,
       [&] {
         if (earlier) before = ReadProduct(*earlier, options.module, withLibraries, false);
-        product =
-            ReadProduct(staged ? staged->Place() : place, options.module, withLibraries, true);
+        const ProductPlace& now = staged ? staged->Place() : place;
+        product = ReadProduct(now, options.module, withLibraries, true);
+        if (before) changes = CompareWithFiles(*before, *earlier, *product, now);
       },
       [&] {
         if (staged) staged->Remove();
       });
   CheckReport report = MakeReport(*product, place.folder, check, std::move(rules));
-  if (before) AddChanges(report, *before, *product, ShownFolder(earlier->folder));
+  if (before) AddChanges(report, *before, std::move(changes));
   if (staged) UseRealPlaces(report, *staged);
   if (!check.writeBaseline.empty()) {
     WriteFileText("--write-baseline", check.writeBaseline, WriteBaseline(report.findings));

@@ -138,15 +138,15 @@ TEST_F(CheckedSite, IsComparedWithAnotherOne) {
   EXPECT_EQ(1, result.status);
   EXPECT_EQ(0U,
             result.output.find("From old/ (NVX 2.7.1.105) to NVX 2.7.1.105:\n"
-                               "  order    alarm.server no longer waits for storage.server\n"
+                               "  order     alarm.server no longer waits for storage.server\n"
                                "site/bin/META_INFO/alarm.server/alarm.server.xml:9:13: error: "))
       << result.output;
   const HubResult back = Check("--against site/bin --bin old/bin");
   EXPECT_EQ(0, back.status);
   EXPECT_EQ(
       "From site/ (NVX 2.7.1.105) to NVX 2.7.1.105:\n"
-      "  order    alarm.server now waits for storage.server\n"
-      "  mended   TEV301 alarm.server stroage.server\n"
+      "  order     alarm.server now waits for storage.server\n"
+      "  mended    TEV301 alarm.server stroage.server\n"
       "no findings\n",
       back.output.substr(0, back.output.find("no findings") + 12));
   const auto json =
@@ -158,6 +158,33 @@ TEST_F(CheckedSite, IsComparedWithAnotherOne) {
             Check("--against old/bin --baseline x --bin site/bin").errors);
   EXPECT_EQ("HUB: --against: nowhere is no folder\n",
             Check("--against nowhere --bin site/bin").errors);
+}
+
+TEST_F(CheckedSite, IsComparedByTheContentOfItsLibraries) {
+  settings.environment = {{"ASAN_OPTIONS", "detect_leaks=0"}};  // the frame is loaded twice
+  const std::string megabyte(1 << 20, 'a');
+  for (const char* name : {"alarm", "report", "storage", "parking"}) {
+    folder.Write(std::string("site/bin/") + name + ".server.dll", megabyte + "a");
+  }
+  std::filesystem::copy(folder.Path() / "site", folder.Path() / "old",
+                        std::filesystem::copy_options::recursive);
+  folder.Write("site/bin/alarm.server.dll", megabyte + "b");
+  folder.Write("site/bin/report.server.dll", megabyte);
+  std::filesystem::remove(folder.Path() / "site/bin/storage.server.dll");
+  EXPECT_EQ(
+      "From old/ (NVX 2.7.1.105) to NVX 2.7.1.105:\n"
+      "  changed   plugin alarm.server 2.7.1: its library has other content, and the same version\n"
+      "  changed   plugin report.server 2.7.1: its library has other content, and the same "
+      "version\n"
+      "no findings\n",
+      Check("--against old/bin --bin site/bin").output);
+  const auto json = Check("--against old/bin --bin site/bin --format json").Json();
+  EXPECT_EQ((nlohmann::json{{"plugin", "alarm.server"},
+                            {"kind", "plugin"},
+                            {"before", "2.7.1"},
+                            {"after", "2.7.1"},
+                            {"otherFile", true}}),
+            json["changes"]["plugins"][0]);
 }
 
 TEST_F(CheckedSite, ThatTheFrameRefusesIsNotCompared) {
@@ -202,7 +229,8 @@ TEST_F(CheckedSite, IsCheckedWithAnAddonThatIsNotInstalled) {
   const HubResult changes = Check("--bin site/bin --with parking --against site/bin");
   EXPECT_EQ(
       "From site/ (NVX 2.7.1.105) to NVX 2.7.1.105:\n"
-      "  new      plugin parking.server 1.4.0 of the addon Parking\n"
+      "  new       addon Parking 1.4.0\n"
+      "  new       plugin parking.server 1.4.0 of the addon Parking\n"
       "no findings\n",
       changes.output);
 

@@ -82,20 +82,30 @@ const char* Word(FrameAnswer answer) {
   return "";
 }
 
+Json Change(const PartChange& change, const char* member) {
+  Json json = {{member, change.id}, {"kind", change.kind}};
+  AddText(json, "before", change.before);
+  AddText(json, "after", change.after);
+  if (change.isLower) json["lower"] = true;
+  AddText(json, "otherKind", change.otherKind);
+  if (change.otherFile) json["otherFile"] = true;
+  return json;
+}
+
 Json Changes(const ProductChanges& changes) {
   Json json = {
       {"folder", changes.folder},
       {"before", changes.productBefore},
       {"after", changes.productAfter},
       {"frame", {{"before", Word(changes.frameBefore)}, {"after", Word(changes.frameAfter)}}},
+      {"addons", Json::array()},
       {"plugins", Json::array()},
       {"order", Json::array()}};
-  for (const PluginChange& change : changes.plugins) {
-    Json plugin = {{"plugin", change.id}, {"kind", change.kind}};
-    AddText(plugin, "before", change.before);
-    AddText(plugin, "after", change.after);
-    if (change.isLower) plugin["lower"] = true;
-    json["plugins"].push_back(std::move(plugin));
+  for (const PartChange& change : changes.addons) {
+    json["addons"].push_back(Change(change, "addon"));
+  }
+  for (const PartChange& change : changes.plugins) {
+    json["plugins"].push_back(Change(change, "plugin"));
   }
   for (const OrderChange& change : changes.order) {
     json["order"].push_back(

@@ -4,22 +4,30 @@
 #include <set>
 #include <utility>
 
+#include "workbench/check/Addons.h"
 #include "workbench/check/VersionNumbers.h"
 #include "workbench/output/Text.h"
 
 namespace {
 
+constexpr std::size_t kLabelColumns = 10;  // "no longer" and a blank
+
 struct Part {
   std::string kind;
   std::string version;
   std::string addon;
+  bool isIncompatible = false;
 
-  std::string Shown() const { return addon.empty() ? version : version + " of the addon " + addon; }
+  std::string Shown() const {
+    return (version.empty() ? "(no version)" : version) +
+           (addon.empty() ? "" : " of the addon " + addon) +
+           (isIncompatible ? " (incompatible)" : "");
+  }
 };
 
 using Parts = std::map<std::string, Part>;
 
-Parts PartsOf(const ProductModel& model) {
+Parts PluginsOf(const ProductModel& model) {
   Parts parts;
   for (const auto& [kind, list] : {std::pair("plugin", &model.ServerPluginDescriptions),
                                    std::pair("program", &model.ExePluginDescriptions),
@@ -34,26 +42,68 @@ Parts PartsOf(const ProductModel& model) {
   return parts;
 }
 
-std::vector<PluginChange> ComparePlugins(const Parts& before, const Parts& after) {
-  std::map<std::string, PluginChange> changes;
+Parts AddonsOf(const CheckedProduct& product) {
+  Parts parts;
+  for (const auto& [id, addon] : InstalledModels(product)) {
+    parts.emplace(id, Part{"addon", addon->Version, std::string(), !addon->InstalledCompatible});
+  }
+  return parts;
+}
+
+Parts ToolsOf(const CheckedProduct& product) {
+  Parts parts;
+  for (const ToolModel& tool : product.toolModels) {
+    if (tool.Installed && !tool.ID.empty()) parts.emplace(tool.ID, Part{"tool", tool.Version, {}});
+  }
+  return parts;
+}
+
+/// `before`, `after`: null where there is none.
+PartChange Change(const std::string& id, const Part* before, const Part* after) {
+  PartChange change;
+  change.id = id;
+  change.kind = (after != nullptr ? after : before)->kind;
+  if (before != nullptr) change.before = before->Shown();
+  if (after != nullptr) change.after = after->Shown();
+  if (before == nullptr || after == nullptr) return change;
+  change.isLower = CompareVersions(after->version, before->version).value_or(0) < 0;
+  if (before->kind != after->kind) change.otherKind = before->kind;
+  return change;
+}
+
+/// The file in the folder of the executables; empty for a part without one.
+std::string FileOf(const std::string& id, const Part& part) {
+  if (id.empty() || part.kind == "addon" || part.kind == "tool") return std::string();
+  return id + (part.kind == "program" ? ".exe" : ".dll");
+}
+
+/// What changes, by ID.
+std::vector<PartChange> CompareParts(const Parts& before, const Parts& after,
+                                     const DiffersBetween& differs) {
+  std::map<std::string, PartChange> changes;
   for (const auto& [id, part] : before) {
     const auto now = after.find(id);
     if (now == after.end()) {
-      changes[id] = {id, part.kind, part.Shown(), std::string(), false};
-    } else if (now->second.Shown() != part.Shown() || now->second.kind != part.kind) {
-      const bool isLower = CompareVersions(now->second.version, part.version).value_or(0) < 0;
-      changes[id] = {id, now->second.kind, part.Shown(), now->second.Shown(), isLower};
+      changes[id] = Change(id, &part, nullptr);
+      continue;
     }
+    PartChange change = Change(id, &part, &now->second);
+    const bool isSame = change.before == change.after && change.otherKind.empty();
+    const std::string file = FileOf(id, part);
+    change.otherFile = isSame && !file.empty() && differs(file);
+    if (!isSame || change.otherFile) changes[id] = std::move(change);
   }
   for (const auto& [id, part] : after) {
-    if (before.count(id) == 0) changes[id] = {id, part.kind, std::string(), part.Shown(), false};
+    if (before.count(id) == 0) changes[id] = Change(id, nullptr, &part);
   }
-  std::vector<PluginChange> list;
+  std::vector<PartChange> list;
   for (auto& [id, change] : changes) list.push_back(std::move(change));
   return list;
 }
 
-std::vector<OrderChange> CompareOrder(const StartGraph& before, const StartGraph& after) {
+/// The waits that begin or end. Only a plugin waits, but the other one may have become a program.
+std::vector<OrderChange> CompareOrder(const StartGraph& before, const StartGraph& after,
+                                      const Parts& partsBefore, const Parts& partsAfter) {
   std::vector<OrderChange> changes;
   for (const auto& [plugin, now] : after.dependsOn) {
     const auto earlier = before.dependsOn.find(plugin);
@@ -62,7 +112,7 @@ std::vector<OrderChange> CompareOrder(const StartGraph& before, const StartGraph
     for (const std::string& other : earlier->second) waits[other] |= 1;
     for (const std::string& other : now) waits[other] |= 2;
     for (const auto& [other, when] : waits) {
-      const bool inBoth = before.dependsOn.count(other) != 0 && after.dependsOn.count(other) != 0;
+      const bool inBoth = partsBefore.count(other) != 0 && partsAfter.count(other) != 0;
       if (when != 3 && inBoth) changes.push_back({plugin, other, when == 2});
     }
   }
@@ -90,25 +140,69 @@ std::string AnswerText(FrameAnswer answer, const std::string& product,
          std::to_string(kMostElementsForFrame) + " elements\n";
 }
 
-std::string ChangeText(const PluginChange& change) {
+std::string Line(const std::string& what, const std::string& text) {
+  return "  " + PadRight(what, kLabelColumns) + text + "\n";
+}
+
+std::string ChangeText(const PartChange& change) {
   const std::string name = change.kind + " " + ShownID(change.id) + " ";
-  if (change.before.empty()) return "  new      " + name + Escaped(change.after);
-  if (change.after.empty()) return "  gone     " + name + Escaped(change.before);
-  return std::string(change.isLower ? "  lower    " : "  changed  ") + name +
-         Escaped(change.before) + " to " + Escaped(change.after);
+  if (change.before.empty()) return Line("new", name + Escaped(change.after));
+  if (change.after.empty()) return Line("gone", name + Escaped(change.before));
+  if (change.otherFile) {
+    return Line("changed", name + Escaped(change.after) + ": its " +
+                               (change.kind == "program" ? "program" : "library") +
+                               " has other content, and the same version");
+  }
+  std::string text = (change.otherKind.empty() ? name : ShownID(change.id) + " ");
+  text += Escaped(change.before);
+  if (change.after != change.before) text += " to " + Escaped(change.after);
+  if (!change.otherKind.empty()) text += ", from " + change.otherKind + " to " + change.kind;
+  return Line(change.isLower ? "lower" : "changed", text);
+}
+
+/// The IDs, escaped, of what is gone.
+std::set<std::string> Gone(const ProductChanges& changes) {
+  std::set<std::string> gone;
+  for (const std::vector<PartChange>* list : {&changes.addons, &changes.plugins}) {
+    for (const PartChange& change : *list) {
+      if (change.after.empty()) gone.insert(Escaped(change.id));
+    }
+  }
+  return gone;
+}
+
+/// Findings that are gone: mended, or only no longer to be made.
+std::string MendedText(const ProductChanges& changes) {
+  const std::set<std::string> gone = Gone(changes);
+  std::string text;
+  for (const auto& [key, count] : changes.mended) {
+    const Rule* rule = FindRule(key.rule);
+    const bool isNote = rule != nullptr && rule->severity == Severity::kNote;
+    text += Line(isNote || gone.count(key.plugin) != 0 ? "no longer" : "mended",
+                 key.rule + (key.plugin.empty() ? "" : " " + key.plugin) +
+                     (key.subject.empty() || key.subject == key.plugin ? "" : " " + key.subject));
+  }
+  return text;
 }
 
 }  // namespace
 
-ProductChanges CompareProducts(const CheckedProduct& before, const CheckedProduct& after) {
+ProductChanges CompareProducts(const CheckedProduct& before, const CheckedProduct& after,
+                               const DiffersBetween& differs) {
   ProductChanges changes;
   changes.productBefore = ProductText(before.model);
   changes.productAfter = ProductText(after.model);
   changes.frameBefore = AnswerOf(before);
   changes.frameAfter = AnswerOf(after);
   if (!changes.AreKnown()) return changes;
-  changes.plugins = ComparePlugins(PartsOf(before.model), PartsOf(after.model));
-  changes.order = CompareOrder(before.graph, after.graph);
+  changes.addons = CompareParts(AddonsOf(before), AddonsOf(after), differs);
+  for (PartChange& tool : CompareParts(ToolsOf(before), ToolsOf(after), differs)) {
+    changes.addons.push_back(std::move(tool));
+  }
+  const Parts pluginsBefore = PluginsOf(before.model);
+  const Parts pluginsAfter = PluginsOf(after.model);
+  changes.plugins = CompareParts(pluginsBefore, pluginsAfter, differs);
+  changes.order = CompareOrder(before.graph, after.graph, pluginsBefore, pluginsAfter);
   return changes;
 }
 
@@ -121,17 +215,14 @@ std::string ChangesText(const ProductChanges& changes) {
                       "nothing of it starts, so there is nothing to compare") +
            AnswerText(changes.frameAfter, "new", "nothing starts");
   }
-  for (const PluginChange& change : changes.plugins) text += ChangeText(change) + "\n";
+  for (const PartChange& change : changes.addons) text += ChangeText(change);
+  for (const PartChange& change : changes.plugins) text += ChangeText(change);
   for (const OrderChange& change : changes.order) {
-    text += "  order    " + Escaped(change.plugin) +
-            (change.isNew ? " now waits" : " no longer waits") + " for " + Escaped(change.other) +
-            "\n";
+    text +=
+        Line("order", Escaped(change.plugin) + (change.isNew ? " now waits" : " no longer waits") +
+                          " for " + Escaped(change.other));
   }
-  for (const auto& [key, count] : changes.mended) {
-    text += "  mended   " + key.rule + (key.plugin.empty() ? "" : " " + key.plugin) +
-            (key.subject.empty() || key.subject == key.plugin ? "" : " " + key.subject) + "\n";
-  }
-  const bool none = changes.plugins.empty() && changes.order.empty() && changes.mended.empty();
-  if (none) text += "  no plugin, no order and no finding changes\n";
-  return text;
+  const bool none = changes.addons.empty() && changes.plugins.empty() && changes.order.empty();
+  if (none) text += "  no addon, no plugin, no library and no order changes\n";
+  return text + MendedText(changes);
 }

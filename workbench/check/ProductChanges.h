@@ -1,5 +1,6 @@
 #pragma once
 
+#include <functional>
 #include <string>
 #include <vector>
 
@@ -13,13 +14,16 @@ enum class FrameAnswer {
   kNotAsked  // the product IsSlowForFrame
 };
 
-/// A plugin, program, driver or sub platform that an upgrade brings, removes or changes.
-struct PluginChange {
+/// A plugin, program, driver, sub platform, addon or tool that an upgrade brings, removes or
+/// changes.
+struct PartChange {
   std::string id;
-  std::string kind;      // "plugin", "program", "driver" or "sub platform"
-  std::string before;    // its version, "2.7.1", or "1.4.0 of the addon Parking"; empty: it is new
-  std::string after;     // the same afterwards; empty: it is gone
-  bool isLower = false;  // by numbers the version afterwards is lower
+  std::string kind;       // "plugin", "program", "driver", "sub platform", "addon" or "tool"
+  std::string before;     // its version, "2.7.1", or "1.4.0 of the addon Parking"; empty: it is new
+  std::string after;      // the same afterwards; empty: it is gone
+  bool isLower = false;   // by numbers the version afterwards is lower
+  std::string otherKind;  // that it was of before; empty: of the same
+  bool otherFile = false;  // only the content of its library or program changes
 };
 
 /// A wait that an upgrade brings or removes, between plugins that both are there before and after.
@@ -38,9 +42,10 @@ struct ProductChanges {
   FrameAnswer frameAfter = FrameAnswer::kRead;
 
   // All empty unless the frame read both products.
-  std::vector<PluginChange> plugins;  // by ID
-  std::vector<OrderChange> order;     // by plugin, then by the other
-  Baseline mended;                    // findings of before that are gone
+  std::vector<PartChange> addons;   // installed addons and tools, by kind and ID
+  std::vector<PartChange> plugins;  // by ID
+  std::vector<OrderChange> order;   // by plugin, then by the other
+  Baseline mended;                  // findings of before that are gone
 
   /// Whether the frame read both products, so that the changes are known.
   bool AreKnown() const {
@@ -48,8 +53,15 @@ struct ProductChanges {
   }
 };
 
-/// Compares the plugins and the order of two products; `mended` stays empty.
-ProductChanges CompareProducts(const CheckedProduct& before, const CheckedProduct& after);
+/// Whether both products have a file of this name in the folder of the executables, and its content
+/// differs.
+using DiffersBetween = std::function<bool(const std::string& name)>;
 
-/// The changes as lines of text; "nothing changes" when there are none.
+/// Compares two products; `mended` stays empty. `differs` is asked for the library or program of
+/// each plugin whose version and kind do not change.
+ProductChanges CompareProducts(const CheckedProduct& before, const CheckedProduct& after,
+                               const DiffersBetween& differs);
+
+/// The changes as lines of text; a line that says so when there are none. Findings that are gone
+/// are mended, unless they were notes or about what is gone itself.
 std::string ChangesText(const ProductChanges& changes);

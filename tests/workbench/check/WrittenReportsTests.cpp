@@ -26,6 +26,21 @@ TEST(WrittenReports, AreForTheSchemas) {
   elsewhere.elsewhere["Product.xml"] = {"C:/new/Product.xml", "Product.xml"};
   Write("elsewhere", elsewhere);
 
+  CheckReport changed = FullReportWithBaseline();
+  changed.changes.emplace();
+  changed.changes->folder = "old/";
+  changed.changes->productBefore = changed.changes->productAfter = "NVX 1";
+  changed.changes->addons = {{"New", "addon", "", "1", false, "", false},
+                             {"Gone", "tool", "1", "", false, "", false}};
+  changed.changes->plugins = {{"a", "plugin", "2", "1", true, "", false},
+                              {"b", "program", "1", "1", false, "plugin", false},
+                              {"c", "driver", "1", "1", false, "", true}};
+  changed.changes->order = {{"a", "c", false}};
+  Write("changes", changed);
+  changed.changes.emplace(ProductChanges{
+      "old/", "NVX 1", "NVX 2", FrameAnswer::kRefused, FrameAnswer::kNotAsked, {}, {}, {}, {}});
+  Write("refused", changed);
+
   CheckReport hostile = FullReport();
   for (RuleFinding& finding : hostile.findings) {
     finding.place.file = "a\\b\xff:c {0}\n.xml";

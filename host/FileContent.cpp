@@ -1,0 +1,38 @@
+#include "host/FileContent.h"
+
+#include <array>
+#include <cstdint>
+#include <cstring>
+#include <fstream>
+#include <memory>
+#include <system_error>
+
+namespace fs = std::filesystem;
+
+namespace {
+
+using Piece = std::array<char, 65536>;
+
+}  // namespace
+
+bool HaveDifferentContent(const fs::path& a, const fs::path& b) {
+  std::error_code error;
+  if (!fs::is_regular_file(a, error) || !fs::is_regular_file(b, error)) return false;
+  if (fs::equivalent(a, b, error)) return false;
+  std::ifstream fileA(a, std::ios::binary);
+  std::ifstream fileB(b, std::ios::binary);
+  if (!fileA || !fileB) return false;
+  const std::uintmax_t sizeA = fs::file_size(a, error);
+  if (!error && sizeA != fs::file_size(b, error) && !error) return true;
+  const auto pieceA = std::make_unique<Piece>();
+  const auto pieceB = std::make_unique<Piece>();
+  while (fileA && fileB) {
+    fileA.read(pieceA->data(), pieceA->size());
+    fileB.read(pieceB->data(), pieceB->size());
+    if (fileA.bad() || fileB.bad()) return false;
+    const auto count = static_cast<std::size_t>(fileA.gcount());
+    if (fileA.gcount() != fileB.gcount()) return true;
+    if (std::memcmp(pieceA->data(), pieceB->data(), count) != 0) return true;
+  }
+  return false;
+}
