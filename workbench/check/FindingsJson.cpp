@@ -42,6 +42,7 @@ Json Finding(const CheckReport& report, const RuleFinding& finding) {
     place["message"] = Escaped(related.message);
     json["related"].push_back(std::move(place));
   }
+  if (!finding.choices.empty()) json["choices"] = finding.choices;
   return json;
 }
 

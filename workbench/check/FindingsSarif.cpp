@@ -5,6 +5,7 @@
 #include <nlohmann/json.hpp>
 #include <optional>
 #include <utility>
+#include <vector>
 
 #include "workbench/check/RuleText.h"
 #include "workbench/output/Text.h"
@@ -144,18 +145,33 @@ class Results {
   Json Found(std::size_t i, const std::string& fingerprint) const {
     const RuleFinding& finding = m_report.findings[i];
     Json result = Result(finding.rule, finding.severity, Escaped(finding.message));
-    if (!finding.place.file.empty())
+    if (!finding.place.file.empty()) {
       result["locations"] = Json::array({Location(m_report, finding.place)});
+    }
+    AddRelated(result, finding);
+    result["partialFingerprints"][kFingerprint] = fingerprint;
+    if (m_report.baseline) result["baselineState"] = IsAccepted(m_report, i) ? "unchanged" : "new";
+    return result;
+  }
+
+  /// Adds the related locations, and as a property the sets of their IDs.
+  void AddRelated(Json& result, const RuleFinding& finding) const {
+    std::vector<std::size_t> ids;  // 0 for a place that is no location
     for (const RelatedPlace& related : finding.related) {
-      if (related.place.file.empty()) continue;
-      Json location = {{"id", result["relatedLocations"].size() + 1}};
+      ids.push_back(related.place.file.empty() ? 0 : result["relatedLocations"].size() + 1);
+      if (ids.back() == 0) continue;
+      Json location = {{"id", ids.back()}};
       location.update(Location(m_report, related.place));
       location["message"] = Message(Escaped(related.message));
       result["relatedLocations"].push_back(std::move(location));
     }
-    result["partialFingerprints"][kFingerprint] = fingerprint;
-    if (m_report.baseline) result["baselineState"] = IsAccepted(m_report, i) ? "unchanged" : "new";
-    return result;
+    for (const std::vector<std::size_t>& choice : finding.choices) {
+      Json set = Json::array();
+      for (const std::size_t position : choice) {
+        if (ids[position] != 0) set.push_back(ids[position]);
+      }
+      result["properties"]["choices"].push_back(std::move(set));
+    }
   }
 
   void AddAbsent(Json& results) const {

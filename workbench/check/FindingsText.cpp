@@ -1,5 +1,6 @@
 #include "workbench/check/FindingsText.h"
 
+#include <algorithm>
 #include <optional>
 #include <utility>
 
@@ -16,6 +17,7 @@ constexpr char kCyan[] = "\x1b[36m";
 constexpr char kPlain[] = "\x1b[0m";
 
 constexpr std::size_t kLineNumberColumns = 5;
+constexpr std::size_t kMostRelated = 20;    // places of one finding
 constexpr std::size_t kFewestColumns = 20;  // of a source line
 
 const char* ColorOf(Severity severity) {
@@ -50,11 +52,17 @@ class TextWriter {
     AddMessage(finding.place, finding.severity, finding.message, " [" + finding.rule + "]");
     AddSource(finding.place, m_ofFindings);
     const Place* shown = &finding.place;
-    for (const RelatedPlace& related : finding.related) {
+    const std::size_t count = std::min(finding.related.size(), kMostRelated);
+    for (std::size_t i = 0; i < count; ++i) {
+      const RelatedPlace& related = finding.related[i];
       AddMessage(related.place, Severity::kNote, related.message, "");
       if (!SameLine(*shown, related.place)) AddSource(related.place, m_ofRelated);
       shown = &related.place;
     }
+    if (count == finding.related.size()) return;
+    AddMessage({}, Severity::kNote,
+               Count(finding.related.size() - count, "more place") + "; --format json shows all",
+               "");
   }
 
   std::string Text() && { return std::move(m_text); }

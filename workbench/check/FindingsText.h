@@ -22,8 +22,9 @@ struct TextStyle {
 ///           |     ^~~~~~~
 ///
 /// A message is never wrapped, so that programs can find it; everything on which a terminal may act
-/// is escaped. Findings that the baseline accepts are only counted. Takes time in proportion to the
-/// findings and the lines that they name.
+/// is escaped. Of a finding with many related places only the first 20 are shown. Findings that the
+/// baseline accepts are only counted. Takes time in proportion to the findings and the lines that
+/// they name.
 std::string FindingsText(const CheckReport& report, const SourceLine& sourceLine,
                          const TextStyle& style);
 

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstddef>
 #include <string>
 #include <vector>
 
@@ -25,6 +26,11 @@ struct RuleFinding {
   Place place;
   std::string message;  // what is there, what the frame makes of it, what was probably meant
   std::vector<RelatedPlace> related;
+
+  // Sets of related places, by their positions: removing what stands at all places of one set mends
+  // the finding. The preferred set first; empty when it is mended otherwise.
+  std::vector<std::vector<std::size_t>> choices;
+
   bool refused = false;  // because of this the frame refuses the product
 
   // What the finding is about, the same wherever it stands in the file: a baseline and the

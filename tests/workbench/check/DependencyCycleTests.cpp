@@ -8,10 +8,14 @@
 #include "workbench/check/CheckedProduct.h"
 #include "workbench/check/Rule.h"
 
+using testing::AllOf;
+using testing::Each;
+using testing::ElementsAre;
 using testing::EndsWith;
 using testing::HasSubstr;
 using testing::SizeIs;
 using testing::StartsWith;
+using testing::UnorderedElementsAreArray;
 
 namespace {
 
@@ -55,12 +59,40 @@ TEST(DependencyCycle, ALongChainIsShortenedAndSoAreItsChoices) {
   EXPECT_THAT(findings.front().message, EndsWith("; there are other choices"));
 }
 
-TEST(DependencyCycle, TwentyDependenciesAreRelatedPlaces) {
+TEST(DependencyCycle, EveryDependencyIsARelatedPlaceInTheOrderOfTheChain) {
   const RuleFindings findings = Ring(30, 1).Findings();
   ASSERT_THAT(findings, SizeIs(1));
-  ASSERT_THAT(findings.front().related, SizeIs(20));
-  EXPECT_THAT(findings.front().related.back().message,
-              EndsWith("; there are 10 more dependencies in cycles"));
+  const std::vector<RelatedPlace>& related = findings.front().related;
+  ASSERT_THAT(related, SizeIs(30));
+  std::size_t from = std::stoul(related.front().message.substr(1));
+  for (std::size_t i = 0; i < 30; ++i, ++from) {
+    EXPECT_EQ("\"" + std::to_string(from % 30) + "\" depends on \"" +
+                  std::to_string((from + 1) % 30) + "\"" +
+                  (i == 0 ? "; the first choice to remove" : ""),
+              related[i].message);
+  }
+}
+
+TEST(DependencyCycle, EverySetToRemoveThatWasFoundIsAChoice) {
+  const RuleFindings ring = Ring(30, 1).Findings();
+  ASSERT_THAT(ring, SizeIs(1));
+  std::vector<std::vector<std::size_t>> each;
+  for (std::size_t i = 0; i < 30; ++i) each.push_back({i});
+  EXPECT_THAT(ring.front().choices, UnorderedElementsAreArray(each));
+  EXPECT_EQ(each.front(), ring.front().choices.front());
+
+  const RuleFindings four = Ring(4, 3).Findings();  // each of the 24 orders of the four is one
+  ASSERT_THAT(four, SizeIs(1));
+  EXPECT_THAT(four.front().message, EndsWith("; there are 23 other choices"));
+  EXPECT_THAT(four.front().choices, AllOf(SizeIs(24), Each(SizeIs(6))));
+  EXPECT_THAT(four.front().choices.front(), ElementsAre(0, 1, 2, 3, 4, 5));
+}
+
+TEST(DependencyCycle, ChoicesAreLimited) {
+  const RuleFindings findings = Ring(700, 1).Findings();
+  ASSERT_THAT(findings, SizeIs(1));
+  EXPECT_THAT(findings.front().related, SizeIs(700));
+  EXPECT_THAT(findings.front().choices, SizeIs(500));
 }
 
 TEST(DependencyCycle, ACutThatIsNotProvenSmallestSaysSo) {

@@ -82,6 +82,13 @@ TEST(FindingsJson, HasEveryMemberThatIsKnown) {
             FindingsJson(FullReport()));
 }
 
+TEST(FindingsJson, HasEveryRelatedPlaceAndTheChoicesAmongThem) {
+  const CheckReport report = Report({FindingWithChoices()});
+  const auto json = nlohmann::json::parse(FindingsJson(report))["findings"][0];
+  EXPECT_EQ(30U, json["related"].size());
+  EXPECT_EQ(nlohmann::json::parse("[[0, 2], [29]]"), json["choices"]);
+}
+
 TEST(FindingsJson, OfACleanProductWithoutAName) {
   EXPECT_EQ(R"({
   "schema": 1,

@@ -172,6 +172,13 @@ TEST(FindingsSarif, HasNoLocationWithoutAFile) {
             ResultOf(finding));
 }
 
+TEST(FindingsSarif, HasEveryRelatedPlaceAndTheChoicesAmongThem) {
+  const Json result = ResultOf(FindingWithChoices());
+  EXPECT_EQ(29U, result["relatedLocations"].size());
+  EXPECT_EQ(29, result["relatedLocations"][28]["id"]);
+  EXPECT_EQ(Json::parse(R"({"choices": [[1, 2], [29]]})"), result["properties"]);
+}
+
 TEST(FindingsSarif, EncodesEverythingInAnAddressThatIsNoPlainCharacter) {
   const Json result = ResultOf(Finding(kSampleMissingFile, {"a b/\\c:%?#\xff[名].xml", 0, 0}, "m"));
   EXPECT_EQ("a%20b/%5Cc%3A%25%3F%23%FF%5B%E5%90%8D%5D.xml",

@@ -147,6 +147,20 @@ site/Product.xml:9:3: note: the same again
             Text(Report({finding})));
 }
 
+TEST(FindingsText, ShowsTwentyRelatedPlaces) {
+  RuleFinding finding = Finding(kSampleMissingFile, {}, "many");
+  std::string notes;
+  for (int i = 1; i <= 20; ++i) {
+    finding.related.push_back({{}, "place " + std::to_string(i)});
+    notes += "note: place " + std::to_string(i) + "\n";
+  }
+  EXPECT_EQ("error: many [TEV101]\n" + notes + "1 error\n", Text(Report({finding})));
+  finding.related.push_back({{}, "place 21"});
+  EXPECT_EQ(
+      "error: many [TEV101]\n" + notes + "note: 1 more place; --format json shows all\n1 error\n",
+      Text(Report({finding})));
+}
+
 TEST(FindingsText, CutsALongLineToTheColumnsBesideTheLineNumber) {
   EXPECT_EQ(
       "site/a.xml:1:31: error: wrong [TEV106]\n"

@@ -57,6 +57,15 @@ inline RuleFinding Finding(const Rule& rule, Place place, std::string message,
   return finding;
 }
 
+/// A finding with 30 related places, of which the second is no place in a file.
+inline RuleFinding FindingWithChoices() {
+  RuleFinding finding = Finding(kSampleMissingFile, {"a.xml", 1, 1}, "m");
+  finding.related.resize(30, {{"b.xml", 2, 0}, "here"});
+  finding.related[1].place = {};
+  finding.choices = {{0, 2}, {29}};
+  return finding;
+}
+
 inline CheckReport Report(RuleFindings findings) {
   CheckReport report;
   report.toolVersion = "1.0.0";

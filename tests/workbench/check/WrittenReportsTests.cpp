@@ -27,6 +27,7 @@ TEST(WrittenReports, AreForTheSchemas) {
   Write("elsewhere", elsewhere);
 
   CheckReport changed = FullReportWithBaseline();
+  changed.findings[2].choices = {{1}, {0, 1}};
   changed.changes.emplace();
   changed.changes->folder = "old/";
   changed.changes->productBefore = changed.changes->productAfter = "NVX 1";

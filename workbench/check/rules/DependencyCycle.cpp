@@ -19,7 +19,6 @@
 
 namespace {
 
-constexpr std::size_t kMostRelated = 20;
 constexpr std::size_t kMostSets = 3;
 constexpr std::size_t kMostInSet = 5;
 
@@ -160,46 +159,70 @@ std::string CutText(const Group& group, const CutSets& cut) {
              : text + "; there " + (more == 1 ? "is " : "are ") + Counted(more, "other choice");
 }
 
-/// All edges: first those of the preferred set, then those of the chain, then the others.
-std::vector<std::size_t> EdgesInOrder(const Group& group, const std::vector<std::size_t>& set) {
-  std::map<std::string, std::string> next;
-  for (std::size_t i = 0; i < group.chain.size(); ++i) {
-    next[group.chain[i]] = group.chain[(i + 1) % group.chain.size()];
+/// Ranks the edges: those of `set`, then those of the chain from there on, then the others.
+class EdgeRank {
+ public:
+  EdgeRank(const Group& group, const std::vector<std::size_t>& set) : m_group(group), m_set(set) {
+    const std::vector<std::string>& chain = group.chain;
+    for (std::size_t i = 0; i < chain.size(); ++i) m_positions.emplace(chain[i], i);
+    for (std::size_t i = 0; i < set.size() && m_first == 0; ++i) {
+      m_first = PositionInChain(set[i]).value_or(0);
+    }
   }
-  const auto rank = [&](std::size_t edge) {
-    if (std::binary_search(set.begin(), set.end(), edge)) return 0;
-    const auto from = next.find(group.members[group.edges[edge].from]);
-    const bool isInChain =
-        from != next.end() && from->second == group.members[group.edges[edge].to];
-    return isInChain ? 1 : 2;
-  };
+
+  std::size_t operator()(std::size_t edge) const {
+    if (std::binary_search(m_set.begin(), m_set.end(), edge)) return 0;
+    const std::size_t size = m_group.chain.size();
+    const auto position = PositionInChain(edge);
+    return position ? 1 + (*position + size - m_first) % size : 1 + size;
+  }
+
+ private:
+  std::optional<std::size_t> PositionInChain(std::size_t edge) const {
+    const auto from = m_positions.find(m_group.members[m_group.edges[edge].from]);
+    if (from == m_positions.end()) return std::nullopt;
+    const std::string& next = m_group.chain[(from->second + 1) % m_group.chain.size()];
+    if (next != m_group.members[m_group.edges[edge].to]) return std::nullopt;
+    return from->second;
+  }
+
+  const Group& m_group;
+  const std::vector<std::size_t>& m_set;
+  std::map<std::string, std::size_t> m_positions;  // in the chain
+  std::size_t m_first = 0;                         // of the set's first edge in the chain
+};
+
+std::vector<std::size_t> EdgesInOrder(const Group& group, const std::vector<std::size_t>& set) {
+  const EdgeRank rank(group, set);
   std::vector<std::size_t> order(group.edges.size());
   std::iota(order.begin(), order.end(), std::size_t{0});
-  std::vector<int> ranks;
+  std::vector<std::size_t> ranks;
   std::transform(order.begin(), order.end(), std::back_inserter(ranks), rank);
   std::stable_sort(order.begin(), order.end(),
                    [&](std::size_t a, std::size_t b) { return ranks[a] < ranks[b]; });
   return order;
 }
 
-std::vector<RelatedPlace> Related(const Group& group, const std::vector<std::size_t>& set) {
+/// Adds every edge as a related place, and the sets to remove.
+void AddPlaces(RuleFinding& finding, const Group& group, const CutSets& cut) {
+  const std::vector<std::size_t>& set = cut.sets.front();
   const std::string removed = set.size() == 1
                                   ? "; the first choice to remove"
                                   : "; one of the " + std::to_string(set.size()) + " to remove";
-  std::vector<RelatedPlace> related;
+  std::vector<std::size_t> positions(group.edges.size());
   for (const std::size_t edge : EdgesInOrder(group, set)) {
-    if (related.size() == kMostRelated) break;
+    positions[edge] = finding.related.size();
     const bool isCut = std::binary_search(set.begin(), set.end(), edge);
-    related.push_back({group.places[edge],
-                       Quoted(group.members[group.edges[edge].from]) + " depends on " +
-                           Quoted(group.members[group.edges[edge].to]) + (isCut ? removed : "")});
+    finding.related.push_back({group.places[edge], Quoted(group.members[group.edges[edge].from]) +
+                                                       " depends on " +
+                                                       Quoted(group.members[group.edges[edge].to]) +
+                                                       (isCut ? removed : "")});
   }
-  const std::size_t more = group.edges.size() - related.size();
-  if (more > 0) {
-    related.back().message +=
-        "; there are " + std::to_string(more) + " more dependencies in cycles";
+  for (const std::vector<std::size_t>& edges : cut.sets) {
+    std::vector<std::size_t>& choice = finding.choices.emplace_back();
+    for (const std::size_t edge : edges) choice.push_back(positions[edge]);
+    std::sort(choice.begin(), choice.end());
   }
-  return related;
 }
 
 void Check(const CheckedProduct& product, RuleFindings& findings) {
@@ -209,12 +232,11 @@ void Check(const CheckedProduct& product, RuleFindings& findings) {
     if (!waiting) waiting.emplace(product.graph);
     const CutSets cut = FindCutSets(group.members.size(), group.edges, limits);
     limits.work -= std::min(limits.work, cut.work);
-    const std::vector<std::size_t>& set = cut.sets.front();
     RuleFinding finding;
-    finding.place = group.places[set.front()];
+    finding.place = group.places[cut.sets.front().front()];
     finding.message = CycleText(group.chain) + WhoWaits(group) + waiting->Clause(group.members) +
                       CutText(group, cut);
-    finding.related = Related(group, set);
+    AddPlaces(finding, group, cut);
     finding.plugin = group.chain.front();
     finding.subject = CycleText(group.chain);
     findings.push_back(std::move(finding));
@@ -234,7 +256,9 @@ TEV_RULE(DependencyCycle) = {
     "first the one whose dependencies are most likely wrong: those on a plugin that is listed "
     "later, then those of a plugin that many depend on, on one that few depend on. For large "
     "groups the search is limited; then the finding says "
-    "that fewer may be enough.",
+    "that fewer may be enough. JSON and SARIF have every dependency of the group as a related "
+    "place, and up to 500 of the smallest sets that were found, ranked, as the "
+    "member choices.",
     R"(<Plugin ID="b.server"/> in a.server, and <Plugin ID="a.server"/> in b.server)",
     "Remove one of the dependencies that the message names, or move what both plugins need into a "
     "third one.",
