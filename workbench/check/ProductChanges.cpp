@@ -125,7 +125,7 @@ std::string ProductText(const ProductModel& model) {
 
 FrameAnswer AnswerOf(const CheckedProduct& product) {
   if (product.fromFrame) return FrameAnswer::kRead;
-  return product.IsSlowForFrame() ? FrameAnswer::kNotAsked : FrameAnswer::kRefused;
+  return product.HoldsUpFrame() ? FrameAnswer::kNotAsked : FrameAnswer::kRefused;
 }
 
 /// Why nothing is compared because of this product, as a line; empty when it is no reason.
@@ -136,7 +136,7 @@ std::string AnswerText(FrameAnswer answer, const std::string& product,
     return "  the frame refuses the " + product + " product: " + whenRefused + "\n";
   }
   return "  what the frame makes of the " + product +
-         " product is not known: one of its files has more than " +
+         " product is not known: one of its files is a pipe, or has more than " +
          std::to_string(kMostElementsForFrame) + " elements\n";
 }
 

@@ -11,7 +11,7 @@
 enum class FrameAnswer {
   kRead,     // it hands the product's model over
   kRefused,  // nothing starts
-  kNotAsked  // the product IsSlowForFrame
+  kNotAsked  // the product HoldsUpFrame
 };
 
 /// A plugin, program, driver, sub platform, addon or tool that an upgrade brings, removes or
