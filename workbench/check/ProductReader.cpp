@@ -1,8 +1,10 @@
 #include "workbench/check/ProductReader.h"
 
 #include <algorithm>
+#include <array>
 #include <cstdint>
 #include <cstdlib>
+#include <fstream>
 #include <string_view>
 #include <system_error>
 #include <utility>
@@ -251,6 +253,26 @@ std::vector<std::string> ListProduct(const ProductPlace& place, const LocalNames
   return found;
 }
 
+/// Whether the file may have more elements than kMostElementsForFrame.
+bool HasManyTags(const fs::directory_entry& file) {
+  constexpr std::string_view shortestElement = "<a/>";
+  std::error_code error;
+  const std::uintmax_t size = file.file_size(error);
+  if (error || size / shortestElement.size() <= kMostElementsForFrame) return false;
+  std::ifstream stream(file.path(), std::ios::binary);
+  std::size_t tags = 0;
+  char before = '\0';
+  std::array<char, 16384> piece;
+  while (stream.read(piece.data(), piece.size()), stream.gcount() > 0) {
+    for (std::streamsize i = 0; i < stream.gcount(); ++i) {
+      const char next = piece[static_cast<std::size_t>(i)];
+      if (before == '<' && next != '/') ++tags;
+      before = next;
+    }
+  }
+  return tags > kMostElementsForFrame;
+}
+
 /// Which description each plugin of the model comes from.
 class KeptDescriptions {
  public:
@@ -308,16 +330,13 @@ std::optional<ProductPlace> FindProduct(const fs::path& bin, const LocalNames& n
 }
 
 bool MayHoldUpFrame(const ProductPlace& place, const LocalNames& names) {
-  constexpr std::string_view shortestElement = "<a/>";
   bool found = false;
   VisitProduct(place, names, [&](const fs::directory_entry& entry, const std::string& name) {
     const std::string_view text = name;
     const std::string_view extension = text.substr(std::min(text.size(), text.rfind('.')));
     if (found || (extension != ".xml" && extension != ".data")) return;
     std::error_code error;
-    found = entry.is_fifo(error);
-    const std::uintmax_t size = entry.file_size(error);
-    found = found || (!error && size / shortestElement.size() > kMostElementsForFrame);
+    found = entry.is_fifo(error) || HasManyTags(entry);
   });
   return found;
 }

@@ -20,7 +20,7 @@ struct ProductPlace {
 /// `bin` are followed first, since the frame asks the system for "bin/../Product.xml".
 std::optional<ProductPlace> FindProduct(const std::filesystem::path& bin, const LocalNames& names);
 
-/// Whether the product perhaps HoldsUpFrame, without reading a file.
+/// Whether the product perhaps HoldsUpFrame: an answer in less time than reading it takes.
 bool MayHoldUpFrame(const ProductPlace& place, const LocalNames& names);
 
 /// Reads the model files of a product as they lie on disk, all that the frame would ask for if
