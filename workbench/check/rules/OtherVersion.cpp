@@ -1,4 +1,5 @@
 #include <map>
+#include <set>
 #include <string>
 
 #include "workbench/check/PluginLists.h"
@@ -25,10 +26,26 @@ std::map<std::string, const PluginEntry*> HandedOver(const CheckedProduct& produ
   return entries;
 }
 
+/// The plugins that an addon lists with the version of their description, merged or not: an addon
+/// brings the description too, and the product's entry stays as it was.
+std::set<std::string> ListedByAddons(const CheckedProduct& product) {
+  std::set<std::string> ids;
+  for (const PluginEntry& entry : product.entries) {
+    const bool isAddons = entry.addon != nullptr && entry.node != nullptr;
+    if (!isAddons || entry.description == nullptr) continue;
+    if (WithoutBlanks(entry.version) == WithoutBlanks(entry.description->version)) {
+      ids.insert(entry.id);
+    }
+  }
+  return ids;
+}
+
 void Check(const CheckedProduct& product, RuleFindings& findings) {
+  const std::set<std::string> listed = ListedByAddons(product);
   for (const auto& [id, entry] : HandedOver(product)) {
     const Description* description = entry->description;
     if (description == nullptr || !description->file->HasContent()) continue;
+    if (listed.count(id) != 0) continue;
     const std::string version = WithoutBlanks(entry->version);  // TEV121 reports the blanks
     if (version.empty() || version == WithoutBlanks(description->version)) continue;
     RuleFinding finding;
@@ -56,7 +73,8 @@ TEV_RULE(OtherVersion) = {
     "Which of several plugins with one ID is kept, and which version the log and the platform's "
     "table of plugins have, is decided by the <Version> of the description. The version of the "
     "entry is handed over to the platform and used for nothing else. Of several entries with one "
-    "ID the one with the greatest version is handed over; only that one is compared.",
+    "ID the one with the greatest version is handed over; only that one is compared, and not if an "
+    "installed addon lists the plugin with the version of the description.",
     R"(<Plugin ID="alarm.server" Version="2.7.0"/>, described with <Version>2.7.1</Version>)",
     "Give the entry the version of the description.",
     &Check};
