@@ -69,7 +69,8 @@ void CheckReferences(const CheckedFile& file, const Items& items,
   }
 }
 
-/// Items of scenes that are neither in the full scene menu nor stand for a plugin's item.
+/// Items of scenes that are neither in the full scene menu nor stand for a plugin's item, with an
+/// ID that is nearly one of that menu. All others may be the platform's.
 void CheckScenes(const CheckedFile& file, const Items& items, const std::set<std::string>& full,
                  const std::set<std::string>& brought, RuleFindings& findings) {
   if (!HaveCommon(Values(items, "ID"), full)) return;
@@ -79,9 +80,10 @@ void CheckScenes(const CheckedFile& file, const Items& items, const std::set<std
     const bool isKnown = full.count(id) != 0 || brought.count(item->Value("RefID")) != 0;
     if (id.empty() || isKnown) continue;
     const std::string meant = Meant(suggestions, id);
+    if (meant.empty()) continue;
     Report(file, *item, "ID",
-           "the scene shows the item " + Quoted(id) + ", which <FullSceneMenuList> does not have" +
-               (meant.empty() ? "" : "; did you mean " + Quoted(meant) + "?"),
+           "the scene shows the item " + Quoted(id) +
+               ", which <FullSceneMenuList> does not have; did you mean " + Quoted(meant) + "?",
            findings);
   }
 }
@@ -111,12 +113,13 @@ TEV_RULE(UnknownMenuItem) = {
     Severity::kWarning,
     "A menu of the portal refers to an item that does not exist",
     "The RefID of a menu item in Portal.xml is the ID of the item that it stands for, one of those "
-    "that plugins bring in their <MenuList>, or one of the platform. A <SceneMode> shows items of "
-    "the full scene menu. The frame resolves none of these names. The rule reports a RefID that is "
-    "nearly, but not quite, the ID of a plugin's item, if other items of the portal stand for "
-    "items of plugins and it does not occur as often as that ID; and an item of a scene that "
-    "<FullSceneMenuList> does not have, if it has "
-    "others and the item does not stand for one of a plugin.",
+    "that plugins bring in their <MenuList>, or one of the platform. A <SceneMode> usually shows "
+    "items of the full scene menu, but may have others of the platform. The frame resolves none of "
+    "these names. The rule reports a RefID that is nearly, but not quite, the ID of a plugin's "
+    "item, if other items of the portal stand for items of plugins and it does not occur as often "
+    "as that ID; and an item of a scene whose ID is nearly, but not quite, one in "
+    "<FullSceneMenuList>, if others of the scenes are there and the item does not stand for one of "
+    "a plugin.",
     R"(RefID="alram.page", and a plugin's menu item alarm.page)",
     "Correct the RefID or the ID.",
     &Check};
