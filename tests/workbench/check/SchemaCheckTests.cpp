@@ -176,7 +176,7 @@ TEST(SchemaCheck, KnowsLinesBeyond65535) {
 TEST(SchemaCheck, ReportsEachOfTwentyThousandWrongEntries) {
   const XmlTree tree =
       ParseXmlTree("<ProductDescription><Product>NVX</Product><Version>2.6.1</Version>" +
-                   Plugins(20000, " Version='2.6.1' Lazystart='no'") + "</ProductDescription>");
+                   Plugins(20000, " Version='2.6.1' Lazystart='yes'") + "</ProductDescription>");
   EXPECT_EQ(20000U, ValidateAgainstSchema(FileKind::kProduct, tree).size());
 }
 
