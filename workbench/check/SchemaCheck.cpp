@@ -99,7 +99,7 @@ xmlSchema* CompiledSchema(FileKind kind) {
 }
 
 /// A document of libxml2 with what the frame reads of a tree: no comments, no entities, no parts of
-/// texts. Each of its elements leads to its SchemaNode.
+/// texts, no xml:lang. Each of its elements leads to its SchemaNode.
 class TreeDocument {
  public:
   TreeDocument(FileKind kind, const XmlTree& tree)
@@ -120,7 +120,9 @@ class TreeDocument {
     copy->_private = &m_nodes.emplace_back(from);
     const SchemaNode& self = m_nodes.back();
     if (!node.space.empty()) xmlSetNs(copy.get(), Space(*copy, node.space));
-    for (const XmlAttribute& attribute : node.attributes) Copy(attribute, *copy);
+    for (const XmlAttribute& attribute : node.attributes) {
+      if (!IsOfXml(attribute, self.spec)) Copy(attribute, *copy);
+    }
     if (!node.text.empty()) {
       Add(*copy, Node(NotNull(xmlNewDocText(m_document.get(), XmlString(node.text)))));
     }
@@ -129,6 +131,12 @@ class TreeDocument {
       Add(*copy, Node(Copy({&child, &self, isKnown ? self.spec->Child(child.name) : nullptr})));
     }
     return copy.release();
+  }
+
+  /// Whether it is xml:lang or the like, which any element of any file may have.
+  static bool IsOfXml(const XmlAttribute& attribute, const ElementSpec* spec) {
+    const bool isKnown = spec != nullptr && spec->Attribute(attribute.name) != nullptr;
+    return !isKnown && attribute.space == "http://www.w3.org/XML/1998/namespace";
   }
 
   void Copy(const XmlAttribute& attribute, xmlNode& to) {
@@ -281,6 +289,8 @@ class Errors {
     error.place = PlaceOf(fault);
     if (fault.attribute != nullptr) error.attribute = fault.attribute->name;
     error.message = SchemaSentence(m_kind, fault.what, at, fault.attribute);
+    error.effect = SchemaEffect(m_kind, fault.what, at, fault.attribute);
+    error.isUnknownName = IsUnknownName(fault);
     m_errors.push_back(std::move(error));
   }
 
@@ -300,6 +310,14 @@ class Errors {
     if (fault.attribute != nullptr) return fault.attribute->place;
     if (fault.what == SchemaFault::kText && node.textPlace.line != 0) return node.textPlace;
     return fault.what == SchemaFault::kTwice ? PlaceOfID(node) : node.place;
+  }
+
+  static bool IsUnknownName(const Fault& fault) {
+    const SchemaNode& at = fault.At();
+    const bool isElement = fault.what == SchemaFault::kElement;
+    if (isElement) return at.spec == nullptr && at.node->space.empty();
+    return fault.what == SchemaFault::kAttribute && fault.attribute != nullptr &&
+           fault.attribute->space.empty();
   }
 
   static TextPlace PlaceOfID(const XmlNode& node) {

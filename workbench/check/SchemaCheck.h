@@ -11,6 +11,8 @@ struct SchemaError {
   const XmlNode* node = nullptr;  // the element
   std::string attribute;          // empty when it is not about an attribute
   std::string message;            // what is there and what is allowed, in one line
+  std::string effect;             // what the frame makes of it
+  bool isUnknownName = false;     // an element or attribute, in no namespace, that is not read
 };
 
 /// What the schema of such files refuses in `tree`, in the order of the text; nothing in a text

@@ -1,9 +1,11 @@
 #include "workbench/check/SchemaWords.h"
 
 #include <algorithm>
+#include <cstdlib>
 #include <cstring>
 #include <vector>
 
+#include "workbench/check/NumberText.h"
 #include "workbench/check/Words.h"
 #include "workbench/output/Text.h"
 
@@ -160,6 +162,97 @@ std::string ListedTwice(const SchemaNode& at) {
   return Tag(at.node->name) + " " + QuotedValue(id) + " is listed a second time";
 }
 
+/// What follows from a value that is missing, empty or not allowed.
+struct ValueEffect {
+  FileKind kind;
+  const char* element;
+  const char* effect;
+};
+
+constexpr char kHandedOver[] = "the frame hands it over as it is";
+
+constexpr ValueEffect kValueEffects[] = {
+    {FileKind::kProduct, "Product", "the frame runs addons only in a product NVT or NVX"},
+    {FileKind::kProduct, "Version", "the frame reads addons only in a version of three parts"},
+    {FileKind::kPlugin, "Type", "the frame keeps such a plugin only as a driver of an addon"},
+    {FileKind::kAddon, "ProductLogo", "the frame uses the versions in it for no product"},
+    {FileKind::kTool, "ProductLogo", "the frame does not read it in the description of a tool"}};
+
+const char* EffectOf(FileKind kind, const char* element) {
+  for (const ValueEffect& one : kValueEffects) {
+    if (one.kind == kind && std::strcmp(one.element, element) == 0) return one.effect;
+  }
+  return nullptr;
+}
+
+bool HasEntries(const SchemaNode& section, const XmlNode& node) {
+  return std::any_of(node.children.begin(), node.children.end(), [&](const XmlNode& child) {
+    return child.space.empty() && section.spec->Child(child.name) != nullptr;
+  });
+}
+
+std::string EffectOfElement(FileKind kind, const SchemaNode& at) {
+  if (at.spec == nullptr || at.parent == nullptr) return "the frame does not read it";
+  if (at.spec->role != ElementRole::kSection) {
+    return "the frame reads each value from the first that has it";
+  }
+  const auto& all = at.parent->node->children;
+  const auto filled = std::count_if(all.begin(), all.end(), [&](const XmlNode& one) {
+    return one.space.empty() && one.name == at.node->name && HasEntries(at, one);
+  });
+  if (filled > 1 && kind == FileKind::kTool) return "the frame reads only the first entry";
+  if (filled > 1) return "the frame reads a part of the entries";
+  return filled == 0 ? "the frame reads an empty list"
+                     : "the frame reads all entries, since only one of them has any";
+}
+
+/// What the frame reads in the place of a text that is not as the schema has it.
+std::string Reading(const std::string& text, ValueKind kind, const std::string& absent) {
+  const bool isNumber = kind == ValueKind::kNumber || kind == ValueKind::kFlag;
+  if (isNumber && ExceedsInt(text)) return "the frame reads some other number";
+  const int number = std::atoi(text.c_str());
+  switch (kind) {
+    case ValueKind::kNumber:
+      return "the frame reads it as " + (text.empty() ? absent : std::to_string(number));
+    case ValueKind::kFlag:
+      return number == 1 ? "the frame reads it as yes" : "the frame reads it as no";
+    case ValueKind::kTrue:
+      return text == "true" ? "the frame reads it as true" : "the frame reads it as false";
+    case ValueKind::kNone:
+    case ValueKind::kText:
+    case ValueKind::kId:
+    case ValueKind::kVersion:
+      break;
+  }
+  return kHandedOver;
+}
+
+std::string EffectOfValue(FileKind kind, const SchemaNode& at, const XmlAttribute* attribute) {
+  if (at.spec == nullptr) return "the frame does not read it";
+  if (attribute == nullptr) {
+    const bool isType = kind == FileKind::kPlugin && std::strcmp(at.spec->name, "Type") == 0;
+    const int type = std::atoi(at.node->text.c_str());
+    if (isType && (type == 1 || type == 2)) {
+      return "the frame reads it as " + std::to_string(type);
+    }
+    const char* effect = EffectOf(kind, at.spec->name);
+    return effect != nullptr ? effect : Reading(at.node->text, at.spec->value, at.spec->absent);
+  }
+  const AttributeSpec* spec = at.spec->Attribute(attribute->name);
+  return spec == nullptr ? "the frame does not read it"
+                         : Reading(attribute->value, spec->value, spec->absent);
+}
+
+std::string EffectOfMissing(FileKind kind, const SchemaNode& at) {
+  if (at.spec == nullptr) return "the frame does not read " + Tag(at.node->name);
+  for (const ElementSpec& child : at.spec->children) {
+    const bool isMissing = child.required && Select(*at.node, child.name).empty();
+    const char* effect = isMissing ? EffectOf(kind, child.name) : nullptr;
+    if (effect != nullptr) return effect;
+  }
+  return "the frame reads what is missing as empty";
+}
+
 }  // namespace
 
 std::string QuotedValue(const std::string& value) {
@@ -197,4 +290,27 @@ std::string SchemaSentence(FileKind kind, SchemaFault fault, const SchemaNode& a
       break;
   }
   return Tag(at.node->name) + " is not as the schema of the file says";
+}
+
+std::string SchemaEffect(FileKind kind, SchemaFault fault, const SchemaNode& at,
+                         const XmlAttribute* attribute) {
+  switch (fault) {
+    case SchemaFault::kElement:
+      return EffectOfElement(kind, at);
+    case SchemaFault::kMissingElement:
+    case SchemaFault::kMissingAttribute:
+      return EffectOfMissing(kind, at);
+    case SchemaFault::kValue:
+      return EffectOfValue(kind, at, attribute);
+    case SchemaFault::kAttribute:
+    case SchemaFault::kText:
+      return "the frame does not read it";
+    case SchemaFault::kElementInText:
+      return "the frame reads only the text directly in it";
+    case SchemaFault::kTwice:
+      return "the frame reads both";
+    case SchemaFault::kOther:
+      break;
+  }
+  return "the frame does not look at the schema";
 }

@@ -34,3 +34,7 @@ std::string QuotedValue(const std::string& value);
 /// One sentence: what is there and what is allowed. `attribute` is null when it is not about one.
 std::string SchemaSentence(FileKind kind, SchemaFault fault, const SchemaNode& at,
                            const XmlAttribute* attribute);
+
+/// What the frame makes of it, if no other rule says something of that place.
+std::string SchemaEffect(FileKind kind, SchemaFault fault, const SchemaNode& at,
+                         const XmlAttribute* attribute);

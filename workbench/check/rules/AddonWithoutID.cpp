@@ -7,10 +7,9 @@
 
 namespace {
 
-void Report(const CheckedFile& file, const XmlNode& node, std::string message,
-            RuleFindings& findings) {
+void Report(Place place, const XmlNode& node, std::string message, RuleFindings& findings) {
   RuleFinding finding;
-  finding.place = PlaceOf(file, node);
+  finding.place = std::move(place);
   finding.message = std::move(message);
   finding.subject = node.name;
   findings.push_back(std::move(finding));
@@ -25,7 +24,7 @@ void CheckCatalogue(const AddonKind& kind, bool isAddon, RuleFindings& findings)
     if (entry.node->Attribute("ID") != nullptr) {
       message += "; the attribute ID is not read here, write an element <ID>";
     }
-    Report(*kind.catalogue, *entry.node, std::move(message), findings);
+    Report(PlaceAt(*kind.catalogue, *entry.node, "ID"), *entry.node, std::move(message), findings);
   }
 }
 
@@ -36,7 +35,8 @@ void CheckInstalled(const AddonKind& kind, RuleFindings& findings) {
     if (!TextAt(*entry.node, "ID").empty()) {
       message += "; the element <ID> is not read here, write an attribute ID";
     }
-    Report(*kind.installedFile, *entry.node, std::move(message), findings);
+    Report(PlaceOf(*kind.installedFile, *entry.node, "ID"), *entry.node, std::move(message),
+           findings);
   }
 }
 

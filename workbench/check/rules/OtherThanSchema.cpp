@@ -77,10 +77,11 @@ void Check(const CheckedProduct& product, RuleFindings& findings) {
   if (refusals.empty()) return;
   const Places known = PlacesOfOtherRules(product);
   for (const Refusal& refusal : refusals) {
-    if (refusal.IsAmong(known)) continue;
+    // The rules on names report all elements and attributes of one name together.
+    if (refusal.error.isUnknownName || refusal.IsAmong(known)) continue;
     RuleFinding finding;
     finding.place = PlaceOf(*refusal.file, refusal.error.place);
-    finding.message = refusal.error.message + "; the frame reads the file without a message";
+    finding.message = refusal.error.message + "; " + refusal.error.effect;
     finding.subject = refusal.error.message;
     findings.push_back(std::move(finding));
   }
@@ -90,12 +91,12 @@ void Check(const CheckedProduct& product, RuleFindings& findings) {
 
 TEV_RULE(OtherThanSchema) = {
     "TEV130",
-    Severity::kWarning,
+    Severity::kNote,
     "A file is other than its schema has it, where no other rule says why",
     "The schemas in the folder schemas/ allow what the frame reads as it was meant. The frame "
     "itself does not use them: it reads what it finds, takes defaults for the rest, and reports "
     "nothing. This rule reports what a schema refuses at a place of which no other rule says "
-    "anything, selected or not.",
+    "anything, selected or not, and what the frame makes of it: mostly nothing is lost.",
     R"(<Language ID="en"/> twice in <Languages>)",
     "Change the file as the message says, or check it with xmllint and the schema that "
     "docs/model-files.md names.",
