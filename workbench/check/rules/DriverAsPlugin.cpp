@@ -7,11 +7,6 @@
 
 namespace {
 
-bool IsNamedDriver(const std::string& id) {
-  const std::string last = id.substr(id.rfind('.') + 1);
-  return last == "driver" && last != id;
-}
-
 void AddBoth(const PluginEntry& driver, const PluginEntry& server, RuleFindings& findings) {
   const std::string& id = driver.description->id;
   RuleFinding finding;
@@ -22,21 +17,6 @@ void AddBoth(const PluginEntry& driver, const PluginEntry& server, RuleFindings&
   finding.related.push_back({PlaceOfID(server), "listed as a server plugin"});
   finding.plugin = id;
   finding.subject = "driver";
-  findings.push_back(std::move(finding));
-}
-
-void AddNamed(const PluginEntry& server, RuleFindings& findings) {
-  const std::string& id = server.description->id;
-  RuleFinding finding;
-  finding.place = PlaceOfID(server);
-  const std::string right =
-      server.addon == nullptr ? "list it in DeviceDrivers.xml" : "give it Category=\"dam_driver\"";
-  finding.message = Quoted(id) +
-                    " is listed as a server plugin: the frame starts it, and the platform receives "
-                    "no driver; if it is a driver, " +
-                    right;
-  finding.plugin = id;
-  finding.subject = "server";
   findings.push_back(std::move(finding));
 }
 
@@ -53,10 +33,7 @@ void Check(const CheckedProduct& product, RuleFindings& findings) {
   for (const auto& [key, same] : plugins) {
     if (key.first != PluginList::kServers) continue;
     const auto drivers = plugins.find({PluginList::kDrivers, key.second});
-    if (drivers == plugins.end()) {
-      if (IsNamedDriver(key.second)) AddNamed(*same.entries.front(), findings);
-      continue;
-    }
+    if (drivers == plugins.end()) continue;
     const PluginEntry* driver = DriverEntry(drivers->second);
     if (driver != nullptr) AddBoth(*driver, *same.entries.front(), findings);
   }
@@ -67,11 +44,11 @@ void Check(const CheckedProduct& product, RuleFindings& findings) {
 TEV_RULE(DriverAsPlugin) = {
     "TEV211",
     Severity::kWarning,
-    "A driver is listed as a server plugin",
+    "A driver is listed as a server plugin too",
     "The frame starts the plugins that Product.xml and the addons list, and leaves those of "
-    "DeviceDrivers.xml, and an addon's with a Category other than \"server\", to the platform. A "
-    "driver in the wrong list is started by the frame, which calls its Init; one in both lists "
-    "is used by both. An ID that ends in \".driver\" counts as that of a driver.",
-    "<Plugin ID=\"camera.driver\"/> in Product.xml",
+    "DeviceDrivers.xml, and an addon's with a Category other than \"server\", to the platform. One "
+    "in both lists is used by both: the frame calls its Init, and the platform receives it as a "
+    "driver.",
+    "<Plugin ID=\"camera.driver\"/> in Product.xml, and camera.driver in DeviceDrivers.xml",
     "List drivers in DeviceDrivers.xml only, an addon's with Category=\"dam_driver\".",
     &Check};
