@@ -41,7 +41,9 @@ class AskedFiles {
   explicit AskedFiles(const CheckedProduct& product) {
     for (const CheckedFile& file : product.files) {
       m_byLoweredName.emplace(Lowered(file.name), &file);
-      m_byLeaf.emplace(LeafOf(file.name), &file);
+      // With ".." in an ID, the name leads back to another folder: TEV201 reports the ID.
+      const bool isOwnName = file.name.find("/../") == std::string::npos;
+      if (isOwnName) m_byLeaf.emplace(LeafOf(file.name), &file);
       m_leaves[FolderOf(file.name)].push_back(LeafOf(file.name));
     }
   }
