@@ -315,7 +315,7 @@ ExitStatus Run(const Options& options, HostContext& context) {
     return kOk;
   }
   if (!check.explain.empty()) {
-    const Rule* rule = FindRule(check.explain);
+    const Rule* rule = RuleNamed(AllRules(), check.explain);
     if (rule == nullptr) throw UsageError("--explain: " + NoSuchRule(AllRules(), check.explain));
     context.output.Write(ExplainedRule(*rule, columns));
     return kOk;

@@ -5,6 +5,7 @@
 #include <set>
 #include <utility>
 
+#include "workbench/check/LetterCase.h"
 #include "workbench/check/Nearest.h"
 #include "workbench/output/Text.h"
 
@@ -63,16 +64,21 @@ std::vector<std::string> IdsOf(const std::vector<const Rule*>& rules) {
   return ids;
 }
 
+bool IsNameOf(const Area& area, const std::string& word) {
+  return SameButCase(word, area.beginning) || SameButCase(word, area.name);
+}
+
 /// Whether `word` names the rule, alone or with its area.
 bool Names(const std::string& word, const std::string& id) {
-  return word == id || std::any_of(std::begin(kAreas), std::end(kAreas), [&](const Area& area) {
-           return BeginsWith(id, area.beginning) && (word == area.beginning || word == area.name);
+  return SameButCase(word, id) ||
+         std::any_of(std::begin(kAreas), std::end(kAreas), [&](const Area& area) {
+           return BeginsWith(id, area.beginning) && IsNameOf(area, word);
          });
 }
 
 bool IsArea(const std::string& word) {
   return std::any_of(std::begin(kAreas), std::end(kAreas),
-                     [&](const Area& area) { return word == area.beginning || word == area.name; });
+                     [&](const Area& area) { return IsNameOf(area, word); });
 }
 
 /// Why a word of an option names nothing.
@@ -162,6 +168,12 @@ RuleChoice ChooseRules(const std::vector<const Rule*>& all, const std::string& s
     if (taken && ignored.ids.count(rule->id) == 0) choice.rules.push_back(rule);
   }
   return choice;
+}
+
+const Rule* RuleNamed(const std::vector<const Rule*>& all, const std::string& id) {
+  const auto found = std::find_if(all.begin(), all.end(),
+                                  [&](const Rule* rule) { return SameButCase(rule->id, id); });
+  return found == all.end() ? nullptr : *found;
 }
 
 std::string NoSuchRule(const std::vector<const Rule*>& all, const std::string& id) {

@@ -28,9 +28,12 @@ struct RuleChoice {
 
 /// The rules of `all` that --select names, without those that --ignore names; all of them when
 /// `select` is empty. Both are words with commas between them: a rule's ID ("TEV203"), or an area
-/// by its beginning of an ID or its name ("TEV2", "plugins").
+/// by its beginning of an ID or its name ("TEV2", "plugins"); letter case does not count.
 RuleChoice ChooseRules(const std::vector<const Rule*>& all, const std::string& select,
                        const std::string& ignore);
+
+/// The rule with this ID, letter case aside; null for none.
+const Rule* RuleNamed(const std::vector<const Rule*>& all, const std::string& id);
 
 /// "there is no rule "TEV2O3"; did you mean "TEV203"?"
 std::string NoSuchRule(const std::vector<const Rule*>& all, const std::string& id);

@@ -73,6 +73,17 @@ TEST(ChooseRules, AreNamedByIdOrArea) {
   EXPECT_EQ("TEV106 TEV207 TEV312", Chosen(" dependencies, TEV2 ,TEV106"));
 }
 
+TEST(ChooseRules, AreNamedInAnyLetterCase) {
+  EXPECT_EQ("TEV106 TEV207", Chosen("tev106,Tev2"));
+  EXPECT_EQ("TEV101 TEV106", Chosen("Files"));
+  EXPECT_EQ("TEV101 TEV207 TEV312", Chosen("", "tev106"));
+}
+
+TEST(RuleNamed, IsFoundInAnyLetterCase) {
+  EXPECT_EQ(&kSampleUnknownElement, RuleNamed(SampleRules(), "tev106"));
+  EXPECT_EQ(nullptr, RuleNamed(SampleRules(), "TEV1O6"));
+}
+
 TEST(ChooseRules, AreNoneOfAnAreaWithoutRules) {
   EXPECT_EQ("", Chosen("portal"));
 }
