@@ -1,4 +1,5 @@
 #include <optional>
+#include <string>
 
 #include "workbench/check/FileFinding.h"
 #include "workbench/check/Rule.h"
@@ -15,13 +16,22 @@ bool IsEncodingFault(const CheckedFile& file) {
                  file.tree.problem.find("ncoding") != std::string::npos);
 }
 
+/// "nested deeper than 256 levels" for the parser's advice to programmers.
+std::string Problem(const std::string& problem) {
+  const std::string deep = "Excessive depth in document: ";
+  if (problem.compare(0, deep.size(), deep) != 0) return "not well-formed: " + problem;
+  const std::size_t end = problem.find_first_not_of("0123456789", deep.size());
+  return "nested deeper than " + problem.substr(deep.size(), end - deep.size()) +
+         " levels, which the parser refuses";
+}
+
 void Check(const CheckedProduct& product, RuleFindings& findings) {
   for (const CheckedFile& file : product.files) {
     const XmlTree& tree = file.tree;
     if (file.readName.empty() || tree.wellFormed || IsEncodingFault(file)) continue;
-    findings.push_back(MakeFinding(
-        file, tree.problemPlace,
-        "not well-formed: " + tree.problem + "; " + ReadsAsEmpty(file.kind), "well-formed"));
+    findings.push_back(MakeFinding(file, tree.problemPlace,
+                                   Problem(tree.problem) + "; " + ReadsAsEmpty(file.kind),
+                                   "well-formed"));
   }
 }
 
