@@ -1,6 +1,7 @@
 #include <set>
 #include <string>
 
+#include "workbench/check/Addons.h"
 #include "workbench/check/FileHints.h"
 #include "workbench/check/FileNameFault.h"
 #include "workbench/check/Rule.h"
@@ -21,7 +22,8 @@ std::string Hint(const CheckedProduct& product, const PluginEntry& entry,
 std::string Message(const PluginEntry& entry, const std::string& hint) {
   const std::string loss = entry.addon == nullptr
                                ? "the frame refuses the product, and nothing starts"
-                               : "the addon " + Quoted(entry.addon->id) + " is skipped";
+                               : "the addon " + Quoted(entry.addon->id) + " is skipped" +
+                                     NotAdded(entry.addon->plugins.size());
   return Quoted(entry.id) + " has no description: " + Escaped(entry.descriptionFile->name) +
          " does not exist: " + loss + hint;
 }
