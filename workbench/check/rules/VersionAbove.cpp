@@ -28,7 +28,7 @@ class Versions {
   std::optional<Available> Of(const Dependency& dependency) const {
     const CheckedFile& product = m_product.File(FileKind::kProduct);
     if (dependency.category == DependencyCategory::kPlatform) {
-      if (dependency.id.empty() || dependency.id != m_platform.id) return std::nullopt;
+      if (dependency.id != m_platform.id) return std::nullopt;
       return Available{m_platform.version, PlaceOf(product, *m_platform.node, "Version")};
     }
     const Description* kept = m_product.Kept(dependency.id);
@@ -70,7 +70,7 @@ void Check(const CheckedProduct& product, RuleFindings& findings) {
   Versions versions(product);
   for (const JudgedDependency& dependency : JudgedDependencies(product)) {
     const Dependency& on = *dependency.on;
-    if (on.version.empty() || on.id == dependency.plugin->id) continue;
+    if (on.version.empty() || on.id.empty() || on.id == dependency.plugin->id) continue;
     const std::optional<Available> available = versions.Of(on);
     if (!available) continue;
     const auto order = CompareVersions(on.version, available->version);
@@ -102,7 +102,7 @@ TEV_RULE(VersionAbove) = {
     "The frame never compares the version in a dependency with the one that is there: the plugin "
     "starts with the lower version and may fail, or work wrongly, only later. The rule compares "
     "versions of plugins, sub platforms and the product's platform as numbers, part by part, and "
-    "says nothing of versions that have other parts than numbers.",
+    "does not judge versions that have other parts than numbers.",
     R"(<Plugin ID="storage.server" Version="2.8.0"/>, and the version of storage.server is 2.7.1)",
     "Upgrade what the plugin depends on, or lower the version if the plugin works with that.",
     &Check};
