@@ -61,14 +61,14 @@ const SupportedProduct* SupportFor(const std::vector<SupportedProduct>& products
                                    const std::string& code);
 
 /// The entry whose <ProductLogo> names no product, when the addon has none for the running
-/// product and ends as incompatible for that reason; null otherwise.
+/// product and is incompatible for that reason; null otherwise.
 const SupportedProduct* MisspeltSupport(const CheckedProduct& product, const AddonModel& addon,
                                         const std::vector<SupportedProduct>& products);
 
 /// The installed addons as the frame sees them, by ID; empty when it refuses the product.
 std::map<std::string, const AddonModel*> InstalledModels(const CheckedProduct& product);
 
-/// The installed addons that end as incompatible.
+/// The installed addons that are incompatible.
 struct IncompatibleAddons {
   std::vector<std::string> ids;
   std::size_t plugins = 0;  // that they bring

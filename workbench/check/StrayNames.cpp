@@ -96,8 +96,7 @@ Judgement JudgeWrapper(const ElementSpec& parent, const XmlNode& node) {
 }
 
 std::string AsAttribute(const ElementSpec& parent, const std::string& name) {
-  return "the frame reads it as an attribute: <" + std::string(parent.name) + " " + name +
-         "=\"...\">";
+  return "not read: " + name + " is an attribute, <" + parent.name + " " + name + "=\"...\">";
 }
 
 Judgement JudgeElement(FileKind kind, const ElementSpec& parent, const XmlNode& node) {
@@ -148,7 +147,7 @@ Judgement JudgeAttribute(FileKind kind, const ElementSpec& element, const XmlAtt
     judged.advice = "unknown; did you mean " + nearest + "?";
   } else if (element.Child(name) != nullptr) {
     judged.fault = NameFault::kMisplaced;
-    judged.advice = "the frame reads it as an element in " + Tag(element.name) + ": <" + name +
+    judged.advice = "not read: " + name + " is an element in " + Tag(element.name) + ", <" + name +
                     ">...</" + name + ">";
   } else if (std::find(owners.begin(), owners.end(), element.name) != owners.end()) {
     judged.fault = NameFault::kUnknown;

@@ -37,7 +37,7 @@ std::string WhyIncompatible(const CheckedProduct& product, const std::string& ve
   if (addons.ids.empty()) return std::string();
   return "the version " + Quoted(version) + " is below \"2.6.0\"" + WhyBelow(version) +
          R"(, and an "NVX" below "2.6.0" runs no addon: every installed addon ()" +
-         QuotedList(addons.ids) + ") ends as incompatible" + NotAdded(addons.plugins);
+         QuotedList(addons.ids) + ") is incompatible" + NotAdded(addons.plugins);
 }
 
 void Check(const CheckedProduct& product, RuleFindings& findings) {

@@ -50,8 +50,8 @@ TEV_RULE(NamelessDependency) = {
     "TEV308",
     Severity::kWarning,
     "A dependency has no ID",
-    "The ID says what the plugin depends on. The frame reads a dependency without one and makes "
-    "nothing of it, without a message, unless the product has a sub platform without an ID.",
+    "The ID says what the plugin depends on. The frame ignores a dependency without one, "
+    "without a message, unless the product has a sub platform without an ID.",
     R"(<Plugin Version="2.5.0"/> in <DependencyList>)",
     "Add the ID, or remove the element.",
     &Check};

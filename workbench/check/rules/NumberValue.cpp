@@ -63,6 +63,6 @@ TEV_RULE(NumberValue) = {
     "The frame takes the digits at the beginning of the text, after blanks and one sign, and "
     "ignores the rest. A word has no digits there and reads as 0, not as the default. A number "
     "beyond 2147483647 reads as another one, which depends on the system.",
-    "<Type>server</Type>, which reads as 0",
+    "<Level>two</Level> in a <MenuItem> of a plugin, which reads as 0",
     "Write a whole number without anything behind it.",
     &Check};

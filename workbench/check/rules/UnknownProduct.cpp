@@ -26,7 +26,7 @@ void Check(const CheckedProduct& product, RuleFindings& findings) {
   finding.message =
       (name.empty() ? "<Product> is missing or empty" : "<Product> is " + Quoted(name)) +
       R"(; only the products "NVX" and "NVT" run addons: every installed addon ()" +
-      QuotedList(addons.ids) + ") ends as incompatible" + NotAdded(addons.plugins) +
+      QuotedList(addons.ids) + ") is incompatible" + NotAdded(addons.plugins) +
       Suggestion(file, name);
   finding.subject = "Product";
   findings.push_back(std::move(finding));
@@ -40,8 +40,8 @@ TEV_RULE(UnknownProduct) = {
     "The product has a name with which no addon is compatible",
     "The frame decides by the text of <Product> in Product.xml whether an installed addon may run. "
     "It knows two products, NVX and NVT, in exactly these letters; with any other name every addon "
-    "ends as incompatible, and its plugins and services are not added to the product. The rule "
-    "speaks only when addons are installed.",
+    "is incompatible, and its plugins and services are not added to the product. The rule reports "
+    "this only when addons are installed.",
     "<Product>nvx</Product>",
     "Write NVX or NVT. The name for people belongs into <ProductLogo>.",
     &Check};
