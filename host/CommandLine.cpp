@@ -93,6 +93,25 @@ std::string WhyNotReplaced(const fs::path& file) {
   return begin == head ? std::string() : "is there and is no flight record";
 }
 
+/// The folder directly in `bin` that was probably meant: `bin` has no model file, and this one has
+/// META_INFO. Empty for none.
+fs::path MeantFolder(const fs::path& bin) {
+  std::error_code error;
+  const fs::path product = bin / "..";
+  for (const fs::path& file :
+       {bin / "META_INFO", product / "Product.xml", product / "Product.data"}) {
+    if (fs::exists(file, error)) return {};
+  }
+  fs::path meant;
+  for (fs::directory_iterator at(bin, error), end; !error && at != end; at.increment(error)) {
+    const fs::path& folder = at->path();
+    std::error_code none;
+    const bool isOne = fs::is_directory(folder / "META_INFO", none);
+    if (isOne && (meant.empty() || folder < meant)) meant = folder;
+  }
+  return meant;
+}
+
 /// What is wrong with options that the parser has accepted; empty when nothing is.
 std::string WhatIsWrong(const Options& options) {
   if (options.json && options.events) return "--json and --events: only one of them";
@@ -115,6 +134,11 @@ std::string WhatIsWrong(const Options& options) {
       options.bin.empty() ? PathFromLocal(ProcessPath()).parent_path() : PathFromLocal(options.bin);
   if (!fs::exists(bin, error)) return "--bin: " + options.bin + " does not exist";
   if (!fs::is_directory(bin, error)) return "--bin: " + options.bin + " is no folder";
+  const fs::path meant = options.bin.empty() ? fs::path() : MeantFolder(bin);
+  if (!meant.empty()) {
+    return "--bin: " + options.bin + " has no META_INFO; is --bin " + LocalFromPath(meant) +
+           " meant?";
+  }
   for (const auto& [option, file] :
        {std::pair("--log: ", options.log), std::pair("--record: ", options.record),
         std::pair("--output: ", options.check.output),

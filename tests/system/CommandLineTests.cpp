@@ -131,6 +131,15 @@ TEST_F(CommandLine, WithAFolderThatIsNoneIsRefused) {
             Refused("model --bin \"" + Path("a.file") + "\""));
 }
 
+TEST_F(CommandLine, WithTheProductsFolderInsteadOfThatOfTheExecutablesIsRefused) {
+  fs::create_directories(folder.Path() / "site" / "bin" / "META_INFO");
+  for (const std::string command : {"check", "run", "model"}) {
+    EXPECT_EQ("HUB: --bin: site has no META_INFO; is --bin " +
+                  LocalFromPath(fs::path("site") / "bin") + " meant?\n",
+              Refused(command + " --bin site", In(".")));
+  }
+}
+
 TEST_F(CommandLine, ThatWouldWriteOverTheProductsFilesIsRefused) {
   for (const std::string name :
        {"site/Product.xml", "site/bin/META_INFO/new.DATA", "site/bin/a.server.dll",
