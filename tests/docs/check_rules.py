@@ -22,6 +22,7 @@ RULES_BEGIN = "<!-- The rest is written by `make docs`. -->"
 AREAS = {"1": "Files", "2": "Plugins", "3": "Dependencies", "4": "Libraries", "5": "Catalogue",
          "6": "Portal"}
 COLUMNS = 100
+INDENT = "    "
 
 
 def call(*arguments):
@@ -40,10 +41,13 @@ def printed(options, rule):
         done = call(options.lay_out, rule, folder)
         if done.returncode != 0:
             return done.stderr
-        arguments = ["--bin", f"{folder}/bin", "--module", done.stdout.strip(), "--select", rule]
+        module, _, on_windows = done.stdout.partition("\n")
+        if on_windows:
+            return "On Windows:\n\n" + textwrap.indent(on_windows, INDENT)
+        arguments = ["--bin", f"{folder}/bin", "--module", module, "--select", rule]
         text = call(options.hub, "check", *arguments).stdout
         root = os.path.realpath(folder) + "/"
-    return text.replace(root, "").rsplit("\n", 2)[0] + "\n"
+    return textwrap.indent(text.replace(root, "").rsplit("\n", 2)[0] + "\n", INDENT)
 
 
 def section(rule, output):
@@ -54,7 +58,7 @@ def section(rule, output):
     remedy = help_of[help_of.rindex("Remedy: ") + len("Remedy: "):].strip()
     text += ["Remedy: " + remedy if len(remedy) < COLUMNS - 8 else
              textwrap.fill("Remedy: " + remedy, COLUMNS), ""]
-    return "\n".join(text) + "\n" + textwrap.indent(output, "    ")
+    return "\n".join(text) + "\n" + output
 
 
 def sections(options):
