@@ -184,7 +184,7 @@ TEST(DroppedPlugin, OfAnAddonWhoseDescriptionIsMissingDegradesTheRun) {
   const std::string text =
       Local(site.Path("bin/TevAddons/Parking/Parking.xml")) +
       ":38: \"parking.server\" has no description: bin/META_INFO/parking.server/parking.server.xml "
-      "does not exist: the addon \"Parking\" is skipped";
+      "does not exist: the addon \"Parking\" is skipped, so 5 plugins are not added to the product";
   EXPECT_EQ(json::array({{{"severity", "error"}, {"text", text}}}), result.Json()["findings"]);
 }
 
