@@ -11,7 +11,9 @@ namespace fs = std::filesystem;
 
 namespace {
 
-using Piece = std::array<char, 65536>;
+constexpr std::streamsize kPieceBytes = 65536;
+
+using Piece = std::array<char, kPieceBytes>;
 
 }  // namespace
 
@@ -27,8 +29,8 @@ bool HaveDifferentContent(const fs::path& a, const fs::path& b) {
   const auto pieceA = std::make_unique<Piece>();
   const auto pieceB = std::make_unique<Piece>();
   while (fileA && fileB) {
-    fileA.read(pieceA->data(), pieceA->size());
-    fileB.read(pieceB->data(), pieceB->size());
+    fileA.read(pieceA->data(), kPieceBytes);
+    fileB.read(pieceB->data(), kPieceBytes);
     if (fileA.bad() || fileB.bad()) return false;
     const auto count = static_cast<std::size_t>(fileA.gcount());
     if (fileA.gcount() != fileB.gcount()) return true;

@@ -1,10 +1,10 @@
 #include "workbench/check/ProductReader.h"
 
 #include <algorithm>
-#include <array>
 #include <cstdint>
 #include <cstdlib>
 #include <fstream>
+#include <iterator>
 #include <string_view>
 #include <system_error>
 #include <utility>
@@ -262,13 +262,9 @@ bool HasManyTags(const fs::directory_entry& file) {
   std::ifstream stream(file.path(), std::ios::binary);
   std::size_t tags = 0;
   char before = '\0';
-  std::array<char, 16384> piece;
-  while (stream.read(piece.data(), piece.size()), stream.gcount() > 0) {
-    for (std::streamsize i = 0; i < stream.gcount(); ++i) {
-      const char next = piece[static_cast<std::size_t>(i)];
-      if (before == '<' && next != '/') ++tags;
-      before = next;
-    }
+  for (std::istreambuf_iterator<char> at(stream), end; at != end; ++at) {
+    if (before == '<' && *at != '/') ++tags;
+    before = *at;
   }
   return tags > kMostElementsForFrame;
 }
