@@ -42,7 +42,7 @@ std::string WhyIncompatible(const CheckedProduct& product, const std::string& ve
 
 void Check(const CheckedProduct& product, RuleFindings& findings) {
   const CheckedFile& file = product.File(FileKind::kProduct);
-  if (!product.fromFrame || !file.HasContent()) return;
+  if (!file.HasContent()) return;
   const std::string& version = product.model.Version;
   std::string message = WhyNotRead(product, version);
   if (message.empty()) message = WhyIncompatible(product, ThreeParts(version));

@@ -24,7 +24,13 @@ constexpr Required kRequired[] = {
     {FileKind::kProduct, "Platform", "ID", kAttribute,
      "the name of the platform is handed on empty"},
     {FileKind::kProduct, "Language", "ID", kAttribute, "a language without a name is handed on"},
+    {FileKind::kPortal, "MenuItem", "ID", kAttribute, "a menu item without a name is handed on"},
+    {FileKind::kPortal, "MenuItem", "Type", kAttribute, "a menu item without a kind is handed on"},
     {FileKind::kPlugin, "MenuItem", "ID", kElement, "a menu item without a name is handed on"},
+    {FileKind::kInstalled, "Addon", "Version", kAttribute,
+     "the addon is handed on without the version that is installed"},
+    {FileKind::kInstalled, "Tool", "Version", kAttribute,
+     "the tool is handed on without the version that is installed"},
     {FileKind::kAddonList, "Application", "ID", kElement,
      "an application without a name is handed on"},
     {FileKind::kAddon, "Application", "ID", kElement, "an application without a name is handed on"},
@@ -77,10 +83,9 @@ void Check(const CheckedProduct& product, RuleFindings& findings) {
 TEV_RULE(RequiredValue) = {
     "TEV120",
     Severity::kWarning,
-    "A name that is needed is missing or empty",
+    "A value that is needed is missing or empty",
     "The frame reads a missing or empty value as its default, without a message, and hands it on. "
-    "A "
-    "menu item, an application, a service or a language without a name is of no use to anybody. "
+    "A menu item, an application, a service or a language without a name is of no use to anybody. "
     "Other values that are missing have rules of their own, which say what is lost.",
     "<MenuItem><ID/></MenuItem>",
     "Add the value. The message says what follows without it.",
