@@ -134,10 +134,12 @@ std::string WhatIsWrong(const Options& options) {
       options.bin.empty() ? PathFromLocal(ProcessPath()).parent_path() : PathFromLocal(options.bin);
   if (!fs::exists(bin, error)) return "--bin: " + options.bin + " does not exist";
   if (!fs::is_directory(bin, error)) return "--bin: " + options.bin + " is no folder";
-  const fs::path meant = options.bin.empty() ? fs::path() : MeantFolder(bin);
-  if (!meant.empty()) {
-    return "--bin: " + options.bin + " has no META_INFO; is --bin " + LocalFromPath(meant) +
-           " meant?";
+  for (const auto& [option, folder] :
+       {std::pair("--bin", options.bin), std::pair("--against", options.check.against)}) {
+    const fs::path meant = folder.empty() ? fs::path() : MeantFolder(PathFromLocal(folder));
+    if (meant.empty()) continue;
+    return std::string(option) + ": " + folder + " has no META_INFO; is " + option + " " +
+           LocalFromPath(meant) + " meant?";
   }
   for (const auto& [option, file] :
        {std::pair("--log: ", options.log), std::pair("--record: ", options.record),

@@ -138,6 +138,9 @@ TEST_F(CommandLine, WithTheProductsFolderInsteadOfThatOfTheExecutablesIsRefused)
                   LocalFromPath(fs::path("site") / "bin") + " meant?\n",
               Refused(command + " --bin site", In(".")));
   }
+  EXPECT_EQ("HUB: --against: site has no META_INFO; is --against " +
+                LocalFromPath(fs::path("site") / "bin") + " meant?\n",
+            Refused("check --against site --bin site/bin", In(".")));
 }
 
 TEST_F(CommandLine, ThatWouldWriteOverTheProductsFilesIsRefused) {

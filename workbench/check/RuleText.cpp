@@ -167,6 +167,7 @@ RuleChoice ChooseRules(const std::vector<const Rule*>& all, const std::string& s
     const bool taken = select.empty() || selected.ids.count(rule->id) > 0;
     if (taken && ignored.ids.count(rule->id) == 0) choice.rules.push_back(rule);
   }
+  if (choice.rules.empty()) choice.problem = "--select and --ignore leave no rule";
   return choice;
 }
 

@@ -84,8 +84,9 @@ TEST(RuleNamed, IsFoundInAnyLetterCase) {
   EXPECT_EQ(nullptr, RuleNamed(SampleRules(), "TEV1O6"));
 }
 
-TEST(ChooseRules, AreNoneOfAnAreaWithoutRules) {
-  EXPECT_EQ("", Chosen("portal"));
+TEST(ChooseRules, AreAtLeastOne) {
+  EXPECT_EQ("--select and --ignore leave no rule", Chosen("portal"));
+  EXPECT_EQ("--select and --ignore leave no rule", Chosen("TEV106", "files"));
 }
 
 TEST(ChooseRules, AreWithoutTheIgnoredOnes) {

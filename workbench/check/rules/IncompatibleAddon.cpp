@@ -43,7 +43,8 @@ void Explain(const CheckedProduct& product, const InstalledEntry& entry, const A
   const SupportedProduct* support = SupportFor(products, code);
   const SupportedProduct* misspelt = MisspeltSupport(product, addon, products);
   const std::string effect =
-      ": the addon " + Quoted(addon.ID) + " is incompatible" + NotAdded(entry.plugins.size());
+      ": the addon " + Quoted(addon.ID) + " is incompatible" +
+      (entry.plugins.empty() ? ", and nothing of it is added" : NotAdded(entry.plugins.size()));
   if (misspelt != nullptr) {
     finding.place = PlaceOf(*entry.file, *misspelt->node);
     finding.message = "no entry of <SupportProducts> is for " + Quoted(LogoOfCode(code)) +

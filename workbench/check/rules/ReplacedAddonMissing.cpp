@@ -30,7 +30,7 @@ void Check(const CheckedProduct& product, RuleFindings& findings) {
     RuleFinding finding;
     finding.place = PlaceAt(*entry.file, "ReplaceAddon/ID");
     finding.message = "the addon " + Quoted(entry.id) + " replaces " + Quoted(replaced) +
-                      ", which is neither in the catalogue nor installed: there is nothing to "
+                      ", which is neither in ProductAddons.xml nor installed: there is nothing to "
                       "replace" +
                       suggestions.DidYouMean(replaced);
     finding.plugin = entry.id;

@@ -48,6 +48,10 @@ bool MissesDescription(const CheckedProduct& product, const CheckedFile& file,
   });
 }
 
+bool IsRefused(const CheckedProduct& product, const CheckedFile& file, const std::string& entry) {
+  return file.kind == FileKind::kProduct && MissesDescription(product, file, entry);
+}
+
 /// What the frame makes of the entries that it counts and does not find.
 std::string Instead(const CheckedProduct& product, const CheckedFile& file, const SplitList& list) {
   const std::string entry = list.entry;
@@ -73,10 +77,13 @@ std::string Message(const CheckedProduct& product, const CheckedFile& file, cons
   }
   const std::size_t hidden = list.hidden.size();
   const std::string which = names.size() == hidden
-                                ? QuotedList(names) + (hidden == 1 ? " is" : " are") + " not read: "
+                                ? QuotedList(names) + (hidden == 1 ? " is" : " are") + " not read"
                                 : std::string();
+  const std::string lost = EntriesLost(file.kind, list.entry, hidden);
+  // That nothing starts says it all.
+  const bool isAllSaid = !which.empty() && IsRefused(product, file, list.entry);
   return "a second " + Tag(list.section) + ": " + which +
-         EntriesLost(file.kind, list.entry, hidden) + Instead(product, file, list) +
+         (isAllSaid ? "" : (which.empty() ? "" : ": ") + lost) + Instead(product, file, list) +
          "; move all entries into one " + Tag(list.section);
 }
 
@@ -88,8 +95,7 @@ void CheckSection(const CheckedProduct& product, const CheckedFile& file, const 
     RuleFinding finding = MakeFinding(file, list.filled[1]->place, Message(product, file, list),
                                       std::string(section.name) + "/" + entry.name);
     finding.related.push_back({PlaceOf(file, *list.filled.front()), "the first is here"});
-    finding.refused =
-        file.kind == FileKind::kProduct && MissesDescription(product, file, entry.name);
+    finding.refused = IsRefused(product, file, entry.name);
     findings.push_back(std::move(finding));
   }
 }

@@ -76,12 +76,11 @@ void Check(const CheckedProduct& product, RuleFindings& findings) {
     const auto order = CompareVersions(on.version, available->version);
     if (!order || *order <= 0) continue;
     const std::string dropped = versions.Dropped(on);
-    std::string message = Quoted(dependency.plugin->id) + " requires version " + on.version +
-                          " of " + Quoted(on.id) + ", available is " + available->version +
-                          ": the frame does not compare versions";
-    if (dependency.role == PluginRole::kLibrary) {
-      message += " and starts " + Quoted(dependency.plugin->id) + " nevertheless";
-    }
+    std::string message =
+        Quoted(dependency.plugin->id) + " requires version " + on.version + " of " + Quoted(on.id) +
+        ", available is " + available->version + ": " +
+        (dependency.role == PluginRole::kLibrary ? "it starts all the same, and may fail later"
+                                                 : "it is used all the same, and may fail");
     if (!dropped.empty()) {
       message += "; " + dropped + " is there too, but is dropped: as a text it is less than " +
                  available->version;
