@@ -4,6 +4,7 @@
 #include <map>
 #include <utility>
 
+#include "workbench/check/FileFinding.h"
 #include "workbench/check/ModelWalk.h"
 #include "workbench/check/Nearest.h"
 #include "workbench/check/Words.h"
@@ -224,4 +225,17 @@ std::vector<StrayAttributes> FindStrayAttributes(const CheckedFile& file, NameFa
     }
   });
   return strays;
+}
+
+void AddStrayAttributes(const CheckedFile& file, NameFault fault,
+                        std::string (*what)(const StrayAttributes& stray), RuleFindings& findings) {
+  for (const StrayAttributes& stray : FindStrayAttributes(file, fault)) {
+    const XmlAttribute& first = *stray.attributes.front();
+    const std::string& element = stray.elements.front()->name;
+    findings.push_back(MakeFinding(file, first.place,
+                                   "the attribute " + first.name + " of " + Tag(element) +
+                                       Times(stray.elements.size()) + ": " + what(stray),
+                                   element + "/" + first.name));
+    AddOthers(file, stray.attributes, findings.back());
+  }
 }

@@ -5,6 +5,7 @@
 
 #include "workbench/check/CheckedProduct.h"
 #include "workbench/check/ModelGrammar.h"
+#include "workbench/check/RuleFinding.h"
 
 // The names in a model file that the frame does not read.
 
@@ -40,3 +41,7 @@ struct StrayAttributes {
 
 /// The attributes of the file that have this fault, by their first places.
 std::vector<StrayAttributes> FindStrayAttributes(const CheckedFile& file, NameFault fault);
+
+/// Adds a finding for each of them: "the attribute Id of <Plugin>, 3 times: WHAT".
+void AddStrayAttributes(const CheckedFile& file, NameFault fault,
+                        std::string (*what)(const StrayAttributes& stray), RuleFindings& findings);

@@ -1,7 +1,7 @@
 #include "workbench/check/ElementLoss.h"
 #include "workbench/check/FileFinding.h"
-#include "workbench/check/StrayNames.h"
 #include "workbench/check/Rule.h"
+#include "workbench/check/StrayNames.h"
 #include "workbench/check/Words.h"
 
 namespace {
@@ -18,22 +18,14 @@ void CheckElements(const CheckedFile& file, RuleFindings& findings) {
   }
 }
 
-void CheckAttributes(const CheckedFile& file, RuleFindings& findings) {
-  for (const StrayAttributes& stray : FindStrayAttributes(file, NameFault::kMisplaced)) {
-    const XmlAttribute& first = *stray.attributes.front();
-    const std::string& element = stray.elements.front()->name;
-    findings.push_back(MakeFinding(file, first.place,
-                                   "the attribute " + first.name + " of " + Tag(element) +
-                                       Times(stray.elements.size()) + ": " + stray.advice,
-                                   element + "/" + first.name));
-    AddOthers(file, stray.attributes, findings.back());
-  }
+std::string What(const StrayAttributes& stray) {
+  return stray.advice;
 }
 
 void Check(const CheckedProduct& product, RuleFindings& findings) {
   for (const CheckedFile& file : product.files) {
     CheckElements(file, findings);
-    CheckAttributes(file, findings);
+    AddStrayAttributes(file, NameFault::kMisplaced, &What, findings);
   }
 }
 

@@ -1,31 +1,22 @@
-#include "workbench/check/FileFinding.h"
-#include "workbench/check/StrayNames.h"
 #include "workbench/check/Rule.h"
-#include "workbench/check/Words.h"
+#include "workbench/check/StrayNames.h"
 
 namespace {
 
-std::string Loss(const StrayAttributes& stray) {
-  if (stray.meant == nullptr) return " It is not read";
+std::string What(const StrayAttributes& stray) {
+  if (stray.meant == nullptr) return stray.advice + " It is not read";
   const std::string name = stray.meant->name;
   if (stray.elements.front()->Attribute(name) != nullptr) {
-    return " It is not read; the " + name + " beside it counts";
+    return stray.advice + " It is not read; the " + name + " beside it counts";
   }
   const std::string absent = stray.meant->value == ValueKind::kTrue ? "false" : stray.meant->absent;
-  return " It is not read: " + name + " reads as " + (absent.empty() ? "empty" : absent);
+  return stray.advice + " It is not read: " + name + " reads as " +
+         (absent.empty() ? "empty" : absent);
 }
 
 void Check(const CheckedProduct& product, RuleFindings& findings) {
   for (const CheckedFile& file : product.files) {
-    for (const StrayAttributes& stray : FindStrayAttributes(file, NameFault::kMisspelt)) {
-      const XmlAttribute& first = *stray.attributes.front();
-      findings.push_back(
-          MakeFinding(file, first.place,
-                      "the attribute " + first.name + " of " + Tag(stray.elements.front()->name) +
-                          Times(stray.elements.size()) + ": " + stray.advice + Loss(stray),
-                      stray.elements.front()->name + "/" + first.name));
-      AddOthers(file, stray.attributes, findings.back());
-    }
+    AddStrayAttributes(file, NameFault::kMisspelt, &What, findings);
   }
 }
 

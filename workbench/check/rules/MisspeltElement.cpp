@@ -1,7 +1,7 @@
 #include "workbench/check/ElementLoss.h"
 #include "workbench/check/FileFinding.h"
-#include "workbench/check/StrayNames.h"
 #include "workbench/check/Rule.h"
+#include "workbench/check/StrayNames.h"
 #include "workbench/check/Words.h"
 
 namespace {

@@ -1,6 +1,6 @@
 #include "workbench/check/FileFinding.h"
-#include "workbench/check/StrayNames.h"
 #include "workbench/check/Rule.h"
+#include "workbench/check/StrayNames.h"
 #include "workbench/check/Words.h"
 
 namespace {
@@ -19,23 +19,14 @@ void CheckElements(const CheckedFile& file, RuleFindings& findings) {
   }
 }
 
-void CheckAttributes(const CheckedFile& file, RuleFindings& findings) {
-  for (const StrayAttributes& stray : FindStrayAttributes(file, NameFault::kUnknown)) {
-    const XmlAttribute& first = *stray.attributes.front();
-    const std::string& element = stray.elements.front()->name;
-    findings.push_back(MakeFinding(
-        file, first.place,
-        "the attribute " + first.name + " of " + Tag(element) + Times(stray.elements.size()) +
-            ": " + (stray.advice.empty() ? "unknown; the frame does not read it" : stray.advice),
-        element + "/" + first.name));
-    AddOthers(file, stray.attributes, findings.back());
-  }
+std::string What(const StrayAttributes& stray) {
+  return stray.advice.empty() ? "unknown; the frame does not read it" : stray.advice;
 }
 
 void Check(const CheckedProduct& product, RuleFindings& findings) {
   for (const CheckedFile& file : product.files) {
     CheckElements(file, findings);
-    CheckAttributes(file, findings);
+    AddStrayAttributes(file, NameFault::kUnknown, &What, findings);
   }
 }
 
