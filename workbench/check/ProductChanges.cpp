@@ -58,16 +58,27 @@ Parts ToolsOf(const CheckedProduct& product) {
   return parts;
 }
 
-/// `before`, `after`: null where there is none.
-PartChange Change(const std::string& id, const Part* before, const Part* after) {
+PartChange Gone(const std::string& id, const Part& before) {
   PartChange change;
   change.id = id;
-  change.kind = (after != nullptr ? after : before)->kind;
-  if (before != nullptr) change.before = before->Shown();
-  if (after != nullptr) change.after = after->Shown();
-  if (before == nullptr || after == nullptr) return change;
-  change.isLower = CompareVersions(after->version, before->version).value_or(0) < 0;
-  if (before->kind != after->kind) change.otherKind = before->kind;
+  change.kind = before.kind;
+  change.before = before.Shown();
+  return change;
+}
+
+PartChange New(const std::string& id, const Part& after) {
+  PartChange change;
+  change.id = id;
+  change.kind = after.kind;
+  change.after = after.Shown();
+  return change;
+}
+
+PartChange Change(const std::string& id, const Part& before, const Part& after) {
+  PartChange change = New(id, after);
+  change.before = before.Shown();
+  change.isLower = CompareVersions(after.version, before.version).value_or(0) < 0;
+  if (before.kind != after.kind) change.otherKind = before.kind;
   return change;
 }
 
@@ -84,19 +95,20 @@ std::vector<PartChange> CompareParts(const Parts& before, const Parts& after,
   for (const auto& [id, part] : before) {
     const auto now = after.find(id);
     if (now == after.end()) {
-      changes[id] = Change(id, &part, nullptr);
+      changes[id] = Gone(id, part);
       continue;
     }
-    PartChange change = Change(id, &part, &now->second);
+    PartChange change = Change(id, part, now->second);
     const bool isSame = change.before == change.after && change.otherKind.empty();
     const std::string file = FileOf(id, part);
     change.otherFile = isSame && !file.empty() && differs(file);
     if (!isSame || change.otherFile) changes[id] = std::move(change);
   }
   for (const auto& [id, part] : after) {
-    if (before.count(id) == 0) changes[id] = Change(id, nullptr, &part);
+    if (before.count(id) == 0) changes[id] = New(id, part);
   }
   std::vector<PartChange> list;
+  list.reserve(changes.size());
   for (auto& [id, change] : changes) list.push_back(std::move(change));
   return list;
 }

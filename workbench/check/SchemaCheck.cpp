@@ -148,7 +148,7 @@ class TreeDocument {
 
   static void Add(xmlNode& parent, Node child) {
     NotNull(xmlAddChild(&parent, child.get()));
-    child.release();
+    static_cast<void>(child.release());  // the parent owns it
   }
 
   xmlNs* Space(xmlNode& node, const std::string& name) {

@@ -14,22 +14,22 @@ namespace {
 /// Values that are more than a number, a flag or a text.
 struct AllowedValue {
   FileKind kind;
-  const char* name;  // of the element or attribute
   bool isAttribute;
+  const char* name;  // of the element or attribute
   const char* allowed;
 };
 
 constexpr char kLogos[] = R"("Velmora Lite" or "Velmora Professional")";
 
 constexpr AllowedValue kAllowedValues[] = {
-    {FileKind::kProduct, "Product", false, R"("NVT" or "NVX")"},
-    {FileKind::kProduct, "Version", false, "at least three parts with dots between them"},
-    {FileKind::kPlugin, "Type", false, "1 or 2"},
-    {FileKind::kPlugin, "Category", true,
+    {FileKind::kProduct, false, "Product", R"("NVT" or "NVX")"},
+    {FileKind::kProduct, false, "Version", "at least three parts with dots between them"},
+    {FileKind::kPlugin, false, "Type", "1 or 2"},
+    {FileKind::kPlugin, true, "Category",
      R"("platform", or another word than that with capitals, without blanks)"},
-    {FileKind::kAddon, "Category", true, R"("server", or another word than that with capitals)"},
-    {FileKind::kAddon, "ProductLogo", false, kLogos},
-    {FileKind::kTool, "ProductLogo", false, kLogos}};
+    {FileKind::kAddon, true, "Category", R"("server", or another word than that with capitals)"},
+    {FileKind::kAddon, false, "ProductLogo", kLogos},
+    {FileKind::kTool, false, "ProductLogo", kLogos}};
 
 std::string AllowedText(const std::string& value) {
   if (value.empty()) return "a text that is not empty";

@@ -11,9 +11,9 @@ namespace {
 /// tools have rules of their own.
 struct Required {
   FileKind kind;
+  bool isAttribute;
   const char* element;  // that contains or has it
   const char* name;
-  bool isAttribute;
   const char* consequence;
 };
 
@@ -21,23 +21,23 @@ constexpr bool kElement = false;
 constexpr bool kAttribute = true;
 
 constexpr Required kRequired[] = {
-    {FileKind::kProduct, "Platform", "ID", kAttribute,
+    {FileKind::kProduct, kAttribute, "Platform", "ID",
      "the name of the platform is handed on empty"},
-    {FileKind::kProduct, "Language", "ID", kAttribute, "a language without a name is handed on"},
-    {FileKind::kPortal, "MenuItem", "ID", kAttribute, "a menu item without a name is handed on"},
-    {FileKind::kPortal, "MenuItem", "Type", kAttribute, "a menu item without a kind is handed on"},
-    {FileKind::kPlugin, "MenuItem", "ID", kElement, "a menu item without a name is handed on"},
-    {FileKind::kInstalled, "Addon", "Version", kAttribute,
+    {FileKind::kProduct, kAttribute, "Language", "ID", "a language without a name is handed on"},
+    {FileKind::kPortal, kAttribute, "MenuItem", "ID", "a menu item without a name is handed on"},
+    {FileKind::kPortal, kAttribute, "MenuItem", "Type", "a menu item without a kind is handed on"},
+    {FileKind::kPlugin, kElement, "MenuItem", "ID", "a menu item without a name is handed on"},
+    {FileKind::kInstalled, kAttribute, "Addon", "Version",
      "the addon is handed on without the version that is installed"},
-    {FileKind::kInstalled, "Tool", "Version", kAttribute,
+    {FileKind::kInstalled, kAttribute, "Tool", "Version",
      "the tool is handed on without the version that is installed"},
-    {FileKind::kAddonList, "Application", "ID", kElement,
+    {FileKind::kAddonList, kElement, "Application", "ID",
      "an application without a name is handed on"},
-    {FileKind::kAddon, "Application", "ID", kElement, "an application without a name is handed on"},
-    {FileKind::kAddon, "Product", "ProductLogo", kElement,
+    {FileKind::kAddon, kElement, "Application", "ID", "an application without a name is handed on"},
+    {FileKind::kAddon, kElement, "Product", "ProductLogo",
      "the entry is skipped, and the versions in it count for no product"},
-    {FileKind::kAddon, "ReplaceAddon", "ID", kElement, "no addon is replaced"},
-    {FileKind::kAddon, "Service", "ID", kAttribute, "a service without a name is handed on"}};
+    {FileKind::kAddon, kElement, "ReplaceAddon", "ID", "no addon is replaced"},
+    {FileKind::kAddon, kAttribute, "Service", "ID", "a service without a name is handed on"}};
 
 bool IsBlankOrAbsent(const KnownElement& element, const Required& required) {
   return required.isAttribute ? element.node.Value(required.name).empty()

@@ -58,7 +58,7 @@ std::string Instead(const CheckedProduct& product, const CheckedFile& file, cons
   const bool isMenu =
       file.kind == FileKind::kPortal && std::string(list.section) != "SceneMenuList";
   if (isMenu && entry == "MenuItem") return std::string();  // dropped, since nothing is in them
-  const std::string reads =
+  std::string reads =
       "; instead the frame reads " + Counted(list.hidden.size(), "empty " + Tag(entry));
   if (MissesDescription(product, file, entry)) {
     return reads + ", asks for " + NameWithoutID(product) + ", which does not exist, and " +
