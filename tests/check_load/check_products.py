@@ -156,6 +156,8 @@ def compare_with_run(findings, refused, run):
     states = {plugin["id"]: plugin["state"] for plugin in run.get("plugins", [])
               if plugin["kind"] in ("server", "platform")}
     says_failed = set().union(*(says.get(rule, set()) for rule in FATAL_LIBRARY_RULES))
+    if "TEV213" in says:  # a sub platform without an ID, for which the frame loads .dll
+        says_failed.add("")
     if run.get("status") == "crashed":  # by a library that is cut short
         loading = {plugin for plugin, state in states.items() if state == "loading"}
         return [] if loading & says_failed else [f"crashed in {loading}, check says {says_failed}"]
