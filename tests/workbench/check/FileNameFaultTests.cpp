@@ -8,7 +8,7 @@ namespace {
 
 TEST(FileNameFault, PlainNamesHaveNone) {
   for (const char* id : {"", "a", "alarm.server", "map-2_x", "auxiliary.server", "com.server",
-                         "com0.server", "com10.server", "server.aux", ".hidden"}) {
+                         "coma.server", "com0.server", "com10.server", "server.aux", ".hidden"}) {
     EXPECT_EQ("", FileNameFault(id)) << id;
   }
 }
