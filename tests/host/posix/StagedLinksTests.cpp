@@ -30,18 +30,18 @@ TEST_F(AStagedLink, ToAFolderIsALink) {
 }
 
 TEST_F(AStagedLink, ToAFolderThatTheAddonAddsToIsAFolder) {
-  Write("shared/a/a.xml", "a");
-  Link("../../shared", "site/bin/META_INFO");
-  Link("../../shared", "site/bin/TevAddons");
+  Write("elsewhere/a/a.xml", "a");
+  Link("../../elsewhere", "site/bin/META_INFO");
+  Link("../../elsewhere", "site/bin/TevAddons");
   Write("parking/META_INFO/b/b.xml", "b");
   Write("parking/META_INFO/a/a.xml", "new");
   const StagedProduct staged = Staged();
   EXPECT_EQ("new", ReadFrom(staged, "bin/META_INFO/a/a.xml"));
   EXPECT_EQ("b", ReadFrom(staged, "bin/META_INFO/b/b.xml"));
   EXPECT_EQ(kListOfParking, ReadFrom(staged, "bin/TevAddons/InstalledProducts.xml"));
-  EXPECT_EQ("a", folder.Read("shared/a/a.xml"));
-  EXPECT_FALSE(fs::exists(folder.Path() / "shared/b"));
-  EXPECT_FALSE(fs::exists(folder.Path() / "shared/InstalledProducts.xml"));
+  EXPECT_EQ("a", folder.Read("elsewhere/a/a.xml"));
+  EXPECT_FALSE(fs::exists(folder.Path() / "elsewhere/b"));
+  EXPECT_FALSE(fs::exists(folder.Path() / "elsewhere/InstalledProducts.xml"));
 }
 
 TEST_F(AStagedLink, ToAListThatDoesNotExistIsNotFollowed) {
@@ -52,8 +52,8 @@ TEST_F(AStagedLink, ToAListThatDoesNotExistIsNotFollowed) {
 }
 
 TEST_F(AStagedLink, OfTheAddonIsNamedWithAllThatIsInIt) {
-  Write("shared/a.xml", "a");
-  Link("../../shared", "parking/META_INFO/a");
+  Write("elsewhere/a.xml", "a");
+  Link("../../elsewhere", "parking/META_INFO/a");
   const StagedProduct staged = Staged();
   EXPECT_EQ("a", ReadFrom(staged, "bin/META_INFO/a/a.xml"));
   EXPECT_EQ(folder.Path() / "parking/META_INFO/a", staged.AddonFiles().at("bin/META_INFO/a"));
