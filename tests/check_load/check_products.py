@@ -101,7 +101,7 @@ def files_named(finding):
 
 
 def check_edited(hub, number):
-    """(kind of edit, changed, found, line)"""
+    """(kind of edit, changed, found, line, why it is as good as before)"""
     folder, product, generator = hub.fresh(number)
     before = hub.model(folder)
     edit = generator.choice(EDITS)
@@ -176,24 +176,24 @@ def compare_with_run(findings, refused, run):
     return differences
 
 
-def runs_agree(hub, options, numbers):
-    faults = [line for lines in options.pool.map(lambda n: check_run(hub, n), numbers)
-              for line in lines]
+def without_faults(hub, options, numbers, look, sentence):
+    """Whether `look` has nothing to say of any product; prints what it says."""
+    faults = [line for lines in options.pool.map(lambda n: look(hub, n), numbers) for line in lines]
     if faults:
         print("\n".join(faults[:200]))
     bad = sum(line.startswith("product") for line in faults)
-    print(f"{len(numbers)} products with edits, {bad} that run otherwise than check says")
+    print(sentence.format(len(numbers), bad))
     return bad == 0
+
+
+def runs_agree(hub, options, numbers):
+    return without_faults(hub, options, numbers, check_run,
+                          "{} products with edits, {} that run otherwise than check says")
 
 
 def all_good(hub, options, numbers):
-    faults = [line for lines in options.pool.map(lambda n: check_good(hub, n), numbers)
-              for line in lines]
-    if faults:
-        print("\n".join(faults[:200]))
-    bad = sum(line.startswith("product") for line in faults)
-    print(f"{len(numbers)} good products, {bad} with a finding")
-    return bad == 0
+    return without_faults(hub, options, numbers, check_good,
+                          "{} good products, {} with a finding")
 
 
 def why_good(kind, file, text):
