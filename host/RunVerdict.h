@@ -7,6 +7,7 @@
 #include <vector>
 
 #include "host/Commands.h"
+#include "workbench/record/RunOutcome.h"
 #include "workbench/record/RunState.h"
 
 /// What is known about a run in addition to its events.
@@ -33,19 +34,3 @@ Verdict Judge(const RunFacts& facts, const RunState& state);
 
 /// The frame's call that comes next, when none is pending once Frame_Start has returned.
 std::string NextCall(const RunState& state);
-
-/// How many plugins there are, started, failed, were stopped, and so on.
-RunTotals CountTotals(const RunState& state);
-
-/// The state of a plugin, or how its start failed, as one word for JSON ("init-failed").
-std::string OutcomeWord(const PluginRun& plugin);
-
-/// Why the plugin's start failed and why it refused to stop, in one line; empty when neither.
-std::string ReasonText(const PluginRun& plugin);
-
-/// Whether the plugin is to be highlighted: its start failed or has not ended, it refused to stop,
-/// or its stop has not ended.
-bool NeedsAttention(const PluginRun& plugin);
-
-/// Whether the frame starts this plugin; it does not start drivers and executables.
-bool IsStarted(const PluginHead& plugin);

@@ -1,0 +1,26 @@
+#pragma once
+
+#include <cstdint>
+#include <filesystem>
+#include <string>
+
+#include "workbench/record/FlightRecord.h"
+
+/// One run, as read from a flight record or from a log.
+///
+/// A log does not say everything that a record does: what is not known is said here, and is not
+/// derived from anything else.
+struct RecordedRun {
+  enum class Source { kRecord, kLog };
+
+  Source source = Source::kRecord;
+  std::string name;             // for messages: the file; of several runs in a log also which one
+  FlightRecord record;          // of a log: the events that its lines stand for
+  std::int64_t resolution = 1;  // nanoseconds; closer times cannot be told apart
+  bool knowsTasks = true;       // when tasks were posted and begun
+  bool knowsThreads = true;
+  bool knowsEdges = true;  // PluginHead::dependsOn
+};
+
+/// The run of a flight record. Throws as ReadFlightRecord does.
+RecordedRun ReadRecordedRun(const std::filesystem::path& file);
