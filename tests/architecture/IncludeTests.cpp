@@ -45,6 +45,8 @@ const std::map<std::string, Allowed>& AllowedIncludes() {
         {"boost/uuid/", "fmt/", "libxml/", "nlohmann/"}}},
       {"workbench/record",
        {{"workbench/record", "workbench/output", "sdk", "src/model"}, {"nlohmann/"}}},
+      {"workbench/timeline",
+       {{"workbench/timeline", "workbench/record", "workbench/output"}, {}}},
       {"host",
        {{"host", "workbench", "sdk", "reference", "src/model"},
         {"CLI/", "fmt/", "libxml/xmlerror.h", "nlohmann/"}}},
