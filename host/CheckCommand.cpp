@@ -104,13 +104,6 @@ std::string ReadFileText(const std::string& file) {
   return {std::istreambuf_iterator<char>(stream), std::istreambuf_iterator<char>()};
 }
 
-void WriteFileText(const char* option, const std::string& file, const std::string& text) {
-  std::ofstream stream(PathFromLocal(file), std::ios::binary);
-  stream << text;
-  stream.close();
-  if (!stream) throw UsageError(std::string(option) + ": " + file + " cannot be written");
-}
-
 std::vector<const Rule*> ChosenRules(const CheckOptions& options) {
   RuleChoice choice = ChooseRules(AllRules(), options.select, options.ignore);
   if (!choice.problem.empty()) throw UsageError(choice.problem);

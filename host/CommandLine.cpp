@@ -32,6 +32,7 @@ constexpr char kFooter[] =
     "  HUB run --bin /srv/site/bin --seconds 5 --json > run.json\n"
     "  HUB run --start-timeout 60 --log hub.log  HUB's own folder, for a supervisor\n"
     "  HUB check --bin /srv/site/bin             what is wrong with the product\n"
+    "  HUB report                                where the last run's time went\n"
     "  HUB model --bin /srv/site/bin             what the frame makes of the files\n"
     "\n"
     "Exit status of run: 0 all plugins started and stopped; 1 the frame failed;\n"
@@ -40,7 +41,7 @@ constexpr char kFooter[] =
     "Exit status of check: 0 no findings that count; 1 findings; 2 it cannot check.";
 
 std::vector<Command> Commands() {
-  return {RunCommand(), CheckCommand(), ModelCommand()};
+  return {RunCommand(), CheckCommand(), ReportCommand(), ModelCommand()};
 }
 
 std::string Quoted(const std::string& word) {
@@ -144,7 +145,8 @@ std::string WhatIsWrong(const Options& options) {
   for (const auto& [option, file] :
        {std::pair("--log: ", options.log), std::pair("--record: ", options.record),
         std::pair("--output: ", options.check.output),
-        std::pair("--write-baseline: ", options.check.writeBaseline)}) {
+        std::pair("--write-baseline: ", options.check.writeBaseline),
+        std::pair("--output: ", options.report.output)}) {
     if (IsProductFile(file, bin)) {
       return option + file + " is one of the product's own files, or could pass for one";
     }

@@ -42,6 +42,13 @@ struct CheckOptions {
   std::string explain;  // ID of a rule
 };
 
+/// What the command line asks of `report` alone.
+struct ReportOptions {
+  std::vector<std::string> runs;  // files; none: the last run
+  std::string format = "text";
+  std::string output;  // file; empty: standard output
+};
+
 /// What the command line asks for.
 struct Options {
   std::string bin;  // used as the executable's folder; empty: the folder of HUB itself
@@ -66,6 +73,7 @@ struct Options {
   double stopTimeout = 90;             // seconds during which no plugin finishes its stop
 
   CheckOptions check;
+  ReportOptions report;
 };
 
 /// What every command needs; created at the start of main, destroyed at its end.
@@ -95,6 +103,9 @@ Command ModelCommand();
 
 /// `check`: finds what is wrong with a product, without loading its plugins.
 Command CheckCommand();
+
+/// `report`: shows where the time of a recorded run went.
+Command ReportCommand();
 
 /// `run`: starts the product, shows its plugins, and stops it on request or after a time.
 Command RunCommand();

@@ -5,7 +5,11 @@
 #include <cstring>
 #include <fstream>
 #include <memory>
+#include <string>
 #include <system_error>
+
+#include "host/Commands.h"
+#include "reference/os/LocalText.h"
 
 namespace fs = std::filesystem;
 
@@ -37,4 +41,11 @@ bool HaveDifferentContent(const fs::path& a, const fs::path& b) {
     if (std::memcmp(pieceA->data(), pieceB->data(), count) != 0) return true;
   }
   return false;
+}
+
+void WriteFileText(const char* option, const std::string& file, const std::string& text) {
+  std::ofstream stream(PathFromLocal(file), std::ios::binary);
+  stream << text;
+  stream.close();
+  if (!stream) throw UsageError(std::string(option) + ": " + file + " cannot be written");
 }

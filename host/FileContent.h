@@ -1,7 +1,12 @@
 #pragma once
 
 #include <filesystem>
+#include <string>
 
 /// Whether both are regular files that can be read and their content differs. Reads each at most
 /// once, in pieces.
 bool HaveDifferentContent(const std::filesystem::path& a, const std::filesystem::path& b);
+
+/// Writes `text` to `file`, a path from the command line. Throws UsageError when that fails, with a
+/// sentence that begins with `option`.
+void WriteFileText(const char* option, const std::string& file, const std::string& text);

@@ -1,6 +1,6 @@
 #!/usr/bin/python3
-"""options_tests.py HUB DOCS: whether the tables of options in hub.md and check.md of the folder DOCS
-have the options of the commands' help with their values, no more and no fewer."""
+"""options_tests.py HUB DOCS: whether the tables of options in hub.md, check.md and report.md of the
+folder DOCS have the options of the commands' help with their values, no more and no fewer."""
 
 import re
 import subprocess
@@ -33,6 +33,9 @@ class Options(unittest.TestCase):
 
     def test_of_check_are_in_its_table(self):
         self.assertEqual(sorted(of_help("check")), sorted([*of_tables("check.md")[0], "--help"]))
+
+    def test_of_report_are_in_its_table(self):
+        self.assertEqual(sorted(of_help("report")), sorted([*of_tables("report.md")[0], "--help"]))
 
 
 if __name__ == "__main__":

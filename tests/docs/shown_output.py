@@ -46,6 +46,9 @@ RULES = [
     (r"^\d+ ms\b", "MS"),
     (r"^up \d+$", "up MS"),
     (r"\b\d+\.\d s\b", "S"),
+    (r"\(\d+\.\d%\)", "(P%)"),
+    (r"(?<=\S )\d+\.\d(?![.\w])", "N"),
+    (r" +\d+\.\d(?![.\w])%?", lambda found: "N".rjust(len(found[0]))),
     (r"\d+ of (\d+) started(?:, \d+ failed)?; waiting", r"N of \1 started; waiting"),
 ]
 
@@ -202,12 +205,15 @@ def check(document, options):
 def run_as_hub(arguments):
     """HUB as a document's command sees it: the copy of the product in place of the one it names,
     and somebody who stops it."""
-    at = arguments.index("--bin") if "--bin" in arguments else len(arguments)
-    arguments[at:at + 2] = ["--bin", os.environ["SITE"] + "/bin"]
+    if "--bin" in arguments or arguments[0] != "report":
+        at = arguments.index("--bin") if "--bin" in arguments else len(arguments)
+        arguments[at:at + 2] = ["--bin", os.environ["SITE"] + "/bin"]
     with tempfile.TemporaryDirectory() as folder:
         record = Path(folder) / "run.jsonl"
         stops = arguments[0] == "run" and "--seconds" not in arguments
-        if stops:
+        if stops and "--record" in arguments:
+            record = Path(arguments[arguments.index("--record") + 1])
+        elif stops:
             arguments += ["--record", str(record)]
         with subprocess.Popen([os.environ["REAL_HUB"], *arguments]) as hub:
             while stops and hub.poll() is None:

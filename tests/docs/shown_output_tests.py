@@ -47,13 +47,16 @@ class Comparison(unittest.TestCase):
                  "2027-01-02 03:04:05.678-11:30 [3] [1] [host] pid 1 …"),
                 ("  15 of 20 started, 2 failed; waiting for a (1.0 s)",
                  "  1 of 20 started; waiting for a (12.3 s)"),
-                ("1515 ms a.server", "3 ms a.server"), ("up 1", "up 2670")):
+                ("1515 ms a.server", "3 ms a.server"), ("up 1", "up 2670"),
+                ("wall 2605.4 ms = look 9.1 (42.0%)", "wall 5.4 ms = look 1093.1 (3.0%)"),
+                ("   12.5    1.0%  a.server", " 1234.5   99.0%  a.server")):
             self.assertTrue(self.same(one, other), one)
 
     def test_passes_over_nothing_else(self):
         for one, other in (
                 ("a   started       0 ms", "a  started       0 ms"),
                 ("a   started       0 ms", "a   started        0 ms"),
+                ("   12.5  a.server", "   1234.5  a.server"), ("version 1.0.0", "version 1.1.0"),
                 ("18 of 20 plugins started", "14 of 20 plugins started"),
                 ("1 of 20 started; waiting", "1 of 21 started; waiting"), ("x ", "x"),
                 ("T [3] [1] [host] ", "T [4] [1] [host] "), ('"ms": 1', '"ms": 2')):

@@ -82,6 +82,9 @@ class RecordFolder {
   /// throws std::runtime_error with a sentence when that fails.
   std::filesystem::path NewRecord(const std::string& time, std::int64_t pid) const;
 
+  /// The record of the run that began last; none when there is no record.
+  std::optional<std::filesystem::path> Newest() const;
+
   /// Removes all records but the newest kKept and `spared`, which may be the record of a run that
   /// is still running. A record that cannot be removed stays.
   void Prune(const std::filesystem::path& spared) const;
@@ -89,3 +92,7 @@ class RecordFolder {
  private:
   std::filesystem::path m_path;
 };
+
+/// The record of the run that began last, of whichever product has its records in the user's state
+/// folder; none when there is no record.
+std::optional<std::filesystem::path> NewestRecord(const std::filesystem::path& state);

@@ -62,10 +62,14 @@ std::vector<fs::path> Records(const fs::path& folder) {
   return records;
 }
 
+fs::path FolderOfAll(const fs::path& state) {
+  return state / "TevPluginFrame" / "runs";
+}
+
 }  // namespace
 
 RecordFolder::RecordFolder(const fs::path& state, const fs::path& product)
-    : m_path(state / "TevPluginFrame" / "runs" / FolderName(Normal(product))) {}
+    : m_path(FolderOfAll(state) / FolderName(Normal(product))) {}
 
 fs::path RecordFolder::NewRecord(const std::string& time, std::int64_t pid) const {
   std::error_code error;
@@ -80,10 +84,28 @@ fs::path RecordFolder::NewRecord(const std::string& time, std::int64_t pid) cons
   return m_path / (name + "-" + std::to_string(pid) + ".jsonl");
 }
 
+std::optional<fs::path> RecordFolder::Newest() const {
+  const std::vector<fs::path> records = Records(m_path);
+  if (records.empty()) return std::nullopt;
+  return records.front();
+}
+
 void RecordFolder::Prune(const fs::path& spared) const {
   const std::vector<fs::path> records = Records(m_path);
   for (std::size_t i = kKept; i < records.size(); ++i) {
     std::error_code ignored;
     if (records[i] != spared) fs::remove(records[i], ignored);
   }
+}
+
+std::optional<fs::path> NewestRecord(const fs::path& state) {
+  std::optional<fs::path> newest;
+  std::error_code error;
+  for (fs::directory_iterator folder(FolderOfAll(state), error), end; !error && folder != end;
+       folder.increment(error)) {
+    const std::vector<fs::path> records = Records(folder->path());
+    if (records.empty()) continue;
+    if (!newest || newest->filename() < records.front().filename()) newest = records.front();
+  }
+  return newest;
 }

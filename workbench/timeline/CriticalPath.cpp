@@ -63,15 +63,6 @@ std::int64_t SumOfWork(const PhaseTimeline& phase) {
   return sum;
 }
 
-/// Which plugins wait for each plugin.
-std::vector<std::vector<std::size_t>> Waiters(const PhaseTimeline& phase) {
-  std::vector<std::vector<std::size_t>> waiters(phase.spans.size());
-  for (std::size_t i = 0; i < phase.waitsFor.size(); ++i) {
-    for (const std::size_t other : phase.waitsFor[i]) waiters[other].push_back(i);
-  }
-  return waiters;
-}
-
 /// The plugins, each after all that it waits for; those in a cycle are left out.
 std::vector<std::size_t> InOrder(const PhaseTimeline& phase,
                                  const std::vector<std::vector<std::size_t>>& waiters) {
@@ -93,6 +84,14 @@ std::vector<std::size_t> InOrder(const PhaseTimeline& phase,
 
 double TimeBalance::Parallelism() const {
   return wall > 0 ? static_cast<double>(work) / static_cast<double>(wall) : 0;
+}
+
+std::vector<std::vector<std::size_t>> PhaseTimeline::Waiters() const {
+  std::vector<std::vector<std::size_t>> waiters(spans.size());
+  for (std::size_t i = 0; i < waitsFor.size(); ++i) {
+    for (const std::size_t other : waitsFor[i]) waiters[other].push_back(i);
+  }
+  return waiters;
 }
 
 void FillPath(PhaseTimeline& phase, bool knowsEdges) {
@@ -129,7 +128,7 @@ void FillSlack(PhaseTimeline& phase) {
   for (const PluginSpan& span : phase.spans) {
     if (EndedInTime(phase, span)) last = std::max(last, span.end);
   }
-  const std::vector<std::vector<std::size_t>> waiters = Waiters(phase);
+  const std::vector<std::vector<std::size_t>> waiters = phase.Waiters();
   const std::vector<std::size_t> order = InOrder(phase, waiters);
   for (auto at = order.rbegin(); at != order.rend(); ++at) {
     PluginSpan& span = phase.spans[*at];

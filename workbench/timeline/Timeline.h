@@ -86,6 +86,9 @@ struct PhaseTimeline {
   std::vector<PathStep> path;
   std::int64_t lastLook = 0;  // from the end of the path to the phase's end
   TimeBalance balance;        // without a path only wall and work are filled
+
+  /// The plugins that wait for each plugin: `waitsFor` the other way round.
+  std::vector<std::vector<std::size_t>> Waiters() const;
 };
 
 /// A run laid out in time.

@@ -1,0 +1,128 @@
+// HUB report on the records of real runs.
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <string>
+#include <vector>
+
+#include "reference/os/LocalText.h"
+#include "tests/system/MadeProduct.h"
+
+namespace fs = std::filesystem;
+using testing::HasSubstr;
+using testing::StartsWith;
+
+namespace {
+
+/// The arguments of a report on the record, quoted for the command line.
+std::string ReportOf(const fs::path& record, const std::string& more = "") {
+  return "report \"" + LocalFromPath(record) + "\" " + more;
+}
+
+TEST(Report, AgreesWithWhatTheRunPrinted) {
+  MadeProduct product;
+  HubSettings settings;
+  settings.record = product.Site().Path("run.jsonl");
+  product.Plugin("a.server")
+      .Plugin("b.server", "init_fails", DependsOn("a.server"))
+      .Plugin("c.server", "uninit_refuses", DependsOn("b.server"))
+      .BrokenLibrary("d.server", "no library");
+  const nlohmann::json run = product.RunUntilUp("--json", settings).Json();
+  const nlohmann::json report = RunHub(ReportOf(settings.record, "--format json")).Json();
+  EXPECT_EQ(run["status"], report["end"]["status"]);
+  EXPECT_EQ(run["exitStatus"], report["end"]["exitStatus"]);
+  ASSERT_EQ(run["plugins"].size(), report["plugins"].size());
+  for (std::size_t i = 0; i < run["plugins"].size(); ++i) {
+    const nlohmann::json& printed = run["plugins"][i];
+    const nlohmann::json& reported = report["plugins"][i];
+    EXPECT_EQ(printed["id"], reported["id"]);
+    EXPECT_EQ(printed["state"], reported["state"]) << printed["id"];
+    EXPECT_EQ(printed["reason"], reported["reason"]) << printed["id"];
+    EXPECT_EQ(printed["initMs"], reported["start"]["ms"]) << printed["id"];
+    EXPECT_EQ(printed["uninitMs"], reported["stop"]["ms"]) << printed["id"];
+    EXPECT_EQ(printed["dependsOn"], reported["dependsOn"]) << printed["id"];
+  }
+}
+
+TEST(Report, IsOfTheProductsLastRunWhenNoRecordIsNamed) {
+  TemporaryFolder state;
+  HubSettings settings;
+  settings.state = state.Path();
+  MadeProduct first;
+  MadeProduct second;
+  first.Plugin("a.server").Run("--seconds 0.1", settings);
+  first.Run("--seconds 0.2", settings);
+  second.Plugin("b.server").Run("--seconds 0.1", settings);
+  const std::vector<fs::path> records = RecordsBelow(state.Path());
+  ASSERT_EQ(3U, records.size());
+  const auto source = [&](const std::string& arguments) {
+    return RunHub("report --format json " + arguments, settings).Json()["source"]["name"];
+  };
+  const auto newest = [&](MadeProduct& product) {
+    fs::path last;
+    for (const fs::path& record : records) {
+      const nlohmann::json report = RunHub(ReportOf(record, "--format json")).Json();
+      const std::string path = report["path"];
+      const bool isOfIt = fs::equivalent(PathFromLocal(path), product.Site().Path("bin"));
+      if (isOfIt && last.filename() < record.filename()) last = record;
+    }
+    return last.u8string();
+  };
+  EXPECT_EQ(newest(first), source("--bin " + first.Site().Bin()));
+  EXPECT_EQ(newest(second), source("--bin " + second.Site().Bin()));
+  EXPECT_EQ(newest(second), source(""));
+}
+
+TEST(Report, SaysThatThereIsNoRecord) {
+  TemporaryFolder state;
+  HubSettings settings;
+  settings.state = state.Path();
+  const HubResult any = RunHub("report", settings);
+  EXPECT_EQ(2, any.status);
+  EXPECT_EQ(
+      "HUB: there is no record of a run; HUB run writes one, or name its file: HUB report FILE\n",
+      any.errors);
+  const SiteCopy site;
+  EXPECT_THAT(RunHub("report --bin " + site.Bin(), settings).errors,
+              StartsWith("HUB: there is no record of a run of the product in "));
+}
+
+TEST(Report, OfAFileThatIsNoRecordIsASentence) {
+  const SiteCopy site;
+  const fs::path file = site.Path("Product.xml");
+  const HubResult result = RunHub(ReportOf(file));
+  EXPECT_EQ(2, result.status);
+  EXPECT_EQ("HUB: " + LocalFromPath(file) + " is no flight record: its first line is not a head\n",
+            result.errors);
+}
+
+TEST(Report, IsWrittenToAFile) {
+  MadeProduct product;
+  HubSettings settings;
+  settings.record = product.Site().Path("run.jsonl");
+  product.Plugin("a.server").Run("--seconds 0.1", settings);
+  const fs::path file = product.Site().Path("report.txt");
+  const HubResult result =
+      RunHub(ReportOf(settings.record, "--output \"" + LocalFromPath(file) + "\""));
+  EXPECT_EQ(0, result.status) << result.errors;
+  EXPECT_EQ("", result.output);
+  EXPECT_EQ(RunHub(ReportOf(settings.record)).output, product.Site().Read("report.txt"));
+}
+
+TEST(Report, OfAHungStartNamesThePluginWhileTheRunGoesOn) {
+  MadeProduct product;
+  HubSettings settings;
+  settings.record = product.Site().Path("run.jsonl");
+  product.Plugin("a.server", "init_hangs")
+      .Plugin("b.server", "well_behaved", DependsOn("a.server"));
+  HubProcess hub(product.Arguments(""), settings);
+  ASSERT_TRUE(hub.AwaitEvent("init-begin", "a.server"));
+  const std::string report = RunHub(ReportOf(settings.record)).output;
+  EXPECT_THAT(report, HasSubstr("The record has no end: the run still goes on, or its process was "
+                                "killed\n"));
+  EXPECT_THAT(report, HasSubstr("\nNever returned\n  a.server, in Init for "));
+  EXPECT_THAT(report, HasSubstr(" ms when the record ended; 1 plugin waits for it: b.server\n"));
+}
+
+}  // namespace
