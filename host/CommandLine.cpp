@@ -41,7 +41,7 @@ constexpr char kFooter[] =
     "Exit status of check: 0 no findings that count; 1 findings; 2 it cannot check.";
 
 std::vector<Command> Commands() {
-  return {RunCommand(), CheckCommand(), ReportCommand(), ModelCommand()};
+  return {RunCommand(), CheckCommand(), ReportCommand(), WhyCommand(), ModelCommand()};
 }
 
 std::string Quoted(const std::string& word) {

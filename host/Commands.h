@@ -49,6 +49,13 @@ struct ReportOptions {
   std::string output;  // file; empty: standard output
 };
 
+/// What the command line asks of `why` alone.
+struct WhyOptions {
+  std::string plugin;
+  std::string other;   // empty: none
+  std::string record;  // file; empty: that of the last run
+};
+
 /// What the command line asks for.
 struct Options {
   std::string bin;  // used as the executable's folder; empty: the folder of HUB itself
@@ -74,6 +81,7 @@ struct Options {
 
   CheckOptions check;
   ReportOptions report;
+  WhyOptions why;
 };
 
 /// What every command needs; created at the start of main, destroyed at its end.
@@ -109,3 +117,6 @@ Command ReportCommand();
 
 /// `run`: starts the product, shows its plugins, and stops it on request or after a time.
 Command RunCommand();
+
+/// `why`: shows why a plugin started when it did, or before another.
+Command WhyCommand();

@@ -1,17 +1,15 @@
 #include <CLI/CLI.hpp>
 #include <filesystem>
-#include <optional>
 #include <stdexcept>
 #include <string>
-#include <system_error>
 #include <vector>
 
 #include "host/CommandLine.h"
 #include "host/Commands.h"
 #include "host/FileContent.h"
+#include "host/LastRecord.h"
 #include "host/Screen.h"
 #include "reference/os/LocalText.h"
-#include "reference/os/UserFolders.h"
 #include "workbench/report/ReportJson.h"
 #include "workbench/report/ReportText.h"
 #include "workbench/timeline/Timeline.h"
@@ -27,6 +25,7 @@ void AddOptions(CLI::App& command, Options& options) {
       .add_option("RECORD", report.runs,
                   "The flight record of the run (default: that of\nthe last run; with --bin of "
                   "that product)")
+      ->type_name("")
       ->check(Path())
       ->expected(0, 1)
       ->group(run);
@@ -45,24 +44,6 @@ void AddOptions(CLI::App& command, Options& options) {
       ->check(Path())
       ->group(shown);
   AddColorOption(command, options, shown);
-}
-
-/// The record of the last run: of the product in `bin`, or of any when `bin` is empty.
-fs::path LastRecord(const std::string& bin) {
-  const fs::path state = UserStateFolder();
-  std::optional<fs::path> newest;
-  if (bin.empty()) {
-    newest = NewestRecord(state);
-  } else {
-    std::error_code error;
-    const fs::path full = fs::absolute(PathFromLocal(bin));
-    const fs::path resolved = fs::weakly_canonical(full, error);
-    newest = RecordFolder(state, error ? full : resolved).Newest();
-  }
-  if (newest) return *newest;
-  throw UsageError((bin.empty() ? "there is no record of a run"
-                                : "there is no record of a run of the product in " + bin) +
-                   std::string("; HUB run writes one, or name its file: HUB report FILE"));
 }
 
 Timeline ReadTimeline(const Options& options) {

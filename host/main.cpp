@@ -1,7 +1,6 @@
 // HUB, the host program: loads the frame as a site's host does and shows what happens in a run.
 
 #include <exception>
-#include <filesystem>
 #include <iostream>
 #include <string>
 #include <thread>
@@ -9,26 +8,12 @@
 
 #include "host/CommandLine.h"
 #include "host/CrashReport.h"
+#include "host/ProductFolder.h"
 #include "reference/base/Log.h"
 #include "reference/kpx/PlatformRecord.h"
-#include "reference/os/LibraryFolder.h"
-#include "reference/os/LocalText.h"
-#include "reference/os/ProcessPath.h"
 #include "reference/os/Threads.h"
-#include "reference/xrt/ExecutablePath.h"
-
-namespace fs = std::filesystem;
 
 namespace {
-
-/// Makes the frame take `bin` for the executable's folder, and HUB for the executable's name.
-void UseProductFolder(const std::string& bin) {
-  if (bin.empty()) return;
-  const fs::path extension = fs::path(ProcessPath()).extension();
-  const fs::path folder = fs::absolute(PathFromLocal(bin)).make_preferred();
-  SetExecutablePath(LocalFromPath(folder / fs::path("HUB").replace_extension(extension)));
-  LookForLibrariesIn(LocalFromPath(folder));
-}
 
 void SetUpLog(const Options& options) {
   LogConfig log;

@@ -37,6 +37,9 @@ class Options(unittest.TestCase):
     def test_of_report_are_in_its_table(self):
         self.assertEqual(sorted(of_help("report")), sorted([*of_tables("report.md")[0], "--help"]))
 
+    def test_of_why_are_in_the_second_table(self):
+        self.assertEqual(sorted(of_help("why")), sorted([*of_tables("report.md")[1], "--help"]))
+
 
 if __name__ == "__main__":
     unittest.main()

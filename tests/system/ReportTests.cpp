@@ -1,4 +1,4 @@
-// HUB report on the records of real runs.
+// HUB report and HUB why on the records of real runs.
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -123,6 +123,42 @@ TEST(Report, OfAHungStartNamesThePluginWhileTheRunGoesOn) {
                                 "killed\n"));
   EXPECT_THAT(report, HasSubstr("\nNever returned\n  a.server, in Init for "));
   EXPECT_THAT(report, HasSubstr(" ms when the record ended; 1 plugin waits for it: b.server\n"));
+}
+
+TEST(Why, NamesWhereTheDependencyIsDeclared) {
+  MadeProduct product;
+  HubSettings settings;
+  settings.record = product.Site().Path("run.jsonl");
+  product.Plugin("a.server").Plugin("b.server", "well_behaved", DependsOn("a.server"));
+  product.RunUntilUp("", settings);
+  const std::string record = "--record \"" + LocalFromPath(settings.record) + "\"";
+  EXPECT_THAT(RunHub("why b.server " + record).output,
+              HasSubstr("  b.server waited for a.server, done at "));
+  EXPECT_THAT(RunHub("why b.server a.server " + record).output,
+              StartsWith("b.server starts after a.server, because\n"
+                         "  b.server depends on a.server  (bin/META_INFO/b.server/b.server.xml:"));
+}
+
+TEST(Why, BeforeAnyRunReadsTheProduct) {
+  TemporaryFolder state;
+  HubSettings settings;
+  settings.state = state.Path();
+  MadeProduct product;
+  product.Plugin("a.server").Plugin("b.server", "well_behaved", DependsOn("a.server"));
+  const HubResult result = RunHub("why b.server --bin " + product.Site().Bin(), settings);
+  EXPECT_EQ(0, result.status) << result.errors;
+  EXPECT_THAT(
+      result.output,
+      StartsWith("b.server starts after 1 plugin, because\n  b.server depends on a.server"));
+}
+
+TEST(Why, OfAnUnknownPluginNamesTheNearest) {
+  MadeProduct product;
+  const HubResult result =
+      RunHub("why b.sever --bin " + product.Plugin("a.server").Plugin("b.server").Site().Bin());
+  EXPECT_EQ(2, result.status);
+  EXPECT_EQ("HUB: \"b.sever\" is no plugin of this product; did you mean \"b.server\"?\n",
+            result.errors);
 }
 
 }  // namespace

@@ -11,6 +11,7 @@
 #include <vector>
 
 #include "workbench/check/CutEdges.h"
+#include "workbench/check/DeclaredDependencies.h"
 #include "workbench/check/JudgedDependency.h"
 #include "workbench/check/Rule.h"
 #include "workbench/check/WaitingPlugins.h"
@@ -65,23 +66,11 @@ class Likelihood {
   std::map<std::string, std::int64_t> m_users;
 };
 
-/// Where the plugin declares its dependencies that order the start, by their IDs.
-std::map<std::string, Place> DeclaredBy(const CheckedProduct& product, const std::string& id) {
-  std::map<std::string, Place> places;
-  const Description* description = product.Kept(id);
-  if (description == nullptr) return places;
-  for (const Dependency& on : description->dependencies) {
-    if (on.node == nullptr || !on.OrdersTheStart()) continue;
-    places.emplace(on.id, PlaceOf(*description->file, *on.node, "ID"));
-  }
-  return places;
-}
-
 void AddEdges(const CheckedProduct& product, const Likelihood& likelihood, Group& group) {
   std::map<std::string, std::size_t> positions;
   for (const std::string& member : group.members) positions.emplace(member, positions.size());
   for (const std::string& from : group.members) {
-    const std::map<std::string, Place> places = DeclaredBy(product, from);
+    const std::map<std::string, Place> places = DeclaredDependencies(product, from);
     for (const std::string& to : product.graph.dependsOn.at(from)) {
       const auto position = positions.find(to);
       if (position == positions.end() || from == to) continue;  // TEV306 reports from == to

@@ -1,0 +1,146 @@
+#include <CLI/CLI.hpp>
+#include <filesystem>
+#include <map>
+#include <memory>
+#include <optional>
+#include <stdexcept>
+#include <string>
+#include <utility>
+#include <vector>
+
+#include "host/CommandLine.h"
+#include "host/Commands.h"
+#include "host/FrameLibrary.h"
+#include "host/LastRecord.h"
+#include "host/PluginHeads.h"
+#include "host/ProductCheck.h"
+#include "host/ProductFolder.h"
+#include "host/UnlessStopped.h"
+#include "reference/os/LocalText.h"
+#include "reference/os/ProcessPath.h"
+#include "workbench/check/DeclaredDependencies.h"
+#include "workbench/check/Nearest.h"
+#include "workbench/output/Text.h"
+#include "workbench/report/WhyText.h"
+#include "workbench/timeline/Timeline.h"
+
+namespace fs = std::filesystem;
+
+namespace {
+
+void AddOptions(CLI::App& command, Options& options) {
+  const std::string plugins = "The plugins";
+  command.add_option("PLUGIN", options.why.plugin, "Why this plugin started when it did")
+      ->type_name("")
+      ->required()
+      ->group(plugins);
+  command.add_option("OTHER", options.why.other, "Why it started before or after this one")
+      ->type_name("")
+      ->group(plugins);
+  AddProductOptions(command, options);
+  command
+      .add_option("--record", options.why.record,
+                  "The flight record of the run (default: that of\nthe last run, if there is one)")
+      ->type_name("FILE")
+      ->check(Path())
+      ->group("The run");
+}
+
+std::optional<RecordedRun> ReadRun(const Options& options) {
+  std::optional<fs::path> file;
+  if (options.why.record.empty()) {
+    file = FindLastRecord(options.bin);
+  } else {
+    file = PathFromLocal(options.why.record);
+  }
+  if (!file) return std::nullopt;
+  try {
+    return ReadRecordedRun(*file);
+  } catch (const std::runtime_error& error) {
+    throw UsageError(error.what());
+  }
+}
+
+/// The folder of the product's executables: that of the command line, else that of the record, else
+/// HUB's own.
+std::string BinOf(const Options& options, const std::optional<RecordedRun>& run) {
+  if (!options.bin.empty()) return options.bin;
+  if (run) return LocalFromPath(fs::u8path(run->record.head.path));
+  return LocalFromPath(PathFromLocal(ProcessPath()).parent_path());
+}
+
+/// The product on disk; null when it cannot be read.
+std::unique_ptr<CheckedProduct> ReadProduct(const std::string& bin, const Options& options,
+                                            HostContext& context) {
+  const auto place = FindProduct(PathFromLocal(bin), SystemNames());
+  if (!place) return nullptr;
+  UseProductFolder(bin);
+  std::unique_ptr<CheckedProduct> product;
+  ReadUnlessStopped(context, [&] {
+    const FrameLibrary frame(FrameLibrary::PathBesideProgram());
+    product = ReadProductWithFrame(*place, options.module, frame, nullptr);
+  });
+  return product;
+}
+
+/// Where dependencies are declared, as findings name places. Reads a description's dependencies
+/// when they are first asked for.
+class Declarations {
+ public:
+  explicit Declarations(const CheckedProduct* product) : m_product(product) {}
+
+  std::string At(const std::string& plugin, const std::string& on) {
+    if (m_product == nullptr) return std::string();
+    const auto known = m_known.find(plugin);
+    const std::map<std::string, Place>& places =
+        known != m_known.end()
+            ? known->second
+            : m_known.emplace(plugin, DeclaredDependencies(*m_product, plugin)).first->second;
+    const auto place = places.find(on);
+    if (place == places.end()) return std::string();
+    return place->second.file + ":" + std::to_string(place->second.line) + ":" +
+           std::to_string(place->second.column);
+  }
+
+ private:
+  const CheckedProduct* m_product;
+  std::map<std::string, std::map<std::string, Place>> m_known;  // by plugin
+};
+
+std::size_t FindPlugin(const Timeline& timeline, const std::string& id) {
+  std::vector<std::string> ids;
+  for (std::size_t i = 0; i < timeline.plugins.size(); ++i) {
+    if (timeline.plugins[i].id == id) return i;
+    ids.push_back(timeline.plugins[i].id);
+  }
+  throw UsageError("\"" + Escaped(id) + "\" is no plugin of this product" +
+                   Escaped(DidYouMean(id, ids)));
+}
+
+ExitStatus Why(const Options& options, HostContext& context) {
+  std::optional<RecordedRun> run = ReadRun(options);
+  const std::string bin = BinOf(options, run);
+  const std::unique_ptr<CheckedProduct> product = ReadProduct(bin, options, context);
+  if (!run && product == nullptr) throw UsageError("--bin: " + bin + " is no folder");
+  RecordedRun graph;  // of a product that has not run
+  if (!run) graph.record.plugins = PluginHeads(product->model, bin + "/");
+  const Timeline timeline = MakeTimeline(run ? std::move(*run) : std::move(graph));
+  const std::size_t plugin = FindPlugin(timeline, options.why.plugin);
+  Declarations declarations(product.get());
+  const DeclaredAt at = [&](const std::string& id, const std::string& on) {
+    return declarations.At(id, on);
+  };
+  if (options.why.other.empty()) {
+    context.output.Write(WhyText(timeline, plugin, at));
+  } else {
+    const std::size_t other = FindPlugin(timeline, options.why.other);
+    context.output.Write(WhyBeforeText(timeline, plugin, other, at));
+  }
+  return kOk;
+}
+
+}  // namespace
+
+Command WhyCommand() {
+  return {"why", "Show why a plugin started when it did, or before another", &AddOptions, &Why};
+}
