@@ -98,12 +98,6 @@ void AddOptions(CLI::App& command, Options& options) {
       ->group(result);
 }
 
-std::string ReadFileText(const std::string& file) {
-  std::ifstream stream(PathFromLocal(file), std::ios::binary);
-  if (!stream) throw UsageError("--baseline: " + file + " cannot be read");
-  return {std::istreambuf_iterator<char>(stream), std::istreambuf_iterator<char>()};
-}
-
 std::vector<const Rule*> ChosenRules(const CheckOptions& options) {
   RuleChoice choice = ChooseRules(AllRules(), options.select, options.ignore);
   if (!choice.problem.empty()) throw UsageError(choice.problem);
@@ -188,7 +182,7 @@ CheckReport MakeReport(const CheckedProduct& product, const fs::path& folder,
   report.shownFolder = ShownFolder(folder);
   report.findings = RunRules(rules, product);
   if (!options.baseline.empty()) {
-    const BaselineReading reading = ReadBaseline(ReadFileText(options.baseline));
+    const BaselineReading reading = ReadBaseline(ReadFileText("--baseline", options.baseline));
     if (!reading.problem.empty()) {
       throw UsageError("--baseline: " + options.baseline + ": " + reading.problem);
     }

@@ -46,7 +46,9 @@ struct CheckOptions {
 struct ReportOptions {
   std::vector<std::string> runs;  // files; none: the last run
   std::string format = "text";
-  std::string output;  // file; empty: standard output
+  std::string output;                // file; empty: standard output
+  std::vector<std::string> against;  // files of earlier runs to compare with
+  std::string budget;                // file; empty: none
 };
 
 /// What the command line asks of `why` alone.

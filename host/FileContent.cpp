@@ -4,6 +4,7 @@
 #include <cstdint>
 #include <cstring>
 #include <fstream>
+#include <iterator>
 #include <memory>
 #include <string>
 #include <system_error>
@@ -41,6 +42,12 @@ bool HaveDifferentContent(const fs::path& a, const fs::path& b) {
     if (std::memcmp(pieceA->data(), pieceB->data(), count) != 0) return true;
   }
   return false;
+}
+
+std::string ReadFileText(const char* option, const std::string& file) {
+  std::ifstream stream(PathFromLocal(file), std::ios::binary);
+  if (!stream) throw UsageError(std::string(option) + ": " + file + " cannot be read");
+  return {std::istreambuf_iterator<char>(stream), std::istreambuf_iterator<char>()};
 }
 
 void WriteFileText(const char* option, const std::string& file, const std::string& text) {

@@ -7,6 +7,10 @@
 /// once, in pieces.
 bool HaveDifferentContent(const std::filesystem::path& a, const std::filesystem::path& b);
 
+/// The content of `file`, a path from the command line. Throws UsageError when it cannot be read,
+/// with a sentence that begins with `option`.
+std::string ReadFileText(const char* option, const std::string& file);
+
 /// Writes `text` to `file`, a path from the command line. Throws UsageError when that fails, with a
 /// sentence that begins with `option`.
 void WriteFileText(const char* option, const std::string& file, const std::string& text);

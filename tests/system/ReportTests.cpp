@@ -125,6 +125,42 @@ TEST(Report, OfAHungStartNamesThePluginWhileTheRunGoesOn) {
   EXPECT_THAT(report, HasSubstr(" ms when the record ended; 1 plugin waits for it: b.server\n"));
 }
 
+TEST(Report, AgainstAnEarlierRunShowsWhatDiffers) {
+  MadeProduct product;
+  HubSettings first;
+  HubSettings second;
+  first.record = product.Site().Path("first.jsonl");
+  second.record = product.Site().Path("second.jsonl");
+  product.Plugin("a.server").RunUntilUp("", first);
+  product.Plugin("b.server").RunUntilUp("", second);
+  const HubResult result =
+      RunHub(ReportOf(second.record, "--against \"" + LocalFromPath(first.record) + "\""));
+  EXPECT_EQ(0, result.status) << result.errors;
+  EXPECT_THAT(result.output, StartsWith("Against 1 earlier run\n  the start of the plugins: "));
+  EXPECT_THAT(result.output, HasSubstr("\nNew\n  b.server\n"));
+}
+
+TEST(Report, WithABudgetThatIsExceededEndsWithOne) {
+  MadeProduct product;
+  HubSettings settings;
+  settings.record = product.Site().Path("run.jsonl");
+  product.Plugin("a.server").RunUntilUp("", settings);
+  const auto withBudget = [&](const std::string& budget) {
+    product.Site().Write("budget.json", budget);
+    const std::string file = LocalFromPath(product.Site().Path("budget.json"));
+    return RunHub(ReportOf(settings.record, "--budget \"" + file + "\""));
+  };
+  const HubResult kept = withBudget(R"({"up": 100000})");
+  EXPECT_EQ(0, kept.status);
+  EXPECT_EQ("1 of 1 budget kept\n", kept.output);
+  const HubResult exceeded = withBudget(R"({"up": 0})");
+  EXPECT_EQ(1, exceeded.status);
+  EXPECT_THAT(exceeded.output, HasSubstr(" ms, budget 0.0 ms, exceeded by "));
+  const HubResult wrong = withBudget("5");
+  EXPECT_EQ(2, wrong.status);
+  EXPECT_THAT(wrong.errors, HasSubstr(": it is no object of names and milliseconds\n"));
+}
+
 TEST(Why, NamesWhereTheDependencyIsDeclared) {
   MadeProduct product;
   HubSettings settings;

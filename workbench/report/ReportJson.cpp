@@ -230,8 +230,65 @@ class Writer {
   const Timeline& m_timeline;
 };
 
+Json TimesJson(const std::vector<TimeChange>& changes) {
+  Json times = Json::array();
+  for (const TimeChange& change : changes) {
+    times.push_back({{"what", change.what},
+                     {"ms", Ms(change.now)},
+                     {"beforeMs", Ms(change.before)},
+                     {"leastMs", Ms(change.low)},
+                     {"mostMs", Ms(change.high)},
+                     {"changed", IsChange(change)}});
+  }
+  return times;
+}
+
+Json ComparisonJson(const Comparison& comparison) {
+  Json results = Json::array();
+  for (const ResultChange& change : comparison.results) {
+    results.push_back(
+        {{"plugin", change.plugin}, {"result", Name(change.now)}, {"before", Name(change.before)}});
+  }
+  return {{"runs", comparison.runs},
+          {"phases", TimesJson(comparison.phases)},
+          {"slower", TimesJson(comparison.slower)},
+          {"faster", TimesJson(comparison.faster)},
+          {"new", comparison.added},
+          {"gone", comparison.gone},
+          {"ontoPath", comparison.ontoPath},
+          {"offPath", comparison.offPath},
+          {"results", results}};
+}
+
+const char* Name(BudgetItem::Kind kind) {
+  switch (kind) {
+    case BudgetItem::Kind::kUp:
+      return "up";
+    case BudgetItem::Kind::kPhase:
+      return "phase";
+    case BudgetItem::Kind::kPlugin:
+      return "plugin";
+  }
+  return "";
+}
+
+Json BudgetJson(const std::vector<BudgetResult>& results) {
+  Json budget = Json::array();
+  for (const BudgetResult& result : results) {
+    budget.push_back({{"kind", Name(result.item.kind)},
+                      {"name", result.item.name},
+                      {"mostMs", Ms(result.item.most)},
+                      {"ms", MsOrNull(result.taken)},
+                      {"exceeded", result.exceeded}});
+  }
+  return budget;
+}
+
 }  // namespace
 
-std::string ReportJson(const Timeline& timeline) {
-  return Writer(timeline).Write().dump(2, ' ', false, Json::error_handler_t::replace) + "\n";
+std::string ReportJson(const Timeline& timeline, const ReportAdditions& additions) {
+  Json report = Writer(timeline).Write();
+  if (additions.comparison) report["comparison"] = ComparisonJson(*additions.comparison);
+  if (additions.budget) report["budget"] = BudgetJson(*additions.budget);
+  return report.dump(2, ' ', false, Json::error_handler_t::replace) + "\n";
 }

@@ -103,4 +103,28 @@ TEST(ReportJsons, HaveNullForWhatALogDoesNotKnow) {
   EXPECT_EQ(Json(), report["plugins"][0]["start"]["thread"]);
 }
 
+TEST(ReportJsons, HoldAComparisonAndABudgetWhenGiven) {
+  const Timeline timeline =
+      MakeTimeline(RunFromText("a:\nstart 0 200\na start 0 0 0 90 90 failed"));
+  ReportAdditions additions;
+  additions.comparison = Comparison();
+  additions.comparison->runs = 2;
+  additions.comparison->slower = {{"a", 9'000'000, 5'000'000, 4'000'000, 6'000'000}};
+  additions.comparison->added = {"a"};
+  additions.comparison->results = {{"a", PluginSpan::Result::kOk, PluginSpan::Result::kFailed}};
+  additions.budget = {{{BudgetItem::Kind::kPlugin, "a", 80'000'000}, 90'000'000, true},
+                      {{BudgetItem::Kind::kUp, "up", 80'000'000}, kUnknown, true}};
+  const Json report = Json::parse(ReportJson(timeline, additions));
+  EXPECT_EQ(Json::parse(R"({
+    "runs": 2, "phases": [], "faster": [], "new": ["a"], "gone": [], "ontoPath": [], "offPath": [],
+    "slower": [{"what": "a", "ms": 9.0, "beforeMs": 5.0, "leastMs": 4.0, "mostMs": 6.0,
+                "changed": true}],
+    "results": [{"plugin": "a", "result": "failed", "before": "ok"}]})"),
+            report["comparison"]);
+  EXPECT_EQ(Json::parse(R"([
+    {"kind": "plugin", "name": "a", "mostMs": 80.0, "ms": 90.0, "exceeded": true},
+    {"kind": "up", "name": "up", "mostMs": 80.0, "ms": null, "exceeded": true}])"),
+            report["budget"]);
+}
+
 }  // namespace

@@ -9,9 +9,9 @@
 
 namespace {
 
-void Write(const std::string& name, RecordedRun run) {
+void Write(const std::string& name, RecordedRun run, const ReportAdditions& additions = {}) {
   std::ofstream(std::string(TEV_REPORTS) + "/run_" + name + ".json", std::ios::binary)
-      << ReportJson(MakeTimeline(std::move(run)));
+      << ReportJson(MakeTimeline(std::move(run)), additions);
 }
 
 RunEvent End() {
@@ -34,7 +34,17 @@ TEST(WrittenRunReports, AreForTheSchema) {
     a stop 1000 1000 - - 1001 not-loaded
     b stop 1000 1000 1000 1001 1002 refused why)");
   full.record.events.push_back(End());
-  Write("full", std::move(full));
+  ReportAdditions additions;
+  additions.comparison = Comparison();
+  additions.comparison->runs = 2;
+  additions.comparison->phases = additions.comparison->slower =
+      additions.comparison->faster = {{"a", 9'000'000, 5'000'000, 4'000'000, 6'000'000}};
+  additions.comparison->added = additions.comparison->gone = {"a"};
+  additions.comparison->ontoPath = additions.comparison->offPath = {"b"};
+  additions.comparison->results = {{"a", PluginSpan::Result::kOk, PluginSpan::Result::kFailed}};
+  additions.budget = {{{BudgetItem::Kind::kPlugin, "a", 80'000'000}, 90'000'000, true},
+                      {{BudgetItem::Kind::kUp, "up", 80'000'000}, kUnknown, true}};
+  Write("full", std::move(full), additions);
 
   Write("hung", RunFromText(R"(
     hangs:

@@ -1,0 +1,147 @@
+#include "workbench/timeline/Comparison.h"
+
+#include <algorithm>
+#include <cstdlib>
+#include <iterator>
+#include <map>
+#include <set>
+#include <utility>
+
+namespace {
+
+constexpr std::int64_t kLeastPart = 20;  // a change is at least one twentieth
+
+using Result = PluginSpan::Result;
+
+/// How long each plugin of a start worked, by ID. Those that did not end are left out.
+std::map<std::string, std::int64_t> Works(const Timeline& run) {
+  std::map<std::string, std::int64_t> works;
+  for (std::size_t i = 0; i < run.plugins.size(); ++i) {
+    const PluginSpan& span = run.start.spans[i];
+    if (span.HasEnded()) works.emplace(run.plugins[i].id, span.end - span.begin);
+  }
+  return works;
+}
+
+std::set<std::string> Ids(const Timeline& run) {
+  std::set<std::string> ids;
+  for (const PluginHead& plugin : run.plugins) ids.insert(plugin.id);
+  return ids;
+}
+
+std::set<std::string> PathIds(const Timeline& run) {
+  std::set<std::string> ids;
+  for (const PathStep& step : run.start.path) ids.insert(run.plugins[step.plugin].id);
+  return ids;
+}
+
+TimeChange MakeChange(const std::string& what, std::int64_t now, std::vector<std::int64_t> before) {
+  std::sort(before.begin(), before.end());
+  return {what, now, before[before.size() / 2], before.front(), before.back()};
+}
+
+void AddPhase(const char* name, PhaseTimeline Timeline::*phase, const Timeline& now,
+              const std::vector<Timeline>& before, Comparison& comparison) {
+  if (!(now.*phase).ended) return;
+  std::vector<std::int64_t> times;
+  for (const Timeline& run : before) {
+    if ((run.*phase).ended) times.push_back((run.*phase).balance.wall);
+  }
+  if (times.empty()) return;
+  comparison.phases.push_back(MakeChange(name, (now.*phase).balance.wall, std::move(times)));
+}
+
+void AddTimes(const Timeline& now, const std::vector<Timeline>& before, Comparison& comparison) {
+  std::map<std::string, std::vector<std::int64_t>> earlier;
+  for (const Timeline& run : before) {
+    for (const auto& [id, work] : Works(run)) earlier[id].push_back(work);
+  }
+  for (const auto& [id, work] : Works(now)) {
+    const auto times = earlier.find(id);
+    if (times == earlier.end()) continue;
+    const TimeChange change = MakeChange(id, work, times->second);
+    if (!IsChange(change)) continue;
+    (change.Difference() > 0 ? comparison.slower : comparison.faster).push_back(change);
+  }
+  for (std::vector<TimeChange>* changes : {&comparison.slower, &comparison.faster}) {
+    std::stable_sort(changes->begin(), changes->end(), [](const auto& a, const auto& b) {
+      return std::abs(a.Difference()) > std::abs(b.Difference());
+    });
+  }
+}
+
+std::vector<std::string> Without(const std::set<std::string>& ids,
+                                 const std::set<std::string>& others) {
+  std::vector<std::string> rest;
+  std::set_difference(ids.begin(), ids.end(), others.begin(), others.end(),
+                      std::back_inserter(rest));
+  return rest;
+}
+
+/// Those that every one of the runs' sets has, and those that any of them has.
+struct Sets {
+  std::set<std::string> all;
+  std::set<std::string> any;
+};
+
+Sets Joined(const std::vector<std::set<std::string>>& sets) {
+  Sets joined{sets.front(), {}};
+  for (const std::set<std::string>& set : sets) {
+    joined.any.insert(set.begin(), set.end());
+    std::set<std::string> both;
+    std::set_intersection(joined.all.begin(), joined.all.end(), set.begin(), set.end(),
+                          std::inserter(both, both.end()));
+    joined.all = std::move(both);
+  }
+  return joined;
+}
+
+void AddPathChanges(const Timeline& now, const std::vector<Timeline>& before,
+                    Comparison& comparison) {
+  std::vector<std::set<std::string>> paths;
+  for (const Timeline& run : before) {
+    if (run.start.path.empty()) return;  // not known
+    paths.push_back(PathIds(run));
+  }
+  if (now.start.path.empty()) return;
+  const Sets earlier = Joined(paths);
+  const std::set<std::string> path = PathIds(now);
+  comparison.ontoPath = Without(path, earlier.any);
+  comparison.offPath = Without(earlier.all, path);
+}
+
+void AddResultChanges(const Timeline& now, const Timeline& last, Comparison& comparison) {
+  std::map<std::string, Result> results;
+  for (std::size_t i = 0; i < last.plugins.size(); ++i) {
+    results.emplace(last.plugins[i].id, last.start.spans[i].result);
+  }
+  for (std::size_t i = 0; i < now.plugins.size(); ++i) {
+    const auto before = results.find(now.plugins[i].id);
+    const Result result = now.start.spans[i].result;
+    if (before == results.end() || before->second == result) continue;
+    comparison.results.push_back({now.plugins[i].id, before->second, result});
+  }
+}
+
+}  // namespace
+
+bool IsChange(const TimeChange& change) {
+  if (change.now >= change.low && change.now <= change.high) return false;
+  const std::int64_t difference = std::abs(change.Difference());
+  return difference >= kLeastChange && difference >= change.before / kLeastPart;
+}
+
+Comparison Compare(const Timeline& now, const std::vector<Timeline>& before) {
+  Comparison comparison;
+  comparison.runs = before.size();
+  AddPhase("start", &Timeline::start, now, before, comparison);
+  AddPhase("stop", &Timeline::stop, now, before, comparison);
+  AddTimes(now, before, comparison);
+  std::vector<std::set<std::string>> ids;
+  for (const Timeline& run : before) ids.push_back(Ids(run));
+  comparison.added = Without(Ids(now), Joined(ids).any);
+  comparison.gone = Without(ids.back(), Ids(now));
+  AddPathChanges(now, before, comparison);
+  AddResultChanges(now, before.back(), comparison);
+  return comparison;
+}
