@@ -40,6 +40,20 @@ bool Pool::Grow(int least, int most, int reserved) {
   return true;
 }
 
+void Pool::AddHolder() {
+  const SleepWaker holder = SleepWaker::OfThisThread();
+  const std::lock_guard<std::mutex> lock(m_mutex);
+  m_holders.push_back(holder);
+}
+
+std::size_t Pool::RemoveHolder() {
+  const std::lock_guard<std::mutex> lock(m_mutex);
+  const auto own = std::find_if(m_holders.begin(), m_holders.end(),
+                                [](const SleepWaker& holder) { return holder.IsOfThisThread(); });
+  m_holders.erase(own != m_holders.end() ? own : m_holders.begin());
+  return m_holders.size();
+}
+
 bool Pool::Post(std::shared_ptr<CTMTask> task, bool urgent) {
   std::list<Entry> posted;
   posted.push_back({std::move(task), 0, 0, urgent});
@@ -159,11 +173,12 @@ void Pool::Execute(std::shared_ptr<CTMTask> task, std::uint64_t number) {
 void Pool::EndTask(const Entry& entry) {
   --m_running;
   m_urgentRunning -= entry.urgent ? 1 : 0;
-  --g_unfinished;
   --m_waves[entry.wave - m_oldestWave];
   while (m_waves.size() > 1 && m_waves.front() == 0) {
     m_waves.pop_front();
     ++m_oldestWave;
     m_ended.notify_all();
   }
+  for (const SleepWaker& holder : m_holders) holder.Wake();
+  --g_unfinished;
 }

@@ -8,7 +8,9 @@
 #include <memory>
 #include <mutex>
 #include <string>
+#include <vector>
 
+#include "reference/xrt/SleepWaker.h"
 #include "sdk/base/thread.h"
 
 /// A named pool that runs tasks on its own detached threads.
@@ -23,6 +25,14 @@ class Pool : public std::enable_shared_from_this<Pool> {
   /// Raises the bounds and starts threads until there are at least `least`, and at least one. False
   /// when there are fewer.
   bool Grow(int least, int most, int reserved);
+
+  /// Adds the calling thread as a holder: whenever one of the pool's tasks has ended, its sleep
+  /// ends early (SleepWaker). A thread that holds the pool twice is two holders.
+  void AddHolder();
+
+  /// Removes the calling thread as a holder; when it is none, the holder that came first. A thread
+  /// that ends without release stays a holder, whom no task wakes. Returns how many are left.
+  std::size_t RemoveHolder();
 
   /// False when the pool is closed.
   bool Post(std::shared_ptr<CTMTask> task, bool urgent);
@@ -72,6 +82,7 @@ class Pool : public std::enable_shared_from_this<Pool> {
   int m_running = 0;
   int m_urgentRunning = 0;  // included in m_running
   bool m_closed = false;
+  std::vector<SleepWaker> m_holders;  // in the order in which they came
   // Tasks are grouped in waves: WaitForTasks begins a new wave and waits for all earlier ones. Each
   // element counts the unfinished tasks of a wave, oldest first; the last is the current wave.
   std::deque<std::size_t> m_waves{0};

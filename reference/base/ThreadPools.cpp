@@ -16,16 +16,10 @@ namespace {
 
 std::atomic<int> g_mostThreads{0};  // maximum for a pool; 0: no limit
 
-/// A pool and how many holders it has: calls that granted it, less those that released it.
-struct SharedPool {
-  std::shared_ptr<Pool> pool;
-  int holders = 0;
-};
-
 /// Never destroyed: pool threads may outlive main, and tasks on them may ask for pools.
 struct Pools {
-  std::mutex mutex;                          // taken before a pool's own
-  std::map<std::string, SharedPool> byName;  // guarded by mutex
+  std::mutex mutex;                                     // taken before a pool's own
+  std::map<std::string, std::shared_ptr<Pool>> byName;  // each with a holder; guarded by mutex
 };
 
 Pools& ThePools() {
@@ -37,27 +31,27 @@ std::shared_ptr<Pool> FindPool(const std::string& name) {
   Pools& pools = ThePools();
   const std::lock_guard<std::mutex> lock(pools.mutex);
   const auto found = pools.byName.find(name);
-  return found == pools.byName.end() ? nullptr : found->second.pool;
+  return found == pools.byName.end() ? nullptr : found->second;
 }
 
-/// Adds a holder to the pool; null when there is no pool of that name.
+/// Adds the calling thread as a holder to the pool; null when there is no pool of that name.
 std::shared_ptr<Pool> HoldPool(const std::string& name) {
   Pools& pools = ThePools();
   const std::lock_guard<std::mutex> lock(pools.mutex);
   const auto found = pools.byName.find(name);
   if (found == pools.byName.end()) return nullptr;
-  ++found->second.holders;
-  return found->second.pool;
+  found->second->AddHolder();
+  return found->second;
 }
 
-/// Adds the pool `fresh`, unless another thread has added one of that name meanwhile. Adds a holder
-/// to the pool of that name and returns it.
+/// Adds the pool `fresh`, of which the calling thread is the holder, and returns it. If another
+/// thread has added one of that name meanwhile, adds the holder to that one and returns that one.
 std::shared_ptr<Pool> AddPool(const std::string& name, const std::shared_ptr<Pool>& fresh) {
   Pools& pools = ThePools();
   const std::lock_guard<std::mutex> lock(pools.mutex);
-  SharedPool& entry = pools.byName.emplace(name, SharedPool{fresh, 0}).first->second;
-  ++entry.holders;
-  return entry.pool;
+  const auto [entry, isAdded] = pools.byName.emplace(name, fresh);
+  if (!isAdded) entry->second->AddHolder();
+  return entry->second;
 }
 
 int Limited(int threads) {
@@ -93,6 +87,7 @@ unsigned int CThreadManager::GetAvailableThreadpool(const std::string& name, int
     fresh->Close();  // ends the threads that were started
     return 0;
   }
+  fresh->AddHolder();
   const std::shared_ptr<Pool> granted = AddPool(name, fresh);
   if (granted != fresh) {
     fresh->Close();
@@ -115,9 +110,9 @@ bool CThreadManager::ReleaseThread(const std::string& name, bool wait) {
     const std::lock_guard<std::mutex> lock(pools.mutex);
     const auto found = pools.byName.find(name);
     if (found == pools.byName.end()) return false;
-    pool = found->second.pool;
+    pool = found->second;
     waitsForItself = wait && pool->IsOnOwnThread();
-    if (!waitsForItself && --found->second.holders == 0) {
+    if (!waitsForItself && pool->RemoveHolder() == 0) {
       pools.byName.erase(found);
       pool->Close();
     }

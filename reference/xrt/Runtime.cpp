@@ -1,9 +1,7 @@
 #include "sdk/xrt/runtime.h"
 
-#include <chrono>
 #include <cstring>
 #include <mutex>
-#include <thread>
 
 #include "reference/os/ProcessPath.h"
 #include "reference/xrt/ExecutablePath.h"
@@ -37,8 +35,4 @@ std::int32_t XRT_GetCurExePath(char* buffer, std::int32_t size) {
   if (path.empty() || path.size() >= static_cast<std::size_t>(size)) return -1;
   std::memcpy(buffer, path.c_str(), path.size() + 1);
   return 0;
-}
-
-void XRT_Sleep(std::uint32_t milliseconds) {
-  std::this_thread::sleep_for(std::chrono::milliseconds(milliseconds));
 }

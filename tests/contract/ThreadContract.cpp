@@ -1,4 +1,4 @@
-// The thread manager and its pools.
+// The thread manager, its pools, and the sleep of a thread that holds one.
 
 #include <gtest/gtest.h>
 
@@ -14,6 +14,8 @@
 #include <vector>
 
 #include "sdk/base/thread.h"
+#include "sdk/os/os.h"
+#include "sdk/xrt/runtime.h"
 #include "tests/contract/Subject.h"
 #include "tests/support/FunctionTask.h"
 #include "tests/support/Latch.h"
@@ -21,6 +23,7 @@
 namespace {
 
 constexpr char kPool[] = "contract";
+constexpr ULONGLONG kClockStep = 16;  // in milliseconds: Windows counts in steps of some 16
 
 /// The thread manager with one pool. All that tasks use is a member: it outlives them.
 class ThreadPool : public testing::Test {
@@ -295,6 +298,43 @@ TEST_F(ThreadPool, TaskThatThrowsEndsAlone) {
   ASSERT_TRUE(Post([&] { ++done; }));
   EXPECT_TRUE(Release(true));
   EXPECT_EQ(1, done);
+}
+
+TEST_F(ThreadPool, SleepOfAHolderEndsAfterItsTimeAtTheLatest) {
+  constexpr std::uint32_t kTime = 40;
+  ASSERT_TRUE(Grant(1, 1));
+  ASSERT_TRUE(Post([&] { done += open.Wait() ? 1 : 0; }));
+  XRT_Sleep(kTime);  // no task ends: nothing but the time can end it
+  open.Arrive();
+  EXPECT_TRUE(Release(true));
+  EXPECT_EQ(1, done);
+}
+
+TEST_F(ThreadPool, SleepLastsItsTimeAfterTheRelease) {
+  constexpr std::uint32_t kTime = 40;
+  ASSERT_TRUE(Grant(1, 1));
+  ASSERT_TRUE(Post([&] { open.Wait(); }));
+  ASSERT_TRUE(Release(false));
+  open.Arrive();
+  const ULONGLONG begin = GetTickCount64();
+  XRT_Sleep(kTime);
+  EXPECT_GE(GetTickCount64() - begin, kTime - kClockStep);
+}
+
+TEST_F(ThreadPool, SleepOfAThreadThatDoesNotHoldItLastsItsTime) {
+  constexpr std::uint32_t kTime = 40;
+  ULONGLONG slept = 0;
+  ASSERT_TRUE(Grant(1, 1));
+  std::thread other([&] {
+    for (int i = 0; i < 20; ++i) Post([&] { ++done; });
+    const ULONGLONG begin = GetTickCount64();
+    XRT_Sleep(kTime);
+    slept = GetTickCount64() - begin;
+  });
+  other.join();
+  EXPECT_GE(slept, kTime - kClockStep);
+  EXPECT_TRUE(Release(true));
+  EXPECT_EQ(20, done);
 }
 
 TEST_F(ThreadPool, LetsGoOfATaskThatHasRun) {
