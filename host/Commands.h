@@ -62,7 +62,8 @@ struct WhyOptions {
 struct Options {
   std::string bin;  // used as the executable's folder; empty: the folder of HUB itself
   std::int32_t module = 1;
-  int workers = 0;  // maximum number of threads of a pool; 0: as many as are asked for
+  int workers = 0;         // maximum number of threads of a pool; 0: as many as are asked for
+  bool fullSleep = false;  // the end of a task does not end the frame's sleep
 
   std::string log;
   int logLevel = 0;

@@ -74,7 +74,7 @@ ExitStatus ProductRun::Run() {
 }
 
 void ProductRun::Begin() {
-  m_head = MakeRunHead(m_clock, m_bin, m_context.commandLine, ReadName());
+  m_head = MakeRunHead(m_clock, m_bin, m_context.commandLine, ReadName(), m_options.fullSleep);
   SetCrashRecord(m_record.CrashFile(), m_record.File());
   SetCrashOutput(m_context.output.File(), m_options.json     ? CrashOutput::kObject
                                           : m_options.events ? CrashOutput::kEvent

@@ -6,6 +6,7 @@
 #include "host/Commands.h"
 #include "host/ProductRun.h"
 #include "reference/base/ThreadPools.h"
+#include "reference/xrt/SleepWaker.h"
 
 namespace {
 
@@ -48,6 +49,12 @@ void AddOptions(CLI::App& command, Options& options) {
       ->type_name("N")
       ->check(Between(1, 10000))
       ->group(limits);
+  command
+      .add_flag("--full-sleep", options.fullSleep,
+                "Let the frame sleep 200 ms between two looks\n"
+                "for plugins that are ready, as with a\n"
+                "runtime that cannot end a sleep early")
+      ->group(limits);
 
   const std::string shown = "What it shows";
   command.add_flag("--json", options.json, "One JSON object at the end, nothing else")
@@ -70,6 +77,7 @@ void AddOptions(CLI::App& command, Options& options) {
 
 ExitStatus Run(const Options& options, HostContext& context) {
   LimitPoolThreads(options.workers);
+  EndSleepsEarly(!options.fullSleep);
   return ProductRun(options, context).Run();
 }
 

@@ -22,7 +22,8 @@ std::string Quoted(const std::string& argument) {
 }  // namespace
 
 RunHead MakeRunHead(const RunClock& clock, const std::string& bin,
-                    const std::vector<std::string>& commandLine, const ProductName& product) {
+                    const std::vector<std::string>& commandLine, const ProductName& product,
+                    bool fullSleep) {
   RunHead head;
   head.time = clock.UtcText(clock.nanoseconds);
   head.zone = clock.ZoneText();
@@ -38,6 +39,7 @@ RunHead MakeRunHead(const RunClock& clock, const std::string& bin,
   head.productVersion = product.version;
   head.path = bin;
   head.cores = UsableCores();
+  head.sleep = fullSleep ? RunHead::kFullSleep : RunHead::kEarlySleep;
   return head;
 }
 

@@ -10,7 +10,8 @@
 /// What is known of a run before it begins. `bin`: the folder used as the executable's folder, in
 /// the local code page. `product`: name and version from Product.xml.
 RunHead MakeRunHead(const RunClock& clock, const std::string& bin,
-                    const std::vector<std::string>& commandLine, const ProductName& product);
+                    const std::vector<std::string>& commandLine, const ProductName& product,
+                    bool fullSleep);
 
 /// The head as one line of text, with which a run begins in the log.
 std::string HeadLine(const RunHead& head);

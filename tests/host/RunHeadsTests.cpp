@@ -29,8 +29,11 @@ TEST(RunHead, HoldsAllThatIsKnownBeforeTheRun) {
   expected.productVersion = "2.6.0";
   expected.path = "/srv/site/bin/";
   expected.cores = UsableCores();
-  EXPECT_EQ(RecordLine(expected),
-            RecordLine(MakeRunHead(clock, "/srv/site/bin/", {"HUB", "run"}, {"NVX", "2.6.0"})));
+  for (const bool isFull : {false, true}) {
+    expected.sleep = isFull ? "full" : "early";
+    EXPECT_EQ(RecordLine(expected), RecordLine(MakeRunHead(clock, "/srv/site/bin/", {"HUB", "run"},
+                                                           {"NVX", "2.6.0"}, isFull)));
+  }
 }
 
 RunHead Head() {

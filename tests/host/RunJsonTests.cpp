@@ -163,7 +163,8 @@ const std::vector<Source>& Sources() {
         {"product", "name"},
         {"productVersion", "version"},
         {"path", "path"},
-        {"cores", ""}}},  // in the record
+        {"cores", ""},  // in the record, as the next one
+        {"sleep", ""}}},
       {kVerdict,
        "RunFacts",
        FieldCount<RunFacts>(),

@@ -189,11 +189,11 @@ TEST(StartTimeout, LeavesAProductAloneThatIsUpInTime) {
 TEST(StopRequest, BeforeTheProductIsUpCutsItShort) {
   MadeProduct product;
   product.Plugin("level0.server");
-  for (int i = 1; i < 15; ++i) {  // a level every 200 ms
+  for (int i = 1; i < 15; ++i) {
     product.Plugin("level" + std::to_string(i) + ".server", "well_behaved",
                    DependsOn("level" + std::to_string(i - 1) + ".server"));
   }
-  HubProcess hub(product.Arguments("--json"));
+  HubProcess hub(product.Arguments("--json --full-sleep"));  // a level every 200 ms
   ASSERT_TRUE(hub.AwaitRecord("init-end"));
   hub.RequestStop(StopKind::kTerminate);
   const HubResult result = hub.Wait();

@@ -242,6 +242,7 @@ RunHead ReadHead(const Json& json) {
   Read(json, "productVersion", head.productVersion);
   Read(json, "path", head.path);
   Read(json, "cores", head.cores);
+  Read(json, "sleep", head.sleep);
   return head;
 }
 
@@ -314,7 +315,8 @@ std::string RecordLine(const RunHead& head) {
                {"product", head.product},
                {"productVersion", head.productVersion},
                {"path", head.path},
-               {"cores", head.cores}});
+               {"cores", head.cores},
+               {"sleep", head.sleep}});
 }
 
 std::string RecordLine(const PluginHead& plugin) {

@@ -90,6 +90,8 @@ struct PluginHead {
 /// The first line of a flight record.
 struct RunHead {
   static constexpr int kSchema = 1;
+  static constexpr char kFullSleep[] = "full";    // each sleep lasts its whole time
+  static constexpr char kEarlySleep[] = "early";  // it ends when a task of the pool has ended
 
   std::string run;               // unique
   std::string time;              // UTC, as 2026-11-21T18:46:59.123Z
@@ -105,4 +107,5 @@ struct RunHead {
   std::string productVersion;
   std::string path;  // the folder that holds META_INFO and the libraries
   int cores = 0;
+  std::string sleep = kFullSleep;  // of the frame between two looks for ready plugins
 };

@@ -48,6 +48,7 @@ RunHead Head() {
   head.productVersion = "2.6.1.15";
   head.path = "C:\\site\\bin";
   head.cores = 8;
+  head.sleep = RunHead::kEarlySleep;
   return head;
 }
 
@@ -56,7 +57,7 @@ constexpr char kHeadLine[] =
     R"("zone":"+01:00","ns":12345678901234567,"pid":77,"host":"harbour","hubVersion":"1.0.0",)"
     R"("frameVersion":"1.0.1","platformVersion":"1.0.2",)"
     R"("commandLine":["HUB","run","--bin","C:\\site\\bin"],"product":"NVX",)"
-    R"("productVersion":"2.6.1.15","path":"C:\\site\\bin","cores":8})";
+    R"("productVersion":"2.6.1.15","path":"C:\\site\\bin","cores":8,"sleep":"early"})";
 
 PluginHead Plugin() {
   PluginHead plugin;
@@ -260,6 +261,11 @@ TEST_F(FlightRecords, AreReadAsTheyWereWritten) {
   const FlightRecord record = ReadFlightRecord(folder / "run.jsonl");
   EXPECT_EQ(expected, Lines(record));
   EXPECT_EQ(0U, record.unreadableLines);
+}
+
+TEST_F(FlightRecords, WithoutASleepAreOfFullSleeps) {
+  folder.Write("run.jsonl", "{\"record\":\"head\",\"schema\":1}\n");
+  EXPECT_EQ("full", ReadFlightRecord(folder / "run.jsonl").head.sleep);
 }
 
 TEST_F(FlightRecords, CutAtAnyByteReadToTheirLastWholeLine) {
