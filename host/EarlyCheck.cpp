@@ -68,6 +68,10 @@ EarlyFindings NotChecked(const std::string& why) {
 }  // namespace
 
 struct EarlyCheck::Shared {
+  explicit Shared(std::function<void()> whenDone) : onDone(std::move(whenDone)) {}
+
+  const std::function<void()> onDone;
+
   std::mutex mutex;
   std::condition_variable changed;
 
@@ -89,6 +93,7 @@ struct EarlyCheck::Shared {
       done = true;
     }
     changed.notify_all();
+    onDone();
   }
 
   void Check(const fs::path& bin, std::int32_t runningModule) {
@@ -118,8 +123,9 @@ struct EarlyCheck::Shared {
   }
 };
 
-EarlyCheck::EarlyCheck(const fs::path& bin, std::int32_t runningModule)
-    : m_shared(std::make_shared<Shared>()) {
+EarlyCheck::EarlyCheck(const fs::path& bin, std::int32_t runningModule,
+                       std::function<void()> onDone)
+    : m_shared(std::make_shared<Shared>(std::move(onDone))) {
   PrepareXmlForThreads();
   try {
     m_thread = std::thread([shared = m_shared, bin, runningModule] {

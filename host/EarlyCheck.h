@@ -3,6 +3,7 @@
 #include <chrono>
 #include <cstdint>
 #include <filesystem>
+#include <functional>
 #include <memory>
 #include <optional>
 #include <string>
@@ -27,8 +28,11 @@ struct EarlyFindings {
 /// waited for it.
 class EarlyCheck {
  public:
-  /// Begins to read the product whose executables are in `bin`.
-  EarlyCheck(const std::filesystem::path& bin, std::int32_t runningModule);
+  /// Begins to read the product whose executables are in `bin`. `onDone`: called on the check's
+  /// thread when IsDone has become true.
+  EarlyCheck(
+      const std::filesystem::path& bin, std::int32_t runningModule,
+      std::function<void()> onDone = [] {});
   EarlyCheck(const EarlyCheck&) = delete;
   EarlyCheck& operator=(const EarlyCheck&) = delete;
   ~EarlyCheck();

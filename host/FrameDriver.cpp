@@ -4,7 +4,8 @@
 
 #include "reference/os/Threads.h"
 
-FrameDriver::FrameDriver() : m_thread([this] { Run(); }) {}
+FrameDriver::FrameDriver(std::function<void()> onEnd)
+    : m_onEnd(std::move(onEnd)), m_thread([this] { Run(); }) {}
 
 FrameDriver::~FrameDriver() {
   {
@@ -40,5 +41,8 @@ void FrameDriver::Run() {
     lock.lock();
     m_calls.pop();
     m_changed.notify_all();
+    lock.unlock();
+    m_onEnd();
+    lock.lock();
   }
 }

@@ -15,7 +15,8 @@
 /// call must end without destroying the driver.
 class FrameDriver {
  public:
-  FrameDriver();
+  /// `onEnd`: called on the driver's thread each time a call has returned and WaitForEnd knows it.
+  explicit FrameDriver(std::function<void()> onEnd = [] {});
   ~FrameDriver();
   FrameDriver(const FrameDriver&) = delete;
   FrameDriver& operator=(const FrameDriver&) = delete;
@@ -28,6 +29,8 @@ class FrameDriver {
 
  private:
   void Run();
+
+  const std::function<void()> m_onEnd;
 
   std::mutex m_mutex;
   std::condition_variable m_changed;

@@ -52,6 +52,7 @@ std::string PlatformError() {
 ProductRun::ProductRun(const Options& options, HostContext& context)
     : m_options(options),
       m_context(context),
+      m_waking(context.stop),
       m_clock(RunClock::Now()),
       m_bin(GetCurExeDir()),
       m_record(options, PathFromLocal(m_bin).parent_path(), m_clock),
@@ -59,7 +60,8 @@ ProductRun::ProductRun(const Options& options, HostContext& context)
         if (const RecordPermit permit; permit) m_record.WriteLine(line);
         if (m_options.events) m_context.output.Write(line + "\n");
       }),
-      m_reporter(options, context, m_record, m_monitor) {}
+      m_reporter(options, context, m_record, m_monitor),
+      m_driver([&stop = context.stop] { stop.Wake(); }) {}
 
 ExitStatus ProductRun::Run() {
   Begin();
@@ -105,7 +107,8 @@ ProductName ProductRun::ReadName() {
 /// Calls Frame_Init and reports what is wrong with the product. False when Frame_Init failed.
 bool ProductRun::Initialise() {
   std::int32_t result = -1;
-  m_early.emplace(PathFromLocal(m_bin), m_options.module);
+  m_early.emplace(PathFromLocal(m_bin), m_options.module,
+                  [&stop = m_context.stop] { stop.Wake(); });
   const std::int64_t beginNs = SteadyNanoseconds();
   Call("Frame_Init", [this, &result] {
     AddPhase(RunEvent::Kind::kPhaseBegin, RunPhase::kFrameInit);
@@ -204,10 +207,12 @@ void ProductRun::Call(const char* what, std::function<void()> call) {
   m_facts.pendingCall = what;
   m_callSince = SteadyNanoseconds();
   m_driver.Begin(std::move(call));
-  while (!m_driver.WaitForEnd(kTick)) Tick();
+  WaitUntil([this] { return m_driver.WaitForEnd(std::chrono::milliseconds(0)); });
   m_facts.pendingCall.clear();
 }
 
+/// Returns when `over` does. What makes it true must wake m_context.stop afterwards, or is noticed
+/// up to kTick later.
 void ProductRun::WaitUntil(const std::function<bool()>& over) {
   while (!over()) {
     if (const auto request = m_context.stop.WaitFor(kTick)) OnStopRequest(*request);

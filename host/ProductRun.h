@@ -18,14 +18,16 @@
 #include "host/RunRecord.h"
 #include "host/RunReporter.h"
 #include "host/RunVerdict.h"
+#include "host/RunWaking.h"
 #include "host/StopLimit.h"
 #include "workbench/product/ProductName.h"
 
 /// One run of the product, from Frame_Init to Frame_UnInit, on the thread `run`.
 ///
-/// The frame's calls run on a FrameDriver's thread; this thread waits for stop requests, checks the
-/// time limits and updates the screen. Used once. Run does not return but ends the process when
-/// plugins or a call of the frame have not returned.
+/// The frame's calls run on a FrameDriver's thread. This thread waits in StopSignal, which the end
+/// of a call, of the start and of the last task wake; every 50 ms it checks the time limits and
+/// updates the screen. Used once. Run does not return but ends the process when plugins or a call
+/// of the frame have not returned.
 class ProductRun {
  public:
   /// Throws UsageError when the file given by --record cannot be written.
@@ -69,6 +71,7 @@ class ProductRun {
 
   const Options& m_options;
   HostContext& m_context;
+  const RunWaking m_waking;
   const RunClock m_clock;
   const std::string m_bin;  // with a separator behind it
   RunRecord m_record;

@@ -152,7 +152,10 @@ void Pool::Run() {
     lock.unlock();
     Execute(std::move(entry.task), entry.number);
     lock.lock();
-    EndTask(entry);
+    if (!EndTask(entry)) continue;
+    lock.unlock();
+    ObserveIdle();
+    lock.lock();
   }
 }
 
@@ -170,7 +173,8 @@ void Pool::Execute(std::shared_ptr<CTMTask> task, std::uint64_t number) {
   ObserveTask({TaskEvent::Kind::kEnded, number, m_name});
 }
 
-void Pool::EndTask(const Entry& entry) {
+/// Returns whether no task of any pool is left.
+bool Pool::EndTask(const Entry& entry) {
   --m_running;
   m_urgentRunning -= entry.urgent ? 1 : 0;
   --m_waves[entry.wave - m_oldestWave];
@@ -180,5 +184,5 @@ void Pool::EndTask(const Entry& entry) {
     m_ended.notify_all();
   }
   for (const SleepWaker& holder : m_holders) holder.Wake();
-  --g_unfinished;
+  return --g_unfinished == 0;
 }

@@ -63,7 +63,7 @@ class Pool : public std::enable_shared_from_this<Pool> {
   bool StartThread();
   void Run();
   void Execute(std::shared_ptr<CTMTask> task, std::uint64_t number);
-  void EndTask(const Entry& entry);
+  bool EndTask(const Entry& entry);
 
   const std::string m_name;
 

@@ -28,3 +28,7 @@ using TaskObserver = std::function<void(const TaskEvent&)>;
 
 /// Sets the observer; empty: none. After the return the former observer is not called any more.
 void SetTaskObserver(TaskObserver observer);
+
+/// Sets what is called, on the task's thread, each time a task has ended and UnfinishedTasks has
+/// become 0; empty: nothing. The conditions are those of the task observer.
+void SetIdleObserver(std::function<void()> observer);

@@ -3,9 +3,11 @@
 #include <algorithm>
 #include <cstring>
 #include <exception>
+#include <functional>
 #include <mutex>
 #include <system_error>
 #include <thread>
+#include <utility>
 
 #include "reference/kpx/PlatformRecord.h"
 #include "sdk/base/log.h"
@@ -24,7 +26,7 @@ enum ErrorCode : std::int32_t {
 };
 
 /// The platform's state. `mutex` guards everything but `starter`, which only the host's thread
-/// uses.
+/// uses, and `startObserver`, guarded by `observerMutex`, which is held while it is called.
 struct Platform {
   std::mutex mutex;
   bool up = false;
@@ -34,6 +36,9 @@ struct Platform {
   std::string errorText;
 
   std::thread starter;
+
+  std::mutex observerMutex;
+  std::function<void()> startObserver;
 };
 
 /// Never destroyed: the host may end while the starter thread still waits for a plugin.
@@ -71,6 +76,14 @@ bool CallBack(KPXStartFinishFn finished, StartedPluginMap& started) {
   return false;
 }
 
+void ObserveStart() noexcept try {
+  Platform& platform = ThePlatform();
+  const std::lock_guard<std::mutex> lock(platform.observerMutex);
+  if (platform.startObserver) platform.startObserver();
+} catch (...) {
+  // The platform's thread must end even if the observer throws.
+}
+
 void FinishStart(KPXStartFinishFn finished) {
   StartedPluginMap started;
   const bool result = CallBack(finished, started);
@@ -82,6 +95,7 @@ void FinishStart(KPXStartFinishFn finished) {
     if (!result) SetError(platform, kStartFailed, failure);
   });
   if (!result) IKPXFormatLog(5, kModule, "%s", failure.c_str());
+  ObserveStart();
 }
 
 /// Copies as much of `source` as fits into `text`, which has `size` bytes; zero-terminated.
@@ -210,6 +224,12 @@ PlatformRecord SnapshotPlatform() {
 
 std::optional<bool> StartCallbackResult() {
   return WithPlatform([](Platform& platform) { return platform.record.callbackResult; });
+}
+
+void SetStartObserver(std::function<void()> observer) {
+  Platform& platform = ThePlatform();
+  const std::lock_guard<std::mutex> lock(platform.observerMutex);
+  platform.startObserver = std::move(observer);
 }
 
 void SetRunningModule(std::int32_t module) {

@@ -2,6 +2,7 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <functional>
 #include <map>
 #include <optional>
 #include <string>
@@ -33,8 +34,13 @@ struct PlatformRecord {
 /// A copy of the current record. Thread-safe.
 PlatformRecord SnapshotPlatform();
 
-/// The result of the start callback; none until it has returned. Thread-safe, cheap enough to poll.
+/// The result of the start callback; none until it has returned. Thread-safe.
 std::optional<bool> StartCallbackResult();
+
+/// Sets what is called, on the platform's thread, when StartCallbackResult has got its value;
+/// empty: nothing. After the return the former observer is not called any more. It must not set
+/// another one; exceptions are ignored. Thread-safe.
+void SetStartObserver(std::function<void()> observer);
 
 /// Sets the result of KPX_GetRunningModule, which is 1 by default. Thread-safe.
 void SetRunningModule(std::int32_t module);

@@ -26,9 +26,13 @@ class StopSignal {
   StopSignal(const StopSignal&) = delete;
   StopSignal& operator=(const StopSignal&) = delete;
 
-  /// Waits for a request, at most for `limit`. Requests received before the call are kept; each is
-  /// returned once. Thread-safe.
+  /// Waits for a request or a call of Wake, at most for `limit`. Requests received before the call
+  /// are kept; each is returned once. Thread-safe.
   std::optional<StopRequest> WaitFor(std::chrono::milliseconds limit);
+
+  /// Ends a call of WaitFor without a request: the running one, or else the next. Several calls
+  /// before that count as one. Thread-safe.
+  void Wake();
 
   /// The requests that are not received any more, because other code in the process has installed
   /// another handler or ignores the signal. Always empty on Windows, where this is not known.

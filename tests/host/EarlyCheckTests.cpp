@@ -4,6 +4,7 @@
 
 #include <filesystem>
 
+#include "tests/support/Latch.h"
 #include "tests/support/ProductTree.h"
 
 namespace fs = std::filesystem;
@@ -101,6 +102,14 @@ TEST_F(EarlyCheckOfProduct, WaitsForTheFrame) {
   EXPECT_TRUE(check.WaitFor(milliseconds(60'000)));
   EXPECT_TRUE(check.IsDone());
   EXPECT_FALSE(check.WaitFor(milliseconds(0)));
+}
+
+TEST_F(EarlyCheckOfProduct, SaysWhenItIsDone) {
+  Latch done;
+  EarlyCheck check(tree.ExeDirectory(), 1, [&done] { done.Arrive(); });
+  check.Continue(std::nullopt);
+  EXPECT_TRUE(done.Wait());
+  EXPECT_TRUE(check.IsDone());
 }
 
 TEST(EarlyCheck, MayDelayAStartByTwentyMillisecondsAndTwoPerCent) {

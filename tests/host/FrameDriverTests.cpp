@@ -36,6 +36,20 @@ TEST(FrameDriver, MakesTheCallsOneAfterTheOtherOnItsThread) {
   EXPECT_NE(std::this_thread::get_id(), first);
 }
 
+TEST(FrameDriver, SaysWhenACallHasReturned) {
+  FrameDriver* started = nullptr;
+  bool hasEnded = false;
+  Latch said;
+  FrameDriver driver([&] {
+    hasEnded = started->WaitForEnd(std::chrono::milliseconds(0));
+    said.Arrive();
+  });
+  started = &driver;
+  driver.Begin([] {});
+  ASSERT_TRUE(said.Wait());
+  EXPECT_TRUE(hasEnded);
+}
+
 TEST(FrameDriver, EndsAfterTheCallsThatHaveBegun) {
   bool ended = false;
   {

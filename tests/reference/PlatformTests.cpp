@@ -152,6 +152,20 @@ TEST_F(Platform, FailedStartIsNeverSeenWithoutItsReason) {
   }
 }
 
+TEST_F(Platform, ItsStartObserverIsCalledOnceItsResultIsThere) {
+  std::vector<std::optional<bool>> seen;
+  SetStartObserver([&seen] { seen.push_back(StartCallbackResult()); });
+  KPX_Start(&Succeed);
+  KPX_Stop();
+  KPX_Start(&Throw);
+  KPX_Stop();
+  SetStartObserver([] { throw std::runtime_error("observer"); });
+  KPX_Start(&Succeed);
+  KPX_Stop();
+  SetStartObserver({});
+  EXPECT_EQ((std::vector<std::optional<bool>>{true, false}), seen);
+}
+
 TEST_F(Platform, RefusesToStartAndToEndWhenItIsNotInitialised) {
   EXPECT_EQ(0, KPX_UnInit());
   EXPECT_NE(0, KPX_Start(&Succeed));

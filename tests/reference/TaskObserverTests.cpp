@@ -155,6 +155,39 @@ TEST_F(TaskObservation, WhatTheObserverThrowsStopsNoTask) {
   EXPECT_TRUE(ran.Wait());
 }
 
+TEST_F(TaskObservation, IdleObserverIsCalledWhenTheLastTaskHasEnded) {
+  std::mutex mutex;
+  std::vector<std::size_t> unfinished;
+  Latch idle;
+  SetIdleObserver([&] {
+    const std::lock_guard<std::mutex> lock(mutex);
+    unfinished.push_back(UnfinishedTasks());
+    idle.Arrive();
+  });
+  ASSERT_TRUE(Grant(1, 1));
+  Latch open;
+  ASSERT_TRUE(Post([&] { open.Wait(); }));
+  ASSERT_TRUE(Post([] {}));
+  open.Arrive();
+  EXPECT_TRUE(idle.Wait());
+  SetIdleObserver({});
+  EXPECT_THAT(unfinished, ElementsAre(0U));
+}
+
+TEST_F(TaskObservation, ThreadGoesOnThoughTheIdleObserverThrows) {
+  Latch thrown(2);
+  SetIdleObserver([&] {
+    thrown.Arrive();
+    throw std::runtime_error("idle");
+  });
+  ASSERT_TRUE(Grant(1, 1));
+  ASSERT_TRUE(Post([] {}));
+  ASSERT_TRUE(EverythingIsDone());
+  ASSERT_TRUE(Post([] {}));
+  EXPECT_TRUE(thrown.Wait());
+  SetIdleObserver({});
+}
+
 TEST_F(TaskObservation, ObserverThatWasTakenAwayIsNotCalledAnyMore) {
   ASSERT_TRUE(Grant(2, 2));
   std::atomic<int> calls{0};

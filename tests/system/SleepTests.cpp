@@ -2,7 +2,9 @@
 
 #include <gtest/gtest.h>
 
+#include <cstdint>
 #include <string>
+#include <vector>
 
 #include "tests/system/MadeProduct.h"
 #include "workbench/record/FlightRecord.h"
@@ -29,12 +31,26 @@ struct ChainOfThree {
       if (phase["name"] == RunPhase::kStart) start = phase["ms"];
       if (phase["name"] == RunPhase::kStop) stop = phase["ms"];
     }
-    sleep = ReadFlightRecord(settings.record).head.sleep;
+    const FlightRecord record = ReadFlightRecord(settings.record);
+    sleep = record.head.sleep;
+    events = record.events;
+  }
+
+  /// The milliseconds from the first event of this kind and phase to the one of the other kind.
+  double Between(RunEvent::Kind first, const char* phase, RunEvent::Kind second) const {
+    std::int64_t from = 0;
+    std::int64_t to = 0;
+    for (const RunEvent& event : events) {
+      if (event.kind == first && event.phase == phase) from = event.nanoseconds;
+      if (event.kind == second) to = event.nanoseconds;
+    }
+    return static_cast<double>(to - from) * 1e-6;
   }
 
   int start = -1;  // milliseconds
   int stop = -1;
   std::string sleep;
+  std::vector<RunEvent> events;
 };
 
 TEST(Sleep, EndsEarlyUnlessAskedOtherwise) {
@@ -49,6 +65,21 @@ TEST(Sleep, LastsItsWholeTimeWithFullSleep) {
   EXPECT_GE(run.start, kTwoSleeps);
   EXPECT_GE(run.stop, kTwoSleeps);
   EXPECT_EQ("full", run.sleep);
+}
+
+TEST(Sleep, OfHubIsEndedByTheStartsAndTheStopsEnd) {
+  using Kind = RunEvent::Kind;
+  constexpr int kRuns = 8;
+  constexpr double kMost = 10;  // milliseconds on average; others use the machine, too
+  double up = 0;
+  double end = 0;
+  for (int i = 0; i < kRuns; ++i) {
+    const ChainOfThree run("");
+    up += run.Between(Kind::kPhaseEnd, RunPhase::kPlatformStart, Kind::kUp) / kRuns;
+    end += run.Between(Kind::kPhaseEnd, RunPhase::kFrameUnInit, Kind::kEnd) / kRuns;
+  }
+  EXPECT_LT(up, kMost);
+  EXPECT_LT(end, kMost);
 }
 
 }  // namespace

@@ -24,6 +24,11 @@ std::atomic<pid_t> g_process{0};
 std::atomic<int> g_writeEnd{-1};
 std::atomic<bool> g_hangUpIsIgnored{false};  // by nohup
 
+/// In the pipe, stands for a call of Wake; other bytes are numbers of signals.
+constexpr unsigned char kWake = 0;
+
+std::atomic<bool> g_wakeIsInPipe{false};
+
 [[noreturn]] void Fail(const char* what) {
   throw std::system_error(errno, std::generic_category(), what);
 }
@@ -111,7 +116,12 @@ std::optional<StopRequest> StopSignal::WaitFor(std::chrono::milliseconds limit) 
   const Clock::time_point end = Clock::now() + wait;
   while (true) {
     unsigned char signal = 0;
-    if (read(Requests().readEnd, &signal, 1) == 1) return RequestOf(signal);
+    if (read(Requests().readEnd, &signal, 1) == 1) {
+      if (signal != kWake) return RequestOf(signal);
+      // An exchange, so that the caller sees what happened before a Wake that wrote nothing.
+      g_wakeIsInPipe.exchange(false);
+      return std::nullopt;
+    }
     const auto left = std::chrono::ceil<milliseconds>(end - Clock::now());
     if (left <= milliseconds(0)) return std::nullopt;
     pollfd ready = {Requests().readEnd, POLLIN, 0};
@@ -119,6 +129,12 @@ std::optional<StopRequest> StopSignal::WaitFor(std::chrono::milliseconds limit) 
     // If other code has closed the descriptor, poll returns at once: wait here, do not spin.
     if ((ready.revents & POLLNVAL) != 0) poll(nullptr, 0, static_cast<int>(left.count()));
   }
+}
+
+void StopSignal::Wake() {
+  if (g_wakeIsInPipe.exchange(true)) return;
+  // A write to a full pipe fails, but then WaitFor does not wait.
+  if (write(Requests().writeEnd, &kWake, 1) != 1) g_wakeIsInPipe = false;
 }
 
 std::vector<StopRequest> StopSignal::Displaced() const {

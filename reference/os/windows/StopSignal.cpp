@@ -15,6 +15,9 @@ constexpr int kRequests = 3;
 /// ends.
 HANDLE g_requests[kRequests] = {};
 
+/// An event for Wake, created and kept likewise; reset by the wait that it ends.
+HANDLE g_wake = nullptr;
+
 StopRequest RequestOf(DWORD event) {
   if (event == CTRL_C_EVENT) return StopRequest::kInterrupt;
   return event == CTRL_BREAK_EVENT ? StopRequest::kTerminate : StopRequest::kHangUp;
@@ -47,15 +50,22 @@ StopSignal::StopSignal() {
     semaphore = CreateSemaphoreW(nullptr, 0, LONG_MAX, nullptr);
     if (semaphore == nullptr) Fail(GetLastError());
   }
+  g_wake = CreateEventW(nullptr, FALSE, FALSE, nullptr);
+  if (g_wake == nullptr) Fail(GetLastError());
   if (SetConsoleCtrlHandler(&OnConsoleEvent, TRUE) == 0) Fail(GetLastError());
 }
 
 std::optional<StopRequest> StopSignal::WaitFor(std::chrono::milliseconds limit) {
   const auto wait = std::clamp<long long>(limit.count(), 0, INT_MAX);
+  const HANDLE objects[] = {g_requests[0], g_requests[1], g_requests[2], g_wake};
   const DWORD which =
-      WaitForMultipleObjects(kRequests, g_requests, FALSE, static_cast<DWORD>(wait));
+      WaitForMultipleObjects(kRequests + 1, objects, FALSE, static_cast<DWORD>(wait));
   if (which >= WAIT_OBJECT_0 + kRequests) return std::nullopt;
   return static_cast<StopRequest>(which - WAIT_OBJECT_0);
+}
+
+void StopSignal::Wake() {
+  SetEvent(g_wake);
 }
 
 std::vector<StopRequest> StopSignal::Displaced() const {
