@@ -14,15 +14,20 @@ namespace fs = std::filesystem;
 
 namespace {
 
-constexpr double kPollMilliseconds = 200;  // interval at which the frame looks for ready plugins
+constexpr double kPollMilliseconds = 200;   // interval at which the frame looks for ready plugins
+constexpr double kPluginMilliseconds = 50;  // what Init and UnInit of most plugins take
 
 const fs::path kData = TEV_BENCH_DATA;
 
-/// Runs `product`, whose start and stop need at least `levels` polling intervals of the frame, and
-/// reports the time beyond these intervals as the frame's own.
-void MeasureRun(benchmark::State& state, const fs::path& product, double levels) {
+/// How the frame sleeps between two looks for ready plugins.
+constexpr char kFull[] = "";
+constexpr char kEarly[] = "--early";
+
+/// Runs `product`, whose start and stop need at least `least` milliseconds each, and reports the
+/// time beyond these as the frame's own.
+void MeasureRun(benchmark::State& state, const fs::path& product, double least, const char* sleep) {
   for (auto _ : state) {
-    std::map<std::string, double> run = RunTimed(product);
+    std::map<std::string, double> run = RunTimed(product, sleep);
     if (run.empty()) {
       state.SkipWithError("the run failed");
       return;
@@ -30,7 +35,7 @@ void MeasureRun(benchmark::State& state, const fs::path& product, double levels)
     state.SetIterationTime(run["start_ms"] * 1e-3);
     for (const std::string phase : {"start", "stop"}) {
       state.counters[phase + "_ms"] = run[phase + "_ms"];
-      state.counters[phase + "_own_ms"] = run[phase + "_ms"] - levels * kPollMilliseconds;
+      state.counters[phase + "_own_ms"] = run[phase + "_ms"] - least;
       state.counters[phase + "_cpu_ms"] = run[phase + "_cpu_ms"];
     }
     state.counters["waiting_ms"] = run["first_init_ms"];
@@ -38,21 +43,37 @@ void MeasureRun(benchmark::State& state, const fs::path& product, double levels)
   }
 }
 
-/// A chain of as many plugins as the argument says, 50 ms each: one level for each plugin.
-void Chain(benchmark::State& state) {
-  const auto depth = static_cast<std::size_t>(state.range(0));
+/// A product that is a chain of `depth` plugins, 50 ms each: one level for each plugin.
+fs::path WriteChain(std::size_t depth) {
   std::vector<GeneratedPlugin> plugins = IndependentPlugins(depth);
   for (std::size_t i = 1; i < depth; ++i) plugins[i].dependsOn = {plugins[i - 1].id};
   const fs::path product = kData / "chain" / std::to_string(depth);
   WriteProduct(product, plugins, 1);
-  MeasureRun(state, product, static_cast<double>(depth));
+  return product;
+}
+
+/// A chain of as many plugins as the argument says.
+void Chain(benchmark::State& state) {
+  const auto depth = static_cast<std::size_t>(state.range(0));
+  MeasureRun(state, WriteChain(depth), static_cast<double>(depth) * kPollMilliseconds, kFull);
+}
+
+void EarlyChain(benchmark::State& state) {
+  const auto depth = static_cast<std::size_t>(state.range(0));
+  MeasureRun(state, WriteChain(depth), static_cast<double>(depth) * kPluginMilliseconds, kEarly);
 }
 
 /// As many plugins as the argument says, 50 ms each, without dependencies.
 void Independent(benchmark::State& state) {
   const fs::path product = kData / "independent";
   WriteProduct(product, IndependentPlugins(static_cast<std::size_t>(state.range(0))), 1);
-  MeasureRun(state, product, 1);
+  MeasureRun(state, product, kPollMilliseconds, kFull);
+}
+
+void EarlyIndependent(benchmark::State& state) {
+  const fs::path product = kData / "early" / std::to_string(state.range(0));
+  WriteProduct(product, IndependentPlugins(static_cast<std::size_t>(state.range(0))), 1);
+  MeasureRun(state, product, kPluginMilliseconds, kEarly);
 }
 
 /// As many plugins as the argument says, 50 ms each, which all wait for one more plugin of 1900 ms:
@@ -60,7 +81,37 @@ void Independent(benchmark::State& state) {
 void Waiting(benchmark::State& state) {
   const fs::path product = kData / "waiting";
   WriteProduct(product, WaitingPlugins(static_cast<std::size_t>(state.range(0))), 1);
-  MeasureRun(state, product, 11);
+  MeasureRun(state, product, 11 * kPollMilliseconds, kFull);
+}
+
+void EarlyWaiting(benchmark::State& state) {
+  const fs::path product = kData / "early_waiting";
+  WriteProduct(product, WaitingPlugins(static_cast<std::size_t>(state.range(0))), 1);
+  MeasureRun(state, product, 1900 + kPluginMilliseconds, kEarly);
+}
+
+/// The start of four levels of ten plugins: by the frame with full sleeps and with sleeps that end
+/// early, by a parallel loader and by a serial one.
+void Levels(benchmark::State& state, const std::string& name, const fs::path& library,
+            const fs::path& slow) {
+  const std::vector<GeneratedPlugin> plugins = FourLevels(library, slow);
+  const fs::path product = kData / "levels" / name;
+  WriteProduct(product, plugins, 1);
+  for (auto _ : state) {
+    std::map<std::string, double> full = RunTimed(product, kFull);
+    std::map<std::string, double> early = RunTimed(product, kEarly);
+    const double parallel = LoadTimed(product, plugins, 10);
+    const double serial = LoadTimed(product, plugins, 0);
+    if (full.empty() || early.empty() || parallel < 0 || serial < 0) {
+      state.SkipWithError("the start failed");
+      return;
+    }
+    state.SetIterationTime(early["start_ms"] * 1e-3);
+    state.counters["full_ms"] = full["start_ms"];
+    state.counters["early_ms"] = early["start_ms"];
+    state.counters["parallel_ms"] = parallel;
+    state.counters["serial_ms"] = serial;
+  }
 }
 
 /// The peak of resident memory in Frame_Init, less the memory resident before it, and the size of
@@ -85,6 +136,34 @@ void Memory(benchmark::State& state) {
 BENCHMARK(Chain)->DenseRange(1, 6)->Iterations(1)->UseManualTime()->Unit(benchmark::kMillisecond);
 BENCHMARK(Independent)->Arg(200)->Iterations(1)->UseManualTime()->Unit(benchmark::kMillisecond);
 BENCHMARK(Waiting)->Arg(199)->Iterations(1)->UseManualTime()->Unit(benchmark::kMillisecond);
+BENCHMARK(EarlyChain)
+    ->DenseRange(1, 6)
+    ->Iterations(1)
+    ->UseManualTime()
+    ->Unit(benchmark::kMillisecond);
+BENCHMARK(EarlyIndependent)
+    ->Arg(200)
+    ->Arg(900)
+    ->Iterations(1)
+    ->UseManualTime()
+    ->Unit(benchmark::kMillisecond);
+BENCHMARK(EarlyWaiting)->Arg(199)->Iterations(1)->UseManualTime()->Unit(benchmark::kMillisecond);
+BENCHMARK_CAPTURE(Levels, nothing, "nothing", LibraryThatTakes(0), LibraryThatTakes(0))
+    ->Iterations(1)
+    ->UseManualTime()
+    ->Unit(benchmark::kMillisecond);
+BENCHMARK_CAPTURE(Levels, sleep, "sleep", LibraryThatTakes(50), LibraryThatTakes(50))
+    ->Iterations(1)
+    ->UseManualTime()
+    ->Unit(benchmark::kMillisecond);
+BENCHMARK_CAPTURE(Levels, work, "work", LibraryThatWorks(), LibraryThatWorks())
+    ->Iterations(1)
+    ->UseManualTime()
+    ->Unit(benchmark::kMillisecond);
+BENCHMARK_CAPTURE(Levels, slow, "slow", LibraryThatTakes(5), LibraryThatTakes(2000))
+    ->Iterations(1)
+    ->UseManualTime()
+    ->Unit(benchmark::kMillisecond);
 BENCHMARK(Memory)->Arg(10)->Arg(100)->Arg(300)->Arg(900)->Iterations(1)->Unit(
     benchmark::kMillisecond);
 

@@ -2,6 +2,7 @@
 // starts nothing. Prints the measurements, one line "name number" for each.
 //
 //   timed_run PRODUCT                    start and stop
+//   timed_run PRODUCT --early            the same, with sleeps that end early
 //   timed_run PRODUCT --init             Frame_Init alone
 //   timed_run PRODUCT --start [RECORD]   the start alone, with a flight record in this file
 //
@@ -27,6 +28,7 @@
 #include "reference/base/Log.h"
 #include "reference/kpx/PlatformRecord.h"
 #include "reference/xrt/ExecutablePath.h"
+#include "reference/xrt/SleepWaker.h"
 #include "sdk/base/path.h"
 #include "workbench/record/FlightRecord.h"
 #include "workbench/record/FrameLog.h"
@@ -216,6 +218,7 @@ int main(int argc, char** argv) {
     } else if (option == "--start") {
       MeasureStart(frame, argc > 3 ? argv[3] : "");
     } else {
+      EndSleepsEarly(option == "--early");
       MeasureRun(frame);
     }
   } catch (const std::exception& error) {
