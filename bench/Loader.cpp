@@ -41,7 +41,7 @@ std::vector<Plugin> ReadOrder(const std::string& bin) {
     words >> id;
     const std::size_t number = plugins.size();
     numbers[id] = number;
-    plugins.push_back({bin + "/" + id + ".dll", 0, {}});
+    plugins.push_back({std::string(bin).append("/").append(id).append(".dll"), 0, {}});
     for (std::string other; words >> other; ++plugins[number].missing) {
       plugins[numbers.at(other)].behind.push_back(number);
     }

@@ -47,7 +47,7 @@ void MeasureRun(benchmark::State& state, const fs::path& product, double least, 
 fs::path WriteChain(std::size_t depth) {
   std::vector<GeneratedPlugin> plugins = IndependentPlugins(depth);
   for (std::size_t i = 1; i < depth; ++i) plugins[i].dependsOn = {plugins[i - 1].id};
-  const fs::path product = kData / "chain" / std::to_string(depth);
+  fs::path product = kData / "chain" / std::to_string(depth);
   WriteProduct(product, plugins, 1);
   return product;
 }
