@@ -4,12 +4,12 @@
 #include <nlohmann/json.hpp>
 
 #include "workbench/record/RunOutcome.h"
+#include "workbench/report/ResultName.h"
 #include "workbench/timeline/Problems.h"
 
 namespace {
 
 using Json = nlohmann::ordered_json;
-using Result = PluginSpan::Result;
 
 constexpr int kSchema = 1;
 
@@ -27,26 +27,6 @@ Json OrNull(std::int64_t number) {
 
 Json OrNull(const std::string& text) {
   return text.empty() ? Json() : Json(text);
-}
-
-const char* Name(Result result) {
-  switch (result) {
-    case Result::kNotBegun:
-      return "not-begun";
-    case Result::kNotReturned:
-      return "not-returned";
-    case Result::kOk:
-      return "ok";
-    case Result::kFailed:
-      return "failed";
-    case Result::kNotLoaded:
-      return "not-loaded";
-    case Result::kRefused:
-      return "refused";
-    case Result::kNothingToStop:
-      return "nothing-to-stop";
-  }
-  return "";
 }
 
 const char* Name(NotReturned::Where where) {
@@ -186,7 +166,7 @@ class Writer {
   Json Span(const PhaseTimeline& phase, std::size_t plugin) const {
     if (!phase.begun) return Json();
     const PluginSpan& span = phase.spans[plugin];
-    return {{"result", Name(span.result)},
+    return {{"result", ResultName(span.result)},
             {"readyMs", MsOrNull(span.ready)},
             {"postedMs", MsOrNull(span.posted)},
             {"beginMs", MsOrNull(span.begin)},
@@ -246,8 +226,9 @@ Json TimesJson(const std::vector<TimeChange>& changes) {
 Json ComparisonJson(const Comparison& comparison) {
   Json results = Json::array();
   for (const ResultChange& change : comparison.results) {
-    results.push_back(
-        {{"plugin", change.plugin}, {"result", Name(change.now)}, {"before", Name(change.before)}});
+    results.push_back({{"plugin", change.plugin},
+                       {"result", ResultName(change.now)},
+                       {"before", ResultName(change.before)}});
   }
   return {{"runs", comparison.runs},
           {"phases", TimesJson(comparison.phases)},
