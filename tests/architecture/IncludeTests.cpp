@@ -48,7 +48,7 @@ const std::map<std::string, Allowed>& AllowedIncludes() {
       {"workbench/timeline", {{"workbench/timeline", "workbench/record", "workbench/output"}, {}}},
       {"workbench/report",
        {{"workbench/report", "workbench/timeline", "workbench/record", "workbench/output"},
-        {"fmt/", "nlohmann/"}}},
+        {"boost/graph/", "fmt/", "nlohmann/"}}},
       {"host",
        {{"host", "workbench", "sdk", "reference", "src/model"},
         {"CLI/", "fmt/", "libxml/xmlerror.h", "nlohmann/"}}},
