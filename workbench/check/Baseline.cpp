@@ -8,7 +8,7 @@
 #include <tuple>
 #include <utility>
 
-#include "workbench/check/Nearest.h"
+#include "workbench/output/Nearest.h"
 #include "workbench/output/Text.h"
 
 namespace {

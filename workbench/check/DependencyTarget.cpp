@@ -3,7 +3,7 @@
 #include <algorithm>
 
 #include "workbench/check/JudgedDependency.h"
-#include "workbench/check/Nearest.h"
+#include "workbench/output/Nearest.h"
 
 namespace {
 

@@ -3,9 +3,9 @@
 #include <algorithm>
 #include <vector>
 
-#include "workbench/check/LetterCase.h"
-#include "workbench/check/Nearest.h"
 #include "workbench/check/Words.h"
+#include "workbench/output/LetterCase.h"
+#include "workbench/output/Nearest.h"
 
 namespace {
 

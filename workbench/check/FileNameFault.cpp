@@ -5,8 +5,8 @@
 #include <cstring>
 #include <string_view>
 
-#include "workbench/check/LetterCase.h"
 #include "workbench/check/Words.h"
+#include "workbench/output/LetterCase.h"
 
 namespace {
 

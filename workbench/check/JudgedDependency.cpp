@@ -4,8 +4,8 @@
 #include <set>
 #include <utility>
 
-#include "workbench/check/Nearest.h"
 #include "workbench/check/Words.h"
+#include "workbench/output/Nearest.h"
 
 namespace {
 

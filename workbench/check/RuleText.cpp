@@ -5,8 +5,8 @@
 #include <set>
 #include <utility>
 
-#include "workbench/check/LetterCase.h"
-#include "workbench/check/Nearest.h"
+#include "workbench/output/LetterCase.h"
+#include "workbench/output/Nearest.h"
 #include "workbench/output/Text.h"
 
 namespace {

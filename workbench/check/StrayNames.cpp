@@ -6,8 +6,8 @@
 
 #include "workbench/check/FileFinding.h"
 #include "workbench/check/ModelWalk.h"
-#include "workbench/check/Nearest.h"
 #include "workbench/check/Words.h"
+#include "workbench/output/Nearest.h"
 
 namespace {
 

@@ -2,8 +2,8 @@
 
 #include <utility>
 
-#include "workbench/check/Nearest.h"
 #include "workbench/check/Words.h"
+#include "workbench/output/Nearest.h"
 
 namespace {
 

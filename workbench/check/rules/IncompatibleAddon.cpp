@@ -2,10 +2,10 @@
 #include <vector>
 
 #include "workbench/check/Addons.h"
-#include "workbench/check/Nearest.h"
 #include "workbench/check/Rule.h"
 #include "workbench/check/VersionNumbers.h"
 #include "workbench/check/Words.h"
+#include "workbench/output/Nearest.h"
 
 namespace {
 

@@ -1,7 +1,7 @@
 #include "workbench/check/LibraryWords.h"
-#include "workbench/check/Nearest.h"
 #include "workbench/check/Rule.h"
 #include "workbench/check/Words.h"
+#include "workbench/output/Nearest.h"
 
 namespace {
 

@@ -2,10 +2,10 @@
 #include <string>
 
 #include "workbench/check/FileNameFault.h"
-#include "workbench/check/LetterCase.h"
 #include "workbench/check/PluginLists.h"
 #include "workbench/check/Rule.h"
 #include "workbench/check/Words.h"
+#include "workbench/output/LetterCase.h"
 
 namespace {
 

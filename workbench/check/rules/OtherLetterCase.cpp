@@ -1,10 +1,10 @@
 #include <map>
 #include <string>
 
-#include "workbench/check/LetterCase.h"
 #include "workbench/check/PluginLists.h"
 #include "workbench/check/Rule.h"
 #include "workbench/check/Words.h"
+#include "workbench/output/LetterCase.h"
 
 namespace {
 

@@ -1,9 +1,9 @@
 #include <string>
 
 #include "workbench/check/JudgedDependency.h"
-#include "workbench/check/Nearest.h"
 #include "workbench/check/Rule.h"
 #include "workbench/check/Words.h"
+#include "workbench/output/Nearest.h"
 
 namespace {
 

@@ -4,9 +4,9 @@
 
 #include "workbench/check/DependencyTarget.h"
 #include "workbench/check/JudgedDependency.h"
-#include "workbench/check/Nearest.h"
 #include "workbench/check/Rule.h"
 #include "workbench/check/Words.h"
+#include "workbench/output/Nearest.h"
 
 namespace {
 

@@ -2,9 +2,9 @@
 #include <vector>
 
 #include "workbench/check/Addons.h"
-#include "workbench/check/Nearest.h"
 #include "workbench/check/Rule.h"
 #include "workbench/check/Words.h"
+#include "workbench/output/Nearest.h"
 
 namespace {
 

@@ -5,10 +5,10 @@
 #include <vector>
 
 #include "workbench/check/FileHints.h"
-#include "workbench/check/LetterCase.h"
-#include "workbench/check/Nearest.h"
 #include "workbench/check/Rule.h"
 #include "workbench/check/Words.h"
+#include "workbench/output/LetterCase.h"
+#include "workbench/output/Nearest.h"
 
 namespace {
 

@@ -1,11 +1,11 @@
-#include "workbench/check/Nearest.h"
+#include "workbench/output/Nearest.h"
 
 #include <algorithm>
 #include <array>
 #include <cstddef>
 #include <cstdlib>
 
-#include "workbench/check/LetterCase.h"
+#include "workbench/output/LetterCase.h"
 
 namespace {
 

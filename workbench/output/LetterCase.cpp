@@ -1,4 +1,4 @@
-#include "workbench/check/LetterCase.h"
+#include "workbench/output/LetterCase.h"
 
 #include <algorithm>
 
