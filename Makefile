@@ -5,7 +5,7 @@ BUILD = build/$(PRESET)
 HUB = $(BUILD)/bin/HUB
 
 .DEFAULT_GOAL := help
-.PHONY: help packages build demo model docs test check-products windows windows-test package package-test asan tsan coverage mutants fuzz bench lint lint-tests format clean
+.PHONY: help packages build demo model docs test check-products check-what-if windows windows-test package package-test asan tsan coverage mutants fuzz bench lint lint-tests format clean
 
 help: ## List the targets
 	@sed -n 's/^\([a-z -]*\):.*## \(.*\)/  make \1\t\2/p' $(MAKEFILE_LIST) | expand -t 22
@@ -49,6 +49,11 @@ check-products: build ## Check random products and compare with what happens: PR
 	    --program $(BUILD)/site/bin/media.recorder.exe --products $(PRODUCTS) --seed $(SEED) --list || \
 	  exit 1; done
 	@tests/check_load/check_cost.py --hub $(HUB) --fixtures $(BUILD)/fixtures
+
+RUNS ?= 200
+check-what-if: build ## Run and record random products, and compare with what is predicted: RUNS=, SEED=
+	@tests/what_if/check_what_if.py --hub $(HUB) --figures $(BUILD)/bin/what_if_figures \
+	  --libraries $(BUILD)/tests/what_if/libraries --products $(RUNS) --seed $(SEED)
 
 windows: ## Build everything for Windows x86-64, into build/windows
 	@tools/install-packages windows
