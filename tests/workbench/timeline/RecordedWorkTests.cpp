@@ -157,6 +157,18 @@ TEST(RecordedWork, HasAPluginThatEndsAboutWhenTheFrameLooks) {
   EXPECT_EQ(600'600'000, MakeSchedule(recorded.work).end);
 }
 
+TEST(RecordedWork, HasAPluginThatIsReadyAboutWhenTheFrameLooks) {
+  const Timeline timeline = MakeTimeline(RunFromText(R"(
+      first:
+      second: first
+      start 0 800.8
+      first start 0 0 0 400.3 400.3
+      second start 600.6 600.6 600.6 610 610)"));
+  const RecordedWork recorded = WorkOf(timeline, timeline.start, Mode::kSleep);
+  EXPECT_EQ(100'001, recorded.work.plugins[1].readyLag);
+  EXPECT_EQ(800'800'000, MakeSchedule(recorded.work).end);
+}
+
 TEST(RecordedWork, VisitsThePluginsInTheOrderOfTheirKeys) {
   std::string text;
   for (int i = 0; i < 902; ++i) text += "p" + std::to_string(i) + ":\n";
