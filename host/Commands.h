@@ -49,6 +49,10 @@ struct ReportOptions {
   std::string output;                // file; empty: standard output
   std::vector<std::string> against;  // files of earlier runs to compare with
   std::string budget;                // file; empty: none
+  std::vector<std::string> whatIf;   // changes, as ParseWhatIf has them
+  bool advise = false;
+  std::string focus;      // ID of a plugin, for the graph; empty: none
+  std::size_t depth = 2;  // dependencies from it
 };
 
 /// What the command line asks of `why` alone.

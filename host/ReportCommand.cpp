@@ -5,6 +5,7 @@
 #include <optional>
 #include <stdexcept>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "host/CommandLine.h"
@@ -15,11 +16,17 @@
 #include "reference/os/LocalText.h"
 #include "workbench/report/BudgetFile.h"
 #include "workbench/report/ComparisonText.h"
+#include "workbench/report/ReportDot.h"
 #include "workbench/report/ReportJson.h"
 #include "workbench/report/ReportText.h"
+#include "workbench/report/ReportTrace.h"
+#include "workbench/report/WhatIfText.h"
+#include "workbench/timeline/Advice.h"
 #include "workbench/timeline/Budget.h"
 #include "workbench/timeline/Comparison.h"
+#include "workbench/timeline/Prediction.h"
 #include "workbench/timeline/Timeline.h"
+#include "workbench/timeline/WhatIf.h"
 
 namespace fs = std::filesystem;
 
@@ -42,15 +49,34 @@ void AddOptions(CLI::App& command, Options& options) {
       ->group(run);
 
   const std::string shown = "What it shows";
-  command.add_option("--format", report.format, "text or json (default: text)")
+  command.add_option("--format", report.format, "text, json, trace or dot (default: text)")
       ->type_name("FORMAT")
-      ->check(OneOf({"text", "json"}))
+      ->check(OneOf({"text", "json", "trace", "dot"}))
       ->group(shown);
   command.add_option("--output", report.output, "Write the report to this file")
       ->type_name("FILE")
       ->check(Path())
       ->group(shown);
   AddColorOption(command, options, shown);
+  command.add_option("--focus", report.focus, "Of the graph (dot) only what is near this plugin")
+      ->type_name("PLUGIN")
+      ->group(shown);
+  command
+      .add_option("--depth", report.depth,
+                  "So many dependencies from it, in both\ndirections (default: 2)")
+      ->type_name("N")
+      ->check(Between(0, 1000000))
+      ->group(shown);
+
+  const std::string predicted = "What it would have taken";
+  command
+      .add_option("--what-if", report.whatIf,
+                  "With this change, or all of several: workers=4,\npoll=0, PLUGIN=MS, PLUGIN=50%, "
+                  "'cut A->B' (A no\nlonger depends on B), 'add A->B'")
+      ->type_name("CHANGE")
+      ->group(predicted);
+  command.add_flag("--advise", report.advise, "By which single changes most would be gained")
+      ->group(predicted);
 
   const std::string compared = "What it is compared with";
   command
@@ -96,20 +122,58 @@ std::optional<std::vector<BudgetResult>> CompareWithBudgetIn(const std::string& 
   }
 }
 
-/// A comparison alone when one is asked for, otherwise the run.
-std::string TextOf(const Timeline& timeline, const ReportAdditions& additions,
-                   const Options& options, const Output& output) {
-  if (options.report.format == "json") return ReportJson(timeline, additions);
-  const std::int64_t resolution = timeline.run.resolution;
-  std::string text;
-  if (additions.comparison) text += ComparisonText(*additions.comparison, resolution);
-  if (additions.budget) text += BudgetText(*additions.budget, resolution);
-  if (!text.empty()) return text;
+FrameLooks::Mode ModeOf(const Timeline& timeline) {
+  return timeline.run.record.head.sleep == RunHead::kEarlySleep ? FrameLooks::Mode::kEarlyEnd
+                                                                : FrameLooks::Mode::kSleep;
+}
+
+ReportStyle StyleOf(const Options& options, const Output& output) {
   const bool onTerminal = options.report.output.empty() && output.IsTerminal();
   ReportStyle style;
   style.color = WantsColor(options.color, onTerminal);
   if (onTerminal) style.columns = static_cast<std::size_t>(output.Columns());
-  return ReportText(timeline, style);
+  return style;
+}
+
+std::string PredictionText(const Timeline& timeline, const std::vector<std::string>& changes,
+                           const ReportStyle& style) {
+  ParsedWhatIf parsed = ParseWhatIf(changes, timeline);
+  if (!parsed.error.empty()) throw UsageError("--what-if: " + parsed.error);
+  return WhatIfText(timeline, Predict(timeline, ModeOf(timeline), std::move(parsed.changes)),
+                    style);
+}
+
+/// What was asked for beside the run itself; empty when nothing was.
+std::string AdditionsText(const Timeline& timeline, const ReportAdditions& additions,
+                          const Options& options, const ReportStyle& style) {
+  const ReportOptions& report = options.report;
+  const std::int64_t resolution = timeline.run.resolution;
+  std::string text;
+  if (additions.comparison) text += ComparisonText(*additions.comparison, resolution);
+  if (additions.budget) text += BudgetText(*additions.budget, resolution);
+  if (!report.whatIf.empty()) text += PredictionText(timeline, report.whatIf, style);
+  if (report.advise) text += AdviceText(timeline, Advise(timeline, ModeOf(timeline)), style);
+  return text;
+}
+
+std::string GraphText(const Timeline& timeline, const ReportOptions& report) {
+  DotOptions graph;
+  graph.depth = report.depth;
+  if (!report.focus.empty()) graph.focus = report.focus;
+  const std::string fault = graph.focus ? FocusFault(timeline, *graph.focus) : std::string();
+  if (!fault.empty()) throw UsageError("--focus: " + fault);
+  return ReportDot(timeline, graph);
+}
+
+std::string TextOf(const Timeline& timeline, const ReportAdditions& additions,
+                   const Options& options, const Output& output) {
+  const std::string& format = options.report.format;
+  if (format == "json") return ReportJson(timeline, additions);
+  if (format == "trace") return ReportTrace(timeline);
+  if (format == "dot") return GraphText(timeline, options.report);
+  const ReportStyle style = StyleOf(options, output);
+  const std::string text = AdditionsText(timeline, additions, options, style);
+  return text.empty() ? ReportText(timeline, style) : text;
 }
 
 bool IsExceeded(const std::optional<std::vector<BudgetResult>>& budget) {
