@@ -123,7 +123,8 @@ std::string WhatIsWrong(const Options& options) {
     return "--record and --no-record: only one of them";
   for (const auto& [option, value] :
        {std::pair("--bin", options.bin), std::pair("--log", options.log),
-        std::pair("--record", options.record), std::pair("--output", options.check.output),
+        std::pair("--record", options.record), std::pair("--state", options.state),
+        std::pair("--output", options.check.output),
         std::pair("--baseline", options.check.baseline),
         std::pair("--write-baseline", options.check.writeBaseline),
         std::pair("--against", options.check.against), std::pair("--with", options.check.with)}) {
@@ -206,7 +207,8 @@ std::string WrongValue(const CLI::ParseError& error, const CLI::Option& option) 
   const std::string name = option.get_name();
   if (option.get_expected_max() == 0) return name + " takes no value";
   const std::vector<std::string>& values = option.results();
-  if (values.size() > 1) return name + " is given " + Count(values.size(), "time");
+  if (values.size() > 1 && option.get_expected_max() == 1)
+    return name + " is given " + Count(values.size(), "time");
   if (dynamic_cast<const CLI::ArgumentMismatch*>(&error) != nullptr) {
     return name + " needs a value: " + name + " " + option.get_type_name();
   }

@@ -62,6 +62,13 @@ struct WhyOptions {
   std::string record;  // file; empty: that of the last run
 };
 
+/// How `run` delays the plugins' starts.
+struct DelayOptions {
+  std::optional<int> shuffle;        // seed of every plugin's delay; none: no such delays
+  int shuffleOver = 1000;            // milliseconds within which these delays lie
+  std::vector<std::string> plugins;  // as "PLUGIN=MILLISECONDS", instead of the seed's
+};
+
 /// What the command line asks for.
 struct Options {
   std::string bin;  // used as the executable's folder; empty: the folder of HUB itself
@@ -81,10 +88,14 @@ struct Options {
 
   std::string record;  // file; empty: one in the user's state folder
   bool noRecord = false;
+  std::string state;  // folder; empty: the user's state folder
 
   std::optional<double> seconds;       // how long to run; none: until a stop request
   std::optional<double> startTimeout;  // seconds; none: no limit
   double stopTimeout = 90;             // seconds during which no plugin finishes its stop
+  bool untilUp = false;                // stop as soon as it is up
+
+  DelayOptions delays;
 
   CheckOptions check;
   ReportOptions report;

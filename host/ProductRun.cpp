@@ -20,6 +20,7 @@
 #include "reference/os/LocalText.h"
 #include "sdk/base/log.h"
 #include "sdk/base/path.h"
+#include "workbench/output/Text.h"
 #include "workbench/product/StartGraph.h"
 
 namespace {
@@ -56,10 +57,13 @@ ProductRun::ProductRun(const Options& options, HostContext& context)
       m_clock(RunClock::Now()),
       m_bin(GetCurExeDir()),
       m_record(options, PathFromLocal(m_bin).parent_path(), m_clock),
-      m_monitor([this](const std::string& line) {
-        if (const RecordPermit permit; permit) m_record.WriteLine(line);
-        if (m_options.events) m_context.output.Write(line + "\n");
-      }),
+      m_delays(DelaysOf(options.delays)),
+      m_monitor(
+          [this](const std::string& line) {
+            if (const RecordPermit permit; permit) m_record.WriteLine(line);
+            if (m_options.events) m_context.output.Write(line + "\n");
+          },
+          [this](const std::string& plugin) { m_delays.Wait(plugin); }),
       m_reporter(options, context, m_record, m_monitor),
       m_driver([&stop = context.stop] { stop.Wake(); }) {}
 
@@ -84,6 +88,8 @@ void ProductRun::Begin() {
   m_monitor.Begin(m_head);
   m_reporter.LogHead(m_head);
   for (const Finding& finding : m_record.Findings()) m_reporter.ReportFinding(finding);
+  const std::string delays = DelaysText(m_options.delays);
+  if (!delays.empty()) m_reporter.ReportFinding({Severity::kNote, delays});
 }
 
 bool ProductRun::LoadFrame() {
@@ -150,12 +156,14 @@ void ProductRun::WaitForStopRequest() {
   }
   if (m_facts.callbackResult) {
     m_reporter.ReportUp((SteadyNanoseconds() - m_startNs) / 1'000'000, m_stopAsked);
+    if (m_options.untilUp && !m_stopAsked) RequestStop("--until-up");
   }
   WaitUntil([this] { return m_stopAsked; });
 }
 
 /// Calls Frame_Stop and Frame_UnInit.
 void ProductRun::Stop() {
+  m_delays.End();
   m_stopLimit.emplace(m_options.stopTimeout, SteadyNanoseconds());
   if (m_facts.startResult) Call(kFrameStop, [this] { m_frame->Stop(); });
   ReportNotes();
@@ -271,6 +279,7 @@ void ProductRun::RequestStop(const std::string& who) {
   request.kind = RunEvent::Kind::kStopRequest;
   request.text = who;
   m_monitor.Add(std::move(request));
+  m_delays.End();
   if (std::exchange(m_stopAsked, true)) return;
   m_facts.stoppedBy = who;
   m_reporter.ReportLine("Stopping (" + who + ").");
@@ -323,9 +332,19 @@ void ProductRun::ReportModel(std::int64_t frameInitNs) {
   std::vector<std::string> cycles;
   for (const auto& cycle : FindCycles(MakeStartGraph(model))) cycles.push_back(CycleText(cycle));
   m_reporter.SetCycles(std::move(cycles));
-  m_monitor.SetPlugins(PluginHeads(model, m_bin));
+  const std::vector<PluginHead> plugins = PluginHeads(model, m_bin);
+  m_monitor.SetPlugins(plugins);
+  ReportUndelayed(plugins);
   m_early->Continue(HandedOverOf(std::move(platform)));
   ReportEarlyFindings(EarlyCheck::Limit(std::chrono::nanoseconds(frameInitNs)));
+}
+
+/// Warns of each --delay for a plugin that the frame does not start.
+void ProductRun::ReportUndelayed(const std::vector<PluginHead>& plugins) {
+  for (const std::string& plugin : UnknownDelayed(m_options.delays, plugins)) {
+    m_reporter.ReportFinding({Severity::kWarning, "--delay \"" + Escaped(plugin) +
+                                                      "\": the frame starts no plugin of this ID"});
+  }
 }
 
 /// Reports the early findings, once, when they are known within `limit`.

@@ -19,6 +19,7 @@
 #include "host/RunReporter.h"
 #include "host/RunVerdict.h"
 #include "host/RunWaking.h"
+#include "host/StartDelays.h"
 #include "host/StopLimit.h"
 #include "workbench/product/ProductName.h"
 
@@ -66,6 +67,7 @@ class ProductRun {
   void ReportModel(std::int64_t frameInitNs);
   void ReportEarlyFindings(std::chrono::milliseconds limit);
   void ReportNotes();
+  void ReportUndelayed(const std::vector<PluginHead>& plugins);
   void ExplainFailure();
   void AddPhase(RunEvent::Kind kind, const char* phase);
 
@@ -75,6 +77,7 @@ class ProductRun {
   const RunClock m_clock;
   const std::string m_bin;  // with a separator behind it
   RunRecord m_record;
+  StartDelays m_delays;
   RunMonitor m_monitor;
   RunReporter m_reporter;
   std::optional<FrameLibrary> m_frame;

@@ -1,10 +1,12 @@
 #include <CLI/CLI.hpp>
 #include <cmath>
+#include <limits>
 #include <string>
 
 #include "host/CommandLine.h"
 #include "host/Commands.h"
 #include "host/ProductRun.h"
+#include "host/StartDelays.h"
 #include "reference/base/ThreadPools.h"
 #include "reference/xrt/SleepWaker.h"
 
@@ -20,6 +22,40 @@ CLI::Validator Seconds() {
         return good ? std::string() : "\"" + text + "\" is no number of seconds from 0 up";
       },
       std::string());
+}
+
+/// Accepts PLUGIN=MILLISECONDS.
+CLI::Validator PluginDelay() {
+  return CLI::Validator(
+      [](const std::string& text) {
+        return ParsePluginDelay(text) ? std::string()
+                                      : "\"" + text + "\" is no PLUGIN=MS with whole milliseconds";
+      },
+      std::string());
+}
+
+void AddDelayOptions(CLI::App& command, DelayOptions& delays) {
+  const std::string order = "The order of the start";
+  command
+      .add_option("--shuffle", delays.shuffle,
+                  "Delay each plugin's start by a time that\nfollows from this number and its ID")
+      ->type_name("SEED")
+      ->check(Between(0, std::numeric_limits<int>::max()))
+      ->group(order);
+  command
+      .add_option("--shuffle-over", delays.shuffleOver,
+                  "Delays of --shuffle lie within so many\nmilliseconds (default: 1000)")
+      ->type_name("MS")
+      ->check(Between(1, 3'600'000))
+      ->group(order);
+  command
+      .add_option("--delay", delays.plugins,
+                  "PLUGIN=MS: begin this plugin's start not before\nso many milliseconds of the "
+                  "start; repeatable")
+      ->type_name("DELAY")
+      ->allow_extra_args(false)
+      ->check(PluginDelay())
+      ->group(order);
 }
 
 void AddOptions(CLI::App& command, Options& options) {
@@ -42,6 +78,7 @@ void AddOptions(CLI::App& command, Options& options) {
       ->type_name("S")
       ->check(Seconds())
       ->group(limits);
+  command.add_flag("--until-up", options.untilUp, "Stop as soon as it is up")->group(limits);
   command
       .add_option(
           "--workers", options.workers,
@@ -55,6 +92,7 @@ void AddOptions(CLI::App& command, Options& options) {
                 "for plugins that are ready, as with a\n"
                 "runtime that cannot end a sleep early")
       ->group(limits);
+  AddDelayOptions(command, options.delays);
 
   const std::string shown = "What it shows";
   command.add_flag("--json", options.json, "One JSON object at the end, nothing else")
@@ -73,6 +111,14 @@ void AddOptions(CLI::App& command, Options& options) {
       ->check(Path())
       ->group(kept);
   command.add_flag("--no-record", options.noRecord, "Write no flight record")->group(kept);
+  command
+      .add_option(
+          "--state", options.state,
+          "Folder of the records, of the lock and of what\nthe next run reads (default: the "
+          "user's)")
+      ->type_name("DIR")
+      ->check(Path())
+      ->group(kept);
 }
 
 ExitStatus Run(const Options& options, HostContext& context) {

@@ -69,7 +69,8 @@ void NameThreadAfter(const FrameEvent& event) {
 
 }  // namespace
 
-RunMonitor::RunMonitor(LineSink sink) : m_sink(std::move(sink)) {
+RunMonitor::RunMonitor(LineSink sink, StartHook beforeStart)
+    : m_sink(std::move(sink)), m_beforeStart(std::move(beforeStart)) {
   SetLogObserver([this](int level, const std::string& module, const std::string& text) {
     OnLogLine(level, module, text);
   });
@@ -121,6 +122,9 @@ void RunMonitor::OnLogLine(int level, const std::string& module, const std::stri
   if (event) {
     TrackPluginCode(*event);
     NameThreadAfter(*event);
+    if (m_beforeStart && event->kind == FrameEvent::Kind::kLoadTaskBegin) {
+      m_beforeStart(event->plugin);
+    }
   }
   if (module == kLoaderModule) t_loaderMessage.Set(text);
   if (event) AddReason(*event);

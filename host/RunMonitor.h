@@ -26,8 +26,12 @@ class RunMonitor {
   /// while the monitor's lock is held.
   using LineSink = std::function<void(const std::string& lines)>;
 
-  /// `sink` may be empty.
-  explicit RunMonitor(LineSink sink);
+  /// Called when a plugin's load task begins, on its thread, before the event of that; no lock of
+  /// the monitor is held.
+  using StartHook = std::function<void(const std::string& plugin)>;
+
+  /// Both may be empty.
+  explicit RunMonitor(LineSink sink, StartHook beforeStart = {});
   ~RunMonitor();
   RunMonitor(const RunMonitor&) = delete;
   RunMonitor& operator=(const RunMonitor&) = delete;
@@ -55,6 +59,7 @@ class RunMonitor {
   void AddEvents(const std::vector<RunEvent>& events);
 
   const LineSink m_sink;
+  const StartHook m_beforeStart;
 
   mutable std::mutex m_mutex;  // held while lines are written
   std::mutex m_postedMutex;    // taken under m_mutex or alone, and held only for a moment

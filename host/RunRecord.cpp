@@ -19,7 +19,9 @@ constexpr char kWithoutRecord[] = "; --no-record runs without one, --record FILE
 RunRecord::RunRecord(const Options& options, const fs::path& bin, const RunClock& clock) {
   fs::path file;  // empty: no record is written
   try {
-    file = UseStateFolder(bin, clock);
+    file = UseStateFolder(
+        options.state.empty() ? UserStateFolder() : fs::absolute(PathFromLocal(options.state)), bin,
+        clock);
   } catch (const std::exception& error) {
     if (!options.noRecord && options.record.empty()) {
       m_findings.push_back(
@@ -65,10 +67,10 @@ std::size_t RunRecord::LostLines() const {
   return m_writer ? m_writer->LostLines() : 0;
 }
 
-/// Takes the product's lock in the user's state folder, even when the record lies elsewhere.
+/// Takes the product's lock in the state folder, even when the record lies elsewhere.
 /// Returns the path that this run's record would have in that folder.
-fs::path RunRecord::UseStateFolder(const fs::path& bin, const RunClock& clock) {
-  const fs::path state = UserStateFolder();
+fs::path RunRecord::UseStateFolder(const fs::path& state, const fs::path& bin,
+                                   const RunClock& clock) {
   if (state.empty()) throw std::runtime_error("the user has no folder for it");
   std::error_code error;
   const fs::path resolved = fs::weakly_canonical(bin, error);  // the same for every spelling of it

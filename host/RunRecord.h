@@ -44,7 +44,8 @@ class RunRecord {
   const std::vector<Finding>& Findings() const { return m_findings; }
 
  private:
-  std::filesystem::path UseStateFolder(const std::filesystem::path& bin, const RunClock& clock);
+  std::filesystem::path UseStateFolder(const std::filesystem::path& state,
+                                       const std::filesystem::path& bin, const RunClock& clock);
   void TakeLock(const std::filesystem::path& file);
   void Recall(const std::filesystem::path& next);
   void Remember();

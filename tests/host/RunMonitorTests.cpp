@@ -81,6 +81,15 @@ TEST_F(Monitor, WritesTheHeadAndThePluginsFirst) {
   EXPECT_EQ("b", m_monitor.State().Plugins()[1].head.id);
 }
 
+TEST(MonitorWithAStartHook, CallsItBeforeTheStartIsRecorded) {
+  std::vector<std::string> order;
+  const RunMonitor monitor([&order](const std::string&) { order.emplace_back("line"); },
+                           [&order](const std::string& plugin) { order.push_back(plugin); });
+  LogAsFrame(3, "[Plugin Load]Plugin [a] SinglePluginLoad Begin.");
+  LogAsFrame(3, "[Plugin]start frame plugin Being path= [bin/a.dll]");
+  EXPECT_EQ((std::vector<std::string>{"a", "line"}), order);
+}
+
 TEST_F(Monitor, MakesEventsOfTheFramesLinesAsTheyAreLogged) {
   LogAsFrame(3, "[Plugin Load]Plugin [a] SinglePluginLoad Begin.");
   LogAsFrame(3, "[Plugin]start frame plugin Being path= [bin/a.dll]");
