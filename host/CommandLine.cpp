@@ -2,6 +2,7 @@
 
 #include <CLI/CLI.hpp>
 #include <algorithm>
+#include <cmath>
 #include <cstdint>
 #include <filesystem>
 #include <fstream>
@@ -33,15 +34,17 @@ constexpr char kFooter[] =
     "  HUB run --start-timeout 60 --log hub.log  HUB's own folder, for a supervisor\n"
     "  HUB check --bin /srv/site/bin             what is wrong with the product\n"
     "  HUB report                                where the last run's time went\n"
+    "  HUB shake --bin /srv/site/bin             which order of the start it depends on\n"
     "  HUB model --bin /srv/site/bin             what the frame makes of the files\n"
     "\n"
     "Exit status of run: 0 all plugins started and stopped; 1 the frame failed;\n"
     "2 wrong use; 3 up, but degraded; 4 stopped before it was up, or left with\n"
     "plugins that had not returned; of a crash: the signal's own.\n"
-    "Exit status of check: 0 no findings that count; 1 findings; 2 it cannot check.";
+    "Exit status of check: 0 no findings that count; 1 findings; 2 it cannot check.\n"
+    "Exit status of shake: 0 nothing found; 1 found; 2 it cannot run; 4 stopped.";
 
 std::vector<Command> Commands() {
-  return {RunCommand(), CheckCommand(), ReportCommand(), WhyCommand(), ModelCommand()};
+  return {RunCommand(), CheckCommand(), ReportCommand(), WhyCommand(), ShakeCommand(), ModelCommand()};
 }
 
 std::string Quoted(const std::string& word) {
@@ -127,7 +130,8 @@ std::string WhatIsWrong(const Options& options) {
         std::pair("--output", options.check.output),
         std::pair("--baseline", options.check.baseline),
         std::pair("--write-baseline", options.check.writeBaseline),
-        std::pair("--against", options.check.against), std::pair("--with", options.check.with)}) {
+        std::pair("--against", options.check.against), std::pair("--with", options.check.with),
+        std::pair("--keep", options.shake.keep)}) {
     if (value.rfind("--", 0) != 0) continue;
     return std::string(option) + " needs a value, and " + Quoted(value) + " is an option";
   }
@@ -261,6 +265,17 @@ CLI::Validator Between(int least, int most) {
                           std::to_string(most);
       },
       std::string());  // no text for the help: the option's own help line names the range
+}
+
+CLI::Validator Seconds() {
+  return CLI::Validator(
+      [](const std::string& text) {
+        double seconds = 0;
+        const bool good =
+            CLI::detail::lexical_cast(text, seconds) && std::isfinite(seconds) && seconds >= 0;
+        return good ? std::string() : "\"" + text + "\" is no number of seconds from 0 up";
+      },
+      std::string());
 }
 
 CLI::Validator OneOf(const std::vector<std::string>& words) {

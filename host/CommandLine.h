@@ -17,6 +17,9 @@ CLI::Validator Path();
 /// Accepts whole numbers from `least` to `most`.
 CLI::Validator Between(int least, int most);
 
+/// Accepts a finite number of seconds, zero or more.
+CLI::Validator Seconds();
+
 /// Accepts one of `words`.
 CLI::Validator OneOf(const std::vector<std::string>& words);
 

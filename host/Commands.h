@@ -62,6 +62,14 @@ struct WhyOptions {
   std::string record;  // file; empty: that of the last run
 };
 
+/// What the command line asks of `shake` alone.
+struct ShakeOptions {
+  int runs = 20;  // in different orders, without the first run and the experiments
+  int seed = 0;   // of the first shuffled order
+  std::string format = "text";
+  std::string keep;  // folder for the records; empty: they are removed
+};
+
 /// How `run` delays the plugins' starts.
 struct DelayOptions {
   std::optional<int> shuffle;        // seed of every plugin's delay; none: no such delays
@@ -100,6 +108,7 @@ struct Options {
   CheckOptions check;
   ReportOptions report;
   WhyOptions why;
+  ShakeOptions shake;
 };
 
 /// What every command needs; created at the start of main, destroyed at its end.
@@ -132,6 +141,9 @@ Command CheckCommand();
 
 /// `report`: shows where the time of a recorded run went.
 Command ReportCommand();
+
+/// `shake`: runs the product in many orders and finds dependencies that it does not declare.
+Command ShakeCommand();
 
 /// `run`: starts the product, shows its plugins, and stops it on request or after a time.
 Command RunCommand();

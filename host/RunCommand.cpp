@@ -1,5 +1,4 @@
 #include <CLI/CLI.hpp>
-#include <cmath>
 #include <limits>
 #include <string>
 
@@ -11,18 +10,6 @@
 #include "reference/xrt/SleepWaker.h"
 
 namespace {
-
-/// Accepts a finite number of seconds, zero or more.
-CLI::Validator Seconds() {
-  return CLI::Validator(
-      [](const std::string& text) {
-        double seconds = 0;
-        const bool good =
-            CLI::detail::lexical_cast(text, seconds) && std::isfinite(seconds) && seconds >= 0;
-        return good ? std::string() : "\"" + text + "\" is no number of seconds from 0 up";
-      },
-      std::string());
-}
 
 /// Accepts PLUGIN=MILLISECONDS.
 CLI::Validator PluginDelay() {
