@@ -56,6 +56,14 @@ std::vector<std::string> Started(const std::vector<PluginHead>& plugins) {
   return started;
 }
 
+/// The product's folder as the text names it: by the words of --bin where they lead to it.
+std::string ShownFolder(const std::string& option, const fs::path& bin) {
+  const fs::path given = PathFromLocal(option);
+  const bool isPlain = given.has_filename() && given.filename() != "." && given.filename() != "..";
+  const fs::path folder = isPlain ? given.parent_path() : bin.parent_path();
+  return folder.empty() ? std::string() : LocalFromPath((folder / "").generic_string());
+}
+
 /// The line at which a dependency of the description would be added.
 int DeclarationLine(const CheckedFile& file) {
   for (const XmlNode& node : file.tree.root.children) {
@@ -105,6 +113,7 @@ ShakeReport ShakeSession::Make() {
   m_report.analysis = Analyse(m_plugins, m_runs);
   m_report.toolVersion = TEV_VERSION;
   m_report.bin = m_options.bin;
+  m_report.shownFolder = ShownFolder(m_options.bin, m_bin);
   m_report.folder = LocalFromPath(m_bin.generic_string());
   m_report.plugins = m_started.size();
   m_report.runs = m_runs.size();

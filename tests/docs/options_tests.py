@@ -40,6 +40,9 @@ class Options(unittest.TestCase):
     def test_of_why_are_in_the_second_table(self):
         self.assertEqual(sorted(of_help("why")), sorted([*of_tables("report.md")[1], "--help"]))
 
+    def test_of_shake_are_in_its_table(self):
+        self.assertEqual(sorted(of_help("shake")), sorted([*of_tables("shake.md")[0], "--help"]))
+
 
 if __name__ == "__main__":
     unittest.main()

@@ -71,8 +71,8 @@ std::string MissingText(const ShakeReport& report, const MissingDependency& miss
   if (!isOne) text += "    the runs do not say which of them; more runs (--runs) may\n";
   const auto place = report.places.find(missing.plugin);
   if (place != report.places.end()) {
-    text += fmt::format("    declare the dependency: {}:{}\n", Escaped(place->second.file),
-                        place->second.line);
+    text += fmt::format("    declare the dependency: {}:{}\n",
+                        Escaped(report.shownFolder + place->second.file), place->second.line);
   }
   return text + "    see it again: " + Again(report, missing.options) + "\n";
 }
@@ -103,16 +103,23 @@ std::string HeadText(const ShakeReport& report) {
                      Count(report.plugins, "plugin"), Count(report.runs, "run"), report.seconds);
 }
 
+/// "1 missing dependency, 2 changes without an explanation".
+std::string FoundText(const ShakeAnalysis& analysis) {
+  const std::size_t missing = analysis.missing.size();
+  const std::size_t changes = analysis.unexplained.size();
+  std::string text;
+  if (missing != 0) {
+    text = missing == 1 ? "1 missing dependency" : fmt::format("{} missing dependencies", missing);
+  }
+  if (changes != 0) {
+    text += text.empty() ? "" : ", ";
+    text += fmt::format("{} without an explanation", Count(changes, "change"));
+  }
+  return text.empty() ? "no plugin's start depends on an order that is not declared" : text;
+}
+
 std::string EndText(const ShakeReport& report) {
-  const ShakeAnalysis& analysis = report.analysis;
-  std::string text =
-      report.HasFindings()
-          ? fmt::format("{}, {} without an explanation",
-                        analysis.missing.size() == 1
-                            ? std::string("1 missing dependency")
-                            : fmt::format("{} missing dependencies", analysis.missing.size()),
-                        Count(analysis.unexplained.size(), "change"))
-          : "no plugin's start depends on an order that is not declared";
+  std::string text = FoundText(report.analysis);
   if (report.badRecords != 0) {
     text += fmt::format("; {} left no record that can be read", Count(report.badRecords, "run"));
   }
