@@ -1,5 +1,5 @@
 #!/usr/bin/python3
-"""options_tests.py HUB DOCS: whether the tables of options in hub.md, check.md and report.md of the
+"""options_tests.py HUB DOCS: whether the tables of options in hub.md, check.md, report.md and shake.md of the
 folder DOCS have the options of the commands' help with their values, no more and no fewer."""
 
 import re

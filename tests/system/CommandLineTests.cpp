@@ -58,7 +58,7 @@ class CommandLine : public testing::Test {
 };
 
 TEST_F(CommandLine, WithoutACommandIsRefused) {
-  const std::string commands = "; there are run, check, report, why and model (HUB --help)\n";
+  const std::string commands = "; there are run, check, report, why, shake and model (HUB --help)\n";
   EXPECT_EQ("HUB: no command is given" + commands, Refused(""));
   EXPECT_EQ("HUB: \"fly\" is no command" + commands, Refused("fly"));
   EXPECT_EQ("HUB: \"-\" is no command" + commands, Refused("-"));
@@ -218,6 +218,7 @@ TEST_F(CommandLine, OfHelpOrTheVersionPrintsThatInEightyColumns) {
                                                        {"check --help", "check"},
                                                        {"report --help", "report"},
                                                        {"why --help", "why"},
+{"shake --help", "shake"},
                                                        {"model --help", "model"}};
   for (const auto& [arguments, name] : pages) {
     const HubResult result = RunHub(arguments);

@@ -18,6 +18,7 @@ struct ShakeReport {
   std::string productName;  // empty when it is not known
   std::string productVersion;
   std::string bin;              // the folder given by --bin; empty: not given
+  std::string shownFolder;      // of the product, before the names of its files; ends in "/"
   std::string folder;           // absolute, with "/" between names: of META_INFO
   std::size_t plugins = 0;      // that the frame starts
   std::size_t runs = 0;         // that were evaluated

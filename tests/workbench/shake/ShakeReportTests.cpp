@@ -44,7 +44,7 @@ TEST(ShakeReport, NamesEachFindingAndHowToSeeItAgain) {
   EXPECT_EQ(
       "NVX 2.6.0 in /srv/a site/bin: 6 plugins, 21 runs in 12 s\n"
       "error: report.server fails when it starts before config.server is up (7 of 7 runs; well in "
-      "9 of 9 runs after it): \"no \\x1B config\"\n"
+      "9 of 9 runs after it): \"no \\x1b config\"\n"
       "    declare the dependency: a site/bin/META_INFO/report.server/report.server.xml:12\n"
       "    see it again: HUB run --bin \"a site/bin\" --delay config.server=500\n"
       "error: map.server crashes when it starts before one of a, b and (no ID) is up (1 of 1 run; "
