@@ -34,7 +34,7 @@ constexpr char kFooter[] =
     "  HUB run --start-timeout 60 --log hub.log  HUB's own folder, for a supervisor\n"
     "  HUB check --bin /srv/site/bin             what is wrong with the product\n"
     "  HUB report                                where the last run's time went\n"
-    "  HUB shake --bin /srv/site/bin             which order of the start it depends on\n"
+    "  HUB shake --bin /srv/site/bin             which order it depends on\n"
     "  HUB model --bin /srv/site/bin             what the frame makes of the files\n"
     "\n"
     "Exit status of run: 0 all plugins started and stopped; 1 the frame failed;\n"

@@ -32,7 +32,7 @@ class Shake : public testing::Test {
 };
 
 TEST_F(Shake, FindsTheMissingDependency) {
-  const HubResult result = Run("other.server", "--runs 4 --format json");
+  const HubResult result = Run("other.server", "--runs 6 --format json");
   EXPECT_EQ(1, result.status) << result.errors;
   json missing = result.Json()["missing"];
   ASSERT_EQ(1U, missing.size()) << result.output;
