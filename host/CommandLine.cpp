@@ -44,7 +44,8 @@ constexpr char kFooter[] =
     "Exit status of shake: 0 nothing found; 1 found; 2 it cannot run; 4 stopped.";
 
 std::vector<Command> Commands() {
-  return {RunCommand(), CheckCommand(), ReportCommand(), WhyCommand(), ShakeCommand(), ModelCommand()};
+  return {RunCommand(), CheckCommand(), ReportCommand(),
+          WhyCommand(), ShakeCommand(), ModelCommand()};
 }
 
 std::string Quoted(const std::string& word) {

@@ -71,6 +71,5 @@ ExitStatus Run(const Options& options, HostContext& context) {
 }  // namespace
 
 Command ShakeCommand() {
-  return {"shake", "Start the product in many orders, find dependencies that are not declared",
-          &AddOptions, &Run};
+  return {"shake", "Find dependencies that are not declared, by many starts", &AddOptions, &Run};
 }
