@@ -13,12 +13,6 @@ std::string PlatformVersion() {
   return text;
 }
 
-/// The argument in double quotes when it contains blanks or quotes or is empty.
-std::string Quoted(const std::string& argument) {
-  const bool plain = !argument.empty() && argument.find_first_of(" \t\"'") == std::string::npos;
-  return plain ? argument : "\"" + argument + "\"";
-}
-
 }  // namespace
 
 RunHead MakeRunHead(const RunClock& clock, const std::string& bin,
@@ -41,16 +35,4 @@ RunHead MakeRunHead(const RunClock& clock, const std::string& bin,
   head.cores = UsableCores();
   head.sleep = fullSleep ? RunHead::kFullSleep : RunHead::kEarlySleep;
   return head;
-}
-
-std::string HeadLine(const RunHead& head) {
-  std::string command;
-  for (const std::string& argument : head.commandLine) {
-    command += (command.empty() ? "" : " ") + Quoted(argument);
-  }
-  std::string product = head.product.empty() ? "(without a name)" : head.product;
-  if (!head.productVersion.empty()) product += " " + head.productVersion;
-  return fmt::format("HUB {}, frame {}, platform {}, pid {} on {}, product {} in {}: {}",
-                     head.hubVersion, head.frameVersion, head.platformVersion, head.pid, head.host,
-                     product, head.path, command);
 }

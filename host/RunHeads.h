@@ -12,6 +12,3 @@
 RunHead MakeRunHead(const RunClock& clock, const std::string& bin,
                     const std::vector<std::string>& commandLine, const ProductName& product,
                     bool fullSleep);
-
-/// The head as one line of text, with which a run begins in the log.
-std::string HeadLine(const RunHead& head);

@@ -4,7 +4,6 @@
 
 #include <utility>
 
-#include "host/RunHeads.h"
 #include "host/RunJson.h"
 #include "host/RunTable.h"
 #include "host/StatusText.h"
@@ -14,6 +13,7 @@
 #include "reference/os/LocalText.h"
 #include "sdk/base/log.h"
 #include "workbench/output/Text.h"
+#include "workbench/record/HeadLine.h"
 
 namespace {
 

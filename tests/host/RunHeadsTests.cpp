@@ -36,33 +36,4 @@ TEST(RunHead, HoldsAllThatIsKnownBeforeTheRun) {
   }
 }
 
-RunHead Head() {
-  RunHead head;
-  head.hubVersion = "1.0";
-  head.frameVersion = "1.1";
-  head.platformVersion = "1.2";
-  head.pid = 7;
-  head.host = "harbour";
-  head.path = "/srv/site/bin/";
-  return head;
-}
-
-TEST(HeadLine, NamesVersionsProcessProductFolderAndCommandLine) {
-  RunHead head = Head();
-  head.product = "NVX";
-  head.productVersion = "2.6.0";
-  head.commandLine = {"HUB", "run", "my folder", "", "a\"b", "a'b", "a\tb"};
-  EXPECT_EQ(
-      "HUB 1.0, frame 1.1, platform 1.2, pid 7 on harbour, product NVX 2.6.0 in /srv/site/bin/: "
-      "HUB run \"my folder\" \"\" \"a\"b\" \"a'b\" \"a\tb\"",
-      HeadLine(head));
-}
-
-TEST(HeadLine, SaysWhenTheProductHasNoName) {
-  EXPECT_EQ(
-      "HUB 1.0, frame 1.1, platform 1.2, pid 7 on harbour, product (without a name) in "
-      "/srv/site/bin/: ",
-      HeadLine(Head()));
-}
-
 }  // namespace
