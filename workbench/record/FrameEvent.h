@@ -53,6 +53,8 @@ struct FrameEvent {
     kStartAbandoned,        // plugin, reason; number: the count. Its task threw
     kNotLoadedCounted,      // plugin; number: the count
     kLoadSkipped,           // plugin, reason; number: the count. Its task was refused or too late
+    kStartCountedSomehow,   // plugin; number: the count. kStartCounted or kStartFailedCounted, of a
+                            // line whose level is not known
 
     // Frame_Stop
     kFrameStopBegin,
@@ -80,6 +82,8 @@ struct FrameEvent {
     kStopRefusedCounted,    // plugin; number: the count
     kNothingToStopCounted,  // plugin; number: the count. It was not loaded
     kUnloadSkipped,         // plugin, reason; number: the count. Its task was refused
+    kStopCountedSomehow,    // plugin; number: the count. kStopCounted or kStopRefusedCounted, of a
+                            // line whose level is not known
 
     // Frame_UnInit
     kFrameUnInitBegin,

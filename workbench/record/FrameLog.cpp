@@ -1,5 +1,7 @@
 #include "workbench/record/FrameLog.h"
 
+#include <algorithm>
+#include <array>
 #include <charconv>
 #include <stdexcept>
 #include <string_view>
@@ -226,6 +228,50 @@ std::optional<FrameEvent> MatchBody(const FrameLogRow& row, std::string_view bod
   return event;
 }
 
+/// The kind of a row's event when the line's level is not known.
+Kind WithoutLevel(Kind kind) {
+  switch (kind) {
+    case Kind::kStartCounted:
+    case Kind::kStartFailedCounted:
+      return Kind::kStartCountedSomehow;
+    case Kind::kStopCounted:
+    case Kind::kStopRefusedCounted:
+      return Kind::kStopCountedSomehow;
+    default:
+      return kind;
+  }
+}
+
+/// The bytes with which the rows' texts begin.
+const std::array<bool, 256>& FirstBytes() {
+  static const std::array<bool, 256> bytes = [] {
+    std::array<bool, 256> all{};
+    for (const FrameLogRow& row : FrameLogRows()) {
+      all[static_cast<unsigned char>(row.texts.front().front())] = true;
+    }
+    return all;
+  }();
+  return bytes;
+}
+
+bool BeginsARow(std::string_view body) {
+  const auto& rows = FrameLogRows();
+  return std::any_of(rows.begin(), rows.end(), [&](const FrameLogRow& row) {
+    return body.compare(0, row.texts.front().size(), row.texts.front()) == 0;
+  });
+}
+
+std::optional<FrameEvent> MatchWithoutLevel(std::string_view body) {
+  for (const FrameLogRow& row : FrameLogRows()) {
+    if (row.level == Level::kFatal) continue;
+    std::optional<FrameEvent> event = MatchBody(row, body);
+    if (!event) continue;
+    event->kind = WithoutLevel(event->kind);
+    return event;
+  }
+  return std::nullopt;
+}
+
 }  // namespace
 
 const std::vector<FrameLogRow>& FrameLogRows() {
@@ -251,6 +297,27 @@ std::optional<FrameEvent> ParseFrameLog(int level, const std::string& module,
     if (body.compare(0, row.texts.front().size(), row.texts.front()) != 0) continue;
     if (module != row.module || !Matches(row.level, level)) continue;
     if (std::optional<FrameEvent> event = MatchBody(row, body)) return event;
+  }
+  return std::nullopt;
+}
+
+std::optional<FoundFrameLog> FindFrameLog(std::string_view line) {
+  constexpr int kMostTries = 4;  // a line that repeats a row's text takes no quadratic time
+  const std::array<bool, 256>& firstBytes = FirstBytes();
+  const std::size_t open = line.find('[');
+  const std::size_t last = line.rfind(']');
+  if (open == std::string_view::npos || last == std::string_view::npos) return std::nullopt;
+  const std::size_t source = line.rfind('[', last);
+  int tries = 0;
+  for (std::size_t close = line.find(']', open); close < source && tries < kMostTries;
+       close = line.find(']', close + 1)) {
+    if (!firstBytes[static_cast<unsigned char>(line[close + 1])]) continue;
+    const std::string_view body = line.substr(close + 1, source - close - 1);
+    if (!BeginsARow(body)) continue;
+    if (auto event = MatchWithoutLevel(body)) {
+      return FoundFrameLog{line.rfind('[', close), std::move(*event)};
+    }
+    ++tries;
   }
   return std::nullopt;
 }

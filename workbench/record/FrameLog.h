@@ -1,7 +1,9 @@
 #pragma once
 
+#include <cstddef>
 #include <optional>
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include "workbench/record/FrameEvent.h"
@@ -38,3 +40,16 @@ std::optional<FrameEvent> MatchFrameLog(const FrameLogRow& row, int level,
 /// The event of a log line; none when no row matches it. Thread-safe.
 std::optional<FrameEvent> ParseFrameLog(int level, const std::string& module,
                                         const std::string& text);
+
+/// A line of the frame in the log of a host that writes lines in a form of its own.
+struct FoundFrameLog {
+  std::size_t begin = 0;  // of the frame's text in the line: the bracket before the function
+  FrameEvent event;
+};
+
+/// The event of a line that contains a text of the frame behind whatever its host writes before it;
+/// none when it contains none. Thread-safe.
+///
+/// Neither level nor module are known. Lines that differ only by their level become
+/// kStartCountedSomehow and kStopCountedSomehow; a line that only its level makes an event is none.
+std::optional<FoundFrameLog> FindFrameLog(std::string_view line);

@@ -49,6 +49,7 @@ struct RunEvent {
                    // the record: the exit status, -1 where a signal ends the process
     kEnd           // status, number: the exit status, totals, text: the sentence
   };
+  /// kNone, where an event has a result: a log does not say it.
   enum class Result { kNone, kOk, kFailed, kNotLoaded, kRefused };
 
   Kind kind = Kind::kEnd;

@@ -3,27 +3,12 @@
 #include <algorithm>
 #include <utility>
 
+#include "workbench/record/OneLine.h"
+
 namespace {
 
 using Kind = FrameEvent::Kind;
 using Result = RunEvent::Result;
-
-/// `text` in one line, with control bytes as \xNN.
-std::string OneLine(const std::string& text) {
-  constexpr char digits[] = "0123456789abcdef";
-  std::string line;
-  for (const char c : text) {
-    const auto byte = static_cast<unsigned char>(c);
-    if (byte >= 0x20 && byte != 0x7f) {
-      line += c;
-      continue;
-    }
-    line += "\\x";
-    line += digits[byte >> 4U];
-    line += digits[byte & 0xFU];
-  }
-  return line;
-}
 
 RunEvent MakeEvent(const RunEventSource::Where& where, RunEvent::Kind kind) {
   RunEvent event;
@@ -242,6 +227,8 @@ void RunEventSource::OnStartLine(const Where& where, const FrameEvent& event, Ev
       return Count(where, m_start, event, Result::kOk, "", events);
     case Kind::kStartFailedCounted:
       return Count(where, m_start, event, Result::kFailed, "", events);
+    case Kind::kStartCountedSomehow:
+      return Count(where, m_start, event, Result::kNone, "", events);
     case Kind::kStartAbandoned:
       return Count(where, m_start, event, Result::kFailed, "its start task threw: " + event.reason,
                    events);
@@ -300,6 +287,9 @@ void RunEventSource::OnStopLine(const Where& where, const FrameEvent& event, Eve
     case Kind::kStopRefusedCounted:
       EndUnInit(where, Result::kRefused, "its UnInit returned false", events);
       return Count(where, m_stop, event, Result::kRefused, "", events);
+    case Kind::kStopCountedSomehow:
+      EndUnInit(where, Result::kNone, "", events);
+      return Count(where, m_stop, event, Result::kNone, "", events);
     case Kind::kNothingToStopCounted:
       return Count(where, m_stop, event, Result::kNotLoaded, "", events);
     case Kind::kUnloadSkipped:

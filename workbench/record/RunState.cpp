@@ -174,13 +174,14 @@ void RunState::ApplyCount(const RunEvent& event) {
   if (event.phase == RunPhase::kStart) {
     // The count decides: a task that runs out of memory after a successful Init counts as failed.
     plugin.startCounted = true;
+    if (event.result == Result::kNone) return;
     plugin.started = StartedBy(event.result);
     if (!StopHasBegun(plugin)) SetState(plugin, plugin.started, event.nanoseconds);
     if (!event.text.empty()) plugin.reason = event.text;
     return;
   }
   plugin.stopCounted = true;
-  if (event.result == Result::kNotLoaded) return;
+  if (event.result == Result::kNotLoaded || event.result == Result::kNone) return;
   SetState(plugin, event.result == Result::kRefused ? State::kStopRefused : State::kStopped,
            event.nanoseconds);
   if (!event.text.empty()) plugin.stopReason = event.text;

@@ -28,7 +28,7 @@ struct PluginRun {
   State state = State::kWaiting;
   State started = State::kWaiting;  // how its start ended: kStarted, kInitFailed, kNotLoaded;
                                     // kWaiting before its end
-  bool startCounted = false;
+  bool startCounted = false;        // when a log does not say with which result, the states stay
   bool stopCounted = false;       // also for a plugin that had nothing to stop; its `state` stays:
                                   // its Init may still run, or its start never began
   std::int64_t initMs = -1;       // duration of Init; -1: it has not returned

@@ -26,6 +26,8 @@ Span::Result ResultOf(const RunEvent& counted) {
       return start ? Span::Result::kNotLoaded : Span::Result::kNothingToStop;
     case Result::kRefused:
       return Span::Result::kRefused;
+    case Result::kNone:
+      return Span::Result::kNotKnown;
     default:
       return Span::Result::kOk;
   }

@@ -27,8 +27,9 @@ struct PluginSpan {
     kOk,
     kFailed,  // its Init
     kNotLoaded,
-    kRefused,       // its stop
-    kNothingToStop  // the stop found nothing that was loaded
+    kRefused,        // its stop
+    kNothingToStop,  // the stop found nothing that was loaded
+    kNotKnown        // its work has ended; a log does not say how
   };
 
   std::int64_t ready = kUnknown;
