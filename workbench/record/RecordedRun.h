@@ -3,6 +3,7 @@
 #include <cstdint>
 #include <filesystem>
 #include <string>
+#include <vector>
 
 #include "workbench/record/FlightRecord.h"
 
@@ -19,7 +20,8 @@ struct RecordedRun {
   std::int64_t resolution = 1;  // nanoseconds; closer times cannot be told apart
   bool knowsTasks = true;       // when tasks were posted and begun
   bool knowsThreads = true;
-  bool knowsEdges = true;  // PluginHead::dependsOn
+  bool knowsEdges = true;          // PluginHead::dependsOn
+  std::vector<std::string> notes;  // sentences: why times or results may be wrong or are missing
 };
 
 /// The run of a flight record. Throws as ReadFlightRecord does.
