@@ -16,6 +16,9 @@ constexpr std::int64_t kLeapYear = 366 * kDay;
 /// Lines of several threads are stamped before they are written, and so a little out of order.
 constexpr std::int64_t kDisorder = 5 * kSecond;
 
+/// About 127 years: with stamps until 2100 all times fit in 64 bits.
+constexpr std::int64_t kMostShift = 4'000'000'000 * kSecond;
+
 bool IsStartCount(Kind kind) {
   return kind == Kind::kStartCounted || kind == Kind::kStartFailedCounted ||
          kind == Kind::kStartCountedSomehow || kind == Kind::kStartAbandoned ||
@@ -87,10 +90,10 @@ std::int64_t LogRun::At(const LogStamp& stamp) {
                                                                            : 0;
   const std::int64_t back = m_lastStamp - stamp.nanoseconds;
   if (period > 0 && back > period / 2) {
-    m_shift += period;
+    m_shift = std::min(m_shift + period, kMostShift);
   } else if (back > kDisorder) {
-    m_shift += back;
-    m_setBack += back;
+    m_shift = std::min(m_shift + back, kMostShift);
+    m_setBack = std::min(m_setBack + back, kMostShift);
   }
   m_lastStamp = back > 0 && back <= kDisorder ? m_lastStamp : stamp.nanoseconds;
   m_last = std::max(m_last, stamp.nanoseconds + m_shift);

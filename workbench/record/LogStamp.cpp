@@ -118,8 +118,8 @@ std::optional<LogStamp> StampOf(const Fields& read, const std::string& text) {
   if (!day.ok()) {
     stamp.date = LogStamp::Date::kNone;
   } else {
-    // Nanoseconds since 1970 end in 2262.
-    if (day.year() < date::year(1970) || day.year() > date::year(2261)) return std::nullopt;
+    // So that sums of times fit in 64 bits.
+    if (day.year() < date::year(1970) || day.year() > date::year(2100)) return std::nullopt;
     time += date::sys_days(day).time_since_epoch();
   }
   if (read.offset != kNoOffset && std::chrono::abs(read.offset) < std::chrono::hours(24)) {
