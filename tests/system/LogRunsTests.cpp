@@ -16,6 +16,12 @@ namespace fs = std::filesystem;
 
 namespace {
 
+/// Why a plugin failed. Of a library that was not loaded HUB looks for a better reason than the
+/// loader's, which is in the record alone.
+std::string Reason(const PluginRun& plugin) {
+  return plugin.started == PluginRun::State::kNotLoaded ? "" : ReasonText(plugin);
+}
+
 /// What became of each plugin, in the order of their names, then how each was counted, in order.
 std::string Summary(const RecordedRun& run) {
   RunState state;
@@ -31,7 +37,7 @@ std::string Summary(const RecordedRun& run) {
     if (plugin.head.kind != "server" && plugin.head.kind != "platform") continue;
     lines.push_back(plugin.head.id + " " + OutcomeWord(plugin) + " " +
                     std::to_string(plugin.initMs) + " " + std::to_string(plugin.uninitMs) + " " +
-                    ReasonText(plugin) + "\n");
+                    Reason(plugin) + "\n");
   }
   std::sort(lines.begin(), lines.end());
   std::string text;
@@ -116,13 +122,14 @@ TEST_F(LogOfARun, OfRandomProductsSaysTheSameAsItsRecord) {
     }
     product.BrokenLibrary("p12", "no library");
     fs::remove(folder.Path() / "run.log");
-    product.RunUntilUp(Log(), settings);
-    SCOPED_TRACE("seed " + std::to_string(seed));
+    fs::remove(settings.record);
+    const HubResult result = product.RunUntilUp(Log(), settings);
+    SCOPED_TRACE("seed " + std::to_string(seed) + result.errors);
     ExpectTheSameAsInTheRecord();
   }
 }
 
-TEST_F(LogOfARun, InAnotherFormSaysTheSameOfWhatDoesNotFailInALibrary) {
+TEST_F(LogOfARun, InAnotherFormSaysTheSameAsItsRecord) {
   MadeProduct product;
   for (const std::string id : {"a", "b", "c"}) product.Plugin(id);
   product.Plugin("d", "well_behaved", DependsOn("a b")).Plugin("e", "init_throws", DependsOn("d"));
