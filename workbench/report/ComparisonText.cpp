@@ -27,6 +27,8 @@ const char* Words(Result result) {
       return "refused to stop";
     case Result::kNothingToStop:
       return "had nothing to stop";
+    case Result::kNotKnown:
+      return "ended, the log does not say how";
   }
   return "";
 }

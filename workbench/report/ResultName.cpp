@@ -17,6 +17,8 @@ const char* ResultName(PluginSpan::Result result) {
       return "refused";
     case Result::kNothingToStop:
       return "nothing-to-stop";
+    case PluginSpan::Result::kNotKnown:
+      return "not-known";
   }
   return "";
 }
