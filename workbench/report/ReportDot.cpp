@@ -35,6 +35,8 @@ const char* ResultText(Result result) {
       return "refused";
     case Result::kNothingToStop:
       return "nothing to stop";
+    case Result::kNotKnown:
+      return "result not known";
     case Result::kOk:
       return "";
   }

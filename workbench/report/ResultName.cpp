@@ -17,7 +17,7 @@ const char* ResultName(PluginSpan::Result result) {
       return "refused";
     case Result::kNothingToStop:
       return "nothing-to-stop";
-    case PluginSpan::Result::kNotKnown:
+    case Result::kNotKnown:
       return "not-known";
   }
   return "";
