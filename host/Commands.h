@@ -44,7 +44,9 @@ struct CheckOptions {
 
 /// What the command line asks of `report` alone.
 struct ReportOptions {
-  std::vector<std::string> runs;  // files; none: the last run
+  std::vector<std::string> runs;  // files of records and logs; none: the record of the last run
+  std::size_t run = 0;            // which of the runs in them, from 1; 0: the last
+  std::string timeFormat;         // of the stamps in logs; empty: a known form
   std::string format = "text";
   std::string output;                // file; empty: standard output
   std::vector<std::string> against;  // files of earlier runs to compare with

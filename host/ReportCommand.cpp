@@ -11,9 +11,13 @@
 #include "host/CommandLine.h"
 #include "host/Commands.h"
 #include "host/FileContent.h"
-#include "host/LastRecord.h"
+#include "host/PluginHeads.h"
+#include "host/ReadProduct.h"
+#include "host/RunFiles.h"
 #include "host/Screen.h"
 #include "reference/os/LocalText.h"
+#include "workbench/output/Text.h"
+#include "workbench/record/LogStamp.h"
 #include "workbench/report/BudgetFile.h"
 #include "workbench/report/ComparisonText.h"
 #include "workbench/report/ReportDot.h"
@@ -36,16 +40,24 @@ void AddOptions(CLI::App& command, Options& options) {
   ReportOptions& report = options.report;
   const std::string run = "The run";
   command
-      .add_option("RECORD", report.runs,
-                  "The flight record of the run (default: that of\nthe last run; with --bin of "
-                  "that product)")
+      .add_option(
+          "RUNS", report.runs,
+          "Flight records and logs (default: the record of\nthe last run; with --bin of that "
+          "product)")
       ->type_name("")
       ->check(Path())
-      ->expected(0, 1)
       ->group(run);
-  command.add_option("--bin", options.bin, "Folder of META_INFO and the plugin libraries")
-      ->type_name("DIR")
-      ->check(Path())
+  command
+      .add_option("--run", report.run,
+                  "Which of several runs, from 1 for the first\n(default: the last)")
+      ->type_name("N")
+      ->check(Between(1, 1000000))
+      ->group(run);
+  AddProductOptions(command, options);
+  command
+      .add_option("--time-format", report.timeFormat,
+                  "How stamps in logs are written, as for\nstrptime: '%d/%m/%Y %H:%M:%S'")
+      ->type_name("FORMAT")
       ->group(run);
 
   const std::string shown = "What it shows";
@@ -95,19 +107,45 @@ void AddOptions(CLI::App& command, Options& options) {
       ->group(compared);
 }
 
-Timeline ReadTimeline(const fs::path& file) {
-  try {
-    return MakeTimeline(ReadRecordedRun(file));
-  } catch (const std::runtime_error& error) {
-    throw UsageError(error.what());
+/// What is known of logs besides their lines; the product is read only when there is a log.
+LogOptions LogsOf(const Options& options, HostContext& context) {
+  const ReportOptions& report = options.report;
+  LogOptions logs;
+  logs.timeFormat = report.timeFormat;
+  const std::string problem = LogStamps::Problem(report.timeFormat);
+  if (!problem.empty()) throw UsageError("--time-format: " + problem);
+  std::vector<std::string> files = report.runs;
+  files.insert(files.end(), report.against.begin(), report.against.end());
+  const bool all = std::all_of(files.begin(), files.end(), [](const std::string& file) {
+    return IsFlightRecord(PathFromLocal(file));
+  });
+  if (options.bin.empty() || all) return logs;
+  if (const auto product = ReadProductIn(options.bin, options.module, context)) {
+    logs.plugins = PluginHeads(product->model, options.bin + "/");
   }
+  return logs;
+}
+
+/// The run that is reported.
+Timeline ReadTimeline(const Options& options, const LogOptions& logs) {
+  const ReportOptions& report = options.report;
+  if (report.runs.empty()) return MakeTimeline(ReadRecord(LastRecord(options.bin)));
+  std::vector<RecordedRun> runs = ReadRunFiles(report.runs, logs);
+  if (report.run > runs.size()) {
+    throw UsageError("--run: there " + std::string(runs.size() == 1 ? "is " : "are ") +
+                     Count(runs.size(), "run"));
+  }
+  const std::size_t position = report.run == 0 ? runs.size() - 1 : report.run - 1;
+  return MakeTimeline(std::move(runs[position]));
 }
 
 std::optional<Comparison> CompareWith(const std::vector<std::string>& against,
-                                      const Timeline& timeline) {
+                                      const LogOptions& logs, const Timeline& timeline) {
   if (against.empty()) return std::nullopt;
   std::vector<Timeline> before;
-  for (const std::string& file : against) before.push_back(ReadTimeline(PathFromLocal(file)));
+  for (RecordedRun& run : ReadRunFiles(against, logs)) {
+    before.push_back(MakeTimeline(std::move(run)));
+  }
   return Compare(timeline, before);
 }
 
@@ -183,9 +221,9 @@ bool IsExceeded(const std::optional<std::vector<BudgetResult>>& budget) {
 
 ExitStatus Report(const Options& options, HostContext& context) {
   const ReportOptions& report = options.report;
-  const Timeline timeline = ReadTimeline(report.runs.empty() ? LastRecord(options.bin)
-                                                             : PathFromLocal(report.runs.front()));
-  const ReportAdditions additions{CompareWith(report.against, timeline),
+  const LogOptions logs = LogsOf(options, context);
+  const Timeline timeline = ReadTimeline(options, logs);
+  const ReportAdditions additions{CompareWith(report.against, logs, timeline),
                                   CompareWithBudgetIn(report.budget, timeline)};
   const std::string text = TextOf(timeline, additions, options, context.output);
   if (report.output.empty()) {

@@ -3,23 +3,19 @@
 #include <map>
 #include <memory>
 #include <optional>
-#include <stdexcept>
 #include <string>
 #include <utility>
 #include <vector>
 
 #include "host/CommandLine.h"
 #include "host/Commands.h"
-#include "host/FrameLibrary.h"
-#include "host/LastRecord.h"
 #include "host/PluginHeads.h"
-#include "host/ProductCheck.h"
-#include "host/ProductFolder.h"
-#include "host/UnlessStopped.h"
+#include "host/ReadProduct.h"
+#include "host/RunFiles.h"
 #include "reference/os/LocalText.h"
 #include "reference/os/ProcessPath.h"
 #include "workbench/check/DeclaredDependencies.h"
-#include "workbench/check/Nearest.h"
+#include "workbench/output/Nearest.h"
 #include "workbench/output/Text.h"
 #include "workbench/report/WhyText.h"
 #include "workbench/timeline/Timeline.h"
@@ -47,18 +43,9 @@ void AddOptions(CLI::App& command, Options& options) {
 }
 
 std::optional<RecordedRun> ReadRun(const Options& options) {
-  std::optional<fs::path> file;
-  if (options.why.record.empty()) {
-    file = FindLastRecord(options.bin);
-  } else {
-    file = PathFromLocal(options.why.record);
-  }
-  if (!file) return std::nullopt;
-  try {
-    return ReadRecordedRun(*file);
-  } catch (const std::runtime_error& error) {
-    throw UsageError(error.what());
-  }
+  if (!options.why.record.empty()) return ReadRecord(PathFromLocal(options.why.record));
+  const std::optional<fs::path> file = FindLastRecord(options.bin);
+  return file ? std::optional<RecordedRun>(ReadRecord(*file)) : std::nullopt;
 }
 
 /// The folder of the product's executables: that of the command line, else that of the record, else
@@ -67,20 +54,6 @@ std::string BinOf(const Options& options, const std::optional<RecordedRun>& run)
   if (!options.bin.empty()) return options.bin;
   if (run) return LocalFromPath(fs::u8path(run->record.head.path));
   return LocalFromPath(PathFromLocal(ProcessPath()).parent_path());
-}
-
-/// The product on disk; null when it cannot be read.
-std::unique_ptr<CheckedProduct> ReadProduct(const std::string& bin, const Options& options,
-                                            HostContext& context) {
-  const auto place = FindProduct(PathFromLocal(bin), SystemNames());
-  if (!place) return nullptr;
-  UseProductFolder(bin);
-  std::unique_ptr<CheckedProduct> product;
-  ReadUnlessStopped(context, [&] {
-    const FrameLibrary frame(FrameLibrary::PathBesideProgram());
-    product = ReadProductWithFrame(*place, options.module, frame, nullptr);
-  });
-  return product;
 }
 
 /// Where dependencies are declared, as findings name places. Reads a description's dependencies
@@ -120,7 +93,7 @@ std::size_t FindPlugin(const Timeline& timeline, const std::string& id) {
 ExitStatus Why(const Options& options, HostContext& context) {
   std::optional<RecordedRun> run = ReadRun(options);
   const std::string bin = BinOf(options, run);
-  const std::unique_ptr<CheckedProduct> product = ReadProduct(bin, options, context);
+  const std::unique_ptr<CheckedProduct> product = ReadProductIn(bin, options.module, context);
   if (!run && product == nullptr) throw UsageError("--bin: " + bin + " is no folder");
   RecordedRun graph;  // of a product that has not run
   if (!run) graph.record.plugins = PluginHeads(product->model, bin + "/");

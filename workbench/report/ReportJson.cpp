@@ -76,6 +76,7 @@ class Writer {
             {"name", run.name},
             {"resolutionMs", Ms(run.resolution)},
             {"unreadableLines", run.record.unreadableLines},
+            {"notes", run.notes},
             {"knows",
              {{"tasks", run.knowsTasks},
               {"threads", run.knowsThreads},

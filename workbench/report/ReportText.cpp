@@ -120,6 +120,7 @@ class Writer {
       from += "; " + Count(m_timeline.run.record.unreadableLines, "unreadable line");
     }
     Sentence(from);
+    for (const std::string& note : m_timeline.run.notes) Sentence("note: " + Escaped(note));
   }
 
   /// "; not known: threads, dependencies": what the run does not say.

@@ -31,7 +31,7 @@ TEST(ReportJsons, HoldTheWholeRun) {
   EXPECT_EQ(Json::parse(R"({
     "schema": 1,
     "source": {"kind": "record", "name": "run.jsonl", "resolutionMs": 0.000001,
-      "unreadableLines": 0, "knows": {"tasks": true, "threads": true, "dependencies": true}},
+      "unreadableLines": 0, "notes": [], "knows": {"tasks": true, "threads": true, "dependencies": true}},
     "product": "NVX", "productVersion": null, "path": null, "time": "2026-11-21T18:46:59.123Z",
     "zone": null, "hubVersion": null, "frameVersion": null, "end": null,
     "phases": [{"name": "start", "beginMs": 10.0, "ms": 390.0}],

@@ -1,5 +1,6 @@
-#include "host/LastRecord.h"
+#include "host/RunFiles.h"
 
+#include <stdexcept>
 #include <system_error>
 
 #include "host/Commands.h"
@@ -23,4 +24,23 @@ fs::path LastRecord(const std::string& bin) {
   throw UsageError((bin.empty() ? "there is no record of a run"
                                 : "there is no record of a run of the product in " + bin) +
                    "; HUB run writes one, or name its file: HUB report FILE");
+}
+
+RecordedRun ReadRecord(const fs::path& file) {
+  try {
+    return ReadRecordedRun(file);
+  } catch (const std::runtime_error& error) {
+    throw UsageError(error.what());
+  }
+}
+
+std::vector<RecordedRun> ReadRunFiles(const std::vector<std::string>& files,
+                                      const LogOptions& logs) {
+  std::vector<fs::path> paths;
+  for (const std::string& file : files) paths.push_back(PathFromLocal(file));
+  try {
+    return ReadRuns(paths, logs);
+  } catch (const std::runtime_error& error) {
+    throw UsageError(error.what());
+  }
 }
