@@ -112,8 +112,10 @@ LogOptions LogsOf(const Options& options, HostContext& context) {
   const ReportOptions& report = options.report;
   LogOptions logs;
   logs.timeFormat = report.timeFormat;
-  const std::string problem = LogStamps::Problem(report.timeFormat);
-  if (!problem.empty()) throw UsageError("--time-format: " + problem);
+  if (!report.timeFormat.empty()) {
+    const std::string problem = LogStamps::Problem(report.timeFormat);
+    if (!problem.empty()) throw UsageError("--time-format: " + problem);
+  }
   std::vector<std::string> files = report.runs;
   files.insert(files.end(), report.against.begin(), report.against.end());
   const bool all = std::all_of(files.begin(), files.end(), [](const std::string& file) {
@@ -158,11 +160,6 @@ std::optional<std::vector<BudgetResult>> CompareWithBudgetIn(const std::string& 
   } catch (const std::runtime_error& error) {
     throw UsageError("--budget: " + file + ": " + error.what());
   }
-}
-
-FrameLooks::Mode ModeOf(const Timeline& timeline) {
-  return timeline.run.record.head.sleep == RunHead::kEarlySleep ? FrameLooks::Mode::kEarlyEnd
-                                                                : FrameLooks::Mode::kSleep;
 }
 
 ReportStyle StyleOf(const Options& options, const Output& output) {

@@ -3,6 +3,7 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <string>
 #include <vector>
 
@@ -93,7 +94,8 @@ TEST(Report, OfAFileThatIsNoRecordIsASentence) {
   const fs::path file = site.Path("Product.xml");
   const HubResult result = RunHub(ReportOf(file));
   EXPECT_EQ(2, result.status);
-  EXPECT_EQ("HUB: " + LocalFromPath(file) + " is no flight record: its first line is not a head\n",
+  EXPECT_EQ("HUB: " + LocalFromPath(file) +
+                " is neither a flight record nor a log with a line of the frame\n",
             result.errors);
 }
 
@@ -153,12 +155,69 @@ TEST(Report, WithABudgetThatIsExceededEndsWithOne) {
   const HubResult kept = withBudget(R"({"up": 100000})");
   EXPECT_EQ(0, kept.status);
   EXPECT_EQ("1 of 1 budget kept\n", kept.output);
-  const HubResult exceeded = withBudget(R"({"up": 0})");
+  const HubResult exceeded = withBudget(R"({"phases": {"frame-init": 0}})");
   EXPECT_EQ(1, exceeded.status);
   EXPECT_THAT(exceeded.output, HasSubstr(" ms, budget 0.0 ms, exceeded by "));
   const HubResult wrong = withBudget("5");
   EXPECT_EQ(2, wrong.status);
   EXPECT_THAT(wrong.errors, HasSubstr(": it is no object of names and milliseconds\n"));
+}
+
+TEST(Report, PredictsFromTheRecord) {
+  MadeProduct product;
+  HubSettings settings;
+  settings.record = product.Site().Path("run.jsonl");
+  product.Plugin("a.server")
+      .Plugin("b.server", "well_behaved", DependsOn("a.server"))
+      .RunUntilUp("--full-sleep", settings);
+  const HubResult result = RunHub(ReportOf(settings.record, "--what-if poll=0 --advise"));
+  EXPECT_EQ(0, result.status) << result.errors;
+  EXPECT_THAT(result.output, HasSubstr("What if poll=0\n  the start: "));
+  EXPECT_THAT(result.output, HasSubstr("if nothing waited for the next look (poll=0)\n"));
+  const HubResult wrong = RunHub(ReportOf(settings.record, "--what-if b.sever=0"));
+  EXPECT_EQ(2, wrong.status);
+  EXPECT_THAT(wrong.errors, StartsWith("HUB: --what-if: "));
+  EXPECT_THAT(wrong.errors, HasSubstr("did you mean \"b.server\"?"));
+}
+
+TEST(Report, WritesATraceAndAGraph) {
+  MadeProduct product;
+  HubSettings settings;
+  settings.record = product.Site().Path("run.jsonl");
+  product.Plugin("a.server").RunUntilUp("", settings);
+  EXPECT_TRUE(RunHub(ReportOf(settings.record, "--format trace")).Json().contains("traceEvents"));
+  EXPECT_THAT(RunHub(ReportOf(settings.record, "--format dot --focus a.server")).output,
+              StartsWith("digraph"));
+  EXPECT_THAT(RunHub(ReportOf(settings.record, "--format dot --focus b.server")).errors,
+              StartsWith("HUB: --focus: "));
+}
+
+TEST(Report, OfALogIsOfItsLastRunUnlessOneIsChosen) {
+  MadeProduct product;
+  const std::string log = LocalFromPath(product.Site().Path("hub.log"));
+  product.Plugin("a.server").RunUntilUp("--log \"" + log + "\"");
+  product.Plugin("b.server", "well_behaved", DependsOn("a.server"))
+      .RunUntilUp("--log \"" + log + "\"");
+  const auto ids = [&](const std::string& more) {
+    std::vector<std::string> names;
+    const nlohmann::json report = RunHub("report \"" + log + "\" --format json " + more).Json();
+    for (const auto& plugin : report["plugins"]) names.push_back(plugin["id"]);
+    std::sort(names.begin(), names.end());
+    return names;
+  };
+  EXPECT_EQ((std::vector<std::string>{"a.server", "b.server"}), ids(""));
+  EXPECT_EQ((std::vector<std::string>{"a.server"}), ids("--run 1"));
+  EXPECT_EQ("HUB: --run: there are 2 runs\n", RunHub("report \"" + log + "\" --run 3").errors);
+  const nlohmann::json report =
+      RunHub("report \"" + log + "\" --format json --bin " + product.Site().Bin()).Json();
+  EXPECT_EQ(2U, report["start"]["criticalPath"].size()) << report["start"];
+}
+
+TEST(Report, WithAWrongTimeFormatIsRefused) {
+  const HubResult result = RunHub("report x.log --time-format %d");
+  EXPECT_EQ(2, result.status);
+  EXPECT_THAT(result.errors,
+              StartsWith("HUB: --time-format: \"%d\" does not give the time of day"));
 }
 
 TEST(Why, NamesWhereTheDependencyIsDeclared) {

@@ -31,7 +31,7 @@ std::int64_t WorstPlugin(const PhaseTimeline& phase, FrameLooks::Mode mode,
 
 void Print(const char* name, const Timeline& timeline, const PhaseTimeline& phase,
            const std::vector<WhatIfChange>& changes) {
-  const FrameLooks::Mode mode = FrameLooks::Mode::kSleep;
+  const FrameLooks::Mode mode = ModeOf(timeline);
   const PhasePrediction prediction = Predict(timeline, phase, mode, changes);
   std::cout << R"({"phase":")" << name << R"(","unknown":")" << prediction.unknown
             << R"(","recorded":)" << prediction.recorded << R"(,"reproduced":)"

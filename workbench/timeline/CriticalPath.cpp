@@ -22,7 +22,8 @@ std::optional<std::size_t> LastPlugin(const PhaseTimeline& phase) {
   std::optional<std::size_t> last;
   const auto precedes = [&](const PluginSpan& a, const PluginSpan& b) {
     if (EndedInTime(phase, a) != EndedInTime(phase, b)) return EndedInTime(phase, a);
-    return EndedInTime(phase, a) ? a.end < b.end : a.begin > b.begin;
+    if (!EndedInTime(phase, a)) return a.begin > b.begin;
+    return a.end != b.end ? a.end < b.end : a.endsAs < b.endsAs;
   };
   for (std::size_t i = 0; i < phase.spans.size(); ++i) {
     const PluginSpan& span = phase.spans[i];

@@ -130,6 +130,11 @@ void FillToBegin(const PhaseTimeline& phase, const std::vector<std::size_t>& byP
 
 }  // namespace
 
+FrameLooks::Mode ModeOf(const Timeline& timeline) {
+  return timeline.run.record.head.sleep == RunHead::kEarlySleep ? FrameLooks::Mode::kEarlyEnd
+                                                                : FrameLooks::Mode::kSleep;
+}
+
 RecordedWork WorkOf(const Timeline& timeline, const PhaseTimeline& phase, FrameLooks::Mode mode) {
   RecordedWork recorded;
   recorded.unknown = WhyUnknown(timeline, phase);

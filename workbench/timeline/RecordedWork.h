@@ -9,6 +9,9 @@
 /// How long the frame sleeps between two looks, when nothing ends the sleep.
 constexpr std::int64_t kFrameSleep = 200'000'000;
 
+/// How the frame slept in a run, as its head says.
+FrameLooks::Mode ModeOf(const Timeline& timeline);
+
 /// The work of a recorded phase, for the scheduler.
 ///
 /// Its times are measured: each plugin's work, how long its post and its thread took, and how long

@@ -165,11 +165,13 @@ class Layout {
   void End(Span& span, const RunEvent& event, std::int64_t at) {
     Begin(span, event, at);
     span.end = at;
+    span.endsAs = ++m_ends;
     span.result = ResultOf(event);
   }
 
   Timeline& m_timeline;
   std::map<std::string, std::size_t> m_positions;
+  std::size_t m_ends = 0;
   std::map<std::uint64_t, std::int64_t> m_posted;  // by task
   std::map<std::uint64_t, Task> m_begun;           // by thread
 };

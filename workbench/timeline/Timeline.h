@@ -39,6 +39,7 @@ struct PluginSpan {
   std::int64_t codeBegin = kUnknown;  // of Init or UnInit
   std::int64_t codeEnd = kUnknown;
   std::int64_t end = kUnknown;  // it was counted
+  std::size_t endsAs = 0;       // its place in the order in which plugins were counted
 
   Result result = Result::kNotBegun;
   std::int64_t milliseconds = kUnknown;   // of its code, as measured by the frame

@@ -47,11 +47,11 @@ TEST(StartThatDoesNotReturn, IsLeftBehindAfterTheStopsLimit) {
   HubSettings settings = WithThreads(5);
   settings.environment.emplace_back("TEV_THREADS_HANG", "1");
   const HubResult result =
-      product.Plugin("a.server").Run("--start-timeout 0 --stop-timeout 0.5", settings);
+      product.Plugin("a.server").Run("--start-timeout 0.5 --stop-timeout 0.5", settings);
   EXPECT_EQ(4, result.status);
   EXPECT_EQ(
       "HUB: 0.5 s have passed since the stop request: left behind: Frame_Start has not returned "
-      "(stopped by --start-timeout 0)\n",
+      "(stopped by --start-timeout 0.5)\n",
       result.errors);
 }
 

@@ -150,4 +150,16 @@ TEST(CriticalPath, OfContradictoryReleasesEndsAndStillReconciles) {
   EXPECT_EQ("wall 100 = path 10 + look 60 + idle 30; work 20", BalanceText(timeline.start.balance));
 }
 
+TEST(CriticalPath, OfEqualTimesEndsWithThePluginThatWasCountedLast) {
+  RecordedRun run = RunFromText(R"(
+    later: first
+    first:
+    start 0 5
+    first start 1 1 1 2 2
+    later start 2 2 2 2 2)");
+  const Timeline timeline = MakeTimeline(std::move(run));
+  EXPECT_EQ("first (look 0, idle 1, work 1) > later after first (look 0, idle 0, work 0) > look 3",
+            PathText(timeline, timeline.start));
+}
+
 }  // namespace
