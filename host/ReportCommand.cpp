@@ -1,7 +1,6 @@
 #include <CLI/CLI.hpp>
 #include <algorithm>
 #include <cstdint>
-#include <filesystem>
 #include <optional>
 #include <stdexcept>
 #include <string>
@@ -31,8 +30,6 @@
 #include "workbench/timeline/Prediction.h"
 #include "workbench/timeline/Timeline.h"
 #include "workbench/timeline/WhatIf.h"
-
-namespace fs = std::filesystem;
 
 namespace {
 

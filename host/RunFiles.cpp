@@ -37,6 +37,7 @@ RecordedRun ReadRecord(const fs::path& file) {
 std::vector<RecordedRun> ReadRunFiles(const std::vector<std::string>& files,
                                       const LogOptions& logs) {
   std::vector<fs::path> paths;
+  paths.reserve(files.size());
   for (const std::string& file : files) paths.push_back(PathFromLocal(file));
   try {
     return ReadRuns(paths, logs);

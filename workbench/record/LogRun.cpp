@@ -11,7 +11,7 @@ using Kind = FrameEvent::Kind;
 
 constexpr std::int64_t kSecond = 1'000'000'000;
 constexpr std::int64_t kMillisecond = 1'000'000;
-constexpr std::int64_t kDay = 24 * 3600 * kSecond;
+constexpr std::int64_t kDay = std::int64_t{24} * 3600 * kSecond;
 constexpr std::int64_t kLeapYear = 366 * kDay;
 /// Lines of several threads are stamped before they are written, and so a little out of order.
 constexpr std::int64_t kDisorder = 5 * kSecond;

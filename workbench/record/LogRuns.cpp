@@ -172,7 +172,7 @@ std::string FirstBytes(const fs::path& file) {
     throw std::runtime_error(file.u8string() + " cannot be opened: " + reason);
   }
   std::string bytes(kEnough, '\0');
-  stream.read(&bytes[0], static_cast<std::streamsize>(bytes.size()));
+  stream.read(bytes.data(), static_cast<std::streamsize>(bytes.size()));
   bytes.resize(static_cast<std::size_t>(stream.gcount()));
   return bytes;
 }

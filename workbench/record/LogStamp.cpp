@@ -7,6 +7,7 @@
 #include <algorithm>
 #include <chrono>
 #include <cstdlib>
+#include <initializer_list>
 #include <istream>
 #include <sstream>
 #include <streambuf>
@@ -31,7 +32,9 @@ constexpr int kYearOfNone = 2000;  // a leap year: 29 February exists
 /// Reads from a text that it does not own.
 class TextBuffer : public std::streambuf {
  public:
-  explicit TextBuffer(std::string& text) { setg(&text[0], &text[0], &text[0] + text.size()); }
+  explicit TextBuffer(std::string& text) {
+    setg(text.data(), text.data(), text.data() + text.size());
+  }
   std::size_t Consumed() const { return static_cast<std::size_t>(gptr() - eback()); }
 };
 
@@ -78,11 +81,10 @@ int FractionDigits(const std::string& text, std::int64_t fraction) {
 
 /// Whether a year that the format does not have must be added to it.
 bool HasYear(const std::string& format) {
-  for (const char* field :
-       {"%Y", "%y", "%F", "%D", "%C", "%c", "%x", "%G", "%g", "%EY", "%Ey", "%Oy", "%Ec", "%Ex"}) {
-    if (format.find(field) != std::string::npos) return true;
-  }
-  return false;
+  const auto fields = {"%Y", "%y", "%F",  "%D",  "%C",  "%c",  "%x",
+                       "%G", "%g", "%EY", "%Ey", "%Oy", "%Ec", "%Ex"};
+  return std::any_of(fields.begin(), fields.end(),
+                     [&](const char* field) { return format.find(field) != std::string::npos; });
 }
 
 struct Fields {

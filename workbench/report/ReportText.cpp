@@ -84,6 +84,7 @@ class Writer {
 
   std::string Names(const std::vector<std::size_t>& plugins) const {
     std::vector<std::string> names;
+    names.reserve(plugins.size());
     for (const std::size_t plugin : plugins) names.push_back(m_timeline.plugins[plugin].id);
     return JoinNames(names, kMostNames);
   }
