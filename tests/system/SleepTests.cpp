@@ -2,6 +2,8 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
+#include <cstddef>
 #include <cstdint>
 #include <string>
 #include <vector>
@@ -67,19 +69,25 @@ TEST(Sleep, LastsItsWholeTimeWithFullSleep) {
   EXPECT_EQ("full", run.sleep);
 }
 
+double Median(std::vector<double> values) {
+  std::nth_element(values.begin(), values.begin() + static_cast<std::ptrdiff_t>(values.size() / 2),
+                   values.end());
+  return values[values.size() / 2];
+}
+
 TEST(Sleep, OfHubIsEndedByTheStartsAndTheStopsEnd) {
   using Kind = RunEvent::Kind;
-  constexpr int kRuns = 8;
-  constexpr double kMost = 10;  // milliseconds on average; others use the machine, too
-  double up = 0;
-  double end = 0;
+  constexpr int kRuns = 15;
+  constexpr double kMost = 15;  // milliseconds; HUB looks every 50 ms by itself
+  std::vector<double> up;
+  std::vector<double> end;
   for (int i = 0; i < kRuns; ++i) {
     const ChainOfThree run("");
-    up += run.Between(Kind::kPhaseEnd, RunPhase::kPlatformStart, Kind::kUp) / kRuns;
-    end += run.Between(Kind::kPhaseEnd, RunPhase::kFrameUnInit, Kind::kEnd) / kRuns;
+    up.push_back(run.Between(Kind::kPhaseEnd, RunPhase::kPlatformStart, Kind::kUp));
+    end.push_back(run.Between(Kind::kPhaseEnd, RunPhase::kFrameUnInit, Kind::kEnd));
   }
-  EXPECT_LT(up, kMost);
-  EXPECT_LT(end, kMost);
+  EXPECT_LT(Median(up), kMost);
+  EXPECT_LT(Median(end), kMost);
 }
 
 }  // namespace
