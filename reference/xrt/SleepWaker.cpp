@@ -41,11 +41,10 @@ struct SleepWaker::Sleeper {
     std::unique_lock<std::mutex> lock(mutex);
     if (!changed.wait_until(lock, end, [this] { return woken; })) return;
     const Clock::time_point next = std::min(end, lastEnd + kLeastInterval);
-    if (Clock::now() < next) {
-      lock.unlock();
-      std::this_thread::sleep_until(next);
-      lock.lock();
-    }
+    lock.unlock();
+    // A loop, since some systems do not sleep for less than a millisecond.
+    while (Clock::now() < next) std::this_thread::sleep_until(next);
+    lock.lock();
     // Only now: what has happened until now, the thread sees when it goes on.
     woken = false;
     lastEnd = Clock::now();
