@@ -138,6 +138,11 @@ class LogReader {
       throw std::runtime_error(m_file.u8string() +
                                " is neither a flight record nor a log with a line of the frame");
     }
+    if (m_unstamped.empty()) {
+      throw std::runtime_error(m_file.u8string() +
+                               ": behind HUB's first line of a run there is no line of the frame "
+                               "as HUB writes it; what there is another program wrote");
+    }
     throw std::runtime_error(
         m_unstamped + ": " +
         (m_options.timeFormat.empty()

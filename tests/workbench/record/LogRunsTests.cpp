@@ -550,6 +550,8 @@ TEST_F(LogRuns, ThatCannotBeReadSayWhy) {
   folder.Write("wide.log", "\xff\xfe[");
   folder.Write("new.jsonl", "{\"record\":\"head\",\"schema\":7}\n");
   folder.Write("cut.jsonl", "{\"reco");
+  folder.Write("head.log", Hub(0, 1, kHead, 3, "host") +
+                               Other("10:00:01", "[Plugin Load]Plugin Init begin.[a]"));
   folder.Write("a.log", "line\n" + Other("at noon", "[Plugin Load]Plugin Init begin.[a]"));
   fs::create_directory(folder.Path() / "folder");
   EXPECT_EQ("F/empty is empty", Problem({"empty"}));
@@ -562,6 +564,11 @@ TEST_F(LogRuns, ThatCannotBeReadSayWhy) {
             Problem({"new.jsonl"}));
   EXPECT_EQ("F/cut.jsonl is no flight record: its first line is not a head",
             Problem({"cut.jsonl"}));
+  EXPECT_EQ(
+      "F/head.log: behind HUB's first line of a run there is no line of the frame as HUB writes "
+      "it; "
+      "what there is another program wrote",
+      Problem({"head.log"}));
   EXPECT_EQ(
       "F/a.log:2: no time stamp is found in this line of the frame; --time-format says how it is "
       "written, such as --time-format '%d/%m/%Y %H:%M:%S'",
