@@ -4,11 +4,12 @@
 #include <algorithm>
 #include <set>
 #include <stdexcept>
+#include <utility>
 
 #include "fuzz/FuzzTarget.h"
+#include "fuzz/ReportTarget.h"
 #include "workbench/record/LogRuns.h"
 #include "workbench/record/LogStamp.h"
-#include "workbench/timeline/Timeline.h"
 
 namespace {
 
@@ -50,6 +51,6 @@ void Fuzz(const std::string& input) {
   Check(!runs.empty(), "a log without a run is a problem");
   for (RecordedRun& run : runs) {
     CheckRun(run);
-    MakeTimeline(std::move(run));
+    FuzzReport(std::move(run));
   }
 }

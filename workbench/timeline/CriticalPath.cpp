@@ -1,6 +1,7 @@
 #include "workbench/timeline/CriticalPath.h"
 
 #include <algorithm>
+#include <limits>
 #include <optional>
 #include <set>
 
@@ -56,10 +57,13 @@ PathStep TakeStep(const PhaseTimeline& phase, std::size_t plugin, std::int64_t& 
 }
 
 std::int64_t SumOfWork(const PhaseTimeline& phase) {
+  constexpr std::int64_t kMost = std::numeric_limits<std::int64_t>::max() / 2;  // to be rounded
   std::int64_t sum = 0;
   for (const PluginSpan& span : phase.spans) {
     if (!span.HasBegun() || span.begin > phase.end) continue;
-    sum += EndOfWork(phase, span) - std::max(span.begin, phase.begin);
+    // Where times are damaged, a plugin may end before its phase begins, or years later.
+    const std::int64_t work = EndOfWork(phase, span) - std::max(span.begin, phase.begin);
+    sum += std::clamp<std::int64_t>(work, 0, kMost - sum);
   }
   return sum;
 }
@@ -125,21 +129,27 @@ void FillPath(PhaseTimeline& phase, bool knowsEdges) {
 }
 
 void FillSlack(PhaseTimeline& phase) {
+  const auto works = [&](const PluginSpan& span) {
+    return span.HasBegun() && span.begin <= phase.end;
+  };
   std::int64_t last = phase.begin;
   for (const PluginSpan& span : phase.spans) {
-    if (EndedInTime(phase, span)) last = std::max(last, span.end);
+    if (works(span)) last = std::max(last, EndOfWork(phase, span));
   }
   const std::vector<std::vector<std::size_t>> waiters = phase.Waiters();
   const std::vector<std::size_t> order = InOrder(phase, waiters);
+  std::vector<std::int64_t> slack(phase.spans.size(), kUnknown);
   for (auto at = order.rbegin(); at != order.rend(); ++at) {
     PluginSpan& span = phase.spans[*at];
-    if (!EndedInTime(phase, span)) continue;
-    span.slack = last - span.end;
+    if (!works(span)) continue;
+    const std::int64_t end = EndOfWork(phase, span);
+    slack[*at] = last - end;
     for (const std::size_t waiter : waiters[*at]) {
       const PluginSpan& later = phase.spans[waiter];
-      if (later.slack == kUnknown || !later.releasedBy) continue;
-      const std::int64_t gap = phase.spans[*later.releasedBy].end - span.end;
-      span.slack = std::min(span.slack, std::max<std::int64_t>(gap, 0) + later.slack);
+      if (slack[waiter] == kUnknown || !later.releasedBy) continue;
+      const std::int64_t gap = EndOfWork(phase, phase.spans[*later.releasedBy]) - end;
+      slack[*at] = std::min(slack[*at], std::max<std::int64_t>(gap, 0) + slack[waiter]);
     }
+    if (EndedInTime(phase, span)) span.slack = slack[*at];
   }
 }

@@ -2,6 +2,8 @@
 
 #include <gtest/gtest.h>
 
+#include <cstdint>
+#include <limits>
 #include <sstream>
 
 #include "tests/support/RunText.h"
@@ -94,6 +96,18 @@ TEST(CriticalPath, OfAHungStartEndsWithThePluginThatHangs) {
       PathText(timeline, timeline.start));
 }
 
+TEST(CriticalPath, OfAHungStartHasNoSlackBeforeThePluginThatHangs) {
+  const Timeline timeline = MakeTimeline(RunFromText(R"(
+    base:
+    hangs: base
+    other:
+    start 0 -
+    base start 0 0 0 10 10
+    hangs start 200 200 200 - -
+    other start 0 0 0 900 900)"));
+  EXPECT_EQ("base 0; hangs -1e-06; other 0; ", SlackText(timeline, timeline.start));
+}
+
 TEST(CriticalPath, OfAStoppedStartEndsWithThePluginThatStillWorked) {
   const Timeline timeline = MakeTimeline(RunFromText(R"(
     quick:
@@ -103,7 +117,7 @@ TEST(CriticalPath, OfAStoppedStartEndsWithThePluginThatStillWorked) {
     quick start 0 0 0 10 10)"));
   EXPECT_EQ("late (look 0, idle 0, work 400) > look 0", PathText(timeline, timeline.start));
   EXPECT_EQ("wall 400 = path 400 + look 0 + idle 0; work 410", BalanceText(timeline.start.balance));
-  EXPECT_EQ("quick 0; late -1e-06; ", SlackText(timeline, timeline.start));
+  EXPECT_EQ("quick 390; late -1e-06; ", SlackText(timeline, timeline.start));
 }
 
 TEST(CriticalPath, OfAPhaseThatWaitsForACycleIsFollowedByIdleTime) {
@@ -160,6 +174,16 @@ TEST(CriticalPath, OfEqualTimesEndsWithThePluginThatWasCountedLast) {
   const Timeline timeline = MakeTimeline(std::move(run));
   EXPECT_EQ("first (look 0, idle 1, work 1) > later after first (look 0, idle 0, work 0) > look 3",
             PathText(timeline, timeline.start));
+}
+
+TEST(CriticalPath, OfDamagedTimesHasAtMostHalfOfTheWorkThatFits) {
+  const Timeline timeline = MakeTimeline(RunFromText(R"(
+    a:
+    b:
+    start 0 6000000000000
+    a start 0 0 0 6000000000000 6000000000000
+    b start 0 0 0 6000000000000 6000000000000)"));
+  EXPECT_EQ(std::numeric_limits<std::int64_t>::max() / 2, timeline.start.balance.work);
 }
 
 }  // namespace
