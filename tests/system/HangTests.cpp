@@ -87,9 +87,10 @@ TEST(CycleOfDependencies, LeavesTheStopAfterFiveSecondsByItself) {
 TEST(PluginThatDependsOnItself, IsNamedBeforeTheStart) {
   MadeProduct product;
   product.Plugin("a.server", "well_behaved", DependsOn("a.server"));
-  const HubResult result = product.Run("--start-timeout 0");
+  const HubResult result = product.Run("--start-timeout 1 --stop-timeout 1");
   EXPECT_EQ(4, result.status);
   EXPECT_THAT(result.output, HasSubstr("\"a.server\" depends on itself: it waits for ever"));
+  EXPECT_THAT(result.output, HasSubstr("a.server \u2192 a.server"));
 }
 
 TEST(SubPlatformWithoutAnId, IsNamedAndNeverCountedInTheStop) {

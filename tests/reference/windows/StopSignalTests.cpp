@@ -57,25 +57,4 @@ TEST(StopSignal, WaitWithoutARequestTakesItsTime) {
   EXPECT_GE(std::chrono::steady_clock::now() - begin, milliseconds(25));
 }
 
-TEST(StopSignal, WakeEndsAWaitWithoutARequest) {
-  StopSignal stop;
-  std::thread other([&stop] { stop.Wake(); });
-  const auto begin = std::chrono::steady_clock::now();
-  EXPECT_EQ("none", Next(stop, kLong));
-  EXPECT_LT(std::chrono::steady_clock::now() - begin, kLong);
-  other.join();
-}
-
-TEST(StopSignal, WakesBeforeTheWaitEndOneWait) {
-  StopSignal stop;
-  stop.Wake();
-  stop.Wake();
-  const auto begin = std::chrono::steady_clock::now();
-  EXPECT_EQ("none", Next(stop, kLong));
-  EXPECT_LT(std::chrono::steady_clock::now() - begin, kLong);
-  const auto again = std::chrono::steady_clock::now();
-  EXPECT_EQ("none", Next(stop, milliseconds(30)));
-  EXPECT_GE(std::chrono::steady_clock::now() - again, milliseconds(25));
-}
-
 }  // namespace
