@@ -1,8 +1,6 @@
 #include <CLI/CLI.hpp>
 #include <algorithm>
 #include <filesystem>
-#include <fstream>
-#include <iterator>
 #include <map>
 #include <memory>
 #include <optional>
@@ -281,13 +279,9 @@ ExitStatus CheckProduct(const Options& options, HostContext& context) {
   const std::string text =
       TextOf(report, *product, staged ? &*staged : nullptr, options, context.output);
   if (check.output.empty()) {
-    context.output.Write(text);
+    WriteOutput(context, text);
   } else {
     WriteFileText("--output", check.output, text);
-  }
-  context.output.Flush();
-  if (!context.output.Error().empty()) {
-    throw UsageError("standard output cannot be written: " + context.output.Error());
   }
   return HasFailed(report, check.failOn) ? kFindings : kOk;
 }

@@ -132,7 +132,8 @@ std::string WhatIsWrong(const Options& options) {
         std::pair("--baseline", options.check.baseline),
         std::pair("--write-baseline", options.check.writeBaseline),
         std::pair("--against", options.check.against), std::pair("--with", options.check.with),
-        std::pair("--keep", options.shake.keep)}) {
+        std::pair("--keep", options.shake.keep), std::pair("--output", options.report.output),
+        std::pair("--budget", options.report.budget), std::pair("--record", options.why.record)}) {
     if (value.rfind("--", 0) != 0) continue;
     return std::string(option) + " needs a value, and " + Quoted(value) + " is an option";
   }
@@ -334,6 +335,16 @@ void AddLogOptions(CLI::App& command, Options& options) {
       ->type_name("N")
       ->check(Between(1, 1000))
       ->group(log);
+}
+
+void AddWorkersOption(CLI::App& command, Options& options, const std::string& group) {
+  command
+      .add_option(
+          "--workers", options.workers,
+          "Most threads that start or stop plugins\n(default: as many as there are plugins)")
+      ->type_name("N")
+      ->check(Between(1, 10000))
+      ->group(group);
 }
 
 void AddColorOption(CLI::App& command, Options& options, const std::string& group) {

@@ -29,6 +29,9 @@ void AddProductOptions(CLI::App& command, Options& options);
 /// The options of every command that keeps the frame's log.
 void AddLogOptions(CLI::App& command, Options& options);
 
+/// --workers.
+void AddWorkersOption(CLI::App& command, Options& options, const std::string& group);
+
 /// --color.
 void AddColorOption(CLI::App& command, Options& options, const std::string& group);
 

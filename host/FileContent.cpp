@@ -56,3 +56,10 @@ void WriteFileText(const char* option, const std::string& file, const std::strin
   stream.close();
   if (!stream) throw UsageError(std::string(option) + ": " + file + " cannot be written");
 }
+
+void WriteOutput(HostContext& context, const std::string& text) {
+  context.output.Write(text);
+  context.output.Flush();
+  if (context.output.Error().empty()) return;
+  throw UsageError("standard output cannot be written: " + context.output.Error());
+}

@@ -5,7 +5,9 @@
 #include <utility>
 
 #include "host/PluginHeads.h"
+#include "host/ProductFolder.h"
 #include "host/ProductReading.h"
+#include "host/UnlessStopped.h"
 #include "reference/os/LocalText.h"
 #include "reference/xrt/ExecutablePath.h"
 #include "sdk/lpc/lpc.h"
@@ -72,4 +74,17 @@ std::unique_ptr<CheckedProduct> ReadProductWithFrame(const ProductPlace& place,
   frame.UnInit();
   if (platform.productModel) files->Use(HandedOverOf(std::move(platform)));
   return files->Take();
+}
+
+std::unique_ptr<CheckedProduct> ReadProductIn(const std::string& bin, std::int32_t runningModule,
+                                              HostContext& context) {
+  const auto place = FindProduct(PathFromLocal(bin), SystemNames());
+  if (!place) return nullptr;
+  UseProductFolder(bin);
+  std::unique_ptr<CheckedProduct> product;
+  ReadUnlessStopped(context, [&] {
+    const FrameLibrary frame(FrameLibrary::PathBesideProgram());
+    product = ReadProductWithFrame(*place, runningModule, frame, nullptr);
+  });
+  return product;
 }

@@ -2,7 +2,9 @@
 
 #include <cstdint>
 #include <memory>
+#include <string>
 
+#include "host/Commands.h"
 #include "host/FrameLibrary.h"
 #include "reference/kpx/PlatformRecord.h"
 #include "workbench/check/LibrarySystem.h"
@@ -19,3 +21,8 @@ std::unique_ptr<CheckedProduct> ReadProductWithFrame(const ProductPlace& place,
                                                      std::int32_t runningModule,
                                                      const FrameLibrary& frame,
                                                      const LibrarySystem* libraries);
+
+/// Reads the product whose executables are in `bin`, with what the frame makes of it; null when
+/// `bin` is no folder. Once per process, as Frame_Init. A stop request ends the process.
+std::unique_ptr<CheckedProduct> ReadProductIn(const std::string& bin, std::int32_t runningModule,
+                                              HostContext& context);

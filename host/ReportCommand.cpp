@@ -11,7 +11,7 @@
 #include "host/Commands.h"
 #include "host/FileContent.h"
 #include "host/PluginHeads.h"
-#include "host/ReadProduct.h"
+#include "host/ProductCheck.h"
 #include "host/RunFiles.h"
 #include "host/Screen.h"
 #include "reference/os/LocalText.h"
@@ -67,14 +67,17 @@ void AddOptions(CLI::App& command, Options& options) {
       ->check(Path())
       ->group(shown);
   AddColorOption(command, options, shown);
-  command.add_option("--focus", report.focus, "Of the graph (dot) only what is near this plugin")
-      ->type_name("PLUGIN")
-      ->group(shown);
+  CLI::Option* const focus =
+      command
+          .add_option("--focus", report.focus, "Of the graph (dot) only what is near this plugin")
+          ->type_name("PLUGIN")
+          ->group(shown);
   command
       .add_option("--depth", report.depth,
                   "So many dependencies from it, in both\ndirections (default: 2)")
       ->type_name("N")
       ->check(Between(0, 1000000))
+      ->needs(focus)
       ->group(shown);
 
   const std::string predicted = "What it would have taken";
@@ -213,15 +216,31 @@ bool IsExceeded(const std::optional<std::vector<BudgetResult>>& budget) {
                                [](const BudgetResult& result) { return result.exceeded; });
 }
 
+/// Refuses what the format does not show, rather than to leave it out.
+void CheckFormat(const ReportOptions& report) {
+  const bool text = report.format == "text";
+  const bool compares = text || report.format == "json";
+  const std::pair<bool, const char*> unshown[] = {
+      {!compares && !report.against.empty(), "--against"},
+      {!compares && !report.budget.empty(), "--budget"},
+      {!text && !report.whatIf.empty(), "--what-if"},
+      {!text && report.advise, "--advise"},
+      {report.format != "dot" && !report.focus.empty(), "--focus"}};
+  for (const auto& [isUnshown, option] : unshown) {
+    if (isUnshown) throw UsageError(option + (" is not for --format " + report.format));
+  }
+}
+
 ExitStatus Report(const Options& options, HostContext& context) {
   const ReportOptions& report = options.report;
+  CheckFormat(report);
   const LogOptions logs = LogsOf(options, context);
   const Timeline timeline = ReadTimeline(options, logs);
   const ReportAdditions additions{CompareWith(report.against, logs, timeline),
                                   CompareWithBudgetIn(report.budget, timeline)};
   const std::string text = TextOf(timeline, additions, options, context.output);
   if (report.output.empty()) {
-    context.output.Write(text);
+    WriteOutput(context, text);
   } else {
     WriteFileText("--output", report.output, text);
   }

@@ -66,13 +66,7 @@ void AddOptions(CLI::App& command, Options& options) {
       ->check(Seconds())
       ->group(limits);
   command.add_flag("--until-up", options.untilUp, "Stop as soon as it is up")->group(limits);
-  command
-      .add_option(
-          "--workers", options.workers,
-          "Most threads that start or stop plugins\n(default: as many as there are plugins)")
-      ->type_name("N")
-      ->check(Between(1, 10000))
-      ->group(limits);
+  AddWorkersOption(command, options, limits);
   command
       .add_flag("--full-sleep", options.fullSleep,
                 "Let the frame sleep 200 ms between two looks\n"

@@ -4,6 +4,7 @@
 
 #include "host/CommandLine.h"
 #include "host/Commands.h"
+#include "host/FileContent.h"
 #include "host/ShakeSession.h"
 
 namespace {
@@ -23,13 +24,7 @@ void AddOptions(CLI::App& command, Options& options) {
       ->type_name("SEED")
       ->check(Between(0, 1'000'000'000))
       ->group(runs);
-  command
-      .add_option(
-          "--workers", options.workers,
-          "Most threads that start or stop plugins\n(default: as many as there are plugins)")
-      ->type_name("N")
-      ->check(Between(1, 10000))
-      ->group(runs);
+  AddWorkersOption(command, options, runs);
   command
       .add_option("--start-timeout", options.startTimeout,
                   "Seconds after which a start counts as hung,\nbeside the delays (default: by the "
@@ -59,11 +54,7 @@ void AddOptions(CLI::App& command, Options& options) {
 
 ExitStatus Run(const Options& options, HostContext& context) {
   const ShakeReport report = ShakeSession(options, context).Make();
-  context.output.Write(options.shake.format == "json" ? ShakeJson(report) : ShakeText(report));
-  context.output.Flush();
-  if (!context.output.Error().empty()) {
-    throw UsageError("standard output cannot be written: " + context.output.Error());
-  }
+  WriteOutput(context, options.shake.format == "json" ? ShakeJson(report) : ShakeText(report));
   if (report.HasFindings()) return kFindings;
   return report.stoppedBy.empty() ? kOk : kCutShort;
 }

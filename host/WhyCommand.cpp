@@ -9,8 +9,9 @@
 
 #include "host/CommandLine.h"
 #include "host/Commands.h"
+#include "host/FileContent.h"
 #include "host/PluginHeads.h"
-#include "host/ReadProduct.h"
+#include "host/ProductCheck.h"
 #include "host/RunFiles.h"
 #include "reference/os/LocalText.h"
 #include "reference/os/ProcessPath.h"
@@ -104,10 +105,10 @@ ExitStatus Why(const Options& options, HostContext& context) {
     return declarations.At(id, on);
   };
   if (options.why.other.empty()) {
-    context.output.Write(WhyText(timeline, plugin, at));
+    WriteOutput(context, WhyText(timeline, plugin, at));
   } else {
     const std::size_t other = FindPlugin(timeline, options.why.other);
-    context.output.Write(WhyBeforeText(timeline, plugin, other, at));
+    WriteOutput(context, WhyBeforeText(timeline, plugin, other, at));
   }
   return kOk;
 }

@@ -219,6 +219,19 @@ TEST(Report, WithAWrongTimeFormatIsRefused) {
               StartsWith("HUB: --time-format: \"%d\" does not give the time of day"));
 }
 
+TEST(Report, RefusesWhatItsFormatDoesNotShow) {
+  const auto refused = [](const std::string& arguments) {
+    const HubResult result = RunHub("report x.jsonl " + arguments);
+    EXPECT_EQ(2, result.status);
+    return result.errors;
+  };
+  EXPECT_EQ("HUB: --what-if is not for --format json\n", refused("--format json --what-if poll=0"));
+  EXPECT_EQ("HUB: --advise is not for --format json\n", refused("--format json --advise"));
+  EXPECT_EQ("HUB: --against is not for --format dot\n", refused("--format dot --against y"));
+  EXPECT_EQ("HUB: --budget is not for --format trace\n", refused("--format trace --budget y"));
+  EXPECT_EQ("HUB: --focus is not for --format text\n", refused("--focus a"));
+}
+
 TEST(Why, NamesWhereTheDependencyIsDeclared) {
   MadeProduct product;
   HubSettings settings;

@@ -152,6 +152,21 @@ TEST(OutputThatCannotBeWritten, BecauseNobodyReadsItHoldsNothingUp) {
   EXPECT_THAT(result.errors, HasSubstr("nobody reads it"));
 }
 
+TEST(OutputThatCannotBeWritten, OfAReportFails) {
+  MadeProduct product;
+  HubSettings settings;
+  settings.record = product.Plugin("a.server").Site().Path("run.jsonl");
+  product.RunUntilUp("", settings);
+  HubSettings full;
+  full.output = "/dev/full";
+  const std::string record = "\"" + settings.record.string() + "\"";
+  for (const std::string& command : {"report " + record, "why a.server --record " + record}) {
+    const HubResult result = RunHub(command, full);
+    EXPECT_EQ(2, result.status);
+    EXPECT_EQ("HUB: standard output cannot be written: No space left on device\n", result.errors);
+  }
+}
+
 TEST(OutputThatCannotBeWritten, IsTheLogOrTheRecordOnAFullDisk) {
   MadeProduct product;
   product.Plugin("a.server");

@@ -95,8 +95,10 @@ TEST(ReportJsons, HaveNullForWhatALogDoesNotKnow) {
   run.source = RecordedRun::Source::kLog;
   run.resolution = 1'000'000;
   run.knowsTasks = run.knowsThreads = run.knowsEdges = false;
+  run.notes = {"its begin is missing"};
   const Json report = Report(std::move(run));
   EXPECT_EQ("log", report["source"]["kind"]);
+  EXPECT_EQ(Json::parse(R"(["its begin is missing"])"), report["source"]["notes"]);
   EXPECT_EQ(Json(), report["start"]["criticalPathMs"]);
   EXPECT_EQ(Json(), report["start"]["waitingMs"]);
   EXPECT_EQ(Json(), report["plugins"][0]["dependsOn"]);

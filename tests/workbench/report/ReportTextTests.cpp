@@ -213,4 +213,16 @@ TEST(ReportTexts, SayHowTheRunEnded) {
   EXPECT_EQ("Crashed: SIGSEGV in a", HowItEnded(MakeTimeline(std::move(run))));
 }
 
+TEST(ReportTexts, ShowTheNotesOfALog) {
+  RecordedRun run = RunFromText("a:");
+  run.notes = {"its begin is missing", "odd \x1b"};
+  EXPECT_EQ(
+      "A product, run of 2026-11-21T18:46:59.123Z\n"
+      "The record has no end: the run still goes on, or its process was killed\n"
+      "From the record run.jsonl\n"
+      "note: its begin is missing\n"
+      "note: odd \\x1b\n",
+      ReportText(MakeTimeline(std::move(run)), {}));
+}
+
 }  // namespace

@@ -231,4 +231,11 @@ TEST(Prediction, HasTheThreadsOfTheCommandLine) {
   }
 }
 
+TEST(Predictions, GoByHowTheFrameSleptAsTheHeadSays) {
+  RecordedRun run = RunFromText("a:");
+  EXPECT_EQ(Mode::kSleep, ModeOf(MakeTimeline(run)));
+  run.record.head.sleep = RunHead::kEarlySleep;
+  EXPECT_EQ(Mode::kEarlyEnd, ModeOf(MakeTimeline(run)));
+}
+
 }  // namespace
