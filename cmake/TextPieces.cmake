@@ -1,0 +1,26 @@
+# text_pieces(result text before after): sets `result` to C++ source lines that hold `text` cut into
+# raw strings, each between `before` and `after`. It is cut since compilers limit the length of a
+# literal, one of them to 16380 bytes.
+function(text_pieces result text before after)
+  set(longest 8000)
+  string(FIND "${text}" ")text\"" end)
+  if(NOT end EQUAL -1)
+    message(FATAL_ERROR "The text contains the end of a raw string.")
+  endif()
+  set(rows "")
+  set(rest "${text}")
+  while(NOT rest STREQUAL "")
+    string(SUBSTRING "${rest}" 0 ${longest} piece)
+    string(LENGTH "${rest}" length)
+    if(length GREATER longest)  # cut behind a line, never in a character
+      string(FIND "${piece}" "\n" last REVERSE)
+      math(EXPR end "${last} + 1")
+      string(SUBSTRING "${rest}" 0 ${end} piece)
+      string(SUBSTRING "${rest}" ${end} -1 rest)
+    else()
+      set(rest "")
+    endif()
+    string(APPEND rows "${before}R\"text(${piece})text\"${after}\n")
+  endwhile()
+  set(${result} "${rows}" PARENT_SCOPE)
+endfunction()
