@@ -20,6 +20,7 @@
 #include "workbench/report/BudgetFile.h"
 #include "workbench/report/ComparisonText.h"
 #include "workbench/report/ReportDot.h"
+#include "workbench/report/ReportHtml.h"
 #include "workbench/report/ReportJson.h"
 #include "workbench/report/ReportText.h"
 #include "workbench/report/ReportTrace.h"
@@ -58,9 +59,9 @@ void AddOptions(CLI::App& command, Options& options) {
       ->group(run);
 
   const std::string shown = "What it shows";
-  command.add_option("--format", report.format, "text, json, trace or dot (default: text)")
+  command.add_option("--format", report.format, "text, json, html, trace or dot (default: text)")
       ->type_name("FORMAT")
-      ->check(OneOf({"text", "json", "trace", "dot"}))
+      ->check(OneOf({"text", "json", "html", "trace", "dot"}))
       ->group(shown);
   command.add_option("--output", report.output, "Write the report to this file")
       ->type_name("FILE")
@@ -204,6 +205,7 @@ std::string TextOf(const Timeline& timeline, const ReportAdditions& additions,
                    const Options& options, const Output& output) {
   const std::string& format = options.report.format;
   if (format == "json") return ReportJson(timeline, additions);
+  if (format == "html") return ReportHtml(timeline);
   if (format == "trace") return ReportTrace(timeline);
   if (format == "dot") return GraphText(timeline, options.report);
   const ReportStyle style = StyleOf(options, output);

@@ -9,7 +9,6 @@
 #include "workbench/output/Text.h"
 #include "workbench/record/RunOutcome.h"
 #include "workbench/report/Times.h"
-#include "workbench/timeline/Problems.h"
 
 namespace {
 
@@ -29,20 +28,6 @@ const char* PhaseTitle(const std::string& name) {
   if (name == RunPhase::kStop) return "  stop of the plugins";
   if (name == RunPhase::kPlatformStop) return "  stop of the platform";
   return name == RunPhase::kFrameUnInit ? "Frame_UnInit" : name.c_str();
-}
-
-const char* WhereText(NotReturned::Where where) {
-  switch (where) {
-    case NotReturned::Where::kLoading:
-      return "while its library was loaded";
-    case NotReturned::Where::kInit:
-      return "in Init";
-    case NotReturned::Where::kUnInit:
-      return "in UnInit";
-    case NotReturned::Where::kUnmapping:
-      return "while its library was unmapped";
-  }
-  return "";
 }
 
 class Writer {
@@ -288,6 +273,20 @@ class Writer {
 };
 
 }  // namespace
+
+const char* WhereText(NotReturned::Where where) {
+  switch (where) {
+    case NotReturned::Where::kLoading:
+      return "while its library was loaded";
+    case NotReturned::Where::kInit:
+      return "in Init";
+    case NotReturned::Where::kUnInit:
+      return "in UnInit";
+    case NotReturned::Where::kUnmapping:
+      return "while its library was unmapped";
+  }
+  return "";
+}
 
 std::string HowItEnded(const Timeline& timeline) {
   const RunState& state = timeline.state;

@@ -3,6 +3,7 @@
 #include <cstddef>
 #include <string>
 
+#include "workbench/timeline/Problems.h"
 #include "workbench/timeline/Timeline.h"
 
 struct ReportStyle {
@@ -16,3 +17,6 @@ std::string ReportText(const Timeline& timeline, const ReportStyle& style);
 
 /// How the run ended, in a sentence: its own last sentence, a crash, or that its record has no end.
 std::string HowItEnded(const Timeline& timeline);
+
+/// Where a plugin did not return from: "in Init".
+const char* WhereText(NotReturned::Where where);
