@@ -36,7 +36,7 @@ docs: build ## Put what HUB prints into README.md and docs/ where they show it, 
 	  --fixtures $(BUILD)/fixtures README.md docs/*.md
 	@tests/docs/check_rules.py --write --hub $(HUB) --lay-out $(BUILD)/bin/lay_out_case docs/check.md
 	@$(HUB) --help > tests/system/help/HUB.txt
-	@for command in run check report why shake model; do $(HUB) $$command --help > tests/system/help/$$command.txt; done
+	@for command in run check report why replay shake model; do $(HUB) $$command --help > tests/system/help/$$command.txt; done
 
 test: build ## Run every test
 	@ctest --preset $(PRESET)

@@ -34,6 +34,7 @@ constexpr char kFooter[] =
     "  HUB run --start-timeout 60 --log hub.log  HUB's own folder, for a supervisor\n"
     "  HUB check --bin /srv/site/bin             what is wrong with the product\n"
     "  HUB report                                where the last run's time went\n"
+    "  HUB replay run.jsonl --output DIR         a product of stubs like that run\n"
     "  HUB shake --bin /srv/site/bin             which order it depends on\n"
     "  HUB model --bin /srv/site/bin             what the frame makes of the files\n"
     "\n"
@@ -44,8 +45,8 @@ constexpr char kFooter[] =
     "Exit status of shake: 0 nothing found; 1 found; 2 it cannot run; 4 stopped.";
 
 std::vector<Command> Commands() {
-  return {RunCommand(), CheckCommand(), ReportCommand(),
-          WhyCommand(), ShakeCommand(), ModelCommand()};
+  return {RunCommand(), CheckCommand(), ReportCommand(), WhyCommand(),
+          ReplayCommand(), ShakeCommand(), ModelCommand()};
 }
 
 std::string Quoted(const std::string& word) {
@@ -133,7 +134,8 @@ std::string WhatIsWrong(const Options& options) {
         std::pair("--write-baseline", options.check.writeBaseline),
         std::pair("--against", options.check.against), std::pair("--with", options.check.with),
         std::pair("--keep", options.shake.keep), std::pair("--output", options.report.output),
-        std::pair("--budget", options.report.budget), std::pair("--record", options.why.record)}) {
+        std::pair("--budget", options.report.budget), std::pair("--record", options.why.record),
+        std::pair("--output", options.replay.output), std::pair("--each", options.replay.each)}) {
     if (value.rfind("--", 0) != 0) continue;
     return std::string(option) + " needs a value, and " + Quoted(value) + " is an option";
   }

@@ -64,6 +64,17 @@ struct WhyOptions {
   std::string record;  // file; empty: that of the last run
 };
 
+/// What the command line asks of `replay` alone.
+struct ReplayCommandOptions {
+  std::string record;
+  std::string output;               // folder
+  std::vector<std::string> faults;  // "storage.server=fail"
+  std::string each;                 // a fault for each plugin in turn; empty: none
+  std::string work = "wait";
+  double speed = 1;
+  bool anonymous = false;
+};
+
 /// What the command line asks of `shake` alone.
 struct ShakeOptions {
   int runs = 20;  // in different orders, without the first run and the experiments
@@ -111,6 +122,7 @@ struct Options {
   ReportOptions report;
   WhyOptions why;
   ShakeOptions shake;
+  ReplayCommandOptions replay;
 };
 
 /// What every command needs; created at the start of main, destroyed at its end.
@@ -143,6 +155,9 @@ Command CheckCommand();
 
 /// `report`: shows where the time of a recorded run went.
 Command ReportCommand();
+/// `replay`: writes a product of stubs that does what a recorded run did, or runs it with a fault
+/// in each plugin in turn.
+Command ReplayCommand();
 
 /// `shake`: runs the product in many orders and finds dependencies that it does not declare.
 Command ShakeCommand();

@@ -1,6 +1,7 @@
 #!/usr/bin/python3
-"""options_tests.py HUB DOCS: whether the tables of options in hub.md, check.md, report.md and shake.md of the
-folder DOCS have the options of the commands' help with their values, no more and no fewer."""
+"""options_tests.py HUB DOCS: whether the tables of options in hub.md, check.md, report.md, replay.md
+and shake.md of the folder DOCS have the options of the commands' help with their values, no more and
+no fewer."""
 
 import re
 import subprocess
@@ -42,6 +43,9 @@ class Options(unittest.TestCase):
 
     def test_of_shake_are_in_its_table(self):
         self.assertEqual(sorted(of_help("shake")), sorted([*of_tables("shake.md")[0], "--help"]))
+
+    def test_of_replay_are_in_its_table(self):
+        self.assertEqual(sorted(of_help("replay")), sorted([*of_tables("replay.md")[0], "--help"]))
 
 
 if __name__ == "__main__":

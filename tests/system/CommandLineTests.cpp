@@ -59,7 +59,7 @@ class CommandLine : public testing::Test {
 
 TEST_F(CommandLine, WithoutACommandIsRefused) {
   const std::string commands =
-      "; there are run, check, report, why, shake and model (HUB --help)\n";
+      "; there are run, check, report, why, replay, shake and model (HUB --help)\n";
   EXPECT_EQ("HUB: no command is given" + commands, Refused(""));
   EXPECT_EQ("HUB: \"fly\" is no command" + commands, Refused("fly"));
   EXPECT_EQ("HUB: \"-\" is no command" + commands, Refused("-"));
@@ -216,7 +216,7 @@ TEST_F(CommandLine, OfHelpOrTheVersionPrintsThatInEightyColumns) {
   EXPECT_EQ("HUB " TEV_VERSION "\n", RunHub("--version").output);
   const std::pair<std::string, std::string> pages[] = {
       {"--help", "HUB"},           {"run --help", "run"}, {"check --help", "check"},
-      {"report --help", "report"}, {"why --help", "why"}, {"shake --help", "shake"},
+      {"report --help", "report"}, {"why --help", "why"}, {"replay --help", "replay"}, {"shake --help", "shake"},
       {"model --help", "model"}};
   for (const auto& [arguments, name] : pages) {
     const HubResult result = RunHub(arguments);
