@@ -155,6 +155,7 @@ Command CheckCommand();
 
 /// `report`: shows where the time of a recorded run went.
 Command ReportCommand();
+
 /// `replay`: writes a product of stubs that does what a recorded run did, or runs it with a fault
 /// in each plugin in turn.
 Command ReplayCommand();

@@ -48,10 +48,10 @@ void AddOptions(CLI::App& command, Options& options) {
       ->check(Path())
       ->group(product);
   command
-      .add_option(
-          "--fault", replay.faults,
-          "Put a fault into a plugin's Init: ID=fail, ID=hang,\nID=crash or ID=slow:500 (ms "
-          "longer); repeatable")
+      .add_option("--fault", replay.faults,
+                  "Put a fault into a plugin's Init: ID=fail,\nID=hang, ID=crash or ID=slow:500 "
+                  "(ms longer);\n"
+                  "repeatable")
       ->type_name("FAULT")
       ->expected(1)
       ->multi_option_policy(CLI::MultiOptionPolicy::TakeAll)
@@ -70,9 +70,10 @@ void AddOptions(CLI::App& command, Options& options) {
       ->group(product);
 
   command
-      .add_option("--each", replay.each,
-                  "Write none; put this fault into each plugin in turn,\nrun that, and print who "
-                  "suffers: fail, hang, crash\nor slow:500")
+      .add_option(
+          "--each", replay.each,
+          "Write none; put this fault into each plugin\nin turn, run that, and print who suffers:\n"
+          "fail, hang, crash or slow:500")
       ->type_name("FAULT")
       ->group("What each plugin's fault does");
 }

@@ -155,8 +155,10 @@ bool ReplayRuns::RunWithFault(std::size_t plugin) {
   if (!outcome) return false;
   RunHarm harm = CompareRuns(m_without, outcome->timeline, usual.id, m_apart);
   harm.end = EndText(outcome->end, outcome->killed);
-  if (m_fault.kind != Fault::Kind::kSlow) {  // the plugin takes the same time: others are not later
-    harm.later.clear();
+  if (m_fault.kind == Fault::Kind::kSlow) {
+    harm.begunAnyway.clear();  // if it fails, it does so without the fault too
+  } else {
+    harm.later.clear();  // it takes the same time: others are later by chance
     harm.upLater = 0;
   }
   WriteSentence(HarmSentence(harm, m_without, Does(m_fault)));

@@ -34,7 +34,7 @@ Behavior OwnBehavior() {
 }
 
 [[noreturn]] void Segfault() {
-  int* volatile nowhere = nullptr;
+  volatile int* volatile nowhere = nullptr;
   *nowhere = 1;
   std::abort();
 }

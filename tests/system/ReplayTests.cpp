@@ -175,7 +175,7 @@ TEST_F(ReplayedProduct, GetsTheFaultsThatAreNamed) {
   EXPECT_EQ(0, Replay("--fault a.server=fail --fault b.server=slow:1").status);
   const HubResult run = RunReplay();
   EXPECT_EQ(3, run.status);
-  EXPECT_THAT(run.output, HasSubstr("a.server  INIT FAILED"));
+  EXPECT_THAT(run.output, HasSubstr("a.server   INIT FAILED"));
 }
 
 TEST_F(ReplayedProduct, IsRefusedForAFaultThatNamesNothing) {
@@ -210,6 +210,7 @@ TEST_F(ReplayedProduct, WithHostileIdsStaysInItsFolder) {
     record += "\n{\"record\":\"plugin\",\"id\":\"" + id +
               R"(","kind":"server","version":"<1>","library":"","dependsOn":["/abs"]})";
   }
+  fs::create_directories(folder.Path() / "deep");
   folder.Write("deep/run.jsonl", record + "\n");
   const fs::path replay = folder.Path() / "deep" / "replay";
   const HubResult result = RunHub("replay " + Quoted(folder.Path() / "deep" / "run.jsonl") +
