@@ -11,6 +11,7 @@ constexpr std::size_t kWidestID = 40;
 
 std::string Names(const std::vector<std::size_t>& plugins, const Timeline& timeline) {
   std::vector<std::string> ids;
+  ids.reserve(plugins.size());
   for (const std::size_t plugin : plugins) ids.push_back(timeline.plugins[plugin].id);
   return JoinNames(ids, kMostNames);
 }
@@ -29,7 +30,7 @@ std::string Milliseconds(std::int64_t milliseconds) {
 std::string UpText(const RunHarm& harm) {
   if (harm.crashed) return "the process crashes";
   if (harm.up == kUnknown) return "never up";
-  const std::string up = "up after " + Milliseconds(harm.up);
+  std::string up = "up after " + Milliseconds(harm.up);
   if (harm.upLater == 0) return up;
   return up + " (" + (harm.upLater > 0 ? "+" : "") + std::to_string(harm.upLater) + ")";
 }
