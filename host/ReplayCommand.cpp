@@ -14,7 +14,7 @@
 #include "host/ReplayProduct.h"
 #include "host/ReplayRuns.h"
 #include "reference/os/LocalText.h"
-#include "workbench/check/Nearest.h"
+#include "workbench/output/Nearest.h"
 #include "workbench/output/Text.h"
 #include "workbench/replay/ReplayFiles.h"
 
@@ -139,6 +139,7 @@ std::vector<std::string> RunArguments(const RunHead& head) {
                           value.find_first_not_of("0123456789") == std::string::npos;
     if (isNumber) arguments = {option, value};
   }
+  if (head.sleep == RunHead::kFullSleep) arguments.emplace_back("--full-sleep");
   return arguments;
 }
 
