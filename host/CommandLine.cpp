@@ -45,7 +45,7 @@ constexpr char kFooter[] =
     "Exit status of shake: 0 nothing found; 1 found; 2 it cannot run; 4 stopped.";
 
 std::vector<Command> Commands() {
-  return {RunCommand(), CheckCommand(), ReportCommand(), WhyCommand(),
+  return {RunCommand(),    CheckCommand(), ReportCommand(), WhyCommand(),
           ReplayCommand(), ShakeCommand(), ModelCommand()};
 }
 
@@ -311,6 +311,30 @@ void AddProductOptions(CLI::App& command, Options& options) {
       ->type_name("N")
       ->check(Between(std::numeric_limits<int>::min(), std::numeric_limits<int>::max()))
       ->group(product);
+}
+
+void AddRunsOptions(CLI::App& command, Options& options, RunsOptions& runs) {
+  const std::string run = "The run";
+  command
+      .add_option(
+          "RUNS", runs.files,
+          "Flight records and logs (default: the record of\nthe last run; with --bin of that "
+          "product)")
+      ->type_name("")
+      ->check(Path())
+      ->group(run);
+  command
+      .add_option("--run", runs.run,
+                  "Which of several runs, from 1 for the first\n(default: the last)")
+      ->type_name("N")
+      ->check(Between(1, 1000000))
+      ->group(run);
+  AddProductOptions(command, options);
+  command
+      .add_option("--time-format", runs.timeFormat,
+                  "How stamps in logs are written, as for\nstrptime: '%d/%m/%Y %H:%M:%S'")
+      ->type_name("FORMAT")
+      ->group(run);
 }
 
 void AddLogOptions(CLI::App& command, Options& options) {

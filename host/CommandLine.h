@@ -26,6 +26,9 @@ CLI::Validator OneOf(const std::vector<std::string>& words);
 /// The options of every command that reads a product.
 void AddProductOptions(CLI::App& command, Options& options);
 
+/// The options of every command that reads a recorded run, and those of the product.
+void AddRunsOptions(CLI::App& command, Options& options, RunsOptions& runs);
+
 /// The options of every command that keeps the frame's log.
 void AddLogOptions(CLI::App& command, Options& options);
 

@@ -42,11 +42,16 @@ struct CheckOptions {
   std::string explain;  // ID of a rule
 };
 
+/// Which recorded run a command reads.
+struct RunsOptions {
+  std::vector<std::string> files;  // records and logs; none: the record of the last run
+  std::size_t run = 0;             // which of the runs in them, from 1; 0: the last
+  std::string timeFormat;          // of the stamps in logs; empty: a known form
+};
+
 /// What the command line asks of `report` alone.
 struct ReportOptions {
-  std::vector<std::string> runs;  // files of records and logs; none: the record of the last run
-  std::size_t run = 0;            // which of the runs in them, from 1; 0: the last
-  std::string timeFormat;         // of the stamps in logs; empty: a known form
+  RunsOptions runs;
   std::string format = "text";
   std::string output;                // file; empty: standard output
   std::vector<std::string> against;  // files of earlier runs to compare with
@@ -66,7 +71,7 @@ struct WhyOptions {
 
 /// What the command line asks of `replay` alone.
 struct ReplayCommandOptions {
-  std::string record;
+  RunsOptions runs;
   std::string output;               // folder
   std::vector<std::string> faults;  // "storage.server=fail"
   std::string each;                 // a fault for each plugin in turn; empty: none

@@ -1,7 +1,6 @@
 #include <CLI/CLI.hpp>
 #include <cmath>
 #include <filesystem>
-#include <fstream>
 #include <optional>
 #include <stdexcept>
 #include <string>
@@ -11,8 +10,10 @@
 
 #include "host/CommandLine.h"
 #include "host/Commands.h"
+#include "host/FileContent.h"
 #include "host/ReplayProduct.h"
 #include "host/ReplayRuns.h"
+#include "host/RunFiles.h"
 #include "reference/os/LocalText.h"
 #include "workbench/output/Nearest.h"
 #include "workbench/output/Text.h"
@@ -36,11 +37,7 @@ CLI::Validator Factor() {
 
 void AddOptions(CLI::App& command, Options& options) {
   ReplayCommandOptions& replay = options.replay;
-  const std::string run = "The run";
-  command.add_option("RECORD", replay.record, "The flight record of the run")
-      ->required()
-      ->check(Path())
-      ->group(run);
+  AddRunsOptions(command, options, replay.runs);
 
   const std::string product = "The product of stubs";
   command.add_option("--output", replay.output, "Write it to this folder, new or empty")
@@ -78,20 +75,15 @@ void AddOptions(CLI::App& command, Options& options) {
       ->group("What each plugin's fault does");
 }
 
-Timeline ReadTimeline(const std::string& file) {
-  try {
-    RecordedRun run = ReadRecordedRun(PathFromLocal(file));
-    if (!run.knowsEdges) {
-      throw UsageError(file +
-                       " does not say which plugin waits for which; --bin DIR names the "
-                       "folder of its product, which does");
-    }
-    return MakeTimeline(std::move(run));
-  } catch (const UsageError&) {
-    throw;
-  } catch (const std::runtime_error& error) {
-    throw UsageError(error.what());
+Timeline ReadTimeline(const Options& options, HostContext& context) {
+  const RunsOptions& runs = options.replay.runs;
+  RecordedRun run = ReadRun(runs, options, LogOptionsOf(runs.files, runs, options, context));
+  if (!run.knowsEdges) {
+    throw UsageError(run.name +
+                     " does not say which plugin waits for which; --bin DIR names the folder of "
+                     "its product, which does");
   }
+  return MakeTimeline(std::move(run));
 }
 
 Fault FaultOf(const char* option, const std::string& text) {
@@ -155,8 +147,9 @@ ExitStatus WriteReplay(const Replay& replay, const Timeline& timeline,
   WriteReplayProduct(folder, replay, ReplayDescription(replay, timeline, replayOptions, arguments));
   std::string text;
   for (const std::string& difference : replay.differences) text += difference + "\n";
-  context.output.Write(text + Count(replay.plugins.size(), "plugin") + " written. It runs by\n" +
-                       "    HUB run --bin " + LocalFromPath(folder / "bin") + arguments + "\n");
+  text += Count(replay.plugins.size(), "plugin") + " written. It runs by\n    HUB run --bin " +
+          LocalFromPath(folder / "bin") + arguments + "\n";
+  WriteOutput(context, text);
   return kOk;
 }
 
@@ -169,9 +162,9 @@ ExitStatus Run(const Options& options, HostContext& context) {
   const ReplayOptions replayOptions{asked.anonymous, asked.speed, asked.work == "busy"};
   std::optional<Fault> fault;
   if (!asked.each.empty()) fault = FaultOf("--each", asked.each);
-  const Timeline timeline = ReadTimeline(asked.record);
+  const Timeline timeline = ReadTimeline(options, context);
   Replay replay = MakeReplay(timeline, replayOptions);
-  if (replay.plugins.empty()) throw UsageError(asked.record + " is of a run without plugins");
+  if (replay.plugins.empty()) throw UsageError(timeline.run.name + " is of a run without plugins");
   for (const std::string& named : asked.faults) AddNamedFault(replay, named);
   if (!fault) return WriteReplay(replay, timeline, replayOptions, options, context);
   const std::vector<std::string> arguments = RunArguments(timeline.run.record.head);

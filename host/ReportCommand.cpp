@@ -10,13 +10,8 @@
 #include "host/CommandLine.h"
 #include "host/Commands.h"
 #include "host/FileContent.h"
-#include "host/PluginHeads.h"
-#include "host/ProductCheck.h"
 #include "host/RunFiles.h"
 #include "host/Screen.h"
-#include "reference/os/LocalText.h"
-#include "workbench/output/Text.h"
-#include "workbench/record/LogStamp.h"
 #include "workbench/report/BudgetFile.h"
 #include "workbench/report/ComparisonText.h"
 #include "workbench/report/ReportDot.h"
@@ -36,27 +31,7 @@ namespace {
 
 void AddOptions(CLI::App& command, Options& options) {
   ReportOptions& report = options.report;
-  const std::string run = "The run";
-  command
-      .add_option(
-          "RUNS", report.runs,
-          "Flight records and logs (default: the record of\nthe last run; with --bin of that "
-          "product)")
-      ->type_name("")
-      ->check(Path())
-      ->group(run);
-  command
-      .add_option("--run", report.run,
-                  "Which of several runs, from 1 for the first\n(default: the last)")
-      ->type_name("N")
-      ->check(Between(1, 1000000))
-      ->group(run);
-  AddProductOptions(command, options);
-  command
-      .add_option("--time-format", report.timeFormat,
-                  "How stamps in logs are written, as for\nstrptime: '%d/%m/%Y %H:%M:%S'")
-      ->type_name("FORMAT")
-      ->group(run);
+  AddRunsOptions(command, options, report.runs);
 
   const std::string shown = "What it shows";
   command.add_option("--format", report.format, "text, json, html, trace or dot (default: text)")
@@ -106,40 +81,6 @@ void AddOptions(CLI::App& command, Options& options) {
       ->type_name("FILE")
       ->check(Path())
       ->group(compared);
-}
-
-/// What is known of logs besides their lines; the product is read only when there is a log.
-LogOptions LogsOf(const Options& options, HostContext& context) {
-  const ReportOptions& report = options.report;
-  LogOptions logs;
-  logs.timeFormat = report.timeFormat;
-  if (!report.timeFormat.empty()) {
-    const std::string problem = LogStamps::Problem(report.timeFormat);
-    if (!problem.empty()) throw UsageError("--time-format: " + problem);
-  }
-  std::vector<std::string> files = report.runs;
-  files.insert(files.end(), report.against.begin(), report.against.end());
-  const bool all = std::all_of(files.begin(), files.end(), [](const std::string& file) {
-    return IsFlightRecord(PathFromLocal(file));
-  });
-  if (options.bin.empty() || all) return logs;
-  if (const auto product = ReadProductIn(options.bin, options.module, context)) {
-    logs.plugins = PluginHeads(product->model, options.bin + "/");
-  }
-  return logs;
-}
-
-/// The run that is reported.
-Timeline ReadTimeline(const Options& options, const LogOptions& logs) {
-  const ReportOptions& report = options.report;
-  if (report.runs.empty()) return MakeTimeline(ReadRecord(LastRecord(options.bin)));
-  std::vector<RecordedRun> runs = ReadRunFiles(report.runs, logs);
-  if (report.run > runs.size()) {
-    throw UsageError("--run: there " + std::string(runs.size() == 1 ? "is " : "are ") +
-                     Count(runs.size(), "run"));
-  }
-  const std::size_t position = report.run == 0 ? runs.size() - 1 : report.run - 1;
-  return MakeTimeline(std::move(runs[position]));
 }
 
 std::optional<Comparison> CompareWith(const std::vector<std::string>& against,
@@ -236,8 +177,10 @@ void CheckFormat(const ReportOptions& report) {
 ExitStatus Report(const Options& options, HostContext& context) {
   const ReportOptions& report = options.report;
   CheckFormat(report);
-  const LogOptions logs = LogsOf(options, context);
-  const Timeline timeline = ReadTimeline(options, logs);
+  std::vector<std::string> files = report.runs.files;
+  files.insert(files.end(), report.against.begin(), report.against.end());
+  const LogOptions logs = LogOptionsOf(files, report.runs, options, context);
+  const Timeline timeline = MakeTimeline(ReadRun(report.runs, options, logs));
   const ReportAdditions additions{CompareWith(report.against, logs, timeline),
                                   CompareWithBudgetIn(report.budget, timeline)};
   const std::string text = TextOf(timeline, additions, options, context.output);

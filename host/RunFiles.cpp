@@ -1,12 +1,17 @@
 #include "host/RunFiles.h"
 
+#include <algorithm>
 #include <stdexcept>
 #include <system_error>
+#include <utility>
 
-#include "host/Commands.h"
+#include "host/PluginHeads.h"
+#include "host/ProductCheck.h"
 #include "reference/os/LocalText.h"
 #include "reference/os/UserFolders.h"
+#include "workbench/output/Text.h"
 #include "workbench/record/FlightRecord.h"
+#include "workbench/record/LogStamp.h"
 
 namespace fs = std::filesystem;
 
@@ -32,6 +37,34 @@ RecordedRun ReadRecord(const fs::path& file) {
   } catch (const std::runtime_error& error) {
     throw UsageError(error.what());
   }
+}
+
+LogOptions LogOptionsOf(const std::vector<std::string>& files, const RunsOptions& runs,
+                        const Options& options, HostContext& context) {
+  LogOptions logs;
+  logs.timeFormat = runs.timeFormat;
+  if (!runs.timeFormat.empty()) {
+    const std::string problem = LogStamps::Problem(runs.timeFormat);
+    if (!problem.empty()) throw UsageError("--time-format: " + problem);
+  }
+  const bool all = std::all_of(files.begin(), files.end(), [](const std::string& file) {
+    return IsFlightRecord(PathFromLocal(file));
+  });
+  if (options.bin.empty() || all) return logs;
+  if (const auto product = ReadProductIn(options.bin, options.module, context)) {
+    logs.plugins = PluginHeads(product->model, options.bin + "/");
+  }
+  return logs;
+}
+
+RecordedRun ReadRun(const RunsOptions& runs, const Options& options, const LogOptions& logs) {
+  if (runs.files.empty()) return ReadRecord(LastRecord(options.bin));
+  std::vector<RecordedRun> all = ReadRunFiles(runs.files, logs);
+  if (runs.run > all.size()) {
+    throw UsageError("--run: there " + std::string(all.size() == 1 ? "is " : "are ") +
+                     Count(all.size(), "run"));
+  }
+  return std::move(all[runs.run == 0 ? all.size() - 1 : runs.run - 1]);
 }
 
 std::vector<RecordedRun> ReadRunFiles(const std::vector<std::string>& files,

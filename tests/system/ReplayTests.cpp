@@ -111,6 +111,22 @@ TEST_F(ReplayedProduct, FailsInTheSameWays) {
   ExpectSameShape();
 }
 
+TEST_F(ReplayedProduct, OfALogHasTheGraphOfItsProductAndTheResultsOfTheLog) {
+  MadeProduct product;
+  product.Plugin("a.server", "init_fails")
+      .Plugin("b.server", "uninit_refuses", DependsOn("a.server"));
+  const std::string log = Quoted(folder.Path() / "hub.log");
+  product.RunUntilUp("--log " + log, RecordAs("run.jsonl"));
+  const std::string replay =
+      "replay " + log + " --output " + Quoted(folder.Path() / "replay") + " ";
+  const HubResult refused = RunHub(replay);
+  EXPECT_EQ(2, refused.status);
+  EXPECT_THAT(refused.errors, HasSubstr("does not say which plugin waits for which; --bin DIR"));
+  EXPECT_EQ(0, RunHub(replay + "--bin " + product.Site().Bin()).status);
+  EXPECT_EQ(3, RunReplay().status);
+  ExpectSameShape();
+}
+
 TEST_F(ReplayedProduct, TakesAtLeastAsLong) {
   MadeProduct product;
   product.Plugin("a.server", "init_takes_two_seconds");

@@ -155,6 +155,7 @@ class Differences {
     AddKinds();
     AddNotBegun();
     AddHangs();
+    AddNotKnown();
     AddCrash();
     if (m_options.speed != 1) {
       std::string factor = std::to_string(m_options.speed);
@@ -229,6 +230,17 @@ class Differences {
     Add("The record ends before their UnInit had returned; here it never returns",
         PluginsThat([this](std::size_t i) {
           return m_replay.plugins[i].behavior.uninit.ending == Ending::kHangs;
+        }));
+  }
+
+  void AddNotKnown() {
+    Add("The log does not say how their Init ended; here it succeeds",
+        PluginsThat([this](std::size_t i) {
+          return m_timeline.start.spans[i].result == Result::kNotKnown;
+        }));
+    Add("The log does not say how their UnInit ended; here it succeeds",
+        PluginsThat([this](std::size_t i) {
+          return m_timeline.stop.spans[i].result == Result::kNotKnown;
         }));
   }
 

@@ -123,6 +123,18 @@ TEST(Replay, HangsWhereAPluginHadNotReturned) {
             replay.differences);
 }
 
+TEST(Replay, SucceedsWhereALogDoesNotSayHowAPluginEnded) {
+  RecordedRun run = RunOf("a:\nstart 0 9\na start 0 0 0 5 5\nstop 9 19\na stop 9 9 9 12 12\n");
+  for (RunEvent& event : run.record.events) {
+    if (event.kind == Kind::kCounted) event.result = RunEvent::Result::kNone;
+  }
+  const Replay replay = MakeReplay(MakeTimeline(run), {});
+  EXPECT_EQ("a 5000 succeeds 3000 succeeds\n", Behaviors(replay));
+  EXPECT_EQ((Names{"The log does not say how their Init ended; here it succeeds: a.",
+                   "The log does not say how their UnInit ended; here it succeeds: a."}),
+            replay.differences);
+}
+
 TEST(Replay, CrashesInThePluginThatCrashedAsItDid) {
   const std::string text = "a:\nstart 0 -\na start 0 0 5 - -\n";
   const auto endingOf = [&text](const std::string& sentence) {
