@@ -126,10 +126,13 @@ std::string WhatIsWrong(const Options& options) {
   }
   if (options.noRecord && !options.record.empty())
     return "--record and --no-record: only one of them";
+  if (options.noRecord && !options.reportPage.empty()) {
+    return "--report and --no-record: the report is made of the flight record";
+  }
   for (const auto& [option, value] :
        {std::pair("--bin", options.bin), std::pair("--log", options.log),
         std::pair("--record", options.record), std::pair("--state", options.state),
-        std::pair("--output", options.check.output),
+        std::pair("--report", options.reportPage), std::pair("--output", options.check.output),
         std::pair("--baseline", options.check.baseline),
         std::pair("--write-baseline", options.check.writeBaseline),
         std::pair("--against", options.check.against), std::pair("--with", options.check.with),
@@ -155,18 +158,33 @@ std::string WhatIsWrong(const Options& options) {
        {std::pair("--log: ", options.log), std::pair("--record: ", options.record),
         std::pair("--output: ", options.check.output),
         std::pair("--write-baseline: ", options.check.writeBaseline),
-        std::pair("--output: ", options.report.output)}) {
+        std::pair("--output: ", options.report.output),
+        std::pair("--report: ", options.reportPage)}) {
     if (IsProductFile(file, bin)) {
       return option + file + " is one of the product's own files, or could pass for one";
     }
     const std::string why = file.empty() ? file : WhyNotWritten(PathFromLocal(file));
     if (!why.empty()) return std::string(option).append(file).append(" ").append(why);
   }
+  const std::pair<const char*, const std::string&> kept[] = {
+      {"--log", options.log}, {"--record", options.record}, {"--report", options.reportPage}};
+  for (std::size_t i = 0; i < std::size(kept); ++i) {
+    for (std::size_t j = 0; j < i; ++j) {
+      if (kept[i].second.empty() || kept[j].second.empty()) continue;
+      if (Resolved(PathFromLocal(kept[i].second)) != Resolved(PathFromLocal(kept[j].second)))
+        continue;
+      return std::string(kept[j].first) + " and " + kept[i].first + ": " + kept[i].second +
+             " cannot be both";
+    }
+  }
+  if (!options.reportPage.empty()) {
+    const fs::path folder = fs::absolute(PathFromLocal(options.reportPage)).parent_path();
+    if (!fs::is_directory(folder, error)) {
+      return "--report: the folder " + LocalFromPath(folder) + " does not exist";
+    }
+  }
   if (options.record.empty()) return std::string();
   const fs::path record = PathFromLocal(options.record);
-  if (!options.log.empty() && Resolved(record) == Resolved(PathFromLocal(options.log))) {
-    return "--log and --record: " + options.record + " cannot be both";
-  }
   const std::string why = WhyNotReplaced(record);
   return why.empty() ? why : "--record: " + options.record + " " + why;
 }

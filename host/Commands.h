@@ -114,7 +114,8 @@ struct Options {
 
   std::string record;  // file; empty: one in the user's state folder
   bool noRecord = false;
-  std::string state;  // folder; empty: the user's state folder
+  std::string reportPage;  // file for the report on the run; empty: none
+  std::string state;       // folder; empty: the user's state folder
 
   std::optional<double> seconds;       // how long to run; none: until a stop request
   std::optional<double> startTimeout;  // seconds; none: no limit

@@ -10,9 +10,11 @@
 #include <vector>
 
 #include "host/CrashReport.h"
+#include "host/FileContent.h"
 #include "host/PluginHeads.h"
 #include "host/ProductCheck.h"
 #include "host/ProductReading.h"
+#include "host/RunFiles.h"
 #include "host/RunHeads.h"
 #include "host/StatusText.h"
 #include "reference/base/ThreadPools.h"
@@ -22,6 +24,7 @@
 #include "sdk/base/path.h"
 #include "workbench/output/Text.h"
 #include "workbench/product/StartGraph.h"
+#include "workbench/report/ReportHtml.h"
 
 namespace {
 
@@ -192,6 +195,7 @@ Verdict ProductRun::End() {
   if (m_reporter.ReportLosses()) verdict = Judge(m_facts, m_monitor.State());
   if (auto crash = ReportedCrash()) m_monitor.Add(std::move(*crash));
   if (!m_monitor.State().Crash()) AddEnd(verdict);
+  if (!WriteReport()) verdict = Judge(m_facts, m_monitor.State());
   m_context.output.Flush();
   LastOutputIsWritten();
   if (m_reporter.ReportLosses()) verdict = Judge(m_facts, m_monitor.State());
@@ -207,6 +211,21 @@ void ProductRun::AddEnd(const Verdict& verdict) {
   end.text = verdict.sentence;
   m_monitor.Add(std::move(end));
   m_record.End();
+}
+
+/// Writes the page of --report, which shows the run's end too. False when it cannot be written.
+bool ProductRun::WriteReport() {
+  if (m_options.reportPage.empty()) return true;
+  try {
+    if (m_record.File().empty())
+      throw UsageError("--report: there is no flight record to make it of");
+    const Timeline timeline = MakeTimeline(ReadRecord(m_record.File()));
+    WriteFileText("--report", m_options.reportPage, ReportHtml(timeline));
+    return true;
+  } catch (const UsageError& error) {
+    m_reporter.ReportError({error.what()});
+    return false;
+  }
 }
 
 /// Runs `call` on the driver's thread and waits for its end. `what`: its name, for the report when

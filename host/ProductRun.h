@@ -48,6 +48,7 @@ class ProductRun {
   void Stop();
   Verdict End();
   void AddEnd(const Verdict& verdict);
+  bool WriteReport();
   bool MayStillRun() const;
 
   // Waiting; meanwhile stop requests and limits are handled and the screen is updated.

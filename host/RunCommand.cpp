@@ -93,6 +93,12 @@ void AddOptions(CLI::App& command, Options& options) {
       ->group(kept);
   command.add_flag("--no-record", options.noRecord, "Write no flight record")->group(kept);
   command
+      .add_option("--report", options.reportPage,
+                  "Write the report on the run, a page for a\nbrowser, to this file")
+      ->type_name("FILE")
+      ->check(Path())
+      ->group(kept);
+  command
       .add_option(
           "--state", options.state,
           "Folder of the records, of the lock and of what\nthe next run reads (default: the "

@@ -95,6 +95,8 @@ TEST_F(CommandLine, WithTwoOptionsThatExcludeEachOtherIsRefused) {
   EXPECT_EQ("HUB: --json and --events: only one of them\n", RunRefused("--json --events"));
   EXPECT_EQ("HUB: --record and --no-record: only one of them\n",
             RunRefused("--no-record --record", Path("new.jsonl")));
+  EXPECT_EQ("HUB: --report and --no-record: the report is made of the flight record\n",
+            RunRefused("--no-record --report", Path("new.html")));
 }
 
 TEST_F(CommandLine, WithSecondsThatAreNoneIsRefused) {
@@ -191,6 +193,10 @@ TEST_F(CommandLine, WithOneFileForLogAndRecordIsRefused) {
   const std::string run = "run --bin site/bin ";
   EXPECT_EQ("HUB: --log and --record: " + Path("both") + " cannot be both\n",
             Refused(run + "--log both --record \"" + Path("both") + "\"", In("")));
+  EXPECT_EQ("HUB: --record and --report: " + Path("both") + " cannot be both\n",
+            RunRefused("--record \"" + Path("both") + "\" --report", Path("both")));
+  EXPECT_EQ("HUB: --report: the folder " + Path("gone") + " does not exist\n",
+            RunRefused("--report", Path("gone/page.html")));
   EXPECT_EQ("HUB: --log and --record: both cannot be both\n",
             Refused(run + "--log \"" + Path("both") + "\" --record both", In("")));
 }
@@ -215,9 +221,9 @@ TEST_F(CommandLine, WithAnUnknownWayToColorIsRefused) {
 TEST_F(CommandLine, OfHelpOrTheVersionPrintsThatInEightyColumns) {
   EXPECT_EQ("HUB " TEV_VERSION "\n", RunHub("--version").output);
   const std::pair<std::string, std::string> pages[] = {
-      {"--help", "HUB"},           {"run --help", "run"}, {"check --help", "check"},
-      {"report --help", "report"}, {"why --help", "why"}, {"replay --help", "replay"}, {"shake --help", "shake"},
-      {"model --help", "model"}};
+      {"--help", "HUB"},           {"run --help", "run"},    {"check --help", "check"},
+      {"report --help", "report"}, {"why --help", "why"},    {"replay --help", "replay"},
+      {"shake --help", "shake"},   {"model --help", "model"}};
   for (const auto& [arguments, name] : pages) {
     const HubResult result = RunHub(arguments);
     EXPECT_EQ(0, result.status);

@@ -4,10 +4,13 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <fstream>
+#include <iterator>
 #include <string>
 #include <vector>
 
 #include "reference/os/LocalText.h"
+#include "tests/system/HubProcess.h"
 #include "tests/system/MadeProduct.h"
 
 namespace fs = std::filesystem;
@@ -230,6 +233,56 @@ TEST(Report, RefusesWhatItsFormatDoesNotShow) {
   EXPECT_EQ("HUB: --against is not for --format dot\n", refused("--format dot --against y"));
   EXPECT_EQ("HUB: --budget is not for --format trace\n", refused("--format trace --budget y"));
   EXPECT_EQ("HUB: --focus is not for --format text\n", refused("--focus a"));
+}
+
+std::string PageIn(const fs::path& file) {
+  std::ifstream stream(file, std::ios::binary);
+  return {std::istreambuf_iterator<char>(stream), std::istreambuf_iterator<char>()};
+}
+
+TEST(Report, IsThePageThatRunWritesAtItsEnd) {
+  MadeProduct product;
+  HubSettings settings;
+  settings.record = product.Site().Path("run.jsonl");
+  const fs::path page = product.Site().Path("page.html");
+  const HubResult run = product.Plugin("a.server")
+                            .Plugin("bad.server", "init_fails")
+                            .RunUntilUp("--report \"" + LocalFromPath(page) + "\"", settings);
+  EXPECT_EQ(3, run.status);
+  const HubResult report =
+      RunHub("report \"" + LocalFromPath(settings.record) + "\" --format html");
+  EXPECT_EQ(report.output, PageIn(page));
+  EXPECT_THAT(PageIn(page), HasSubstr("degraded: 1 of 2 plugins started"));
+}
+
+TEST(Report, IsThePageThatRunWritesOfAStartThatHangs) {
+  MadeProduct product;
+  HubSettings settings;
+  settings.record = product.Site().Path("run.jsonl");
+  const fs::path page = product.Site().Path("page.html");
+  HubProcess hub(product.Plugin("hangs.server", "init_hangs")
+                     .Arguments("--stop-timeout 0 --report \"" + LocalFromPath(page) + "\""),
+                 settings);
+  EXPECT_TRUE(hub.AwaitEvent("init-begin", "hangs.server"));
+  hub.RequestStop(StopKind::kTerminate);
+  EXPECT_EQ(4, hub.Wait().status);
+  EXPECT_THAT(PageIn(page),
+              HasSubstr("<bdi>hangs.server</bdi></a>: has not returned: in Init for "));
+}
+
+TEST(Report, ThatRunCannotWriteDegradesTheRun) {
+  MadeProduct product;
+  HubSettings settings;
+  settings.record = product.Site().Path("run.jsonl");
+  const std::string page = LocalFromPath(product.Site().Path("gone") / "page.html");
+  fs::create_directory(product.Site().Path("gone"));
+  HubProcess hub(product.Plugin("a.server").Arguments("--report \"" + page + "\""), settings);
+  EXPECT_TRUE(hub.AwaitUp());
+  fs::remove_all(product.Site().Path("gone"));
+  hub.RequestStop(StopKind::kTerminate);
+  const HubResult result = hub.Wait();
+  EXPECT_EQ(3, result.status);
+  EXPECT_EQ("HUB: --report: " + page + " cannot be written\n", result.errors);
 }
 
 TEST(Why, NamesWhereTheDependencyIsDeclared) {
