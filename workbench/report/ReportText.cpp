@@ -166,7 +166,7 @@ class Writer {
     std::string line = "  " + Ms(balance.wall) + " ms =";
     for (std::size_t i = 0; i < parts.size(); ++i) {
       line += fmt::format("{} {} {} ({})", i == 0 ? "" : " +", names[i], texts[i],
-                          Share(parts[i], balance.wall));
+                          ShareText(parts[i], balance.wall));
     }
     Sentence(line);
   }
@@ -184,18 +184,13 @@ class Writer {
       const std::string waits = tasks ? PadLeft(Ms(step.look), 10) + PadLeft(Ms(step.idle), 10)
                                       : PadLeft(Ms(step.look + step.idle), 10);
       Line(PadLeft(Since(phase, span.begin), 11) + waits + PadLeft(Ms(step.work), 10) +
-           PadLeft(Share(step.work, phase.balance.wall), 8) + "  " + Name(step.plugin) +
+           PadLeft(ShareText(step.work, phase.balance.wall), 8) + "  " + Name(step.plugin) +
            (span.HasEnded() ? "" : ", which has not ended"));
     }
     if (phase.lastLook > 0) {
       Line(PadLeft("", 11) + PadLeft(Ms(phase.lastLook), 10) + PadLeft("", tasks ? 28 : 18) +
            (phase.ended ? "  until the frame looked" : "  until the record ends"));
     }
-  }
-
-  static std::string Share(std::int64_t part, std::int64_t whole) {
-    if (whole <= 0) return "-";
-    return fmt::format("{:.1f}%", 100 * static_cast<double>(part) / static_cast<double>(whole));
   }
 
   void Slack(const PhaseTimeline& phase) {

@@ -49,3 +49,8 @@ std::vector<std::string> MsTexts(const std::vector<std::int64_t>& parts, std::in
   for (const std::int64_t number : units) texts.push_back(UnitsText(number, unit));
   return texts;
 }
+
+std::string ShareText(std::int64_t part, std::int64_t whole) {
+  if (whole <= 0) return "-";
+  return fmt::format("{:.1f}%", 100 * static_cast<double>(part) / static_cast<double>(whole));
+}

@@ -89,7 +89,7 @@ TEST(ReportHtml, CriticalPathNamesWhatReleasedEachPlugin) {
     b start 200 200 200 300 300)"));
   EXPECT_EQ(
       "<tr><th scope=row><a href=\"#start-1\"><bdi>b</bdi></a><td>a<td>160.0<td>0.0<td>100.0"
-      "<td>65.0 %\n",
+      "<td>25.0%\n",
       LinesWith(page, "<a href=\"#start-1\">"));
 }
 

@@ -11,6 +11,7 @@
 #include <vector>
 
 #include "workbench/output/Text.h"
+#include "workbench/report/Times.h"
 #include "workbench/report/page/Bars.h"
 #include "workbench/report/page/HtmlText.h"
 
@@ -211,11 +212,6 @@ std::string LaneRow(const PhaseView& view, const std::vector<std::size_t>& lane)
       view.Ms(busy));
 }
 
-std::string Share(const PhaseView& view, std::int64_t part) {
-  const std::int64_t wall = std::max<std::int64_t>(view.phase.balance.wall, 1);
-  return fmt::format("{:.1f} %", 100.0 * static_cast<double>(part) / static_cast<double>(wall));
-}
-
 /// The cells of the time before a plugin of the path began.
 std::string WaitCells(const PhaseView& view, std::int64_t look, std::int64_t idle) {
   if (!view.timeline.run.knowsTasks) return "<td>" + view.Ms(look + idle);
@@ -227,7 +223,7 @@ std::string PathRow(const PhaseView& view, const PathStep& step) {
                      view.Word(), step.plugin, HtmlID(view.ID(step.plugin)),
                      step.releasedBy ? HtmlID(view.ID(*step.releasedBy)) : kNone,
                      WaitCells(view, step.look, step.idle), view.Ms(step.work),
-                     Share(view, step.look + step.idle + step.work));
+                     ShareText(step.work, view.phase.balance.wall));
 }
 
 /// From the end of the path to the end of the phase.
@@ -237,7 +233,7 @@ std::string LastPathRow(const PhaseView& view) {
       "<tr><th scope=row>until the {}<td>{}{}<td>{}<td>{}\n",
       phase.ended ? fmt::format("{} ended", view.Word()) : "last event", kNone,
       WaitCells(view, phase.ended ? phase.lastLook : 0, phase.ended ? 0 : phase.lastLook), kNone,
-      Share(view, phase.lastLook));
+      kNone);
 }
 
 }  // namespace
@@ -284,9 +280,9 @@ std::string PathTable(const PhaseView& view) {
       "class=\"scroll\"><table>"
       "<thead><tr><th scope=\"col\" class=\"name\">Plugin</th>"
       "<th scope=\"col\" class=\"t\">Released by</th><th scope=\"col\" class=\"n\">{}</th>"
-      "<th scope=\"col\" class=\"n\">Work</th><th scope=\"col\" class=\"n\">Share of the {}</th>"
+      "<th scope=\"col\" class=\"n\">Work</th><th scope=\"col\" class=\"n\">Share</th>"
       "</tr></thead>\n<tbody>\n",
-      path.size() > kOpenSteps ? "" : " open", Count(path.size(), "plugin"), waits, view.Word());
+      path.size() > kOpenSteps ? "" : " open", Count(path.size(), "plugin"), waits);
   for (const PathStep& step : path) html += PathRow(view, step);
   return html + LastPathRow(view) + "</tbody></table></div></details>\n";
 }
