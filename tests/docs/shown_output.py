@@ -7,10 +7,11 @@ prints in its place. A code block shows the output of
     - the command of the comment before it, `<!-- $ COMMAND -->`, or
     - the command in its own first line, `$ COMMAND`; that of a comment runs before it.
 
-A command is one of the shell, with HUB, $SITE (a copy of the sample product, made for the block)
-and $FIXTURES (the plugins of the tests). The commands of one document run one after the other in one
-folder of their own. HUB runs the copy, shown as the folder that --bin names. A `HUB run` without
---seconds is stopped by a SIGINT once the product is up.
+A command is one of the shell, with HUB, $SITE (a copy of the sample product, made for the block),
+$FIXTURES (the plugins of the tests) and $DOCS (the document's folder). The commands of one document run one after the other in one
+folder of their own. HUB runs the copy, shown as the folder that --bin names; a product that an
+earlier command has made is run itself. A `HUB run` that does not stop by itself is stopped by a
+SIGINT once the product is up.
 
 What differs from run to run, such as times, is what RULES name; anything else has to be the same,
 blanks and the columns of a table included. --write leaves a line as it is unless more differs.
@@ -132,7 +133,7 @@ def merged(shown, printed):
 class Shell:
     """Runs the commands of one document."""
 
-    def __init__(self, options, folder):
+    def __init__(self, options, folder, document):
         self._options = options
         self._folder = Path(folder)
         bin_folder = self._folder / "path"
@@ -146,6 +147,7 @@ class Shell:
             **os.environ, "PATH": f"{bin_folder}:{os.environ['PATH']}",
             "REAL_HUB": os.path.realpath(options.hub), "SITE": str(self._folder / "site"),
             "FIXTURES": os.path.realpath(options.fixtures),
+            "DOCS": str(document.resolve().parent),
             "XDG_STATE_HOME": str(self._folder / "state"), "LC_ALL": "C.UTF-8"}
 
     def printed(self, commands):
@@ -161,7 +163,8 @@ class Shell:
                                   stdin=subprocess.DEVNULL, timeout=LONGEST_SECONDS, check=False)
             output = done.stdout
             for named in re.findall(r"--bin (\S+)/bin\b", command):
-                self._shown_site = named
+                if not (self._folder / "work" / named).is_dir():
+                    self._shown_site = named
         for path, name in ((self._environment["SITE"], self._shown_site),
                            (self._environment["REAL_HUB"], "HUB")):
             output = output.replace(path, name)
@@ -173,7 +176,7 @@ def check(document, options):
     lines = document.read_text(encoding="utf-8").splitlines()
     faults, replaced, shows = [], [], False
     with tempfile.TemporaryDirectory() as folder:
-        shell = Shell(options, folder)
+        shell = Shell(options, folder, document)
         for block in blocks_of(lines):
             place = f"{document}:{block.begin + 1}"
             if not block.commands:
@@ -204,13 +207,15 @@ def check(document, options):
 
 def run_as_hub(arguments):
     """HUB as a document's command sees it: the copy of the product in place of the one it names,
-    and somebody who stops it."""
-    if "--bin" in arguments or arguments[0] != "report":
-        at = arguments.index("--bin") if "--bin" in arguments else len(arguments)
+    unless the document has made that, and somebody who stops it."""
+    named = "--bin" in arguments
+    at = arguments.index("--bin") if named else len(arguments)
+    is_of_document = named and Path(arguments[at + 1]).is_dir()
+    if not is_of_document and (named or arguments[0] not in ("report", "replay")):
         arguments[at:at + 2] = ["--bin", os.environ["SITE"] + "/bin"]
     with tempfile.TemporaryDirectory() as folder:
         record = Path(folder) / "run.jsonl"
-        stops = arguments[0] == "run" and "--seconds" not in arguments
+        stops = arguments[0] == "run" and not {"--seconds", "--until-up"} & set(arguments)
         if stops and "--record" in arguments:
             record = Path(arguments[arguments.index("--record") + 1])
         elif stops:
