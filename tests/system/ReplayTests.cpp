@@ -244,17 +244,30 @@ TEST_F(ReplayedProduct, WithHostileIdsStaysInItsFolder) {
   EXPECT_EQ(0, model.status) << model.errors;
 }
 
-TEST_F(ReplayedProduct, OfManyPluginsIsWrittenWhole) {
-  constexpr std::size_t count = 900;
+/// A record of a run with so many plugins, each but the first behind another one.
+std::string RecordOfMany(std::size_t count) {
   std::string record = R"({"record":"head","schema":1,"run":"r","ns":0})";
   for (std::size_t i = 0; i < count; ++i) {
     record += "\n{\"record\":\"plugin\",\"id\":\"p" + std::to_string(i) +
               R"(.server","kind":"server","version":"1.0.0","library":"","dependsOn":[)" +
               (i == 0 ? "" : "\"p" + std::to_string(i / 2) + ".server\"") + "]}";
   }
-  folder.Write("run.jsonl", record + "\n");
+  return record + "\n";
+}
+
+TEST_F(ReplayedProduct, OfManyPluginsIsWrittenWhole) {
+  folder.Write("run.jsonl", RecordOfMany(900));
   EXPECT_EQ(0, Replay().status);
-  EXPECT_EQ(0, RunReplay().status);
+  const nlohmann::json model = RunHub("model " + Bin()).Json();
+  EXPECT_EQ(900U, model["ProductModel"]["ServerPluginDescriptions"].size());
+}
+
+TEST_F(ReplayedProduct, OfManyPluginsStartsAndStopsThemAll) {
+  folder.Write("run.jsonl", RecordOfMany(150));
+  EXPECT_EQ(0, Replay().status);
+  const HubResult run = RunReplay();
+  EXPECT_EQ(0, run.status);
+  EXPECT_THAT(run.output, HasSubstr("\nup: all 150 plugins started\n"));
 }
 
 TEST_F(ReplayedProduct, WithEachFaultShowsWhoSuffers) {
