@@ -112,7 +112,7 @@ NEWEST ?=
 lint: build ## Check the sources' format, and with clang-tidy all but tests and benchmarks, or the NEWEST=N
 	@tools/install-packages lint
 	@git ls-files '*.h' '*.cpp' | xargs clang-format --dry-run -Werror
-	@tools/list-sources '$(NEWEST)' 'src/*.cpp' 'reference/*.cpp' 'workbench/*.cpp' 'host/*.cpp' 'samples/*.cpp' | \
+	@tools/list-sources '$(NEWEST)' 'src/*.cpp' 'reference/*.cpp' 'workbench/*.cpp' 'host/*.cpp' 'samples/*.cpp' 'stub/*.cpp' | \
 	xargs -P 2 -n 1 clang-tidy -p $(BUILD) --quiet
 	@git grep -l '^#!/bin/sh' -- tools cmake bench fuzz .ci | xargs shellcheck -S warning
 

@@ -118,17 +118,23 @@ fs::path MeantFolder(const fs::path& bin) {
   return meant;
 }
 
-/// What is wrong with options that the parser has accepted; empty when nothing is.
-std::string WhatIsWrong(const Options& options) {
+/// Options that exclude each other, as a sentence; empty for none.
+std::string WhatExcludes(const Options& options) {
   if (options.json && options.events) return "--json and --events: only one of them";
   if (!options.check.against.empty() && !options.check.baseline.empty()) {
     return "--against and --baseline: only one of them";
   }
-  if (options.noRecord && !options.record.empty())
+  if (options.noRecord && !options.record.empty()) {
     return "--record and --no-record: only one of them";
+  }
   if (options.noRecord && !options.reportPage.empty()) {
     return "--report and --no-record: the report is made of the flight record";
   }
+  return std::string();
+}
+
+/// An option whose value is another option; empty for none.
+std::string WhatLacksAValue(const Options& options) {
   for (const auto& [option, value] :
        {std::pair("--bin", options.bin), std::pair("--log", options.log),
         std::pair("--record", options.record), std::pair("--state", options.state),
@@ -142,9 +148,13 @@ std::string WhatIsWrong(const Options& options) {
     if (value.rfind("--", 0) != 0) continue;
     return std::string(option) + " needs a value, and " + Quoted(value) + " is an option";
   }
+  return std::string();
+}
+
+/// What is wrong with the product's folder, `bin`, or with the one to compare with; empty when
+/// nothing is.
+std::string WhatIsWrongWithFolders(const Options& options, const fs::path& bin) {
   std::error_code error;
-  const fs::path bin =
-      options.bin.empty() ? PathFromLocal(ProcessPath()).parent_path() : PathFromLocal(options.bin);
   if (!fs::exists(bin, error)) return "--bin: " + options.bin + " does not exist";
   if (!fs::is_directory(bin, error)) return "--bin: " + options.bin + " is no folder";
   for (const auto& [option, folder] :
@@ -154,6 +164,11 @@ std::string WhatIsWrong(const Options& options) {
     return std::string(option) + ": " + folder + " has no META_INFO; is " + option + " " +
            LocalFromPath(meant) + " meant?";
   }
+  return std::string();
+}
+
+/// What is wrong with the files that are written; empty when nothing is.
+std::string WhatIsWrongWithFiles(const Options& options, const fs::path& bin) {
   for (const auto& [option, file] :
        {std::pair("--log: ", options.log), std::pair("--record: ", options.record),
         std::pair("--output: ", options.check.output),
@@ -166,6 +181,21 @@ std::string WhatIsWrong(const Options& options) {
     const std::string why = file.empty() ? file : WhyNotWritten(PathFromLocal(file));
     if (!why.empty()) return std::string(option).append(file).append(" ").append(why);
   }
+  if (!options.reportPage.empty()) {
+    const fs::path folder = fs::absolute(PathFromLocal(options.reportPage)).parent_path();
+    std::error_code error;
+    if (!fs::is_directory(folder, error)) {
+      return "--report: the folder " + LocalFromPath(folder) + " does not exist";
+    }
+  }
+  if (options.record.empty()) return std::string();
+  const fs::path record = PathFromLocal(options.record);
+  const std::string why = WhyNotReplaced(record);
+  return why.empty() ? why : "--record: " + options.record + " " + why;
+}
+
+/// Files of the run that are one and the same, as a sentence; empty for none.
+std::string WhatIsTheSame(const Options& options) {
   const std::pair<const char*, const std::string&> kept[] = {
       {"--log", options.log}, {"--record", options.record}, {"--report", options.reportPage}};
   for (std::size_t i = 0; i < std::size(kept); ++i) {
@@ -177,16 +207,19 @@ std::string WhatIsWrong(const Options& options) {
              " cannot be both";
     }
   }
-  if (!options.reportPage.empty()) {
-    const fs::path folder = fs::absolute(PathFromLocal(options.reportPage)).parent_path();
-    if (!fs::is_directory(folder, error)) {
-      return "--report: the folder " + LocalFromPath(folder) + " does not exist";
-    }
+  return std::string();
+}
+
+/// What is wrong with options that the parser has accepted; empty when nothing is.
+std::string WhatIsWrong(const Options& options) {
+  const fs::path bin =
+      options.bin.empty() ? PathFromLocal(ProcessPath()).parent_path() : PathFromLocal(options.bin);
+  for (const std::string& wrong :
+       {WhatExcludes(options), WhatLacksAValue(options), WhatIsWrongWithFolders(options, bin),
+        WhatIsTheSame(options), WhatIsWrongWithFiles(options, bin)}) {
+    if (!wrong.empty()) return wrong;
   }
-  if (options.record.empty()) return std::string();
-  const fs::path record = PathFromLocal(options.record);
-  const std::string why = WhyNotReplaced(record);
-  return why.empty() ? why : "--record: " + options.record + " " + why;
+  return std::string();
 }
 
 bool LooksLikeAnOption(const std::string& word) {
