@@ -2,8 +2,6 @@
 
 #include <algorithm>
 #include <chrono>
-#include <fstream>
-#include <iterator>
 #include <random>
 #include <stdexcept>
 #include <system_error>
@@ -34,32 +32,6 @@ fs::path NewFolder() {
   fs::create_directories(folder);
   return fs::canonical(folder);
 }
-
-/// Looks for a text in a file that grows.
-class GrowingFile {
- public:
-  GrowingFile(fs::path file, std::string text) : m_file(std::move(file)), m_text(std::move(text)) {}
-
-  /// Reads what is new; true once the text has been found.
-  bool Has() {
-    if (m_found) return true;
-    std::ifstream stream(m_file, std::ios::binary);
-    stream.seekg(m_read);
-    const std::string more((std::istreambuf_iterator<char>(stream)), {});
-    m_read += static_cast<std::streamoff>(more.size());
-    m_last += more;
-    m_found = m_last.find(m_text) != std::string::npos;
-    m_last.erase(0, m_last.size() - std::min(m_last.size(), m_text.size()));
-    return m_found;
-  }
-
- private:
-  const fs::path m_file;
-  const std::string m_text;
-  std::streamoff m_read = 0;
-  std::string m_last;  // the end of what was read, in which the text may begin
-  bool m_found = false;
-};
 
 std::string Seconds(std::int64_t duration) {
   const std::string fraction = std::to_string(duration % 1000);
@@ -180,7 +152,6 @@ std::optional<ReplayRuns::Outcome> ReplayRuns::RunOnce(std::int64_t upLimit) {
   const fs::path record = m_folder / "run.jsonl";
   std::error_code ignored;
   fs::remove(record, ignored);
-  const std::string state = LocalFromPath(m_folder / "state");
   ChildSettings settings;
   settings.program = PathFromLocal(ProcessPath());
   settings.arguments = {"run",
@@ -188,21 +159,20 @@ std::optional<ReplayRuns::Outcome> ReplayRuns::RunOnce(std::int64_t upLimit) {
                         LocalFromPath(m_folder / "product" / "bin"),
                         "--record",
                         LocalFromPath(record),
+                        "--state",
+                        LocalFromPath(m_folder / "state"),
+                        "--until-up",
                         "--seconds",
                         Seconds(upLimit),
                         "--stop-timeout",
                         Seconds(StopTimeout())};
   settings.arguments.insert(settings.arguments.end(), m_arguments.begin(), m_arguments.end());
-  settings.environment = {{"XDG_STATE_HOME", state}, {"LOCALAPPDATA", state}};
   try {
     ChildProcess hub(settings);
-    GrowingFile growing(record, R"("event":"up")");
     const auto end = steady_clock::now() + milliseconds(upLimit + LongestRun() + StopTimeout());
     std::optional<ChildEnd> ended;
-    bool asked = false;
     while (!(ended = hub.WaitFor(kTick)) && steady_clock::now() < end) {
       if (m_context.stop.WaitFor(milliseconds(0))) return std::nullopt;
-      if (!asked && growing.Has()) asked = hub.RequestStop();
     }
     const bool killed = !ended;
     if (killed) hub.Kill();

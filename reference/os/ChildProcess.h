@@ -6,16 +6,15 @@
 #include <memory>
 #include <optional>
 #include <string>
-#include <utility>
 #include <vector>
 
-/// What a child process is started with. Texts are in the local code page.
+/// What a child process is started with, beside this process's environment. Texts are in the local
+/// code page.
 struct ChildSettings {
   std::filesystem::path program;
   std::vector<std::string> arguments;  // without the program's name
   std::filesystem::path output;        // file for standard output, emptied first; empty: discarded
   std::filesystem::path errors;        // the same for standard error; may be the same file
-  std::vector<std::pair<std::string, std::string>> environment;  // set beside the process's own
 };
 
 /// How a process ended.

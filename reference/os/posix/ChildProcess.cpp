@@ -5,13 +5,13 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
-#include <algorithm>
 #include <cerrno>
 #include <condition_variable>
 #include <csignal>
 #include <mutex>
 #include <system_error>
 #include <thread>
+#include <utility>
 
 namespace fs = std::filesystem;
 
@@ -59,25 +59,6 @@ class TextArray {
   std::vector<char*> m_pointers;
 };
 
-std::vector<std::string> Environment(const ChildSettings& settings) {
-  std::vector<std::string> all;
-  for (const auto& [name, value] : settings.environment) {
-    all.push_back(name);
-    all.back().append("=").append(value);
-  }
-  const std::size_t own = all.size();
-  for (char** entry = environ; entry != nullptr && *entry != nullptr; ++entry) {
-    const std::string text = *entry;
-    const std::size_t name = text.find('=') + 1;
-    const auto isReplaced = [&](const std::string& set) {
-      return set.compare(0, name, text, 0, name) == 0;
-    };
-    const auto end = all.begin() + static_cast<std::ptrdiff_t>(own);
-    if (std::none_of(all.begin(), end, isReplaced)) all.push_back(text);
-  }
-  return all;
-}
-
 /// Starts the program with default signal actions and no blocked signal.
 pid_t Spawn(const ChildSettings& settings) {
   const OpenFile input("/dev/null", O_RDONLY);
@@ -104,7 +85,7 @@ pid_t Spawn(const ChildSettings& settings) {
   words.insert(words.begin(), settings.program.string());
   pid_t process = -1;
   const int error = posix_spawn(&process, settings.program.c_str(), &files, &attributes,
-                                TextArray(words).Get(), TextArray(Environment(settings)).Get());
+                                TextArray(words).Get(), environ);
   posix_spawnattr_destroy(&attributes);
   posix_spawn_file_actions_destroy(&files);
   if (error != 0) Fail(error, settings.program);

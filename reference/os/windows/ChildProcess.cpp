@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <climits>
 #include <system_error>
+#include <utility>
 
 #include "reference/os/LocalText.h"
 #include "sdk/os/os.h"
@@ -96,35 +97,6 @@ std::wstring CommandLineOf(const ChildSettings& settings) {
   return line;
 }
 
-/// Whether the entry "NAME=value" of the environment sets one of `names`; their case is ignored.
-bool SetsOneOf(const std::wstring& entry, const std::vector<std::wstring>& names) {
-  const std::wstring name = entry.substr(0, entry.find(L'=', 1));
-  return std::any_of(names.begin(), names.end(), [&](const std::wstring& other) {
-    return CompareStringOrdinal(name.c_str(), -1, other.c_str(), -1, TRUE) == CSTR_EQUAL;
-  });
-}
-
-/// The process's own environment with the settings' variables: entries that each end in a zero, and
-/// a zero behind the last one.
-std::wstring Environment(const ChildSettings& settings) {
-  std::wstring block;
-  std::vector<std::wstring> names;
-  for (const auto& [name, value] : settings.environment) {
-    names.push_back(WideFromLocal(name));
-    block.append(names.back()).append(L"=").append(WideFromLocal(value)).push_back(L'\0');
-  }
-  wchar_t* const own = GetEnvironmentStringsW();
-  for (const wchar_t* at = own; at != nullptr && *at != L'\0';) {
-    const std::wstring entry = at;
-    at += entry.size() + 1;
-    if (!SetsOneOf(entry, names)) block.append(entry).push_back(L'\0');
-  }
-  FreeEnvironmentStringsW(own);
-  if (block.empty()) block.push_back(L'\0');
-  block.push_back(L'\0');
-  return block;
-}
-
 PROCESS_INFORMATION Create(const ChildSettings& settings) {
   const Handle input = Inherited("NUL", GENERIC_READ, OPEN_EXISTING);
   const Handle output = OutputFile(settings.output);
@@ -138,12 +110,10 @@ PROCESS_INFORMATION Create(const ChildSettings& settings) {
   start.StartupInfo.hStdError = errors.Get();
   start.lpAttributeList = handles.Get();
   std::wstring line = CommandLineOf(settings);
-  std::wstring environment = Environment(settings);
   PROCESS_INFORMATION process = {};
-  constexpr DWORD flags =
-      CREATE_NEW_PROCESS_GROUP | CREATE_UNICODE_ENVIRONMENT | EXTENDED_STARTUPINFO_PRESENT;
-  if (CreateProcessW(settings.program.c_str(), &line[0], nullptr, nullptr, TRUE, flags,
-                     &environment[0], nullptr, &start.StartupInfo, &process) == 0) {
+  constexpr DWORD flags = CREATE_NEW_PROCESS_GROUP | EXTENDED_STARTUPINFO_PRESENT;
+  if (CreateProcessW(settings.program.c_str(), &line[0], nullptr, nullptr, TRUE, flags, nullptr,
+                     nullptr, &start.StartupInfo, &process) == 0) {
     Fail(GetLastError(), settings.program);
   }
   CloseHandle(process.hThread);
