@@ -34,6 +34,8 @@ constexpr char kFooter[] =
     "  HUB run --start-timeout 60 --log hub.log  HUB's own folder, for a supervisor\n"
     "  HUB check --bin /srv/site/bin             what is wrong with the product\n"
     "  HUB report                                where the last run's time went\n"
+    "  HUB report new.jsonl --against old.jsonl  what changed since another run\n"
+    "  HUB why video.server                      why it started when it did\n"
     "  HUB replay run.jsonl --output DIR         a product of stubs like that run\n"
     "  HUB shake --bin /srv/site/bin             which order it depends on\n"
     "  HUB model --bin /srv/site/bin             what the frame makes of the files\n"
@@ -42,6 +44,7 @@ constexpr char kFooter[] =
     "2 wrong use; 3 up, but degraded; 4 stopped before it was up, or left with\n"
     "plugins that had not returned; of a crash: the signal's own.\n"
     "Exit status of check: 0 no findings that count; 1 findings; 2 it cannot check.\n"
+    "Exit status of report: 0; 1 a budget is exceeded; 2 it cannot report.\n"
     "Exit status of shake: 0 nothing found; 1 found; 2 it cannot run; 4 stopped.";
 
 std::vector<Command> Commands() {

@@ -5,8 +5,11 @@
 #include <system_error>
 #include <utility>
 
+#include "host/LastRun.h"
 #include "host/PluginHeads.h"
 #include "host/ProductCheck.h"
+#include "host/RunClock.h"
+#include "reference/os/FileLock.h"
 #include "reference/os/LocalText.h"
 #include "reference/os/UserFolders.h"
 #include "workbench/output/Text.h"
@@ -31,9 +34,29 @@ fs::path LastRecord(const std::string& bin) {
                    "; HUB run writes one, or name its file: HUB report FILE");
 }
 
+namespace {
+
+/// Whether a HUB still writes the record: its run is the last one of the product, which it locks.
+bool GoesOn(const fs::path& file, const RecordedRun& run) {
+  const std::string& bin = run.record.head.path;
+  if (bin.empty()) return false;
+  const RecordFolder folder(UserStateFolder(), fs::u8path(bin).parent_path());
+  std::error_code error;
+  if (!fs::equivalent(LastRun(folder.Path()).Record(), file, error) || error) return false;
+  try {
+    return !FileLock::TryLock(folder.Path() / "lock");
+  } catch (const std::system_error&) {
+    return false;
+  }
+}
+
+}  // namespace
+
 RecordedRun ReadRecord(const fs::path& file) {
   try {
-    return ReadRecordedRun(file);
+    RecordedRun run = ReadRecordedRun(file);
+    if (GoesOn(file, run)) run.now = SteadyNanoseconds();
+    return run;
   } catch (const std::runtime_error& error) {
     throw UsageError(error.what());
   }
@@ -73,7 +96,12 @@ std::vector<RecordedRun> ReadRunFiles(const std::vector<std::string>& files,
   paths.reserve(files.size());
   for (const std::string& file : files) paths.push_back(PathFromLocal(file));
   try {
-    return ReadRuns(paths, logs);
+    std::vector<RecordedRun> runs = ReadRuns(paths, logs);
+    if (paths.size() == 1 && runs.front().source == RecordedRun::Source::kRecord &&
+        GoesOn(paths.front(), runs.front())) {
+      runs.front().now = SteadyNanoseconds();
+    }
+    return runs;
   } catch (const std::runtime_error& error) {
     throw UsageError(error.what());
   }

@@ -37,14 +37,18 @@ void AddOptions(CLI::App& command, Options& options) {
   AddProductOptions(command, options);
   command
       .add_option("--record", options.why.record,
-                  "The flight record of the run (default: that of\nthe last run, if there is one)")
+                  "The flight record or log of the run (default:\nthe record of the last run, if "
+                  "there is one)")
       ->type_name("FILE")
       ->check(Path())
       ->group("The run");
 }
 
-std::optional<RecordedRun> ReadRun(const Options& options) {
-  if (!options.why.record.empty()) return ReadRecord(PathFromLocal(options.why.record));
+std::optional<RecordedRun> RunOf(const Options& options, HostContext& context) {
+  if (!options.why.record.empty()) {
+    const RunsOptions runs{{options.why.record}, 0, {}};
+    return ReadRun(runs, options, LogOptionsOf(runs.files, runs, options, context));
+  }
   const std::optional<fs::path> file = FindLastRecord(options.bin);
   return file ? std::optional<RecordedRun>(ReadRecord(*file)) : std::nullopt;
 }
@@ -81,25 +85,33 @@ class Declarations {
   std::map<std::string, std::map<std::string, Place>> m_known;  // by plugin
 };
 
-std::size_t FindPlugin(const Timeline& timeline, const std::string& id) {
+std::size_t FindPlugin(const Timeline& timeline, const std::string& id, const std::string& bin) {
+  if (timeline.plugins.empty()) {
+    throw UsageError("there is no product with plugins in " + bin + "; --bin names its folder");
+  }
   std::vector<std::string> ids;
   for (std::size_t i = 0; i < timeline.plugins.size(); ++i) {
     if (timeline.plugins[i].id == id) return i;
     ids.push_back(timeline.plugins[i].id);
+  }
+  for (const PluginRun& other : timeline.state.Plugins()) {
+    if (other.head.id != id) continue;
+    throw UsageError("\"" + Escaped(id) + "\" is a " + other.head.kind +
+                     ", which the frame does not start");
   }
   throw UsageError("\"" + Escaped(id) + "\" is no plugin of this product" +
                    Escaped(DidYouMean(id, ids)));
 }
 
 ExitStatus Why(const Options& options, HostContext& context) {
-  std::optional<RecordedRun> run = ReadRun(options);
+  std::optional<RecordedRun> run = RunOf(options, context);
   const std::string bin = BinOf(options, run);
   const std::unique_ptr<CheckedProduct> product = ReadProductIn(bin, options.module, context);
   if (!run && product == nullptr) throw UsageError("--bin: " + bin + " is no folder");
   RecordedRun graph;  // of a product that has not run
   if (!run) graph.record.plugins = PluginHeads(product->model, bin + "/");
   const Timeline timeline = MakeTimeline(run ? std::move(*run) : std::move(graph));
-  const std::size_t plugin = FindPlugin(timeline, options.why.plugin);
+  const std::size_t plugin = FindPlugin(timeline, options.why.plugin, bin);
   Declarations declarations(product.get());
   const DeclaredAt at = [&](const std::string& id, const std::string& on) {
     return declarations.At(id, on);
@@ -107,7 +119,10 @@ ExitStatus Why(const Options& options, HostContext& context) {
   if (options.why.other.empty()) {
     WriteOutput(context, WhyText(timeline, plugin, at));
   } else {
-    const std::size_t other = FindPlugin(timeline, options.why.other);
+    if (options.why.other == options.why.plugin) {
+      throw UsageError("\"" + Escaped(options.why.other) + "\" is named twice");
+    }
+    const std::size_t other = FindPlugin(timeline, options.why.other, bin);
     WriteOutput(context, WhyBeforeText(timeline, plugin, other, at));
   }
   return kOk;

@@ -14,7 +14,9 @@
 #include "tests/system/MadeProduct.h"
 
 namespace fs = std::filesystem;
+using testing::AllOf;
 using testing::HasSubstr;
+using testing::Not;
 using testing::StartsWith;
 
 namespace {
@@ -283,6 +285,49 @@ TEST(Report, ThatRunCannotWriteDegradesTheRun) {
   const HubResult result = hub.Wait();
   EXPECT_EQ(3, result.status);
   EXPECT_EQ("HUB: --report: " + page + " cannot be written\n", result.errors);
+}
+
+TEST(Report, OfARunThatGoesOnReachesUntilNow) {
+  TemporaryFolder state;
+  HubSettings settings;
+  settings.state = state.Path();
+  MadeProduct product;
+  HubProcess hub(product.Plugin("hangs.server", "init_hangs").Arguments("--stop-timeout 0"),
+                 settings);
+  EXPECT_TRUE(hub.AwaitEvent("init-begin", "hangs.server"));
+  const auto report = [&] {
+    return RunHub("report --bin " + product.Site().Bin(), settings).output;
+  };
+  EXPECT_THAT(report(), AllOf(HasSubstr("\nIt still goes on\n"), HasSubstr("\nNot returned yet\n"),
+                              HasSubstr("in Init for "), HasSubstr(" ms by now")));
+  hub.RequestStop(StopKind::kTerminate);
+  hub.Wait();
+  EXPECT_THAT(report(), AllOf(Not(HasSubstr("It still goes on")), HasSubstr("\nNever returned\n")));
+}
+
+TEST(Why, OfALogGoesByItsProduct) {
+  MadeProduct product;
+  const std::string log = LocalFromPath(product.Site().Path("hub.log"));
+  product.Plugin("a.server").Plugin("b.server", "well_behaved", DependsOn("a.server"));
+  product.RunUntilUp("--log \"" + log + "\"");
+  EXPECT_THAT(RunHub("why b.server --record \"" + log + "\" --bin " + product.Site().Bin()).output,
+              HasSubstr("  b.server waited for a.server, done at "));
+}
+
+TEST(Why, OfNoProductSaysWhereThereIsNone) {
+  TemporaryFolder state;
+  HubSettings settings;
+  settings.state = state.Path();
+  const HubResult result = RunHub("why a.server", settings);
+  EXPECT_EQ(2, result.status);
+  EXPECT_THAT(result.errors, HasSubstr("HUB: there is no product with plugins in "));
+}
+
+TEST(Why, OfAPluginAndItselfIsRefused) {
+  MadeProduct product;
+  const HubResult result =
+      RunHub("why a.server a.server --bin " + product.Plugin("a.server").Site().Bin());
+  EXPECT_EQ("HUB: \"a.server\" is named twice\n", result.errors);
 }
 
 TEST(Why, NamesWhereTheDependencyIsDeclared) {

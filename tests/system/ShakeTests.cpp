@@ -55,7 +55,7 @@ TEST_F(Shake, FindsNothingWhereTheDependencyIsDeclared) {
   const HubResult result = Run("other.server word.server", "--runs 4");
   EXPECT_EQ(0, result.status) << result.errors;
   EXPECT_THAT(result.output,
-              HasSubstr("\nno plugin's start depends on an order that is not declared\n"));
+              HasSubstr("\nno missing dependency found in 5 runs in different orders\n"));
 }
 
 TEST_F(Shake, ShowsAgainWhatItFound) {

@@ -400,6 +400,10 @@ FlightRecord ReadFlightRecord(const std::filesystem::path& file) {
     try {
       ReadLine(line, record);
     } catch (const std::exception&) {
+      if (line.rfind(R"({"record":"head")", 0) == 0) {
+        throw std::runtime_error(file.u8string() +
+                                 " has the records of several runs; name a file for each");
+      }
       ++record.unreadableLines;
     }
   }

@@ -1,5 +1,6 @@
 #include "workbench/record/HeadLine.h"
 
+#include <algorithm>
 #include <charconv>
 
 namespace {
@@ -10,6 +11,22 @@ constexpr char kNameless[] = "(without a name)";
 std::string Quoted(const std::string& argument) {
   const bool plain = !argument.empty() && argument.find_first_of(" \t\"'") == std::string::npos;
   return plain ? argument : "\"" + argument + "\"";
+}
+
+/// The arguments that Quoted has written, separated by blanks. A quote inside of an argument is not
+/// told from the one at its end where a blank follows it.
+std::vector<std::string> ArgumentsIn(std::string_view text) {
+  std::vector<std::string> arguments;
+  while (!text.empty()) {
+    const bool isQuoted = text.front() == '"';
+    const std::size_t end = std::min(text.find(isQuoted ? "\" " : " "), text.size());
+    std::string_view argument = text.substr(0, end);
+    if (isQuoted) argument.remove_prefix(1);
+    if (isQuoted && end == text.size() && !argument.empty()) argument.remove_suffix(1);
+    arguments.emplace_back(argument);
+    text.remove_prefix(std::min(end + (isQuoted ? 2 : 1), text.size()));
+  }
+  return arguments;
 }
 
 /// Removes `label` from the start of `rest`, and the text after it up to `end` and `end` itself.
@@ -68,5 +85,6 @@ std::optional<RunHead> ReadHeadLine(std::string_view line) {
   head.host = *host;
   head.path = *path;
   SetProduct(head, *product);
+  head.commandLine = ArgumentsIn(rest);
   return head;
 }

@@ -102,6 +102,9 @@ std::int64_t LogRun::At(const LogStamp& stamp) {
 
 void LogRun::AddHead(const LogStamp& stamp, const RunHead& head) {
   m_run.record.head = head;
+  const std::vector<std::string>& words = head.commandLine;
+  const bool fullSleep = std::find(words.begin(), words.end(), "--full-sleep") != words.end();
+  m_run.record.head.sleep = fullSleep ? RunHead::kFullSleep : RunHead::kEarlySleep;
   m_hasHead = true;
   At(stamp);
 }
@@ -166,6 +169,7 @@ void LogRun::CheckCount(const FrameEvent& event) {
   const auto [last, isFirst] = m_lastCount.emplace(start, event.number);
   const bool stopBegan = m_seen.count(Kind::kPluginsStopBegin) != 0;
   if (!isFirst && event.number <= last->second && (start || stopBegan)) m_countsAreMixed = true;
+  if (!isFirst && event.number > last->second + 1) m_countsHaveAGap = true;
   last->second = event.number;
 }
 
@@ -231,6 +235,7 @@ RecordedRun LogRun::Finish() {
     event.nanoseconds -= begin;
     if (!m_run.knowsThreads) event.thread = 0;
   }
+  for (std::string& text : NotesOn(head)) m_run.notes.push_back(std::move(text));
   const auto note = [&](bool holds, const std::string& text) {
     if (holds) m_run.notes.push_back(text);
   };
@@ -238,6 +243,8 @@ RecordedRun LogRun::Finish() {
   note(m_countsAreMixed,
        "the plugins' counts are not in order: lines are missing, or another process wrote to the "
        "same log at the same time; times and results may belong to either");
+  note(m_countsHaveAGap,
+       "the plugins' counts have a gap: lines are missing; what they say of plugins is not known");
   note(m_setBack > 0, "the stamps go back by " + std::to_string(m_setBack / kMillisecond) +
                           " ms; the time that passed there is not known and counts as 0");
   note(m_unstamped > 0,

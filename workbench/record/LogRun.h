@@ -65,6 +65,7 @@ class LogRun {
   bool m_hasFrameLines = false;
   bool m_beginIsMissing = false;
   bool m_countsAreMixed = false;
+  bool m_countsHaveAGap = false;
   std::size_t m_unstamped = 0;
 
   // The clock.

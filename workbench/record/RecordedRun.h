@@ -22,7 +22,12 @@ struct RecordedRun {
   bool knowsThreads = true;
   bool knowsEdges = true;          // PluginHead::dependsOn
   std::vector<std::string> notes;  // sentences: why times or results may be wrong or are missing
+  std::int64_t now = 0;  // of a run that still goes on: when it was read, on the record's clock
 };
+
+/// Sentences on how the run was asked to go that matter for its times: that starts were delayed, or
+/// that the frame slept its whole time.
+std::vector<std::string> NotesOn(const RunHead& head);
 
 /// The run of a flight record. Throws as ReadFlightRecord does.
 RecordedRun ReadRecordedRun(const std::filesystem::path& file);

@@ -1,12 +1,15 @@
 #include "workbench/record/RunState.h"
 
 #include <algorithm>
+#include <cstdint>
 
 namespace {
 
 using Kind = RunEvent::Kind;
 using Result = RunEvent::Result;
 using State = PluginRun::State;
+
+constexpr std::int64_t kDay = 86'400'000;  // milliseconds
 
 void SetState(PluginRun& plugin, State state, std::int64_t nanoseconds) {
   if (plugin.state == state) return;
@@ -78,7 +81,7 @@ void RunState::BeginPhase(const RunEvent& event) {
   m_phases.push_back(phase);
 }
 
-/// An end without a begin adds a phase of length zero.
+/// An end without a begin, which a cut log has, adds a phase as long as the frame says that it was.
 void RunState::EndPhase(const RunEvent& event) {
   auto phase = std::find_if(m_phases.rbegin(), m_phases.rend(), [&](const Phase& other) {
     return other.name == event.phase && other.endNs < 0;
@@ -86,6 +89,7 @@ void RunState::EndPhase(const RunEvent& event) {
   if (phase == m_phases.rend()) {
     BeginPhase(event);
     phase = m_phases.rbegin();
+    phase->beginNs -= std::clamp<std::int64_t>(event.milliseconds, 0, kDay) * 1'000'000;
   }
   phase->endNs = event.nanoseconds;
   phase->milliseconds = event.milliseconds;

@@ -280,7 +280,7 @@ Replay MakeReplay(const Timeline& timeline, const ReplayOptions& options) {
   Replay replay;
   const RunHead& head = timeline.run.record.head;
   const bool isNamed = !options.anonymous && !head.product.empty();
-  replay.product = isNamed ? head.product : "NVX";
+  replay.product = isNamed ? head.product : "PRODUCT";
   replay.version = isNamed ? head.productVersion : "1.0.0";
   replay.busy = options.busy;
   replay.plugins = MakePlugins(timeline, options);

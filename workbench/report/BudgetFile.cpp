@@ -67,6 +67,8 @@ std::vector<BudgetItem> ReadBudget(const std::string& text) {
                                "\" is no member of a budget; there are up, phases and plugins");
     }
   }
+  if (budget.empty())
+    throw std::runtime_error("it names nothing; there are up, phases and plugins");
   return budget;
 }
 

@@ -43,6 +43,11 @@ class Writer {
     for (const TimeChange& change : m_comparison.phases) {
       Change("the " + change.what + " of the plugins", change);
     }
+    for (const std::string& phase : m_comparison.incomplete) {
+      m_text += "  the " + phase + " of the plugins: not compared, since this run or the earlier " +
+                (m_comparison.runs == 1 ? "one does" : "ones do") +
+                " not have it from begin to end\n";
+    }
     Changes("Slower", m_comparison.slower);
     Changes("Faster", m_comparison.faster);
     Names("New", m_comparison.added);

@@ -33,6 +33,8 @@ const char* Name(NotReturned::Where where) {
   switch (where) {
     case NotReturned::Where::kLoading:
       return "loading";
+    case NotReturned::Where::kCounting:
+      return "counting";
     case NotReturned::Where::kInit:
       return "init";
     case NotReturned::Where::kUnInit:
@@ -233,6 +235,7 @@ Json ComparisonJson(const Comparison& comparison) {
   }
   return {{"runs", comparison.runs},
           {"phases", TimesJson(comparison.phases)},
+          {"incomplete", comparison.incomplete},
           {"slower", TimesJson(comparison.slower)},
           {"faster", TimesJson(comparison.faster)},
           {"new", comparison.added},

@@ -98,7 +98,7 @@ class Writer {
     std::string from =
         fmt::format("From {} {}", record ? "the record" : "the log", Escaped(m_timeline.run.name));
     if (!record) {
-      from += fmt::format(", whose times are {} ms apart at least",
+      from += fmt::format(", whose times are exact to {} ms",
                           static_cast<double>(m_timeline.run.resolution) / 1e6);
       from += NotKnown();
     }
@@ -142,7 +142,11 @@ class Writer {
   void Balance(const PhaseTimeline& phase, const std::string& name) {
     const TimeBalance& balance = phase.balance;
     const std::string title = "The " + name + " of the plugins: " + Ms(balance.wall) + " ms";
-    Title(title + (phase.ended ? "" : " until the record ends; it has not ended"));
+    const bool isStart = &phase == &m_timeline.start;
+    const char* until = !phase.ended                 ? " until the record ends; it has not ended"
+                        : !phase.IsComplete(isStart) ? ", and not all of its plugins had ended"
+                                                     : "";
+    Title(title + until);
     if (phase.path.empty()) {
       Sentence(m_timeline.run.knowsEdges
                    ? "  no plugin began"
@@ -242,11 +246,17 @@ class Writer {
 
   void NotReturneds() {
     const std::vector<NotReturned> plugins = FindNotReturned(m_timeline);
-    if (!plugins.empty()) Title("Never returned");
+    const bool ofLog = m_timeline.run.source == RecordedRun::Source::kLog;
+    const char* title = m_timeline.run.now > 0 ? "Not returned yet"
+                        : ofLog                ? "Not returned in this log"
+                                               : "Never returned";
+    if (!plugins.empty()) Title(title);
     for (const NotReturned& plugin : plugins) {
-      std::string line =
-          fmt::format("  {}, {} for {} ms when the record ended", Name(plugin.plugin),
-                      WhereText(plugin.where), Ms(m_timeline.last - plugin.since));
+      std::string line = fmt::format("  {}, {} for {} ms{}", Name(plugin.plugin),
+                                     WhereText(plugin.where), Ms(m_timeline.last - plugin.since),
+                                     m_timeline.run.now > 0 ? " by now"
+                                     : ofLog                ? " when the log ended"
+                                                            : " when the record ended");
       if (!plugin.waiting.empty()) {
         line += fmt::format("; {} for it: {}",
                             plugin.waiting.size() == 1
@@ -258,7 +268,7 @@ class Writer {
     }
     const std::vector<std::size_t> never = FindNeverBegun(m_timeline, m_timeline.start);
     if (never.empty()) return;
-    Title("Never begun");
+    Title(ofLog ? "Not begun in this log" : "Never begun");
     Sentence("  " + Names(never), kRed);
   }
 
@@ -275,6 +285,8 @@ const char* WhereText(NotReturned::Where where) {
       return "while its library was loaded";
     case NotReturned::Where::kInit:
       return "in Init";
+    case NotReturned::Where::kCounting:
+      return "its Init over but not counted";
     case NotReturned::Where::kUnInit:
       return "in UnInit";
     case NotReturned::Where::kUnmapping:
@@ -287,6 +299,7 @@ std::string HowItEnded(const Timeline& timeline) {
   const RunState& state = timeline.state;
   if (state.Crash()) return "Crashed: " + Escaped(state.Crash()->text);
   if (state.End()) return "Ended: " + Escaped(state.End()->text);
+  if (timeline.run.now > 0) return "It still goes on";
   if (timeline.run.source == RecordedRun::Source::kLog) return "A log does not say how a run ended";
   return "The record has no end: the run still goes on, or its process was killed";
 }

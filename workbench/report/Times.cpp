@@ -36,6 +36,7 @@ std::string MsText(std::int64_t nanoseconds, std::int64_t resolution) {
 std::vector<std::string> MsTexts(const std::vector<std::int64_t>& parts, std::int64_t resolution) {
   const std::int64_t unit = Unit(resolution);
   std::vector<std::int64_t> units;
+  units.reserve(parts.size());
   for (const std::int64_t part : parts) units.push_back(part / unit);
   const std::int64_t sum = std::accumulate(parts.begin(), parts.end(), std::int64_t{0});
   const std::int64_t shown = std::accumulate(units.begin(), units.end(), std::int64_t{0});
@@ -46,6 +47,7 @@ std::vector<std::string> MsTexts(const std::vector<std::int64_t>& parts, std::in
   const auto missing = static_cast<std::size_t>(Rounded(sum, unit) - shown);
   for (std::size_t i = 0; i < std::min(missing, order.size()); ++i) ++units[order[i]];
   std::vector<std::string> texts;
+  texts.reserve(units.size());
   for (const std::int64_t number : units) texts.push_back(UnitsText(number, unit));
   return texts;
 }

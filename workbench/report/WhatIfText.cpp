@@ -61,16 +61,21 @@ class Writer {
         fmt::format("What the {} of {} ms would gain at most, in ms; gains do not add up, and "
                     "those below {} ms are left out",
                     name, Ms(advice.reproduced), Resolution(advice.resolution)));
-    const std::size_t before = m_text.size();
-    if (advice.poll) Gain(*advice.poll, "if nothing waited for the next look (poll=0)");
-    if (advice.workers) Gain(*advice.workers, "with a thread for each plugin");
+    std::vector<std::pair<std::int64_t, std::string>> gains;
+    if (advice.poll)
+      gains.emplace_back(*advice.poll, "if nothing waited for the next look (poll=0)");
+    if (advice.workers) gains.emplace_back(*advice.workers, "with a thread for each plugin");
     for (const PluginGain& gain : advice.plugins) {
-      Gain(gain.gain, "if the work of " + Name(gain.plugin) + " took no time");
+      gains.emplace_back(gain.gain, "if the work of " + Name(gain.plugin) + " took no time");
     }
     for (const EdgeGain& gain : advice.edges) {
-      Gain(gain.gain, "if " + Name(gain.plugin) + " did not depend on " + Name(gain.other));
+      gains.emplace_back(gain.gain,
+                         "if " + Name(gain.plugin) + " did not depend on " + Name(gain.other));
     }
-    if (m_text.size() == before) Sentence("  no single change gains anything");
+    std::stable_sort(gains.begin(), gains.end(),
+                     [](const auto& a, const auto& b) { return a.first > b.first; });
+    for (const auto& [gain, change] : gains) Gain(gain, change);
+    if (gains.empty()) Sentence("  no single change gains anything");
   }
 
  private:

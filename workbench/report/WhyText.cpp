@@ -140,7 +140,9 @@ class Writer {
                    : std::string()) +
               Place({plugin, *span.releasedBy});
     } else {
-      line += " depends on nothing";
+      Line(line + " depends on nothing");
+      return Line("    it began " + Between(from, span.begin) +
+                  " ms after the start had begun, and worked " + Worked(span));
     }
     Line(line);
     if (span.posted == kUnknown) {
@@ -153,8 +155,11 @@ class Writer {
   }
 
   std::string Worked(const PluginSpan& span) const {
-    return span.HasEnded() ? Between(span.begin, span.end) + " ms"
-                           : "without an end until the record ended";
+    if (!span.HasEnded()) return "without an end until the record ended";
+    const char* how = span.result == PluginSpan::Result::kFailed      ? "; its Init failed"
+                      : span.result == PluginSpan::Result::kNotLoaded ? "; it was not loaded"
+                                                                      : "";
+    return Between(span.begin, span.end) + " ms" + how;
   }
 
   /// The shortest chain of dependencies from `from` to `to`; empty for none.
@@ -189,7 +194,10 @@ class Writer {
     const PluginSpan& a = m_start.spans[later];
     const PluginSpan& b = m_start.spans[earlier];
     if (!a.HasBegun() || !b.HasBegun()) {
-      return Line("In this run " + Name(a.HasBegun() ? earlier : later) + " never began");
+      if (a.HasBegun() || b.HasBegun()) {
+        return Line("In this run " + Name(a.HasBegun() ? earlier : later) + " never began");
+      }
+      return Line("In this run neither of them began");
     }
     if (!ordered) return Line(Unordered(later, a, earlier, b));
     Line(fmt::format("In this run {} was done at {} ms, and {} began at {} ms", Name(earlier),
@@ -205,7 +213,7 @@ class Writer {
     Line("  " + Name(later) + " was released by " + Name(*a.releasedBy) +
          Place({later, *a.releasedBy}));
     Line("  " + Name(earlier) + (released ? " was" : " was not") +
-         " on the chain of releases that leads there");
+         " among the plugins that it waited for in this way");
   }
 
   std::string Unordered(std::size_t first, const PluginSpan& a, std::size_t second,
@@ -218,7 +226,12 @@ class Writer {
       return "In this run " + Name(aFirst ? first : second) + " was done before " +
              Name(aFirst ? second : first) + " began, and that may change from run to run";
     }
-    return "In this run both worked at the same time";
+    const bool aFirst = a.begin <= b.begin;
+    return fmt::format(
+        "In this run {} began first, at {} ms, and {} while it worked, at {} ms; that may change "
+        "from run to run",
+        Name(aFirst ? first : second), Since(aFirst ? a.begin : b.begin),
+        Name(aFirst ? second : first), Since(aFirst ? b.begin : a.begin));
   }
 
   const Timeline& m_timeline;

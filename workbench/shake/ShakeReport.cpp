@@ -104,7 +104,8 @@ std::string HeadText(const ShakeReport& report) {
 }
 
 /// "1 missing dependency, 2 changes without an explanation".
-std::string FoundText(const ShakeAnalysis& analysis) {
+std::string FoundText(const ShakeReport& report) {
+  const ShakeAnalysis& analysis = report.analysis;
   const std::size_t missing = analysis.missing.size();
   const std::size_t changes = analysis.unexplained.size();
   std::string text;
@@ -115,11 +116,12 @@ std::string FoundText(const ShakeAnalysis& analysis) {
     text += text.empty() ? "" : ", ";
     text += fmt::format("{} without an explanation", Count(changes, "change"));
   }
-  return text.empty() ? "no plugin's start depends on an order that is not declared" : text;
+  if (!text.empty()) return text;
+  return "no missing dependency found in " + Count(report.runs, "run") + " in different orders";
 }
 
 std::string EndText(const ShakeReport& report) {
-  std::string text = FoundText(report.analysis);
+  std::string text = FoundText(report);
   if (report.badRecords != 0) {
     text += fmt::format("; {} left no record that can be read", Count(report.badRecords, "run"));
   }

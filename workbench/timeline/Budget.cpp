@@ -11,6 +11,8 @@ std::int64_t Taken(const Timeline& run, const BudgetItem& item) {
     case BudgetItem::Kind::kUp:
       return run.state.Up() ? run.state.Up()->milliseconds * kMillisecond : kUnknown;
     case BudgetItem::Kind::kPhase: {
+      if (item.name == RunPhase::kStart && !run.start.IsComplete(true)) return kUnknown;
+      if (item.name == RunPhase::kStop && !run.stop.IsComplete(false)) return kUnknown;
       const RunState::Phase* phase = run.state.FindPhase(item.name);
       return phase == nullptr || phase->endNs < 0 ? kUnknown : phase->endNs - phase->beginNs;
     }

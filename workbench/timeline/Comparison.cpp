@@ -37,18 +37,32 @@ std::set<std::string> PathIds(const Timeline& run) {
 
 TimeChange MakeChange(const std::string& what, std::int64_t now, std::vector<std::int64_t> before) {
   std::sort(before.begin(), before.end());
-  return {what, now, before[before.size() / 2], before.front(), before.back()};
+  return {what, now, before[before.size() / 2], before.front(), before.back(), 0};
+}
+
+/// The coarsest of the runs' clocks.
+std::int64_t Resolution(const Timeline& now, const std::vector<Timeline>& before) {
+  std::int64_t resolution = now.run.resolution;
+  for (const Timeline& run : before) resolution = std::max(resolution, run.run.resolution);
+  return resolution;
 }
 
 void AddPhase(const char* name, PhaseTimeline Timeline::*phase, const Timeline& now,
               const std::vector<Timeline>& before, Comparison& comparison) {
-  if (!(now.*phase).ended) return;
+  const auto isComplete = [phase](const Timeline& run) {
+    return (run.*phase).IsComplete(phase == &Timeline::start);
+  };
   std::vector<std::int64_t> times;
   for (const Timeline& run : before) {
-    if ((run.*phase).ended) times.push_back((run.*phase).balance.wall);
+    if (isComplete(run)) times.push_back((run.*phase).balance.wall);
   }
-  if (times.empty()) return;
-  comparison.phases.push_back(MakeChange(name, (now.*phase).balance.wall, std::move(times)));
+  if (times.empty() || !isComplete(now)) {
+    comparison.incomplete.emplace_back(name);
+    return;
+  }
+  TimeChange change = MakeChange(name, (now.*phase).balance.wall, std::move(times));
+  change.resolution = Resolution(now, before);
+  comparison.phases.push_back(std::move(change));
 }
 
 void AddTimes(const Timeline& now, const std::vector<Timeline>& before, Comparison& comparison) {
@@ -59,7 +73,8 @@ void AddTimes(const Timeline& now, const std::vector<Timeline>& before, Comparis
   for (const auto& [id, work] : Works(now)) {
     const auto times = earlier.find(id);
     if (times == earlier.end()) continue;
-    const TimeChange change = MakeChange(id, work, times->second);
+    TimeChange change = MakeChange(id, work, times->second);
+    change.resolution = Resolution(now, before);
     if (!IsChange(change)) continue;
     (change.Difference() > 0 ? comparison.slower : comparison.faster).push_back(change);
   }
@@ -128,6 +143,8 @@ void AddResultChanges(const Timeline& now, const Timeline& last, Comparison& com
 bool IsChange(const TimeChange& change) {
   if (change.now >= change.low && change.now <= change.high) return false;
   const std::int64_t difference = std::abs(change.Difference());
+  // Both times may be off by nearly as much as their clock resolves.
+  if (difference < 2 * change.resolution) return false;
   return difference >= kLeastChange && difference >= change.before / kLeastPart;
 }
 

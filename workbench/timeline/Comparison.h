@@ -13,6 +13,7 @@ struct TimeChange {
   std::int64_t before = 0;  // median of the earlier runs
   std::int64_t low = 0;     // the noise band: least and greatest of the earlier runs
   std::int64_t high = 0;
+  std::int64_t resolution = 0;  // of the coarsest clock
 
   std::int64_t Difference() const { return now - before; }
 };
@@ -26,8 +27,9 @@ struct ResultChange {
 
 /// What differs between a run and earlier runs of the product. Plugins by their IDs.
 struct Comparison {
-  std::size_t runs = 0;            // how many earlier ones
-  std::vector<TimeChange> phases;  // start and stop, where both are known; whether changed or not
+  std::size_t runs = 0;                 // how many earlier ones
+  std::vector<TimeChange> phases;       // start and stop, where complete; whether changed or not
+  std::vector<std::string> incomplete;  // the others of "start", "stop"
   std::vector<TimeChange> slower;  // work of plugins in the start, the greatest difference first
   std::vector<TimeChange> faster;
   std::vector<std::string> added;     // in no earlier run

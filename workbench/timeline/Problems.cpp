@@ -45,13 +45,13 @@ void AddNotReturned(const PhaseTimeline& phase, bool starts, std::vector<NotRetu
     if (span.result != Result::kNotReturned) continue;
     NotReturned plugin;
     plugin.plugin = i;
-    plugin.where = span.codeBegin == kUnknown ? Where::kLoading
-                   : starts                   ? Where::kInit
-                   : span.codeEnd == kUnknown ? Where::kUnInit
-                                              : Where::kUnmapping;
-    plugin.since = plugin.where == Where::kUnmapping ? span.codeEnd
-                   : span.codeBegin != kUnknown      ? span.codeBegin
-                                                     : span.begin;
+    plugin.where = starts && span.codeEnd != kUnknown ? Where::kCounting
+                   : span.codeBegin == kUnknown       ? Where::kLoading
+                   : starts                           ? Where::kInit
+                   : span.codeEnd == kUnknown         ? Where::kUnInit
+                                                      : Where::kUnmapping;
+    const bool isOver = plugin.where == Where::kUnmapping || plugin.where == Where::kCounting;
+    plugin.since = isOver ? span.codeEnd : span.codeBegin != kUnknown ? span.codeBegin : span.begin;
     plugin.waiting = Indices(WaitingFor(phase, waiters, i));
     found.push_back(std::move(plugin));
   }

@@ -9,9 +9,9 @@
 // What went wrong in a run, as far as the events say it.
 
 /// A plugin whose library was being loaded or unmapped, or whose Init or UnInit ran, when the run
-/// or its record ended.
+/// or its record ended; or whose Init was over and which was not yet counted.
 struct NotReturned {
-  enum class Where { kLoading, kInit, kUnInit, kUnmapping };
+  enum class Where { kLoading, kInit, kCounting, kUnInit, kUnmapping };
 
   std::size_t plugin = 0;
   Where where = Where::kLoading;

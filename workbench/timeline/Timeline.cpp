@@ -12,6 +12,9 @@ using Kind = RunEvent::Kind;
 using Result = RunEvent::Result;
 using Span = PluginSpan;
 
+constexpr std::int64_t kMillisecond = 1'000'000;
+constexpr std::int64_t kDay = 86'400'000;  // milliseconds
+
 /// The frame starts every plugin but these; a plugin of which only events are known is one.
 bool IsInTimeline(const PluginHead& plugin) {
   return plugin.kind != "driver" && plugin.kind != "executable";
@@ -130,6 +133,7 @@ class Layout {
         start.codeBegin = at;
         return;
       case Kind::kInitEnd:
+        BeginBefore(start, event, at);
         start.codeEnd = at;
         start.milliseconds = event.milliseconds;
         return;
@@ -138,6 +142,7 @@ class Layout {
         stop.codeBegin = at;
         return;
       case Kind::kUnInitEnd:
+        BeginBefore(stop, event, at);
         stop.codeEnd = at;
         stop.milliseconds = event.milliseconds;
         return;
@@ -160,6 +165,13 @@ class Layout {
     span.thread = m_timeline.run.knowsThreads ? event.thread : 0;
     span.result = Span::Result::kNotReturned;
     if (knowsTask) m_begun.erase(task);
+  }
+
+  /// The end of an entry whose begin a cut log does not have: the frame says how long it took.
+  void BeginBefore(Span& span, const RunEvent& event, std::int64_t at) {
+    if (span.HasBegun() || event.milliseconds <= 0) return;
+    Begin(span, event,
+          std::max<std::int64_t>(at - std::min(event.milliseconds, kDay) * kMillisecond, 0));
   }
 
   void End(Span& span, const RunEvent& event, std::int64_t at) {
@@ -201,6 +213,13 @@ void FinishPhase(PhaseTimeline& phase, const Timeline& timeline) {
 
 }  // namespace
 
+bool PhaseTimeline::IsComplete(bool isStart) const {
+  return begun && ended && std::all_of(spans.begin(), spans.end(), [&](const PluginSpan& span) {
+           if (!span.HasEnded()) return !span.HasBegun() && !isStart;
+           return span.end <= end;
+         });
+}
+
 const PluginRun& Timeline::State(std::size_t plugin) const {
   return *state.Find(plugins[plugin].id);
 }
@@ -213,6 +232,8 @@ Timeline MakeTimeline(RecordedRun run) {
   for (const PluginRun& plugin : timeline.state.Plugins()) {
     if (IsInTimeline(plugin.head)) timeline.plugins.push_back(plugin.head);
   }
+  timeline.last =
+      std::max<std::int64_t>(timeline.run.now - timeline.run.record.head.nanoseconds, 0);
   Layout layout(timeline);
   for (const RunEvent& event : timeline.run.record.events) layout.Add(event);
   FinishPhase(timeline.start, timeline);

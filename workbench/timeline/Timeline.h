@@ -89,6 +89,10 @@ struct PhaseTimeline {
   std::int64_t lastLook = 0;  // from the end of the path to the phase's end
   TimeBalance balance;        // without a path only wall and work are filled
 
+  /// Whether it is known from its begin to its end, with the end of every plugin that began in it,
+  /// in the start of every plugin. Not so of a start that a stop ended, and of a log that is cut.
+  bool IsComplete(bool isStart) const;
+
   /// The plugins that wait for each plugin: `waitsFor` the other way round.
   std::vector<std::vector<std::size_t>> Waiters() const;
 };

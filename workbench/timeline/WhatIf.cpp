@@ -49,7 +49,7 @@ class Reader {
     for (const std::string& text : texts) {
       WhatIfChange change;
       change.text = Trimmed(text);
-      if (!Read(change)) return {{}, "--what-if " + Quoted(text) + ": " + m_error};
+      if (!Read(change)) return {{}, Quoted(text) + ": " + m_error};
       m_parsed.changes.push_back(std::move(change));
     }
     return std::move(m_parsed);
@@ -203,6 +203,7 @@ std::int64_t Nanoseconds(double milliseconds) {
 void ChangePoll(double milliseconds, FrameLooks& looks) {
   const std::int64_t late = std::max<std::int64_t>(looks.sleep - kFrameSleep, 0);
   looks.always = milliseconds == 0;
+  if (!looks.always) looks.mode = FrameLooks::Mode::kSleep;
   looks.sleep = Nanoseconds(milliseconds) + late;
   if (looks.always) looks.sleep = kFrameSleep + late;
   looks.sleeps.clear();

@@ -41,13 +41,14 @@ std::string Read(const std::string& line) {
   return head ? RecordLine(*head) : "no head";
 }
 
-TEST(HeadLine, IsReadAsItWasWrittenWithoutTheCommandLine) {
+TEST(HeadLine, IsReadAsItWasWritten) {
   RunHead head = Head();
   head.product = "North Harbour";
   head.productVersion = "2.6.0";
-  const std::string expected = RecordLine(head);
-  head.commandLine = {"HUB", "run"};
-  EXPECT_EQ(expected, Read(HeadLine(head)));
+  head.commandLine = {"HUB", "run", "my folder", "", "a\"b", "a'b", "a\tb"};
+  EXPECT_EQ(RecordLine(head), Read(HeadLine(head)));
+  head.commandLine = {"HUB", "run", "--full-sleep"};
+  EXPECT_EQ(RecordLine(head), Read(HeadLine(head)));
   EXPECT_EQ(RecordLine(Head()), Read(HeadLine(Head())));
 }
 

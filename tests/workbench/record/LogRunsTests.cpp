@@ -164,6 +164,7 @@ TEST_F(LogRuns, OfHubHaveTheHeadThatTheLogBeginsWith) {
   expected.run = "2026-11-23T09:00:00.000Z-7";
   expected.time = "2026-11-23T09:00:00.000Z";
   expected.zone = "+01:00";
+  expected.sleep = RunHead::kEarlySleep;
   EXPECT_EQ(RecordLine(expected), RecordLine(head));
 }
 
@@ -322,6 +323,18 @@ TEST_F(LogRuns, CutAnywhereAreAPartOfTheWholeOrASentence) {
   }
 }
 
+TEST_F(LogRuns, NoteHowTheCommandLineChangedTheTimes) {
+  const std::string file = folder.Write(
+      "run.log", Hub(0, 1, std::string(kHead) + " --full-sleep --delay a=5", 3, "host") +
+                     Hub(1, 1, "[Plugin Load]Plugin Init begin.[a]"));
+  const RecordedRun run = ReadLogRuns({file}, {}).at(0);
+  EXPECT_EQ("full", run.record.head.sleep);
+  EXPECT_EQ((std::vector<std::string>{
+                "starts were delayed on purpose (--delay, --shuffle), which counts as work",
+                "the frame slept its whole time between two looks (--full-sleep)"}),
+            run.notes);
+}
+
 TEST_F(LogRuns, OfTwoProcessesAtTheSameTimeSaySo) {
   const std::string mixed =
       "the plugins' counts are not in order: lines are missing, or another process wrote to the "
@@ -333,6 +346,9 @@ TEST_F(LogRuns, OfTwoProcessesAtTheSameTimeSaySo) {
   };
   EXPECT_EQ(mixed, Notes(One(StartOfA() + count(1, "b"))));
   EXPECT_EQ("", Notes(One(StartOfA() + count(2, "b"))));
+  EXPECT_EQ(
+      "the plugins' counts have a gap: lines are missing; what they say of plugins is not known\n",
+      Notes(One(StartOfA() + count(3, "b"))));
 }
 
 TEST_F(LogRuns, IgnoreLinesOfOthersBetween) {

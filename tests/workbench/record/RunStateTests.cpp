@@ -249,15 +249,17 @@ TEST_F(RunStates, HoldThePhasesInTheOrderOfTheirBegins) {
   phase(Kind::kPhaseEnd, "start", 3);
   phase(Kind::kPhaseBegin, "stop", -1);
   phase(Kind::kPhaseBegin, "start", -1);
-  EXPECT_EQ("frame-stop 1..4 -1; stop 2..3 12; start 5..5 3; stop 6..-1 -1; start 7..-1 -1; ",
-            Text(run.Phases()));
+  EXPECT_EQ(
+      "frame-stop 1..4 -1; stop 2..3 12; start -2999995..5 3; stop 6..-1 -1; start 7..-1 -1; ",
+      Text(run.Phases()));
   EXPECT_EQ(&run.Phases()[3], run.FindPhase("stop"));
   EXPECT_EQ(&run.Phases()[4], run.FindPhase("start"));
   EXPECT_EQ(nullptr, run.FindPhase("frame-init"));
   phase(Kind::kPhaseEnd, "start", 1);
   phase(Kind::kPhaseEnd, "start", 2);
   EXPECT_EQ(
-      "frame-stop 1..4 -1; stop 2..3 12; start 5..5 3; stop 6..-1 -1; start 7..8 1; start 9..9 2; ",
+      "frame-stop 1..4 -1; stop 2..3 12; start -2999995..5 3; stop 6..-1 -1; start 7..8 1; start "
+      "-1999991..9 2; ",
       Text(run.Phases()));
 }
 

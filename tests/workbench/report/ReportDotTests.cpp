@@ -116,7 +116,7 @@ TEST(Graphs, HaveALegendOfWhatIsInThem) {
 run.jsonl, run of 2026-11-21T18:46:59.123Z
 start: 800.0 ms = critical path 477.0 + waiting for the next look 317.0 + idle 6.0; all work )"
             R"(486.0 ms
-stop: 200.0 ms = critical path 10.0 + waiting for the next look 89.0 + idle 101.0; all work )"
+stop: 200.0 ms = critical path 10.0 + waiting for the next look 0.0 + idle 190.0; all work )"
             R"(20.0 ms
 4 plugins; an arrow goes from a plugin to those that wait for it
 started | start failed | not returned, or refused to stop

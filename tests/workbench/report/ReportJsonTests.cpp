@@ -118,7 +118,7 @@ TEST(ReportJsons, HoldAComparisonAndABudgetWhenGiven) {
                       {{BudgetItem::Kind::kUp, "up", 80'000'000}, kUnknown, true}};
   const Json report = Json::parse(ReportJson(timeline, additions));
   EXPECT_EQ(Json::parse(R"({
-    "runs": 2, "phases": [], "faster": [], "new": ["a"], "gone": [], "ontoPath": [], "offPath": [],
+    "runs": 2, "phases": [], "incomplete": [], "faster": [], "new": ["a"], "gone": [], "ontoPath": [], "offPath": [],
     "slower": [{"what": "a", "ms": 9.0, "beforeMs": 5.0, "leastMs": 4.0, "mostMs": 6.0,
                 "changed": true}],
     "results": [{"plugin": "a", "result": "failed", "before": "ok"}]})"),

@@ -140,7 +140,7 @@ TEST(ReportTexts, SayWhatALogDoesNotKnow) {
   EXPECT_EQ(
       "A product, run of 2026-11-21T18:46:59.123Z\n"
       "A log does not say how a run ended\n"
-      "From the log hub.log, whose times are 1 ms apart at least; not known: when tasks were "
+      "From the log hub.log, whose times are exact to 1 ms; not known: when tasks were "
       "posted, "
       "threads and dependencies (--bin DIR gives them)\n"
       "\n"

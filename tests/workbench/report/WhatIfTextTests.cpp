@@ -85,10 +85,10 @@ TEST(AdviceTexts, RankWhatEachPhaseWouldGain) {
       "\n"
       "What the start of 1000.0 ms would gain at most, in ms; gains do not add up, and those below "
       "0.1 ms are left out\n"
-      "      250.0  if nothing waited for the next look (poll=0)\n"
       "      400.0  if the work of slow took no time\n"
       "      400.0  if the work of base took no time\n"
       "      400.0  if slow did not depend on base\n"
+      "      250.0  if nothing waited for the next look (poll=0)\n"
       "\n"
       "Advice for the stop\n"
       "  nothing can be predicted: the run has no stop of plugins\n",

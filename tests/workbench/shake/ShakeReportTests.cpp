@@ -70,7 +70,7 @@ TEST(ShakeReport, WithoutFindingsSaysSo) {
   report.runsNotMade = 1;
   EXPECT_EQ(
       "product without a name in /p/bin: 1 plugin, 21 runs in 0 s\n"
-      "no plugin's start depends on an order that is not declared; 1 run of the plan was not made "
+      "no missing dependency found in 21 runs in different orders; 1 run of the plan was not made "
       "(--seconds)\n",
       ShakeText(report));
   EXPECT_FALSE(report.HasFindings());

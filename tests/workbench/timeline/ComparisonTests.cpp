@@ -118,6 +118,22 @@ TEST(Comparisons, NameResultsThatDifferFromTheLastEarlierRun) {
   EXPECT_EQ(PluginSpan::Result::kFailed, comparison.results[0].now);
 }
 
+TEST(Comparisons, OfAStartThatIsNotCompleteSaySo) {
+  const Timeline hung = Laid("a:\nb:\nstart 0 700\na start 0 0 0 400 400\nb start 0 0 0 - -");
+  const Timeline good = Laid("a:\nb:\nstart 0 900\na start 0 0 0 400 400\nb start 0 0 0 9 9");
+  for (const Comparison& comparison : {Compare(hung, {good}), Compare(good, {hung})}) {
+    EXPECT_THAT(Texts(comparison.phases), IsEmpty());
+    EXPECT_THAT(comparison.incomplete, ElementsAre("start", "stop"));
+  }
+}
+
+TEST(Comparisons, TakeWhatTheClocksDoNotResolveForNoise) {
+  RecordedRun coarse = RunFromText("a:\nstart 0 2000\na start 0 0 0 2000 2000");
+  coarse.resolution = 1'000'000'000;
+  const Comparison comparison = Compare(MakeTimeline(std::move(coarse)), {RunOf("1501")});
+  EXPECT_THAT(Texts(comparison.slower), IsEmpty());
+}
+
 TEST(Comparisons, LeaveOutWhatDidNotEnd) {
   const Comparison comparison = Compare(Laid("a:\nstart 0 -\na start 0 0 0 - -"), {RunOf("100")});
   EXPECT_THAT(comparison.phases, IsEmpty());

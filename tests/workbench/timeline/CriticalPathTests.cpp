@@ -132,6 +132,16 @@ TEST(CriticalPath, OfAPhaseThatWaitsForACycleIsFollowedByIdleTime) {
             BalanceText(timeline.start.balance));
 }
 
+TEST(CriticalPath, OfAStartThatAStopEndedIsFollowedByIdleTime) {
+  const Timeline timeline = MakeTimeline(RunFromText(R"(
+    a:
+    b: b
+    start 0 1000
+    a start 0 0 0 10 10)"));
+  EXPECT_EQ("wall 1000 = path 10 + look 0 + idle 990; work 10",
+            BalanceText(timeline.start.balance));
+}
+
 TEST(CriticalPath, IsEmptyWhenNothingBegan) {
   const Timeline timeline = MakeTimeline(RunFromText("start 5 205"));
   EXPECT_EQ("look 0", PathText(timeline, timeline.start));

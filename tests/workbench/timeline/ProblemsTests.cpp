@@ -15,7 +15,7 @@ std::string Names(const Timeline& timeline, const std::vector<std::size_t>& plug
 }
 
 std::string NotReturnedText(const Timeline& timeline) {
-  constexpr const char* where[] = {"loading", "Init", "UnInit", "unmapping"};
+  constexpr const char* where[] = {"loading", "Init", "counting", "UnInit", "unmapping"};
   std::ostringstream text;
   for (const NotReturned& plugin : FindNotReturned(timeline)) {
     text << timeline.plugins[plugin.plugin].id << " " << where[static_cast<int>(plugin.where)]
@@ -100,6 +100,13 @@ TEST(Problems, NameWhoNeverBeganBecauseOfACycle) {
     d start 0 1 2 3 4)"));
   EXPECT_EQ(" a b c", Names(timeline, FindNeverBegun(timeline, timeline.start)));
   EXPECT_EQ("", Names(timeline, FindNeverBegun(timeline, timeline.stop)));
+}
+
+TEST(Problems, TellAnInitThatIsOverFromOneThatRuns) {
+  const Timeline timeline =
+      MakeTimeline(RunFromText("a:\nb:\nstart 0 -\na start 0 0 1 5 -\n"
+                               "b start 0 0 1 - -"));
+  EXPECT_EQ("b Init since 1, waiting:\na counting since 5, waiting:\n", NotReturnedText(timeline));
 }
 
 }  // namespace

@@ -2,6 +2,8 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
+
 #include <sstream>
 
 #include "tests/support/RunText.h"
@@ -123,6 +125,23 @@ TEST(Timelines, HaveNoPathWhenTheRunDoesNotKnowTheEdges) {
   EXPECT_EQ(kUnknown, timeline.start.spans[0].slack);
   EXPECT_EQ("200", Ms(timeline.start.balance.wall));
   EXPECT_EQ("3", Ms(timeline.start.balance.work));
+}
+
+TEST(Timelines, OfALogThatBeginsInAnInitHaveItsTimeFromTheFrame) {
+  RecordedRun run = RunFromText("a:\nstart 0 200\na start 0 1 2 150 160");
+  auto& events = run.record.events;
+  events.erase(std::remove_if(events.begin(), events.end(),
+                              [](const RunEvent& event) {
+                                return event.kind != RunEvent::Kind::kInitEnd &&
+                                       event.kind != RunEvent::Kind::kCounted;
+                              }),
+               events.end());
+  for (RunEvent& event : events) {
+    if (event.kind == RunEvent::Kind::kInitEnd) event.milliseconds = 100;
+  }
+  const Timeline timeline = MakeTimeline(std::move(run));
+  EXPECT_EQ("50", Ms(timeline.start.spans[0].begin));
+  EXPECT_FALSE(timeline.start.IsComplete(true));
 }
 
 TEST(Timelines, PutContradictoryTimesIntoOrder) {

@@ -40,37 +40,34 @@ TEST(WhatIf, ReadsEachKindOfChange) {
 }
 
 TEST(WhatIf, NamesThePluginThatWasProbablyMeant) {
-  EXPECT_EQ("--what-if \"vdeo=0\": the run has no plugin \"vdeo\"; did you mean \"video\"?",
-            Read("vdeo=0"));
-  EXPECT_EQ("--what-if \"cut video->xyz\": the run has no plugin \"xyz\"", Read("cut video->xyz"));
+  EXPECT_EQ("\"vdeo=0\": the run has no plugin \"vdeo\"; did you mean \"video\"?", Read("vdeo=0"));
+  EXPECT_EQ("\"cut video->xyz\": the run has no plugin \"xyz\"", Read("cut video->xyz"));
 }
 
 TEST(WhatIf, ReportsAnEdgeThatIsNotThere) {
-  EXPECT_EQ("--what-if \"cut config->video\": \"config\" does not depend on \"video\"",
+  EXPECT_EQ("\"cut config->video\": \"config\" does not depend on \"video\"",
             Read("cut config->video"));
   EXPECT_EQ(
-      "--what-if \"cut config->storage\": \"config\" does not depend on \"storage\"; it is the "
+      "\"cut config->storage\": \"config\" does not depend on \"storage\"; it is the "
       "other way round",
       Read("cut config->storage"));
 }
 
 TEST(WhatIf, ReportsAnEdgeThatIsThereAlready) {
-  EXPECT_EQ("--what-if \"add video->storage\": \"video\" depends on \"storage\" already",
+  EXPECT_EQ("\"add video->storage\": \"video\" depends on \"storage\" already",
             Read("add video->storage"));
 }
 
 TEST(WhatIf, ReportsTheCycleThatAnEdgeWouldMake) {
-  EXPECT_EQ(
-      "--what-if \"add config->video\": that makes a cycle: config -> video -> storage -> config",
-      Read("add config->video"));
-  EXPECT_EQ("--what-if \"add video->video\": that makes a cycle: video -> video",
-            Read("add video->video"));
+  EXPECT_EQ("\"add config->video\": that makes a cycle: config -> video -> storage -> config",
+            Read("add config->video"));
+  EXPECT_EQ("\"add video->video\": that makes a cycle: video -> video", Read("add video->video"));
 }
 
 TEST(WhatIf, SeesWhatEarlierChangesHaveLeft) {
   EXPECT_EQ("4 0.000000 video storage; 5 0.000000 config video; ",
             ReadAll({"cut video->storage", "add config->video"}));
-  EXPECT_EQ("--what-if \"cut video->storage\": \"video\" does not depend on \"storage\"",
+  EXPECT_EQ("\"cut video->storage\": \"video\" does not depend on \"storage\"",
             ReadAll({"cut video->storage", "cut video->storage"}));
 }
 
@@ -78,31 +75,31 @@ TEST(WhatIf, ReportsWhatIsNoNumber) {
   const std::string workers = "the number of threads is a whole number from 1 to 1000000";
   for (const char* text :
        {"workers=0", "workers=1.5", "workers=x", "workers=", "workers=1000001"}) {
-    EXPECT_EQ("--what-if \"" + std::string(text) + "\": " + workers, Read(text));
+    EXPECT_EQ("\"" + std::string(text) + "\": " + workers, Read(text));
   }
   const std::string poll =
       "the milliseconds between two looks are a number from 1 to 1000000, or 0 for no waiting";
   for (const char* text : {"poll=-1", "poll=0.5", "poll=nan", "poll=1e3", "poll=1000001"}) {
-    EXPECT_EQ("--what-if \"" + std::string(text) + "\": " + poll, Read(text));
+    EXPECT_EQ("\"" + std::string(text) + "\": " + poll, Read(text));
   }
   const std::string work =
       "the work of a plugin is a number of milliseconds from 0 to 1000000000, or of percent from 0 "
       "to 10000";
   for (const char* text : {"video=-1", "video=10001%", "video=%", "video=1e9", "video=inf"}) {
-    EXPECT_EQ("--what-if \"" + std::string(text) + "\": " + work, Read(text));
+    EXPECT_EQ("\"" + std::string(text) + "\": " + work, Read(text));
   }
 }
 
 TEST(WhatIf, ReportsWhatIsNoChange) {
   EXPECT_EQ(
-      "--what-if \"video\": it is none of \"workers=4\", \"poll=0\", \"PLUGIN=120\", "
+      "\"video\": it is none of \"workers=4\", \"poll=0\", \"PLUGIN=120\", "
       "\"PLUGIN=50%\", \"cut A->B\" and \"add A->B\"",
       Read("video"));
-  EXPECT_EQ("--what-if \"cut video\": an edge is written A->B: A depends on B", Read("cut video"));
+  EXPECT_EQ("\"cut video\": an edge is written A->B: A depends on B", Read("cut video"));
 }
 
 TEST(WhatIf, EscapesWhatATerminalWouldActOn) {
-  EXPECT_EQ("--what-if \"\\x1b[2J=0\": the run has no plugin \"\\x1b[2J\"", Read("\x1b[2J=0"));
+  EXPECT_EQ("\"\\x1b[2J=0\": the run has no plugin \"\\x1b[2J\"", Read("\x1b[2J=0"));
 }
 
 }  // namespace

@@ -156,8 +156,8 @@ std::string NotReturnedText(const PhaseView& view, const NotReturned& plugin) {
 std::vector<PluginNote> FailureNotes(const PhaseView& view) {
   std::vector<PluginNote> notes;
   for (const NotReturned& plugin : FindNotReturned(view.timeline)) {
-    const bool ofStart =
-        plugin.where == NotReturned::Where::kLoading || plugin.where == NotReturned::Where::kInit;
+    const bool ofStart = plugin.where != NotReturned::Where::kUnInit &&
+                         plugin.where != NotReturned::Where::kUnmapping;
     if (ofStart == view.IsStart()) notes.push_back({plugin.plugin, NotReturnedText(view, plugin)});
   }
   for (const std::size_t plugin : view.order) {

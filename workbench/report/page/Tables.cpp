@@ -145,9 +145,9 @@ std::string HeadOf(const PhaseView& view, const std::vector<Column>& columns) {
                  view.Word(), AxisSvg(view, view.timeline.plugins.size()));
   for (const Column& column : columns) {
     const std::string sort =
-        *column.sort == '\0' ? "" : fmt::format(" data-sort=\"{}\"", column.sort);
-    fmt::format_to(std::back_inserter(html), "<th scope=\"col\" class=\"{}\"{}>{}</th>",
-                   column.kind, sort, column.title);
+        *column.sort == '\0' ? "" : fmt::format(R"( data-sort="{}")", column.sort);
+    fmt::format_to(std::back_inserter(html), R"(<th scope="col" class="{}"{}>{}</th>)", column.kind,
+                   sort, column.title);
   }
   return html + "</tr></thead>\n";
 }
@@ -273,7 +273,7 @@ std::string PathTable(const PhaseView& view) {
   }
   if (path.empty()) return "<p>No plugin had begun, so there is no critical path.</p>\n";
   const char* waits = view.timeline.run.knowsTasks
-                          ? "Waited for the look</th><th scope=\"col\" class=\"n\">Idle before it"
+                          ? R"(Waited for the look</th><th scope="col" class="n">Idle before it)"
                           : "Waited for a look and a thread";
   std::string html = fmt::format(
       "<details class=\"path\"{}><summary>Critical path: {}</summary>\n<div "
