@@ -69,7 +69,7 @@ std::string PathEdge(const PhaseView& view, std::size_t plugin) {
   const std::string x = view.Place(EndOf(view, view.phase.spans[*by]));
   const auto rows =
       static_cast<std::int64_t>(view.places[*by]) - static_cast<std::int64_t>(view.places[plugin]);
-  return fmt::format("<line class=\"e\" x1=\"{}\" x2=\"{}\" y1=\"{}\" y2=\"{}\"/>", x, x,
+  return fmt::format(R"(<line class="e" x1="{}" x2="{}" y1="{}" y2="{}"/>)", x, x,
                      rows * kRowHeight + kRowHeight / 2, kRowHeight / 2);
 }
 
@@ -95,7 +95,7 @@ const char* EdgeClass(std::int64_t at, std::int64_t wall) {
 std::string AxisSvg(const PhaseView& view, std::size_t rows) {
   const std::int64_t wall = view.phase.balance.wall;
   const std::int64_t tick = TickOf(wall);
-  std::string svg = "<svg class=\"axis\" aria-hidden=\"true\">";
+  std::string svg = R"(<svg class="axis" aria-hidden="true">)";
   for (std::int64_t at = 0; at <= wall; at += tick) {
     const std::string x = view.Place(view.phase.begin + at);
     fmt::format_to(std::back_inserter(svg),
@@ -143,9 +143,9 @@ std::string BalanceSvg(const PhaseView& view) {
     parts.push_back({"u", 0, balance.look + balance.idle});
   }
   std::int64_t at = view.phase.begin;
-  std::string svg = "<svg class=\"balance\" aria-hidden=\"true\">";
+  std::string svg = R"(<svg class="balance" aria-hidden="true">)";
   for (const Segment& part : parts) {
-    fmt::format_to(std::back_inserter(svg), "<rect class=\"{}\" x=\"{}\" width=\"{}\"/>", part.kind,
+    fmt::format_to(std::back_inserter(svg), R"(<rect class="{}" x="{}" width="{}"/>)", part.kind,
                    view.Place(at), view.Width(at, at + part.to));
     at += part.to;
   }
