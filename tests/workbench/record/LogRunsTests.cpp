@@ -46,12 +46,13 @@ std::string Members(const Json& event) {
   for (const auto& [name, value] : event.items()) {
     if (name == "record" || name == "event" || name == "ns" || name == "task") continue;
     if (name == "thread" && value == 0) continue;
-    if (value == "" && name != "result") continue;
+    const bool isEmpty = value.is_string() && value.get_ref<const std::string&>().empty();
+    if (isEmpty && name != "result") continue;
     text += " " +
             (name == "thread"                  ? "@"
              : name == "ms" || name == "count" ? name + "="
                                                : "") +
-            (value == ""         ? "?"
+            (isEmpty             ? "?"
              : value.is_string() ? value.get<std::string>()
                                  : value.dump());
   }
