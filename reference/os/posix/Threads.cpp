@@ -5,6 +5,9 @@
 #include <unistd.h>
 
 #include <csignal>
+#include <memory>
+#include <new>
+#include <optional>
 
 #include "reference/os/posix/AlternateStack.h"
 
@@ -41,6 +44,17 @@ class AlternateStack {
   stack_t m_before = {};
 };
 
+/// The key under which each thread keeps its alternate stack, which is freed when the thread ends.
+/// Not a thread_local object: registering its destructor takes the loader's lock, so that a thread
+/// could not begin while a library loads, and a library whose initialiser waits for its own thread
+/// would load for ever.
+std::optional<pthread_key_t> MakeStackKey() {
+  pthread_key_t key{};
+  const auto free = [](void* stack) { delete static_cast<AlternateStack*>(stack); };
+  if (pthread_key_create(&key, free) != 0) return std::nullopt;
+  return key;
+}
+
 /// The length of the longest prefix of `text` with at most `limit` bytes that does not end inside a
 /// character.
 std::size_t CutLength(const std::string& text, std::size_t limit) {
@@ -53,7 +67,10 @@ std::size_t CutLength(const std::string& text, std::size_t limit) {
 }  // namespace
 
 void UseAlternateStack() {
-  thread_local const AlternateStack stack;
+  static const std::optional<pthread_key_t> key = MakeStackKey();
+  if (!key || pthread_getspecific(*key) != nullptr) return;
+  std::unique_ptr<AlternateStack> stack(new (std::nothrow) AlternateStack);
+  if (pthread_setspecific(*key, stack.get()) == 0) (void)stack.release();
 }
 
 void PrepareWorkerThread() {

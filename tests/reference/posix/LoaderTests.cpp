@@ -82,6 +82,14 @@ TEST_F(Loader, SymbolsOfALibraryStayItsOwn) {
   FreeLibrary(library);
 }
 
+TEST_F(Loader, LibraryMayWaitForItsThreadWhileItLoads) {
+  const HMODULE library = LoadLibraryW(LocalToWide(TEV_WAITS_FOR_ITS_THREAD).c_str());
+  ASSERT_NE(nullptr, library);
+  const auto ran = reinterpret_cast<bool (*)()>(GetProcAddress(library, "ThreadRan"));
+  ASSERT_NE(nullptr, ran);
+  EXPECT_TRUE(ran());
+}
+
 TEST_F(Loader, FileNameOutsideTheCodePageIsFound) {
   const std::string path = Copy(TEV_ANSWERS, "caf\xe9 \xff\xc3\xa9.dll");
   EXPECT_EQ(0U, Refusal(path));
