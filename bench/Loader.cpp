@@ -78,10 +78,11 @@ class ReadyQueue {
       Start(plugin);
       lock.lock();
       for (const std::size_t other : plugin.behind) {
-        if (--m_plugins[other].missing == 0) m_ready.push(other);
+        if (--m_plugins[other].missing > 0) continue;
+        m_ready.push(other);
+        m_changed.notify_one();
       }
-      --m_left;
-      m_changed.notify_all();
+      if (--m_left == 0) m_changed.notify_all();
     }
   }
 

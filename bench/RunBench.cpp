@@ -43,24 +43,36 @@ void MeasureRun(benchmark::State& state, const fs::path& product, double least, 
   }
 }
 
-/// A product that is a chain of `depth` plugins, 50 ms each: one level for each plugin.
-fs::path WriteChain(std::size_t depth) {
+/// The same with sleeps that end early, where `path` is the time of the critical path. Beside it
+/// the start by a parallel loader with a thread for each plugin.
+void MeasureEarlyRun(benchmark::State& state, const std::string& name,
+                     const std::vector<GeneratedPlugin>& plugins, double path) {
+  const fs::path product = kData / ("early_" + name) / std::to_string(plugins.size());
+  WriteProduct(product, plugins, 1);
+  MeasureRun(state, product, path, kEarly);
+  const double parallel = LoadTimed(product, plugins, static_cast<int>(plugins.size()));
+  if (parallel < 0) state.SkipWithError("the loader failed");
+  state.counters["parallel_ms"] = parallel;
+}
+
+/// A chain of `depth` plugins, 50 ms each: one level for each plugin.
+std::vector<GeneratedPlugin> ChainOf(std::size_t depth) {
   std::vector<GeneratedPlugin> plugins = IndependentPlugins(depth);
   for (std::size_t i = 1; i < depth; ++i) plugins[i].dependsOn = {plugins[i - 1].id};
-  fs::path product = kData / "chain" / std::to_string(depth);
-  WriteProduct(product, plugins, 1);
-  return product;
+  return plugins;
 }
 
 /// A chain of as many plugins as the argument says.
 void Chain(benchmark::State& state) {
   const auto depth = static_cast<std::size_t>(state.range(0));
-  MeasureRun(state, WriteChain(depth), static_cast<double>(depth) * kPollMilliseconds, kFull);
+  const fs::path product = kData / "chain" / std::to_string(depth);
+  WriteProduct(product, ChainOf(depth), 1);
+  MeasureRun(state, product, static_cast<double>(depth) * kPollMilliseconds, kFull);
 }
 
 void EarlyChain(benchmark::State& state) {
   const auto depth = static_cast<std::size_t>(state.range(0));
-  MeasureRun(state, WriteChain(depth), static_cast<double>(depth) * kPluginMilliseconds, kEarly);
+  MeasureEarlyRun(state, "chain", ChainOf(depth), static_cast<double>(depth) * kPluginMilliseconds);
 }
 
 /// As many plugins as the argument says, 50 ms each, without dependencies.
@@ -71,9 +83,9 @@ void Independent(benchmark::State& state) {
 }
 
 void EarlyIndependent(benchmark::State& state) {
-  const fs::path product = kData / "early" / std::to_string(state.range(0));
-  WriteProduct(product, IndependentPlugins(static_cast<std::size_t>(state.range(0))), 1);
-  MeasureRun(state, product, kPluginMilliseconds, kEarly);
+  MeasureEarlyRun(state, "independent",
+                  IndependentPlugins(static_cast<std::size_t>(state.range(0))),
+                  kPluginMilliseconds);
 }
 
 /// As many plugins as the argument says, 50 ms each, which all wait for one more plugin of 1900 ms:
@@ -85,9 +97,8 @@ void Waiting(benchmark::State& state) {
 }
 
 void EarlyWaiting(benchmark::State& state) {
-  const fs::path product = kData / "early_waiting";
-  WriteProduct(product, WaitingPlugins(static_cast<std::size_t>(state.range(0))), 1);
-  MeasureRun(state, product, 1900 + kPluginMilliseconds, kEarly);
+  MeasureEarlyRun(state, "waiting", WaitingPlugins(static_cast<std::size_t>(state.range(0))),
+                  1900 + kPluginMilliseconds);
 }
 
 /// The start of four levels of ten plugins: by the frame with full sleeps and with sleeps that end
