@@ -111,9 +111,11 @@ void AddNamedFault(Replay& replay, const std::string& text) {
     throw UsageError("--fault: the run has no plugin \"" + Escaped(id) + "\"" +
                      DidYouMean(id, ids));
   }
+  const bool wasLoaded = replay.plugins[plugin].library == ReplayPlugin::Library::kStub;
   AddFault(replay.plugins[plugin], fault);
   replay.differences.push_back("A fault was put into " + replay.plugins[plugin].id + ": " +
-                               text.substr(equals + 1) + ".");
+                               text.substr(equals + 1) +
+                               (wasLoaded ? "." : "; in the recorded run it was not loaded."));
 }
 
 /// The options of the recorded run that decide how it goes, for another run.

@@ -96,8 +96,8 @@ std::size_t FindPlugin(const Timeline& timeline, const std::string& id, const st
   }
   for (const PluginRun& other : timeline.state.Plugins()) {
     if (other.head.id != id) continue;
-    throw UsageError("\"" + Escaped(id) + "\" is a " + other.head.kind +
-                     ", which the frame does not start");
+    throw UsageError("\"" + Escaped(id) + "\" is not started by the frame: its kind is " +
+                     other.head.kind);
   }
   throw UsageError("\"" + Escaped(id) + "\" is no plugin of this product" +
                    Escaped(DidYouMean(id, ids)));

@@ -194,6 +194,18 @@ TEST_F(ReplayedProduct, GetsTheFaultsThatAreNamed) {
   EXPECT_THAT(run.output, HasSubstr("a.server   INIT FAILED"));
 }
 
+TEST_F(ReplayedProduct, SaysThatAFaultIsInAPluginThatWasNotLoaded) {
+  MadeProduct product;
+  product.Plugin("a.server").BrokenLibrary("broken.server", "no library");
+  product.RunUntilUp("", RecordAs("run.jsonl"));
+  const HubResult replay = Replay("--fault a.server=slow:1 --fault broken.server=fail");
+  EXPECT_EQ(0, replay.status);
+  EXPECT_THAT(replay.output,
+              AllOf(HasSubstr("A fault was put into a.server: slow:1.\n"),
+                    HasSubstr("A fault was put into broken.server: fail; in the recorded run it "
+                              "was not loaded.\n")));
+}
+
 TEST_F(ReplayedProduct, IsRefusedForAFaultThatNamesNothing) {
   MadeProduct product;
   product.Plugin("storage.server").RunUntilUp("", RecordAs("run.jsonl"));

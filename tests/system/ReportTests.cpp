@@ -235,6 +235,7 @@ TEST(Report, RefusesWhatItsFormatDoesNotShow) {
   EXPECT_EQ("HUB: --against is not for --format dot\n", refused("--format dot --against y"));
   EXPECT_EQ("HUB: --budget is not for --format trace\n", refused("--format trace --budget y"));
   EXPECT_EQ("HUB: --focus is not for --format text\n", refused("--focus a"));
+  EXPECT_EQ("HUB: --depth requires --focus\n", refused("--format dot --depth 2"));
 }
 
 std::string PageIn(const fs::path& file) {
@@ -355,6 +356,14 @@ TEST(Why, BeforeAnyRunReadsTheProduct) {
   EXPECT_THAT(
       result.output,
       StartsWith("b.server starts after 1 plugin, because\n  b.server depends on a.server"));
+}
+
+TEST(Why, OfADriverSaysThatTheFrameDoesNotStartIt) {
+  const SiteCopy site;
+  const HubResult result = RunHub("why camera.driver --bin " + site.Bin());
+  EXPECT_EQ(2, result.status);
+  EXPECT_EQ("HUB: \"camera.driver\" is not started by the frame: its kind is driver\n",
+            result.errors);
 }
 
 TEST(Why, OfAnUnknownPluginNamesTheNearest) {

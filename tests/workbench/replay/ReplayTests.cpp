@@ -237,6 +237,8 @@ TEST(ReplayFiles, OfAnAnonymousReplayHaveNoNameOfTheProduct) {
   ReplayOptions options;
   options.anonymous = true;
   const Replay replay = MakeReplay(timeline, options);
+  EXPECT_EQ("PRODUCT", replay.product);
+  EXPECT_EQ("1.0.0", replay.version);
   for (const ReplayFile& file :
        ReplayFiles(replay, ReplayDescription(replay, timeline, options, ""))) {
     EXPECT_EQ(std::string::npos, file.path.find("secret")) << file.path;
