@@ -6,6 +6,7 @@
 #include <chrono>
 #include <cstdlib>
 #include <iterator>
+#include <stdexcept>
 #include <utility>
 #include <vector>
 
@@ -14,7 +15,6 @@
 #include "host/PluginHeads.h"
 #include "host/ProductCheck.h"
 #include "host/ProductReading.h"
-#include "host/RunFiles.h"
 #include "host/RunHeads.h"
 #include "host/StatusText.h"
 #include "reference/base/ThreadPools.h"
@@ -217,12 +217,13 @@ void ProductRun::AddEnd(const Verdict& verdict) {
 bool ProductRun::WriteReport() {
   if (m_options.reportPage.empty()) return true;
   try {
-    if (m_record.File().empty())
+    if (m_record.File().empty()) {
       throw UsageError("--report: there is no flight record to make it of");
-    const Timeline timeline = MakeTimeline(ReadRecord(m_record.File()));
+    }
+    const Timeline timeline = MakeTimeline(ReadRecordedRun(m_record.File()));
     WriteFileText("--report", m_options.reportPage, ReportHtml(timeline));
     return true;
-  } catch (const UsageError& error) {
+  } catch (const std::runtime_error& error) {  // also UsageError
     m_reporter.ReportError({error.what()});
     return false;
   }

@@ -18,22 +18,6 @@
 
 namespace fs = std::filesystem;
 
-std::optional<fs::path> FindLastRecord(const std::string& bin) {
-  const fs::path state = UserStateFolder();
-  if (bin.empty()) return NewestRecord(state);
-  std::error_code error;
-  const fs::path full = fs::absolute(PathFromLocal(bin));
-  const fs::path resolved = fs::weakly_canonical(full, error);
-  return RecordFolder(state, error ? full : resolved).Newest();
-}
-
-fs::path LastRecord(const std::string& bin) {
-  if (const std::optional<fs::path> newest = FindLastRecord(bin)) return *newest;
-  throw UsageError((bin.empty() ? "there is no record of a run"
-                                : "there is no record of a run of the product in " + bin) +
-                   "; HUB run writes one, or name its file: HUB report FILE");
-}
-
 namespace {
 
 /// Whether a HUB still writes the record: its run is the last one of the product, which it locks.
@@ -50,12 +34,34 @@ bool GoesOn(const fs::path& file, const RecordedRun& run) {
   }
 }
 
+/// Lets the time of a record's run that still goes on reach until now.
+void ReachUntilNow(RecordedRun& run) {
+  if (run.source != RecordedRun::Source::kRecord) return;
+  if (GoesOn(fs::u8path(run.name), run)) run.now = SteadyNanoseconds();
+}
+
 }  // namespace
+
+std::optional<fs::path> FindLastRecord(const std::string& bin) {
+  const fs::path state = UserStateFolder();
+  if (bin.empty()) return NewestRecord(state);
+  std::error_code error;
+  const fs::path full = fs::absolute(PathFromLocal(bin));
+  const fs::path resolved = fs::weakly_canonical(full, error);
+  return RecordFolder(state, error ? full : resolved).Newest();
+}
+
+fs::path LastRecord(const std::string& bin) {
+  if (const std::optional<fs::path> newest = FindLastRecord(bin)) return *newest;
+  throw UsageError((bin.empty() ? "there is no record of a run"
+                                : "there is no record of a run of the product in " + bin) +
+                   "; HUB run writes one, or name its file: HUB report FILE");
+}
 
 RecordedRun ReadRecord(const fs::path& file) {
   try {
     RecordedRun run = ReadRecordedRun(file);
-    if (GoesOn(file, run)) run.now = SteadyNanoseconds();
+    ReachUntilNow(run);
     return run;
   } catch (const std::runtime_error& error) {
     throw UsageError(error.what());
@@ -97,10 +103,7 @@ std::vector<RecordedRun> ReadRunFiles(const std::vector<std::string>& files,
   for (const std::string& file : files) paths.push_back(PathFromLocal(file));
   try {
     std::vector<RecordedRun> runs = ReadRuns(paths, logs);
-    if (paths.size() == 1 && runs.front().source == RecordedRun::Source::kRecord &&
-        GoesOn(paths.front(), runs.front())) {
-      runs.front().now = SteadyNanoseconds();
-    }
+    for (RecordedRun& run : runs) ReachUntilNow(run);
     return runs;
   } catch (const std::runtime_error& error) {
     throw UsageError(error.what());
