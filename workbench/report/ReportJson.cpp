@@ -133,7 +133,7 @@ class Writer {
             {"waitingMs", known ? Json(Ms(balance.look + balance.idle)) : Json()},
             {"workMs", Ms(balance.work)},
             {"parallelism", balance.Parallelism()},
-            {"lastLookMs", known ? Json(Ms(phase.lastLook)) : Json()},
+            {"lastLookMs", known ? Json(Ms(phase.lastWait)) : Json()},
             {"criticalPath", Path(phase)}};
   }
 

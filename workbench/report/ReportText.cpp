@@ -3,11 +3,13 @@
 #include <fmt/format.h>
 
 #include <algorithm>
+#include <map>
 #include <utility>
 #include <vector>
 
 #include "workbench/output/Text.h"
 #include "workbench/record/RunOutcome.h"
+#include "workbench/report/StartEdges.h"
 #include "workbench/report/Times.h"
 
 namespace {
@@ -43,6 +45,7 @@ class Writer {
     Failures();
     StartedAnyways();
     NotReturneds();
+    NeverBegun();
     return m_text;
   }
 
@@ -78,6 +81,14 @@ class Writer {
     return MsText(nanoseconds, m_timeline.run.resolution);
   }
 
+  /// Until when the times of what has not ended reach.
+  std::string UntilTheLast() const {
+    if (m_timeline.run.now > 0) return "until now";
+    return IsLog() ? "until the log ends" : "until the record ends";
+  }
+
+  bool IsLog() const { return m_timeline.run.source == RecordedRun::Source::kLog; }
+
   /// The time since the phase began.
   std::string Since(const PhaseTimeline& phase, std::int64_t time) const {
     return time == kUnknown ? "-" : Ms(std::max<std::int64_t>(time - phase.begin, 0));
@@ -94,10 +105,9 @@ class Writer {
     if (!head.path.empty()) line += ", " + Escaped(head.path);
     Sentence(line, kBold);
     Sentence(HowItEnded(m_timeline));
-    const bool record = m_timeline.run.source == RecordedRun::Source::kRecord;
     std::string from =
-        fmt::format("From {} {}", record ? "the record" : "the log", Escaped(m_timeline.run.name));
-    if (!record) {
+        fmt::format("From {} {}", IsLog() ? "the log" : "the record", Escaped(m_timeline.run.name));
+    if (IsLog()) {
       from += fmt::format(", whose times are exact to {} ms",
                           static_cast<double>(m_timeline.run.resolution) / 1e6);
       from += NotKnown();
@@ -143,10 +153,11 @@ class Writer {
     const TimeBalance& balance = phase.balance;
     const std::string title = "The " + name + " of the plugins: " + Ms(balance.wall) + " ms";
     const bool isStart = &phase == &m_timeline.start;
-    const char* until = !phase.ended                 ? " until the record ends; it has not ended"
-                        : !phase.IsComplete(isStart) ? ", and not all of its plugins had ended"
-                                                     : "";
-    Title(title + until);
+    if (!phase.ended) {
+      Title(title + " " + UntilTheLast() + "; it has not ended");
+    } else {
+      Title(title + (phase.IsComplete(isStart) ? "" : ", and not all of its plugins had ended"));
+    }
     if (phase.path.empty()) {
       Sentence(m_timeline.run.knowsEdges
                    ? "  no plugin began"
@@ -191,9 +202,13 @@ class Writer {
            PadLeft(ShareText(step.work, phase.balance.wall), 8) + "  " + Name(step.plugin) +
            (span.HasEnded() ? "" : ", which has not ended"));
     }
-    if (phase.lastLook > 0) {
-      Line(PadLeft("", 11) + PadLeft(Ms(phase.lastLook), 10) + PadLeft("", tasks ? 28 : 18) +
-           (phase.ended ? "  until the frame looked" : "  until the record ends"));
+    if (phase.lastWait > 0) {
+      const bool isIdle = tasks && !phase.EndsWithLook();
+      Line(PadLeft("", 11) + PadLeft(Ms(phase.lastWait), isIdle ? 20 : 10) +
+           PadLeft("", isIdle || !tasks ? 18 : 28) +
+           (phase.EndsWithLook() ? "  until the frame looked"
+            : phase.ended        ? "  until it ended without the plugins that never began"
+                                 : "  " + UntilTheLast()));
     }
   }
 
@@ -246,16 +261,15 @@ class Writer {
 
   void NotReturneds() {
     const std::vector<NotReturned> plugins = FindNotReturned(m_timeline);
-    const bool ofLog = m_timeline.run.source == RecordedRun::Source::kLog;
     const char* title = m_timeline.run.now > 0 ? "Not returned yet"
-                        : ofLog                ? "Not returned in this log"
+                        : IsLog()              ? "Not returned in this log"
                                                : "Never returned";
     if (!plugins.empty()) Title(title);
     for (const NotReturned& plugin : plugins) {
       std::string line = fmt::format("  {}, {} for {} ms{}", Name(plugin.plugin),
                                      WhereText(plugin.where), Ms(m_timeline.last - plugin.since),
                                      m_timeline.run.now > 0 ? " by now"
-                                     : ofLog                ? " when the log ended"
+                                     : IsLog()              ? " when the log ended"
                                                             : " when the record ended");
       if (!plugin.waiting.empty()) {
         line += fmt::format("; {} for it: {}",
@@ -266,10 +280,33 @@ class Writer {
       }
       Sentence(line, kRed);
     }
+  }
+
+  void NeverBegun() {
     const std::vector<std::size_t> never = FindNeverBegun(m_timeline, m_timeline.start);
     if (never.empty()) return;
-    Title(ofLog ? "Not begun in this log" : "Never begun");
-    Sentence("  " + Names(never), kRed);
+    Title(m_timeline.run.now > 0 ? "Not begun yet"
+          : IsLog()              ? "Not begun in this log"
+                                 : "Never begun");
+    const DependencyLists& waitsFor = m_timeline.start.waitsFor;
+    const std::vector<std::size_t> numbers = CycleNumbers(waitsFor);
+    std::map<std::size_t, std::vector<std::size_t>> cycles;
+    for (const std::size_t plugin : never) cycles[numbers[plugin]].push_back(plugin);
+    std::vector<std::size_t> others;
+    for (const std::size_t plugin : never) {
+      const std::vector<std::size_t>& cycle = cycles[numbers[plugin]];
+      const bool waitsForItself =
+          std::count(waitsFor[plugin].begin(), waitsFor[plugin].end(), plugin) > 0;
+      if (cycle.size() == 1 && !waitsForItself) {
+        others.push_back(plugin);
+      } else if (plugin == cycle.front()) {
+        Sentence(
+            "  " + Names(cycle) +
+                (cycle.size() == 1 ? ", which waits for itself" : ", which wait for each other"),
+            kRed);
+      }
+    }
+    if (!others.empty()) Sentence("  " + Names(others), kRed);
   }
 
   const Timeline& m_timeline;

@@ -70,7 +70,7 @@ class PhaseTrace {
       cursor = begin;
     };
     const Json none = Json::object();
-    if (!m_phase.path.empty()) add(m_phase.lastLook, m_phase.ended ? kLook : kIdle, none);
+    if (!m_phase.path.empty()) add(m_phase.lastWait, m_phase.EndsWithLook() ? kLook : kIdle, none);
     for (auto step = m_phase.path.rbegin(); step != m_phase.path.rend(); ++step) {
       m_critical[step->plugin] = true;
       add(step->work, ID(step->plugin), Args(step->plugin));

@@ -155,7 +155,11 @@ class Writer {
   }
 
   std::string Worked(const PluginSpan& span) const {
-    if (!span.HasEnded()) return "without an end until the record ended";
+    if (!span.HasEnded())
+      return std::string("without an end until ") +
+             (m_timeline.run.now > 0                               ? "now"
+              : m_timeline.run.source == RecordedRun::Source::kLog ? "the log ended"
+                                                                   : "the record ended");
     const char* how = span.result == PluginSpan::Result::kFailed      ? "; its Init failed"
                       : span.result == PluginSpan::Result::kNotLoaded ? "; it was not loaded"
                                                                       : "";

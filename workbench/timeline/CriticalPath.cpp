@@ -112,11 +112,8 @@ void FillPath(PhaseTimeline& phase, bool knowsEdges) {
   std::int64_t cursor = phase.end;
   const std::int64_t lastEnd =
       std::clamp(EndOfWork(phase, phase.spans[*plugin]), phase.begin, cursor);
-  phase.lastLook = cursor - lastEnd;
-  // A phase that ended with plugins that never began did not wait for a look, but for them.
-  const bool isLook = phase.ended && std::all_of(phase.spans.begin(), phase.spans.end(),
-                                                 [](const auto& span) { return span.HasBegun(); });
-  (isLook ? phase.balance.look : phase.balance.idle) += phase.lastLook;
+  phase.lastWait = cursor - lastEnd;
+  (phase.EndsWithLook() ? phase.balance.look : phase.balance.idle) += phase.lastWait;
   cursor = lastEnd;
   std::set<std::size_t> seen;
   while (plugin && seen.insert(*plugin).second) {

@@ -2,7 +2,7 @@
 
 #include "workbench/timeline/Timeline.h"
 
-/// Fills `path`, `lastLook` and `balance` of a phase whose spans are filled. `knowsEdges`: whether
+/// Fills `path`, `lastWait` and `balance` of a phase whose spans are filled. `knowsEdges`: whether
 /// `waitsFor` and `releasedBy` say what really waited for what.
 void FillPath(PhaseTimeline& phase, bool knowsEdges);
 

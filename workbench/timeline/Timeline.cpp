@@ -220,6 +220,11 @@ bool PhaseTimeline::IsComplete(bool isStart) const {
          });
 }
 
+bool PhaseTimeline::EndsWithLook() const {
+  return ended && std::all_of(spans.begin(), spans.end(),
+                              [](const PluginSpan& span) { return span.HasBegun(); });
+}
+
 const PluginRun& Timeline::State(std::size_t plugin) const {
   return *state.Find(plugins[plugin].id);
 }

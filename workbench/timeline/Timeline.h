@@ -86,12 +86,16 @@ struct PhaseTimeline {
   /// which ended last: what the phase's end waited for. Of a phase that has not ended, the last one
   /// is the plugin that has worked longest. Empty when the run does not say what waits for what.
   std::vector<PathStep> path;
-  std::int64_t lastLook = 0;  // from the end of the path to the phase's end
+  std::int64_t lastWait = 0;  // from the end of the path to the phase's end
   TimeBalance balance;        // without a path only wall and work are filled
 
   /// Whether it is known from its begin to its end, with the end of every plugin that began in it,
   /// in the start of every plugin. Not so of a start that a stop ended, and of a log that is cut.
   bool IsComplete(bool isStart) const;
+
+  /// Whether the phase's end waited for the frame's look after the end of the path. Not so when the
+  /// phase has not ended, or ended with plugins that never began: it waited for these.
+  bool EndsWithLook() const;
 
   /// The plugins that wait for each plugin: `waitsFor` the other way round.
   std::vector<std::vector<std::size_t>> Waiters() const;

@@ -117,7 +117,7 @@ TEST(ReportTexts, ShowWhoNeverReturnedAndWhoWaits) {
       "  hangs, in Init for 900.0 ms when the record ended; 2 plugins wait for it: a and b\n"
       "\n"
       "Never begun\n"
-      "  x and y\n",
+      "  x and y, which wait for each other\n",
       ReportText(MakeTimeline(RunFromText(R"(
         hangs:
         a: hangs
@@ -151,6 +151,138 @@ TEST(ReportTexts, SayWhatALogDoesNotKnow) {
       "  critical path and waiting: not known, since the dependencies are not\n"
       "  all plugins together worked 40 ms, 0.2 at the same time on average\n",
       ReportText(MakeTimeline(std::move(run)), {}));
+}
+
+/// From the title of the phase on.
+std::string FromTheStart(RecordedRun run) {
+  const std::string text = ReportText(MakeTimeline(std::move(run)), {});
+  return text.substr(text.find("The start of"));
+}
+
+TEST(ReportTexts, OfALogSayThatItEndsNotThatTheRunDoes) {
+  RecordedRun run = RunFromText("hangs:\nlater:\nstart 0 -\nhangs start - 1 1 - -");
+  run.source = RecordedRun::Source::kLog;
+  run.resolution = 1'000'000;
+  run.knowsTasks = run.knowsThreads = run.knowsEdges = false;
+  EXPECT_EQ(
+      "The start of the plugins: 1 ms until the log ends; it has not ended\n"
+      "  critical path and waiting: not known, since the dependencies are not\n"
+      "  all plugins together worked 0 ms, 0.0 at the same time on average\n"
+      "\n"
+      "Not returned in this log\n"
+      "  hangs, in Init for 0 ms when the log ended\n"
+      "\n"
+      "Not begun in this log\n"
+      "  later\n",
+      FromTheStart(std::move(run)));
+}
+
+TEST(ReportTexts, OfARunThatGoesOnReachUntilNow) {
+  RecordedRun run = RunFromText("hangs:\nx: x\nstart 0 -\nhangs start 0 0 0 - -");
+  run.now = 1'000'000'000 + 5'000'000'000;
+  const Timeline timeline = MakeTimeline(run);
+  EXPECT_EQ("It still goes on", HowItEnded(timeline));
+  EXPECT_EQ(
+      "The start of the plugins: 5000.0 ms until now; it has not ended\n"
+      "  5000.0 ms = critical path 5000.0 (100.0%) + waiting for the next look 0.0 (0.0%) + idle "
+      "0.0 (0.0%)\n"
+      "  all plugins together worked 5000.0 ms, 1.0 at the same time on average\n"
+      "\n"
+      "Critical path of the start, in ms: each plugin waits for the one above it, then for the "
+      "next look and for a thread (idle)\n"
+      "     begins      look      idle     works   share  plugin\n"
+      "        0.0       0.0       0.0    5000.0  100.0%  hangs, which has not ended\n"
+      "\n"
+      "Not returned yet\n"
+      "  hangs, in Init for 5000.0 ms by now\n"
+      "\n"
+      "Not begun yet\n"
+      "  x, which waits for itself\n",
+      FromTheStart(std::move(run)));
+}
+
+TEST(ReportTexts, OfAStoppedStartSayThatPluginsHadNotEnded) {
+  EXPECT_EQ(
+      "The start of the plugins: 200.0 ms, and not all of its plugins had ended\n"
+      "  200.0 ms = critical path 200.0 (100.0%) + waiting for the next look 0.0 (0.0%) + idle 0.0 "
+      "(0.0%)\n"
+      "  all plugins together worked 200.0 ms, 1.0 at the same time on average\n"
+      "\n"
+      "Critical path of the start, in ms: each plugin waits for the one above it, then for the "
+      "next look and for a thread (idle)\n"
+      "     begins      look      idle     works   share  plugin\n"
+      "        0.0       0.0       0.0     200.0  100.0%  slow\n"
+      "\n"
+      "The stop of the plugins: 200.0 ms\n"
+      "  no plugin began\n"
+      "  all plugins together worked 0.0 ms, 0.0 at the same time on average\n"
+      "\n"
+      "Never begun\n"
+      "  next\n",
+      FromTheStart(RunFromText(R"(
+                slow:
+                next: slow
+                start 0 200
+                slow start 0 0 0 300 300
+                stop 200 400)")));
+}
+
+TEST(ReportTexts, OfAPhaseThatSkippedPluginsEndIdle) {
+  EXPECT_EQ(
+      "The start of the plugins: 200.0 ms, and not all of its plugins had ended\n"
+      "  200.0 ms = critical path 50.0 (25.0%) + waiting for the next look 0.0 (0.0%) + idle 150.0 "
+      "(75.0%)\n"
+      "  all plugins together worked 50.0 ms, 0.2 at the same time on average\n"
+      "\n"
+      "Critical path of the start, in ms: each plugin waits for the one above it, then for the "
+      "next look and for a thread (idle)\n"
+      "     begins      look      idle     works   share  plugin\n"
+      "        0.0       0.0       0.0      50.0   25.0%  a\n"
+      "                          150.0                    until it ended without the plugins that "
+      "never began\n"
+      "\n"
+      "Never begun\n"
+      "  b\n",
+      FromTheStart(RunFromText(R"(
+                a:
+                b: a
+                start 0 200
+                a start 0 0 0 50 50)")));
+}
+
+TEST(ReportTexts, SayThatAnInitIsOverButNotCounted) {
+  EXPECT_EQ(
+      "The start of the plugins: 5.0 ms until the record ends; it has not ended\n"
+      "  5.0 ms = critical path 5.0 (100.0%) + waiting for the next look 0.0 (0.0%) + idle 0.0 "
+      "(0.0%)\n"
+      "  all plugins together worked 5.0 ms, 1.0 at the same time on average\n"
+      "\n"
+      "Critical path of the start, in ms: each plugin waits for the one above it, then for the "
+      "next look and for a thread (idle)\n"
+      "     begins      look      idle     works   share  plugin\n"
+      "        0.0       0.0       0.0       5.0  100.0%  a, which has not ended\n"
+      "\n"
+      "Never returned\n"
+      "  a, its Init over but not counted for 0.0 ms when the record ended\n",
+      FromTheStart(RunFromText("a:\nstart 0 -\na start 0 0 0 5 -")));
+}
+
+TEST(ReportTexts, TellCyclesFromThoseThatWaitForThem) {
+  EXPECT_EQ(
+      "The start of the plugins: 0.0 ms until the record ends; it has not ended\n"
+      "  no plugin began\n"
+      "  all plugins together worked 0.0 ms, 0.0 at the same time on average\n"
+      "\n"
+      "Never begun\n"
+      "  x and y, which wait for each other\n"
+      "  self, which waits for itself\n"
+      "  behind\n",
+      FromTheStart(RunFromText(R"(
+                behind: y
+                x: y
+                y: x
+                self: self
+                start 0 -)")));
 }
 
 TEST(ReportTexts, OfALogWithDependenciesHaveOneColumnForWaiting) {

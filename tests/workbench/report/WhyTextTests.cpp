@@ -83,6 +83,25 @@ TEST(WhyTexts, DoNotDivideTheWaitingThatALogDoesNotDivide) {
       Why(run, "a"));
 }
 
+TEST(WhyTexts, SayHowTheWorkFailed) {
+  const RecordedRun run = RunFromText(R"(
+      a:
+      b:
+      start 0 200
+      a start 0 0 0 40 41 failed its Init returned false
+      b start 0 0 - - 3 not-loaded)");
+  EXPECT_EQ(
+      "a began 0.0 ms after the start of the plugins had begun\n"
+      "  a depends on nothing\n"
+      "    it began 0.0 ms after the start had begun, and worked 41.0 ms; its Init failed\n",
+      Why(run, "a"));
+  EXPECT_EQ(
+      "b began 0.0 ms after the start of the plugins had begun\n"
+      "  b depends on nothing\n"
+      "    it began 0.0 ms after the start had begun, and worked 3.0 ms; it was not loaded\n",
+      Why(run, "b"));
+}
+
 TEST(WhyTexts, OfAPluginThatNeverBeganNameWhatItWaitsFor) {
   EXPECT_EQ(
       "last never began in this run\n"
@@ -177,6 +196,15 @@ TEST(WhyTexts, OfTwoThatNothingOrdersSayWhatHappened) {
       "Nothing orders a and c: neither depends on the other, directly or through others\n"
       "In this run c never began\n",
       WhyBefore(run, "a", "c"));
+}
+
+TEST(WhyTexts, OfTwoThatNeverBeganSaySo) {
+  EXPECT_EQ(
+      "c starts after b, because\n"
+      "  c depends on a  (c.xml:a)\n"
+      "  a depends on b  (a.xml:b)\n"
+      "In this run neither of them began\n",
+      WhyBefore(RunFromText("a: b\nb: a\nc: a\nstart 0 -"), "c", "b"));
 }
 
 TEST(WhyTexts, OfTwoBeforeAnyRunSayNothingOfARun) {

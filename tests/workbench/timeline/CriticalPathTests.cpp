@@ -23,7 +23,7 @@ std::string PathText(const Timeline& timeline, const PhaseTimeline& phase) {
     text << " (look " << Ms(step.look) << ", idle " << Ms(step.idle) << ", work " << Ms(step.work)
          << ") > ";
   }
-  text << "look " << Ms(phase.lastLook);
+  text << "look " << Ms(phase.lastWait);
   return text.str();
 }
 

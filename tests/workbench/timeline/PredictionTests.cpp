@@ -135,6 +135,17 @@ TEST(Prediction, OfAnEarlyEndGoesOnAtEachEnd) {
       PredictionText(run, {"first=49.5"}, Mode::kEarlyEnd));
 }
 
+TEST(Prediction, WithAPollInPlaceOfEarlyEndsWaitsForIt) {
+  const std::string run = R"(
+      first:
+      second: first
+      start 0 100.3
+      first start 0 0 0 70 70
+      second start 70.2 70.2 70.2 100 100)";
+  EXPECT_EQ("100.3 recorded, 100.3 reproduced, 160 predicted: first 70 second 29.8, second by 9.8",
+            PredictionText(run, {"poll=80"}, Mode::kEarlyEnd));
+}
+
 // A record that does not fit.
 
 TEST(Prediction, IsNotMadeFromLooksThatTheFrameDoesNotHave) {

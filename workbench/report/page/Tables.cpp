@@ -229,11 +229,11 @@ std::string PathRow(const PhaseView& view, const PathStep& step) {
 /// From the end of the path to the end of the phase.
 std::string LastPathRow(const PhaseView& view) {
   const PhaseTimeline& phase = view.phase;
-  return fmt::format(
-      "<tr><th scope=row>until the {}<td>{}{}<td>{}<td>{}\n",
-      phase.ended ? fmt::format("{} ended", view.Word()) : "last event", kNone,
-      WaitCells(view, phase.ended ? phase.lastLook : 0, phase.ended ? 0 : phase.lastLook), kNone,
-      kNone);
+  return fmt::format("<tr><th scope=row>until the {}<td>{}{}<td>{}<td>{}\n",
+                     phase.ended ? fmt::format("{} ended", view.Word()) : "last event", kNone,
+                     WaitCells(view, phase.EndsWithLook() ? phase.lastWait : 0,
+                               phase.EndsWithLook() ? 0 : phase.lastWait),
+                     kNone, kNone);
 }
 
 }  // namespace
