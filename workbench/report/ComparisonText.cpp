@@ -40,6 +40,10 @@ class Writer {
 
   std::string Write() {
     m_text = "Against " + Count(m_comparison.runs, "earlier run") + "\n";
+    if (m_comparison.sleepsDiffer) {
+      m_text +=
+          "  note: not all of these runs had --full-sleep, which alone makes a start longer\n";
+    }
     for (const TimeChange& change : m_comparison.phases) {
       Change("the " + change.what + " of the plugins", change);
     }

@@ -234,6 +234,7 @@ Json ComparisonJson(const Comparison& comparison) {
                        {"before", ResultName(change.before)}});
   }
   return {{"runs", comparison.runs},
+          {"sleepsDiffer", comparison.sleepsDiffer},
           {"phases", TimesJson(comparison.phases)},
           {"incomplete", comparison.incomplete},
           {"slower", TimesJson(comparison.slower)},

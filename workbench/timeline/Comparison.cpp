@@ -47,6 +47,14 @@ std::int64_t Resolution(const Timeline& now, const std::vector<Timeline>& before
   return resolution;
 }
 
+/// Whether one of them had sleeps that end early and the other had not. A log does not say it.
+bool SleptOtherwise(const Timeline& now, const Timeline& before) {
+  for (const Timeline* run : {&now, &before}) {
+    if (run->run.source != RecordedRun::Source::kRecord) return false;
+  }
+  return now.run.record.head.sleep != before.run.record.head.sleep;
+}
+
 void AddPhase(const char* name, PhaseTimeline Timeline::*phase, const Timeline& now,
               const std::vector<Timeline>& before, Comparison& comparison) {
   const auto isComplete = [phase](const Timeline& run) {
@@ -151,6 +159,8 @@ bool IsChange(const TimeChange& change) {
 Comparison Compare(const Timeline& now, const std::vector<Timeline>& before) {
   Comparison comparison;
   comparison.runs = before.size();
+  comparison.sleepsDiffer = std::any_of(
+      before.begin(), before.end(), [&](const Timeline& run) { return SleptOtherwise(now, run); });
   AddPhase("start", &Timeline::start, now, before, comparison);
   AddPhase("stop", &Timeline::stop, now, before, comparison);
   AddTimes(now, before, comparison);

@@ -28,6 +28,7 @@ struct ResultChange {
 /// What differs between a run and earlier runs of the product. Plugins by their IDs.
 struct Comparison {
   std::size_t runs = 0;                 // how many earlier ones
+  bool sleepsDiffer = false;            // in an earlier run the frame slept otherwise between looks
   std::vector<TimeChange> phases;       // start and stop, where complete; whether changed or not
   std::vector<std::string> incomplete;  // the others of "start", "stop"
   std::vector<TimeChange> slower;  // work of plugins in the start, the greatest difference first

@@ -50,4 +50,31 @@ TEST(ComparisonTexts, OfOneEarlierRunHaveNoNoiseBand) {
       ComparisonText(comparison, kMs));
 }
 
+TEST(ComparisonTexts, SayThatTheFrameSleptOtherwise) {
+  Comparison comparison;
+  comparison.runs = 1;
+  comparison.sleepsDiffer = true;
+  EXPECT_EQ(
+      "Against 1 earlier run\n"
+      "  note: not all of these runs had --full-sleep, which alone makes a start longer\n",
+      ComparisonText(comparison, kMs));
+}
+
+TEST(ComparisonTexts, SayWhichPhasesAreNotCompared) {
+  Comparison comparison;
+  comparison.incomplete = {"start"};
+  comparison.runs = 1;
+  EXPECT_EQ(
+      "Against 1 earlier run\n"
+      "  the start of the plugins: not compared, since this run or the earlier one does not have "
+      "it from begin to end\n",
+      ComparisonText(comparison, kMs));
+  comparison.runs = 2;
+  EXPECT_EQ(
+      "Against 2 earlier runs\n"
+      "  the start of the plugins: not compared, since this run or the earlier ones do not have "
+      "it from begin to end\n",
+      ComparisonText(comparison, kMs));
+}
+
 }  // namespace

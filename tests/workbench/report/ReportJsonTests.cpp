@@ -90,6 +90,19 @@ TEST(ReportJsons, HoldWhatWentWrong) {
   EXPECT_EQ(Json::parse(R"(["x"])"), report["neverBegun"]);
 }
 
+TEST(ReportJsons, TellAnInitThatIsOverFromOneThatRuns) {
+  const Json report = Report(RunFromText(R"(
+    counting:
+    hangs:
+    start 0 -
+    counting start 0 0 1 5 -
+    hangs start 0 0 1 - -)"));
+  EXPECT_EQ(Json::parse(R"([
+    {"plugin": "hangs", "where": "init", "sinceMs": 1.0, "waiting": []},
+    {"plugin": "counting", "where": "counting", "sinceMs": 5.0, "waiting": []}])"),
+            report["notReturned"]);
+}
+
 TEST(ReportJsons, HaveNullForWhatALogDoesNotKnow) {
   RecordedRun run = RunFromText("a:\nstart 0 200\na start - 1 1 40 41");
   run.source = RecordedRun::Source::kLog;
@@ -113,12 +126,13 @@ TEST(ReportJsons, HoldAComparisonAndABudgetWhenGiven) {
   additions.comparison->runs = 2;
   additions.comparison->slower = {{"a", 9'000'000, 5'000'000, 4'000'000, 6'000'000}};
   additions.comparison->added = {"a"};
+  additions.comparison->incomplete = {"stop"};
   additions.comparison->results = {{"a", PluginSpan::Result::kOk, PluginSpan::Result::kFailed}};
   additions.budget = {{{BudgetItem::Kind::kPlugin, "a", 80'000'000}, 90'000'000, true},
                       {{BudgetItem::Kind::kUp, "up", 80'000'000}, kUnknown, true}};
   const Json report = Json::parse(ReportJson(timeline, additions));
   EXPECT_EQ(Json::parse(R"({
-    "runs": 2, "phases": [], "incomplete": [], "faster": [], "new": ["a"], "gone": [], "ontoPath": [], "offPath": [],
+    "runs": 2, "sleepsDiffer": false, "phases": [], "incomplete": ["stop"], "faster": [], "new": ["a"], "gone": [], "ontoPath": [], "offPath": [],
     "slower": [{"what": "a", "ms": 9.0, "beforeMs": 5.0, "leastMs": 4.0, "mostMs": 6.0,
                 "changed": true}],
     "results": [{"plugin": "a", "result": "failed", "before": "ok"}]})"),

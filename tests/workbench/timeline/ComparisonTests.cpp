@@ -30,6 +30,20 @@ std::vector<std::string> Texts(const std::vector<TimeChange>& changes) {
   return texts;
 }
 
+TEST(Comparisons, TellRunsInWhichTheFrameSleptOtherwise) {
+  RecordedRun run = RunFromText("a:\nstart 0 200\na start 0 0 0 9 9");
+  const Timeline full = MakeTimeline(run);
+  run.record.head.sleep = RunHead::kEarlySleep;
+  const Timeline early = MakeTimeline(run);
+  run.source = RecordedRun::Source::kLog;
+  const Timeline log = MakeTimeline(run);
+  EXPECT_FALSE(Compare(early, {early}).sleepsDiffer);
+  EXPECT_TRUE(Compare(early, {early, full}).sleepsDiffer);
+  EXPECT_TRUE(Compare(full, {early}).sleepsDiffer);
+  EXPECT_FALSE(Compare(full, {log}).sleepsDiffer);
+  EXPECT_FALSE(Compare(log, {full}).sleepsDiffer);
+}
+
 TEST(Comparisons, ShowSlowerAndFasterPluginsTheGreatestDifferenceFirst) {
   const Comparison comparison = Compare(Laid(R"(
                                           a:
