@@ -86,8 +86,8 @@ void WriteProduct(const fs::path& root, const std::vector<GeneratedPlugin>& plug
   const fs::path bin = root / "bin";
   const fs::path meta = bin / "META_INFO";
   Write(root / "Product.xml", ProductXml(plugins));
-  Write(root / "ProductAddons.xml", "<ProductAddonsDescription/>\n");
-  Write(root / "ProductTools.xml", "<ProductToolsDescription/>\n");
+  Write(root / "ProductAddons.xml", "<AddonList/>\n");
+  Write(root / "ProductTools.xml", "<ToolList/>\n");
   Write(bin / "TevAddons" / "InstalledProducts.xml", "<InstalledProductsDescription/>\n");
   Write(meta / "DeviceDrivers.xml", "<DAMDrivers/>\n");
   Write(meta / "Portal.xml", "<PortalDescription/>\n");
