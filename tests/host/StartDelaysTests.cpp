@@ -71,6 +71,16 @@ TEST(DelayedStart, BeginsNoEarlierThanItsTimeAfterTheFirst) {
   EXPECT_LE(milliseconds(50), Clock::now() - before);
 }
 
+TEST(DelayedStart, BeginsAtOnceWhenItsTimeAfterTheFirstHasPassed) {
+  using Clock = std::chrono::steady_clock;
+  constexpr milliseconds delay{500};
+  StartDelays delays([&](const std::string&) { return delay; });
+  const Clock::time_point before = Clock::now();
+  delays.Wait("a");
+  delays.Wait("b");
+  EXPECT_GT(2 * delay, Clock::now() - before);
+}
+
 TEST(DelayedStart, BeginsAtOnceWhenTheWaitingEnds) {
   std::promise<void> isAsked;
   StartDelays delays([&isAsked](const std::string&) {
