@@ -76,10 +76,7 @@ class Analysis {
 
   ShakeAnalysis Make() {
     std::vector<Change> changes;
-    for (const PluginHead& plugin : m_plugins) {
-      if (plugin.kind == "executable" || plugin.kind == "driver") continue;
-      FindChanges(plugin.id, changes);
-    }
+    for (const PluginHead& plugin : m_plugins) FindChanges(plugin.id, changes);
     for (const Change& change : changes) m_changing.insert(change.plugin);
     std::vector<const Change*> own;
     for (const Change& change : changes) {
@@ -149,8 +146,8 @@ class Analysis {
     return std::string();
   }
 
-  /// The plugins that were up, or came up, whenever it was well, and that were not up when it was
-  /// not; those that explain most bad runs first.
+  /// The plugins that were up, or came up, whenever it was well; those that were not up in most of
+  /// the bad runs first.
   std::vector<Candidate> CandidatesFor(const Change& change) const {
     std::vector<Candidate> candidates;
     for (const PluginHead& plugin : m_plugins) {
@@ -161,8 +158,7 @@ class Analysis {
           std::all_of(change.good.begin(), change.good.end(), [&](const ShakeRun* run) {
             return run->Order(change.plugin, other) != StartOrder::kBefore;
           });
-      const Candidate candidate = MakeCandidate(change, other);
-      if (neededWhenWell && candidate.explained != 0) candidates.push_back(candidate);
+      if (neededWhenWell) candidates.push_back(MakeCandidate(change, other));
     }
     std::stable_sort(candidates.begin(), candidates.end(),
                      [](const Candidate& one, const Candidate& other) {
