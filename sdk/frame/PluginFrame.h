@@ -1,21 +1,25 @@
 #pragma once
 
-#include <cstdint>
+#include <stdint.h>  // NOLINT(modernize-deprecated-headers): C has no <cstdint>
 
 // What TevPluginFrame exports for its host. A host loads the library by path and looks the entries
 // up by these names. Order of the calls: Frame_Init, Frame_Start, Frame_Stop, Frame_UnInit, each
-// once, on one thread; another order is not detected. No entry throws.
+// once, on one thread; another order is not detected. No entry throws. A host may be written in C.
 
+#ifdef __cplusplus
 extern "C" {
+#endif
+
+// NOLINTBEGIN(modernize-redundant-void-arg): in C, empty parentheses would allow any arguments
 
 /// Initialises the platform, reads the installed product and hands it over.
 /// Returns 0 on success. Returns -1 on failure, with the reason in the log; the platform is then
 /// uninitialised again, unless it was the one that failed.
-std::int32_t Frame_Init();
+int32_t Frame_Init(void);
 
 /// Starts the platform. The platform's completion callback starts the plugins, before or after this
 /// returns. Returns the platform's result.
-std::int32_t Frame_Start();
+int32_t Frame_Start(void);
 
 /// Stops and frees the plugins, then stops the platform. A start that still runs on the platform's
 /// thread is ended first.
@@ -28,19 +32,23 @@ std::int32_t Frame_Start();
 /// plugin has been counted, and an Init that the stop did not wait for may run on for any time.
 /// The SDK has no call that says when the last task has left the frame. So a host does not unmap
 /// this library: it ends the process with the library mapped.
-void Frame_Stop();
+void Frame_Stop(void);
 
 /// Uninitialises the platform.
-void Frame_UnInit();
+void Frame_UnInit(void);
 
 /// Copies the text of the platform's last error into `text` of `size` bytes, zero-terminated and
 /// cut to fit. Returns its code, 0 for none. Any thread, any time.
-std::int32_t Frame_GetLastError(char* text, std::int32_t size);
+int32_t Frame_GetLastError(char* text, int32_t size);
 
 /// Copies the platform's version text the same way. Returns its full length. Any thread, any time.
-std::int32_t Frame_GetVersion(char* text, std::int32_t size);
+int32_t Frame_GetVersion(char* text, int32_t size);
 
 /// Does nothing and returns 0.
-std::int32_t Frame_Gtest(std::int32_t number, void* pointer);
+int32_t Frame_Gtest(int32_t number, void* pointer);
 
+// NOLINTEND(modernize-redundant-void-arg)
+
+#ifdef __cplusplus
 }  // extern "C"
+#endif

@@ -36,7 +36,7 @@ const std::map<std::string, Allowed>& AllowedIncludes() {
       {"src/private", {{"src/private", "src/model", "sdk"}, {"libxml/"}}},
       {"src/model", {{"src/model"}, {}}},
       {"src/lock", {{"src/lock", "sdk/xrt"}, {}}},
-      {"sdk", {{"sdk", "src/model"}, {"windows.h"}}},
+      {"sdk", {{"sdk", "src/model"}, {"stdbool.h", "stdint.h", "windows.h"}}},
       {"workbench/output", {{"workbench/output"}, {"fmt/"}}},
       {"workbench/product",
        {{"workbench/product", "workbench/output", "src/model", "sdk"}, {"libxml/"}}},

@@ -178,6 +178,17 @@ TEST(Run, BrokenLibrariesAreReportedAndHoldNothingBack) {
   EXPECT_EQ(json({"after.server", "bare.server", "throws.server"}), run["Handles"]);
 }
 
+TEST(Run, StartsAndStopsAPluginThatIsWrittenInC) {
+  MadeProduct product;
+  product.Plugin("c.server", "written_in_c")
+      .Plugin("after.server", "well_behaved", DependsOn("c.server"));
+  const HubResult result = product.RunUntilUp("--json");
+  EXPECT_EQ(0, result.status) << result.errors;
+  const std::map<std::string, std::string> expected = {{"after.server", "Init OK"},
+                                                       {"c.server", "Init OK"}};
+  EXPECT_EQ(expected, Outcomes(result.Json()));
+}
+
 TEST(Run, StopsInOrderWhenAPersonOrTheSystemAsks) {
   for (const StopKind how : {StopKind::kInterrupt, StopKind::kTerminate, StopKind::kHangUp}) {
     MadeProduct product;
