@@ -165,6 +165,7 @@ Comparison Compare(const Timeline& now, const std::vector<Timeline>& before) {
   AddPhase("stop", &Timeline::stop, now, before, comparison);
   AddTimes(now, before, comparison);
   std::vector<std::set<std::string>> ids;
+  ids.reserve(before.size());
   for (const Timeline& run : before) ids.push_back(Ids(run));
   comparison.added = Without(Ids(now), Joined(ids).any);
   comparison.gone = Without(ids.back(), Ids(now));
