@@ -1,6 +1,7 @@
 #include "tests/contract/Subject.h"
 
-#include <utility>
+#include <atomic>
+#include <memory>
 
 #include "tests/support/Seam.h"
 
@@ -16,10 +17,10 @@ class Doubles : public Subject {
   std::string PathOf(const std::string& name) override { return "/p/" + name + ".dll"; }
 
   std::string AddLibrary(const std::string& name) override {
-    const auto isInitialised = std::make_shared<bool>(false);
+    const auto isInitialised = std::make_shared<std::atomic<bool>>(false);
     ScriptedLibrary& library = m_seam.libraries[name];
     library.onLoad = [isInitialised] { *isInitialised = false; };
-    library.init = [isInitialised] { return !std::exchange(*isInitialised, true); };
+    library.init = [isInitialised] { return !isInitialised->exchange(true); };
     return PathOf(name);
   }
 
