@@ -52,8 +52,8 @@ bool End(Ending ending) {
     case Ending::kSegfaults:
       Segfault();
     case Ending::kExits:
-      // NOLINTNEXTLINE(concurrency-mt-unsafe): it shall end the process as the plugin's own call
-      // did, with the exit handlers that run meanwhile on one of several threads
+      // With the exit handlers that ran when the plugin called it, and with other threads running.
+      // NOLINTNEXTLINE(concurrency-mt-unsafe): as the recorded plugin did
       std::exit(0);
     default:
       return true;
