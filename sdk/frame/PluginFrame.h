@@ -1,6 +1,10 @@
 #pragma once
 
-#include <stdint.h>  // NOLINT(modernize-deprecated-headers): C has no <cstdint>
+#ifdef __cplusplus
+#include <cstdint>
+#else
+#include <stdint.h>
+#endif
 
 // What TevPluginFrame exports for its host. A host loads the library by path and looks the entries
 // up by these names. Order of the calls: Frame_Init, Frame_Start, Frame_Stop, Frame_UnInit, each

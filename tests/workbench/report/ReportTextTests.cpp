@@ -131,12 +131,18 @@ TEST(ReportTexts, ShowWhoNeverReturnedAndWhoWaits) {
                  {}));
 }
 
-TEST(ReportTexts, SayWhatALogDoesNotKnow) {
-  RecordedRun run = RunFromText("a:\nstart 0 200\na start - 1 1 40 41");
+/// The run as a log without the product's dependencies tells of it.
+RecordedRun LogFromText(const std::string& text) {
+  RecordedRun run = RunFromText(text);
   run.source = RecordedRun::Source::kLog;
-  run.name = "hub.log";
   run.resolution = 1'000'000;
   run.knowsTasks = run.knowsThreads = run.knowsEdges = false;
+  return run;
+}
+
+TEST(ReportTexts, SayWhatALogDoesNotKnow) {
+  RecordedRun run = LogFromText("a:\nstart 0 200\na start - 1 1 40 41");
+  run.name = "hub.log";
   EXPECT_EQ(
       "A product, run of 2026-11-21T18:46:59.123Z\n"
       "A log does not say how a run ended\n"
@@ -160,10 +166,7 @@ std::string FromTheStart(RecordedRun run) {
 }
 
 TEST(ReportTexts, OfALogSayThatItEndsNotThatTheRunDoes) {
-  RecordedRun run = RunFromText("hangs:\nlater:\nstart 0 -\nhangs start - 1 1 - -");
-  run.source = RecordedRun::Source::kLog;
-  run.resolution = 1'000'000;
-  run.knowsTasks = run.knowsThreads = run.knowsEdges = false;
+  RecordedRun run = LogFromText("hangs:\nlater:\nstart 0 -\nhangs start - 1 1 - -");
   EXPECT_EQ(
       "The start of the plugins: 1 ms until the log ends; it has not ended\n"
       "  critical path and waiting: not known, since the dependencies are not\n"

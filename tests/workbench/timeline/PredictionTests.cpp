@@ -63,6 +63,14 @@ constexpr char kChain[] = R"(
     first start 0 0 0 230 230
     second start 400 400 400 450 450)";
 
+/// The frame's sleeps end early.
+constexpr char kEarly[] = R"(
+    first:
+    second: first
+    start 0 100.3
+    first start 0 0 0 70 70
+    second start 70.2 70.2 70.2 100 100)";
+
 TEST(Prediction, OfNoChangeIsTheRecordedPhase) {
   EXPECT_EQ("603 recorded, 603 reproduced, 603 predicted: base 39 slow 138 top 188",
             PredictionText(kDiamond, {}));
@@ -123,27 +131,15 @@ TEST(Prediction, OfAnAddedEdgeStartsThePluginLater) {
 }
 
 TEST(Prediction, OfAnEarlyEndGoesOnAtEachEnd) {
-  const std::string run = R"(
-      first:
-      second: first
-      start 0 100.3
-      first start 0 0 0 70 70
-      second start 70.2 70.2 70.2 100 100)";
   EXPECT_EQ(
       "100.3 recorded, 100.3 reproduced, 79.8 predicted: first 49.5 second 29.8, "
       "second by -20.5",
-      PredictionText(run, {"first=49.5"}, Mode::kEarlyEnd));
+      PredictionText(kEarly, {"first=49.5"}, Mode::kEarlyEnd));
 }
 
 TEST(Prediction, WithAPollInPlaceOfEarlyEndsWaitsForIt) {
-  const std::string run = R"(
-      first:
-      second: first
-      start 0 100.3
-      first start 0 0 0 70 70
-      second start 70.2 70.2 70.2 100 100)";
   EXPECT_EQ("100.3 recorded, 100.3 reproduced, 160 predicted: first 70 second 29.8, second by 9.8",
-            PredictionText(run, {"poll=80"}, Mode::kEarlyEnd));
+            PredictionText(kEarly, {"poll=80"}, Mode::kEarlyEnd));
 }
 
 // A record that does not fit.
