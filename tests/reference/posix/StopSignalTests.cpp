@@ -14,6 +14,7 @@
 #include <vector>
 
 #include "tests/support/TemporaryFolder.h"
+#include "tests/support/posix/WaitUntilAsleep.h"
 
 namespace {
 
@@ -59,7 +60,10 @@ TEST(StopSignal, RequestsThatCameBeforeTheWaitAreReturnedOnceEach) {
 
 TEST(StopSignal, RequestEndsAWaitThoughOtherThreadsRun) {
   StopSignal stop;
-  std::thread other([] { kill(getpid(), SIGTERM); });
+  std::thread other([waiter = getpid()] {
+    WaitUntilAsleep(waiter);
+    kill(getpid(), SIGTERM);
+  });
   EXPECT_EQ("SIGTERM", Next(stop, kLong));
   other.join();
 }
