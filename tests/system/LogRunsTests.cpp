@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <limits>
 #include <random>
 #include <regex>
 #include <sstream>
@@ -45,23 +46,42 @@ std::string Summary(const RecordedRun& run) {
   return text + counts;
 }
 
-/// The longest time by which an event of the log is earlier or later than in the record, in
-/// milliseconds. Both have the same events of plugins and phases.
-std::int64_t Difference(const RecordedRun& record, const RecordedRun& log) {
+constexpr std::int64_t kMillisecond = 1'000'000;
+
+/// By how much the log's clock may be set against the record's, in nanoseconds, for every end of a
+/// plugin's work to lie, in the log, between the record's begin and end of that work. The frame
+/// logs before HUB records, on the same thread; the log's times are cut to milliseconds.
+struct Shift {
+  std::int64_t least = std::numeric_limits<std::int64_t>::min();
+  std::int64_t most = std::numeric_limits<std::int64_t>::max();
+
+  void Demand(const PluginSpan& record, const PluginSpan& log) {
+    if (!record.HasEnded()) return;
+    least = std::max(least, record.begin - log.end - kMillisecond);
+    most = std::min(most, record.end - log.end);
+  }
+};
+
+/// Whether one setting of the clocks explains the times of all ends.
+testing::AssertionResult HaveTheSameTimes(const RecordedRun& record, const RecordedRun& log) {
   const Timeline one = MakeTimeline(record);
   const Timeline other = MakeTimeline(log);
-  std::int64_t most = 0;
-  const std::int64_t shift = other.start.begin - one.start.begin;
+  Shift shift;
   for (std::size_t i = 0; i < one.plugins.size(); ++i) {
     const auto same =
         std::find_if(other.plugins.begin(), other.plugins.end(),
                      [&](const PluginHead& plugin) { return plugin.id == one.plugins[i].id; });
-    if (same == other.plugins.end()) return -1;
+    if (same == other.plugins.end()) {
+      return testing::AssertionFailure() << "The log has no " << one.plugins[i].id;
+    }
     const auto at = static_cast<std::size_t>(same - other.plugins.begin());
-    most = std::max(most, std::abs(other.start.spans[at].end - one.start.spans[i].end - shift));
-    most = std::max(most, std::abs(other.stop.spans[at].end - one.stop.spans[i].end - shift));
+    shift.Demand(one.start.spans[i], other.start.spans[at]);
+    shift.Demand(one.stop.spans[i], other.stop.spans[at]);
   }
-  return most / 1'000'000;
+  // A millisecond for the log's clock, which may be adjusted during the run.
+  if (shift.least <= shift.most + kMillisecond) return testing::AssertionSuccess();
+  return testing::AssertionFailure()
+         << "An end is " << (shift.least - shift.most) / 1000 << " us from where the record has it";
 }
 
 /// HUB's log as another host might write it: without offset, level, thread and module.
@@ -90,7 +110,7 @@ class LogOfARun : public testing::Test {
     const RecordedRun record = Record();
     const RecordedRun log = Read(folder.Read("run.log"));
     EXPECT_EQ(Summary(record), Summary(log));
-    EXPECT_LE(Difference(record, log), 20);
+    EXPECT_TRUE(HaveTheSameTimes(record, log));
     EXPECT_EQ(record.record.head.pid, log.record.head.pid);
     EXPECT_EQ(record.record.head.product, log.record.head.product);
     EXPECT_EQ(record.record.head.path, log.record.head.path);
